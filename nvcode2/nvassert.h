@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+/** Checks of the program's own contracts, active in the shipped program.
+ *
+ *  A failed assertion is a mistake of ours: it reports the expression, file and line and ends the process.
+ *  Nothing that a file can contain may ever reach one; bad bytes raise an NvErrorCode instead. */
+
+/** Called with the source file and line before a failed assertion is reported. */
+using NvAssertHook = void (*)(const char* inFileName, std::uint32_t inLine);
+
+/** Installs the process-wide assertion hook; nullptr (the default) removes it. */
+void NvSetAssertHook(NvAssertHook inHook);
+
+/** Forwards to the assertion hook when one is set. For contract checks that do not end the process. */
+void NvCallAssertHook(const char* inFileName, std::uint32_t inLine);
+
+/** Calls the hook, reports the failure on standard error and aborts. */
+[[noreturn]] void NvAssertFailed(const char* inExpression, const char* inFileName, std::uint32_t inLine);
+
+/** Ends the process, quoting the expression as written, when it is false. */
+#define NvAssert(inExpression)                                                                               \
+    ((inExpression) ? static_cast<void>(0) : NvAssertFailed(#inExpression, __FILE__, __LINE__))
+
+/** The same with a text of its own, for conditions known by a fixed wording. */
+#define NvAssertText(inExpression, inText)                                                                   \
+    ((inExpression) ? static_cast<void>(0) : NvAssertFailed(inText, __FILE__, __LINE__))
