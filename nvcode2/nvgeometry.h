@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+/** A pixel position: column h, row v, counted from the top left. */
+struct NvPoint {
+    std::int32_t h = 0;
+    std::int32_t v = 0;
+
+    bool operator==(const NvPoint&) const = default;
+};
+
+/** A pixel rectangle; right and bottom are exclusive. */
+struct NvRect {
+    std::int32_t left = 0;
+    std::int32_t top = 0;
+    std::int32_t right = 0;
+    std::int32_t bottom = 0;
+
+    std::int32_t Width() const { return right - left; }
+    std::int32_t Height() const { return bottom - top; }
+    bool IsEmpty() const { return left >= right || top >= bottom; }
+
+    bool operator==(const NvRect&) const = default;
+};

@@ -1,0 +1,312 @@
+#include "nvcode2/nvindexedimage.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <numeric>
+#include <utility>
+
+#include "nvcode2/nvallocate.h"
+#include "nvcode2/nvbitmapimage.h"
+#include "nvcode2/nverrorcode.h"
+
+namespace {
+
+using IndexMap = std::array<std::uint8_t, 256>;
+using Histogram = std::array<std::uint32_t, 256>;
+
+/** Counts indices. Neighbouring pixels go to different sets of counts, so that a run of one colour does not
+ *  wait for its own last store. */
+class IndexCounter {
+public:
+    void AddRun(const std::uint8_t* inIndices, std::size_t inCount) {
+        std::size_t i = 0;
+        for (; i + 4 <= inCount; i += 4) {
+            ++mCounts[0][inIndices[i]];
+            ++mCounts[1][inIndices[i + 1]];
+            ++mCounts[2][inIndices[i + 2]];
+            ++mCounts[3][inIndices[i + 3]];
+        }
+        for (; i < inCount; ++i)
+            ++mCounts[0][inIndices[i]];
+    }
+
+    /** The pixels whose bit is set; the top bit is the first pixel. */
+    void AddBits(const std::uint8_t* inIndices, unsigned inBits) {
+        for (; inBits != 0; inBits &= inBits - 1) {
+            const int column = 7 - std::countr_zero(inBits);
+            ++mCounts[static_cast<std::size_t>(column) % 4][inIndices[column]];
+        }
+    }
+
+    /** One row under its mask; inFlip turns the mask's bytes into set bits. */
+    void AddMasked(const std::uint8_t* inIndices, const std::uint8_t* inMask, unsigned inFlip,
+                   std::size_t inWidth) {
+        const std::size_t wholeBytes = inWidth / 8;
+        const auto bits = [=](std::size_t inByte) { return inMask[inByte] ^ inFlip; };
+        for (std::size_t i = 0; i < wholeBytes; ++i) {
+            const std::size_t first = i;
+            while (i < wholeBytes && bits(i) == 0xFF)
+                ++i;
+            AddRun(inIndices + first * 8, (i - first) * 8);
+            if (i < wholeBytes)
+                AddBits(inIndices + i * 8, bits(i));
+        }
+        if (inWidth % 8 != 0)
+            AddBits(inIndices + wholeBytes * 8, bits(wholeBytes) & 0xFF00u >> inWidth % 8 & 0xFFu);
+    }
+
+    void Write(std::uint32_t* outHistogram, std::uint32_t inSize) const {
+        for (std::size_t i = 0; i < inSize; ++i)
+            outHistogram[i] = i < 256 ? mCounts[0][i] + mCounts[1][i] + mCounts[2][i] + mCounts[3][i] : 0;
+    }
+
+private:
+    std::array<Histogram, 4> mCounts{};
+};
+
+IndexMap IdentityMap() {
+    IndexMap map;
+    std::iota(map.begin(), map.end(), std::uint8_t{0});
+    return map;
+}
+
+} // namespace
+
+NvIndexedImage::NvIndexedImage() : NvIndexedImage(0, 0, NvColorTable()) {}
+
+NvIndexedImage::NvIndexedImage(std::uint32_t inWidth, std::uint32_t inHeight, const NvColorTable& inTable)
+    : NvRealImage(inWidth, inHeight, 8, 1, &NvPackedRowBytes, nullptr, km_IndexedImage),
+      mColorTable(inTable) {}
+
+std::unique_ptr<NvImage> NvIndexedImage::Clone() const {
+    auto image = NvMakeUnique<NvIndexedImage>();
+    image->CopyFrom(*this);
+    return image;
+}
+
+void NvIndexedImage::CopyFrom(const NvImage& inImage) {
+    NvAssert(GetImageType() == inImage.GetImageType());
+    const auto& image = static_cast<const NvIndexedImage&>(inImage);
+    NvColorTable table(image.mColorTable);
+    SetSize(image.mWidth, image.mHeight);
+    CopyPixels(image);
+    SetResolution(image.GetHorizontalResolution(), image.GetVerticalResolution());
+    mColorTable = std::move(table);
+    mFillIndex = image.mFillIndex;
+}
+
+std::unique_ptr<NvImage> NvIndexedImage::NewBlankImage(const NvRect& inRect) const {
+    auto image = NvMakeUnique<NvIndexedImage>(static_cast<std::uint32_t>(inRect.Width()),
+                                              static_cast<std::uint32_t>(inRect.Height()), mColorTable);
+    image->mFillIndex = mFillIndex;
+    return image;
+}
+
+void NvIndexedImage::Erase() {
+    NvAssert(IsAllocated());
+    const NvPixelLock pixels(*this);
+    for (std::uint32_t y = 0; y < mHeight; ++y)
+        std::memset(pixels.Row(y), GetFillIndex(), mWidth);
+}
+
+void NvIndexedImage::ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
+                             const NvRGBLayout& inLayout) const {
+    AssertInside(inSourceRect);
+    NvAssertLayout(inLayout);
+    NvAssert(outData);
+    std::array<NvColor, 256> colors{};
+    std::copy_n(mColorTable.GetColors(), std::min(mColorTable.GetSize(), 256u), colors.begin());
+
+    const NvConstPixelLock pixels(*this);
+    for (std::int32_t y = inSourceRect.top; y < inSourceRect.bottom; ++y) {
+        const std::uint8_t* const row = pixels.Row(static_cast<std::uint32_t>(y));
+        std::uint8_t* out = outData;
+        for (std::int32_t x = inSourceRect.left; x < inSourceRect.right; ++x) {
+            const NvColor color = colors[row[x]];
+            out[inLayout.redIndex] = color.red;
+            out[inLayout.greenIndex] = color.green;
+            out[inLayout.blueIndex] = color.blue;
+            out += inLayout.pixelBytes;
+        }
+        outData += inDestRowBytes;
+    }
+}
+
+std::uint8_t NvIndexedImage::GetPixel(std::uint32_t inH, std::uint32_t inV) const {
+    NvAssert(!IsLocked());
+    NvAssert(inH < mWidth && inV < mHeight);
+    return NvConstPixelLock(*this).Row(inV)[inH];
+}
+
+void NvIndexedImage::BuildHistogram(std::uint32_t* outHistogram) const {
+    if (!outHistogram)
+        NvThrow(NvErrorCode::km_MissingData);
+    if (mWidth == 0 || mHeight == 0 || GetRowBytes() == 0 || IsLocked())
+        NvThrow(NvErrorCode::km_BadParameter);
+    const NvConstPixelLock pixels(*this);
+    IndexCounter counter;
+    for (std::uint32_t y = 0; y < mHeight; ++y)
+        counter.AddRun(pixels.Row(y), mWidth);
+    counter.Write(outHistogram, mColorTable.GetSize());
+}
+
+void NvIndexedImage::BuildMaskedHistogram(std::uint32_t* outHistogram, const NvBitmapImage* inMask) const {
+    if (!outHistogram || !inMask)
+        NvThrow(NvErrorCode::km_MissingData);
+    const std::uint32_t width = mWidth;
+    const std::uint32_t height = mHeight;
+    const std::uint32_t ourRowBytes = GetRowBytes();
+    const std::uint32_t maskRowBytes = inMask->GetRowBytes();
+    NvAssert(width && height && ourRowBytes && maskRowBytes);
+    NvAssert(!IsLocked() && !inMask->IsLocked());
+    NvAssert(width == inMask->GetWidth() && height == inMask->GetHeight());
+
+    const NvConstPixelLock pixels(*this);
+    const NvConstPixelLock mask(*inMask);
+    const unsigned flip = inMask->GetPolarity() == 0 ? 0 : 0xFF;
+    IndexCounter counter;
+    for (std::uint32_t y = 0; y < height; ++y)
+        counter.AddMasked(pixels.Row(y), mask.Row(y), flip, width);
+    counter.Write(outHistogram, mColorTable.GetSize());
+}
+
+std::uint32_t NvIndexedImage::CountUsedColors(const std::uint32_t* inHistogram, std::uint32_t inHistSize) {
+    if (!inHistogram)
+        NvThrow(NvErrorCode::km_MissingData);
+    NvAssert(inHistSize);
+    return inHistSize -
+           static_cast<std::uint32_t>(std::count(inHistogram, inHistogram + inHistSize, std::uint32_t{0}));
+}
+
+std::uint32_t NvIndexedImage::FindUnusedColor(const std::uint32_t* inHistogram, std::uint32_t inHistSize,
+                                              bool& outFound) {
+    if (!inHistogram)
+        NvThrow(NvErrorCode::km_MissingData);
+    const auto* const unused = std::find(inHistogram, inHistogram + inHistSize, std::uint32_t{0});
+    const auto index = static_cast<std::uint32_t>(unused - inHistogram);
+    outFound = index < inHistSize;
+    return index;
+}
+
+std::uint32_t NvIndexedImage::ChooseColorToMerge(std::uint32_t* ioHistogram, std::uint32_t inCandidates,
+                                                 std::uint32_t& outSrcIndex,
+                                                 std::uint32_t& outDstIndex) const {
+    if (!ioHistogram)
+        NvThrow(NvErrorCode::km_MissingData);
+    NvAssert(inCandidates);
+    const std::uint32_t sizeOfTable = mColorTable.GetSize();
+    float bestCost = std::numeric_limits<float>::infinity();
+    for (std::uint32_t k = std::min(inCandidates, sizeOfTable); k > 0; --k) {
+        std::uint32_t* const least = std::min_element(ioHistogram, ioHistogram + sizeOfTable);
+        const auto index = static_cast<std::uint32_t>(least - ioHistogram);
+        const std::uint32_t count = std::exchange(*least, 0x7FFFFFFFu);
+        const std::uint32_t nearest = mColorTable.FindClosestOtherColor(index);
+        const std::uint32_t distance =
+            NvColorTable::ColorDistance(&mColorTable.GetColor(index), &mColorTable.GetColor(nearest));
+        const float cost = static_cast<float>(count) * static_cast<float>(distance);
+        if (cost < bestCost) {
+            bestCost = cost;
+            outSrcIndex = index;
+            outDstIndex = nearest;
+        }
+    }
+    return outDstIndex;
+}
+
+void NvIndexedImage::ReplaceIndex(std::uint32_t inSrcIndex, std::uint32_t inDstIndex) {
+    const std::uint32_t sizeOfTable = mColorTable.GetSize();
+    NvAssert(inSrcIndex != inDstIndex);
+    NvAssert(inSrcIndex < sizeOfTable && inDstIndex < sizeOfTable);
+    IndexMap map = IdentityMap();
+    map[inSrcIndex] = static_cast<std::uint8_t>(inDstIndex);
+    RemapIndices(map.data());
+}
+
+void NvIndexedImage::RemapIndices(const std::uint8_t* inMap) {
+    if (!inMap)
+        NvThrow(NvErrorCode::km_MissingData);
+    const NvPixelLock pixels(*this);
+    for (std::uint32_t y = 0; y < mHeight; ++y) {
+        std::uint8_t* const row = pixels.Row(y);
+        std::transform(row, row + mWidth, row, [inMap](std::uint8_t inIndex) { return inMap[inIndex]; });
+    }
+}
+
+NvColorTable NvIndexedImage::CompactTable(const std::uint32_t* inHistogram, std::uint8_t* outMap) const {
+    if (!inHistogram || !outMap)
+        NvThrow(NvErrorCode::km_MissingData);
+    const std::uint32_t inHistSize = mColorTable.GetSize();
+    NvAssert(inHistSize);
+    NvAssert(inHistSize <= 256);
+    const NvColor* const colors = mColorTable.GetColors();
+    Histogram counts{};
+    std::copy_n(inHistogram, inHistSize, counts.begin());
+
+    std::uint32_t removed = 0;
+    for (std::uint32_t i = 0; i < inHistSize; ++i) {
+        const auto first = static_cast<std::uint32_t>(std::find(colors, colors + i, colors[i]) - colors);
+        if (first < i) {
+            outMap[i] = outMap[first];
+            counts[first] += std::exchange(counts[i], 0u);
+            ++removed;
+        } else {
+            outMap[i] = static_cast<std::uint8_t>(i - removed);
+            if (counts[i] == 0)
+                ++removed;
+        }
+    }
+
+    const std::uint32_t newSize = CountUsedColors(counts.data(), inHistSize);
+    NvColorTable table(newSize);
+    for (std::uint32_t i = 0; i < inHistSize; ++i) {
+        if (counts[i] != 0) {
+            const std::uint32_t j = outMap[i];
+            NvAssertText(j < newSize, "j<newSize");
+            table.SetColor(j, colors[i]);
+        }
+    }
+    return table;
+}
+
+void NvIndexedImage::RemoveUnusedColors() {
+    Histogram counts{};
+    BuildHistogram(counts.data());
+    // The pixels of a repeated colour count for its first occurrence, so that no number is given out twice.
+    const NvColor* const colors = mColorTable.GetColors();
+    for (std::uint32_t i = 0; i < mColorTable.GetSize(); ++i) {
+        const auto first = std::find(colors, colors + i, colors[i]) - colors;
+        counts[static_cast<std::size_t>(first)] += std::exchange(counts[i], 0u);
+    }
+    IndexMap map{};
+    NvColorTable table = CompactTable(counts.data(), map.data());
+    RemapIndices(map.data());
+    mColorTable = std::move(table);
+}
+
+void NvIndexedImage::MergeSimilarColors(std::uint32_t inTolerance) {
+    RemoveUnusedColors();
+    const std::uint32_t tableSize = mColorTable.GetSize();
+    NvAssert(tableSize > 0);
+    NvColorTable kept(256);
+    std::uint32_t keptSize = 0;
+    IndexMap map{};
+    for (std::uint32_t i = 0; i < tableSize; ++i) {
+        const NvColor color = mColorTable.GetColor(i);
+        const auto isNear = [&](const NvColor& inKept) {
+            return NvColorTable::ColorDistance(&inKept, &color) < inTolerance * inTolerance;
+        };
+        const NvColor* const colors = kept.GetColors();
+        const auto group =
+            static_cast<std::uint32_t>(std::find_if(colors, colors + keptSize, isNear) - colors);
+        if (group == keptSize)
+            kept.SetColor(keptSize++, color);
+        map[i] = static_cast<std::uint8_t>(group);
+    }
+    kept.SetSize(keptSize);
+    RemapIndices(map.data());
+    mColorTable = std::move(kept);
+}
