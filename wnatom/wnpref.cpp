@@ -1,0 +1,105 @@
+#include "wnatom/wnpref.h"
+
+#include <cstring>
+#include <initializer_list>
+
+#include "nvcode2/nvassert.h"
+#include "wnatom/wnprefkey.h"
+
+namespace {
+
+constexpr std::size_t kMaxKeyPath = 1023;
+constexpr auto kRoots = {WnPrefKey::km_Machine, WnPrefKey::km_User};
+
+/** Hands the first root's key that inRead accepts to it. */
+template <typename Reader>
+bool ReadFromRoots(const char* inKeyPath, Reader inRead) {
+    for (const WnPrefKey::Root root : kRoots) {
+        WnPrefKey key(inKeyPath);
+        if (key.OpenKey(root, WnPrefKey::km_Read) && inRead(key))
+            return true;
+    }
+    return false;
+}
+
+template <typename Writer>
+bool WriteToRoots(const char* inKeyPath, Writer inWrite) {
+    bool written = false;
+    for (const WnPrefKey::Root root : kRoots) {
+        WnPrefKey key(inKeyPath);
+        if (key.OpenKey(root, WnPrefKey::km_ReadWrite) && inWrite(key))
+            written = true;
+    }
+    return written;
+}
+
+} // namespace
+
+WnPref::WnPref(const char* inProduct, const char* inVersion)
+    : mKeyPath(std::string("Software\\Norvek\\") + inProduct + "\\" + inVersion) {
+    NvAssert(mKeyPath.size() <= kMaxKeyPath);
+}
+
+WnPref::WnPref(const char* inKeyPath) : mKeyPath(inKeyPath) {
+    NvAssert(mKeyPath.size() <= kMaxKeyPath);
+}
+
+bool WnPref::ReadDWord(const char* inName, std::uint32_t& outValue) const {
+    NvAssert(inName);
+    if (const auto found = mOverrides.find(inName); found != mOverrides.end()) {
+        outValue = found->second;
+        return true;
+    }
+    return ReadFromRoots(GetKeyPath(), [&](const WnPrefKey& key) { return key.ReadDWord(inName, outValue); });
+}
+
+bool WnPref::ReadDWordDefault(const char* inName, std::uint32_t& outValue, std::uint32_t inDefault) const {
+    if (ReadDWord(inName, outValue))
+        return true;
+    outValue = inDefault;
+    return false;
+}
+
+bool WnPref::ReadString(const char* inName, char* outBuffer, std::size_t inBufferSize) const {
+    NvAssert(inName);
+    return ReadFromRoots(GetKeyPath(), [&](const WnPrefKey& key) {
+        std::string text;
+        if (!key.ReadString(inName, text) || text.size() >= inBufferSize)
+            return false;
+        std::memcpy(outBuffer, text.c_str(), text.size() + 1);
+        return true;
+    });
+}
+
+bool WnPref::WriteDWord(const char* inName, std::uint32_t inValue) {
+    NvAssert(inName);
+    return WriteToRoots(GetKeyPath(), [&](WnPrefKey& key) { return key.WriteDWord(inName, inValue); });
+}
+
+bool WnPref::WriteString(const char* inName, const char* inData, std::size_t inSize) {
+    NvAssert(inName);
+    std::string text(inData, inSize);
+    if (!text.empty() && text.back() == '\0')
+        text.pop_back();
+    if (text.find_first_of(std::string_view("\0\r\n", 3)) != std::string::npos)
+        return false;
+    return WriteToRoots(GetKeyPath(), [&](WnPrefKey& key) { return key.WriteString(inName, text); });
+}
+
+bool WnPref::AddToDWord(const char* inName, std::uint32_t inDelta) {
+    NvAssert(inName);
+    // A root that has no such value yet continues what a reader saw so far, not 0: otherwise the first write
+    // to the machine-wide root would hide a user's total.
+    std::uint32_t seen = 0;
+    ReadFromRoots(GetKeyPath(), [&](const WnPrefKey& key) { return key.ReadDWord(inName, seen); });
+    return WriteToRoots(GetKeyPath(), [&](WnPrefKey& key) {
+        std::uint32_t value = seen;
+        key.ReadDWord(inName, value);
+        return key.WriteDWord(inName, value + inDelta);
+    });
+}
+
+void WnPref::Override(const char* inName, std::uint32_t inValue) {
+    NvAssert(inName);
+    mOverrides[inName] = inValue;
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+
+/** Settings and totals of one product and version, kept between runs.
+ *
+ *  Values stand under a machine-wide and a per-user root. Reads prefer the machine-wide value; writes go to
+ *  both, so that a user without rights to the machine-wide root still keeps settings. No key stays open
+ * between calls. Nothing here raises an NvErrorCode: a store that cannot be read or written answers false. */
+class WnPref {
+public:
+    /** The key "Software\Norvek\<product>\<version>". Its length is at most 1023 characters (asserted). */
+    WnPref(const char* inProduct, const char* inVersion);
+    /** A ready key path of at most 1023 characters (asserted). */
+    explicit WnPref(const char* inKeyPath);
+
+    const char* GetKeyPath() const { return mKeyPath.c_str(); }
+
+    /** @return false, with outValue untouched, when neither root has a number of that name. */
+    bool ReadDWord(const char* inName, std::uint32_t& outValue) const;
+
+    /** Like ReadDWord, but a missing value gives inDefault. @return whether there was one. */
+    bool ReadDWordDefault(const char* inName, std::uint32_t& outValue, std::uint32_t inDefault) const;
+
+    /** @param outBuffer  receives the text with its NUL, inBufferSize bytes long
+     *  @return false, with outBuffer untouched, when there is no such text or it does not fit */
+    bool ReadString(const char* inName, char* outBuffer, std::size_t inBufferSize) const;
+
+    /** @return true when at least one root took the value. */
+    bool WriteDWord(const char* inName, std::uint32_t inValue);
+
+    /** Stores inSize bytes of text, a closing NUL included or not. Text with a line break is refused. */
+    bool WriteString(const char* inName, const char* inData, std::size_t inSize);
+
+    /** Adds to the stored number (missing: 0, wrapping at 32 bits) as one step that no other process can
+     *  come between, so that runs side by side lose nothing. */
+    bool AddToDWord(const char* inName, std::uint32_t inDelta);
+
+    /** A value for this object's life that wins over the stored one and is never stored. */
+    void Override(const char* inName, std::uint32_t inValue);
+
+private:
+    std::string mKeyPath;
+    std::map<std::string, std::uint32_t, std::less<>> mOverrides;
+};

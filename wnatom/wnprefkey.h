@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+/** A preferences key under one root, open for a single read or write.
+ *
+ *  Only one process at a time holds a key open for writing; readers never wait and see the last complete
+ *  state. The destructor closes the key. */
+class WnPrefKey {
+public:
+    enum Root { km_Machine, km_User };
+    enum Access { km_Read, km_ReadWrite };
+
+    explicit WnPrefKey(const char* inKeyPath);
+    ~WnPrefKey();
+    WnPrefKey(const WnPrefKey&) = delete;
+    WnPrefKey& operator=(const WnPrefKey&) = delete;
+
+    /** km_ReadWrite makes a missing key and waits for a process that is writing it.
+     *  @return false when this object is open already or the key cannot be opened that way */
+    bool OpenKey(Root inRoot, Access inAccess);
+    void CloseKey();
+
+    /** The key is open. Numbers and texts are told apart by what they hold, not by a type. */
+    bool ReadDWord(const char* inName, std::uint32_t& outValue) const;
+    bool ReadString(const char* inName, std::string& outText) const;
+
+    /** The key is open for writing. The stored state changes in one step or not at all. */
+    bool WriteDWord(const char* inName, std::uint32_t inValue);
+    bool WriteString(const char* inName, const std::string& inText);
+
+private:
+    struct Handle;
+
+    std::string mKeyPath;
+    std::unique_ptr<Handle> mHandle; // null while closed
+};

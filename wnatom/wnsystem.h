@@ -1,0 +1,39 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/** What the program asks of the machine and its file systems beyond reading and writing files. */
+
+/** Bytes of physical memory. */
+std::uint64_t WnGetPhysicalMemory();
+
+/** The per-user folder for the results log, without a closing separator; made when missing. When it cannot
+ *  be made: a private folder below the temporary one. */
+std::string WnGetDataFolder();
+
+/** Which file a name leads to: two names with equal identities are one file. */
+struct WnFileIdentity {
+    std::uint64_t mDevice = 0;
+    std::uint64_t mInode = 0;
+    auto operator<=>(const WnFileIdentity&) const = default;
+};
+
+enum class WnFileKind { km_Missing, km_RegularFile, km_Folder, km_Other };
+
+/** What stands at a path, symbolic links followed. A link to nothing is km_Other: something is there, but
+ *  nothing that could be read. */
+WnFileKind WnGetFileKind(const char* inPath);
+
+/** Identity of the file that a path leads to, links followed; nothing when there is none. */
+std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath);
+
+/** Names of the regular files (links followed) directly inside a folder, in bytewise order.
+ *  @throws NvErrorCode by the runtime's error number when the folder cannot be read */
+std::vector<std::string> WnListFiles(const char* inFolder);
+
+/** Whether the character parts a path. */
+bool WnIsSeparator(char inCharacter);

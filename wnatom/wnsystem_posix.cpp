@@ -1,0 +1,81 @@
+#include "wnatom/wnsystem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "nvcode2/nverrorcode.h"
+#include "wnatom/wnfolders_posix.h"
+
+namespace {
+
+/** "<temporary folder>/Norvek-<user number>", made by this user and closed to others; made or found. */
+std::string GetPrivateTemporaryFolder() {
+    std::string folder = WnGetTemporaryFolder() + "/Norvek-" + std::to_string(geteuid());
+    mkdir(folder.c_str(), S_IRWXU);
+    struct stat status {};
+    const bool ours = lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+                      status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+    if (ours)
+        return folder;
+    // Somebody else stands at that name: better no log than one that they steer.
+    return "/nonexistent";
+}
+
+} // namespace
+
+std::uint64_t WnGetPhysicalMemory() {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageSize <= 0)
+        return 0;
+    return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
+}
+
+std::string WnGetDataFolder() {
+    std::string base = WnGetPathFromEnvironment("XDG_STATE_HOME");
+    if (base.empty())
+        base = WnGetHomeFolder() + "/.local/state";
+    std::string folder = base + "/Norvek";
+    return WnMakeFolders(folder) ? folder : GetPrivateTemporaryFolder();
+}
+
+WnFileKind WnGetFileKind(const char* inPath) {
+    struct stat status {};
+    if (stat(inPath, &status) == 0) {
+        if (S_ISREG(status.st_mode))
+            return WnFileKind::km_RegularFile;
+        return S_ISDIR(status.st_mode) ? WnFileKind::km_Folder : WnFileKind::km_Other;
+    }
+    return lstat(inPath, &status) == 0 ? WnFileKind::km_Other : WnFileKind::km_Missing;
+}
+
+std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath) {
+    struct stat status {};
+    if (stat(inPath, &status) != 0)
+        return std::nullopt;
+    return WnFileIdentity{static_cast<std::uint64_t>(status.st_dev),
+                          static_cast<std::uint64_t>(status.st_ino)};
+}
+
+std::vector<std::string> WnListFiles(const char* inFolder) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(inFolder), &closedir);
+    if (!folder)
+        ThrowRuntimeError(errno);
+    std::vector<std::string> names;
+    while (const dirent* entry = readdir(folder.get())) {
+        struct stat status {};
+        if (fstatat(dirfd(folder.get()), entry->d_name, &status, 0) == 0 && S_ISREG(status.st_mode))
+            names.emplace_back(entry->d_name);
+    }
+    std::sort(names.begin(), names.end()); // std::string compares its characters as unsigned bytes
+    return names;
+}
+
+bool WnIsSeparator(char inCharacter) {
+    return inCharacter == '/';
+}
