@@ -1,18 +1,16 @@
 #include "nvcode2/nverrorcode.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
+
+#include "nvcode2/nvpascalstring.h"
 
 namespace {
 
 NvErrorReportHook gErrorReportHook = nullptr;
 
 std::array<unsigned char, 257> MakePascalString(const char* inText) {
-    std::array<unsigned char, 257> pascal{};
-    const std::size_t length = std::min<std::size_t>(std::strlen(inText), 255);
-    pascal[0] = static_cast<unsigned char>(length);
-    std::memcpy(pascal.data() + 1, inText, length);
+    std::array<unsigned char, 257> pascal{}; // what the copy leaves alone is the NUL
+    NvCopyToPascalString(inText, pascal.data());
     return pascal;
 }
 

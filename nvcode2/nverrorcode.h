@@ -13,32 +13,34 @@ public:
     /** The library's error numbers. Other programs' logs quote them, so they never change. */
     enum Code : std::uint32_t {
         km_NoError = 0,
-        km_Failure = 1,            ///< a runtime failure without a number of its own
-        km_OutOfMemory = 2,        ///< an allocation failed, or would pass the memory limit
-        km_Cancelled = 3,          ///< the user asked to stop; means nothing else
-        km_NoFileSpecified = 4,    ///< a file operation without a path
-        km_PermissionDenied = 5,   ///< EACCES after a call other than open; unknown open permission
-        km_TooManyFiles = 9,       ///< EAGAIN, EMFILE
-        km_FileNotFound = 10,      ///< ENOENT
-        km_FileAlreadyOpen = 11,   ///< open, create or delete of an open file
-        km_WrongPermission = 12,   ///< read of a write-only file or the reverse; EEXIST, EINVAL while opening
-        km_OpenDenied = 14,        ///< EACCES while opening
-        km_FileNotOpen = 15,       ///< an operation that needs an open file
-        km_CrossDevice = 17,       ///< EXDEV
-        km_EndOfFile = 18,         ///< a read found no byte at all
-        km_BadDescriptor = 20,     ///< EBADF; a failed close
-        km_BadParameter = 21,      ///< E2BIG, EINVAL; a bad seek origin, colour count or polarity
-        km_DiskFull = 22,          ///< ENOSPC; a short write
-        km_MissingData = 27,       ///< an operation on a table, mask or buffer that holds nothing
-        km_MalformedGIF = 28,      ///< the bytes are not a well-formed GIF
-        km_OutOfRange = 29,        ///< ERANGE
-        km_FileExists = 31,        ///< EEXIST after a call other than open
-        km_NotGIF = 32,            ///< the signature is not "GIF"; a file that could not be opened for loading
+        km_Failure = 1,          ///< a runtime failure without a number of its own
+        km_OutOfMemory = 2,      ///< an allocation failed, or would pass the memory limit
+        km_Cancelled = 3,        ///< the user asked to stop; means nothing else
+        km_NoFileSpecified = 4,  ///< a file operation without a path
+        km_PermissionDenied = 5, ///< EACCES after a call other than open; unknown open permission
+        km_TooManyFiles = 9,     ///< EAGAIN, EMFILE
+        km_FileNotFound = 10,    ///< ENOENT
+        km_FileAlreadyOpen = 11, ///< open, create or delete of an open file
+        km_WrongPermission = 12, ///< read of a write-only file or the reverse; EEXIST, EINVAL while opening
+        km_OpenDenied = 14,      ///< EACCES while opening
+        km_FileNotOpen = 15,     ///< an operation that needs an open file
+        km_CrossDevice = 17,     ///< EXDEV
+        km_EndOfFile = 18,       ///< a read found no byte at all
+        km_BadDescriptor = 20,   ///< EBADF; a failed close
+        km_BadParameter = 21,    ///< E2BIG, EINVAL; a bad seek origin, colour count or polarity
+        km_DiskFull = 22,        ///< ENOSPC; a short write
+        km_MissingData = 27,     ///< an operation on a table, mask or buffer that holds nothing
+        km_MalformedGIF = 28,    ///< the bytes are not a well-formed GIF
+        km_OutOfRange = 29,      ///< ERANGE
+        km_FileExists = 31,      ///< EEXIST after a call other than open
+        km_NotGIF = 32,          ///< the signature is not "GIF"; a file that could not be opened for loading
         km_UnknownGIFVersion = 33, ///< neither "87a" nor "89a"
         km_StringResource = 35,    ///< a string resource is missing
         km_NotSupported = 37,      ///< the class does not support the operation
     };
 
+    /** @param inFileName  the source file that raises the error, kept up to 255 characters
+     *  @param inLine      the line in it */
     NvErrorCode(std::uint32_t inCode, const char* inFileName, std::uint32_t inLine);
     NvErrorCode(std::uint32_t inCode, std::int32_t inSystemError, const char* inFileName,
                 std::uint32_t inLine);
@@ -75,8 +77,9 @@ void NvSetErrorReportHook(NvErrorReportHook inHook);
                           const std::source_location& inPlace = std::source_location::current());
 
 /** Throws an NvErrorCode with a code of the caller's choice and the runtime error number behind it. */
-[[noreturn]] void NvThrowWithSystemError(std::uint32_t inCode, std::int32_t inSystemError,
-                                         const std::source_location& inPlace = std::source_location::current());
+[[noreturn]] void
+NvThrowWithSystemError(std::uint32_t inCode, std::int32_t inSystemError,
+                       const std::source_location& inPlace = std::source_location::current());
 
 /** Maps errno of a failed runtime call to a code and throws it; an unknown number gives code 1.
  *  Opening a file has a mapping of its own, see NvFile::Open. */

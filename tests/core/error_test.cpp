@@ -1,0 +1,109 @@
+#include "nvcode2/nverrorcode.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "nvcode2/nvassert.h"
+
+namespace {
+
+std::string FileNameOf(const NvErrorCode& inError) {
+    return reinterpret_cast<const char*>(inError.GetFileName() + 1);
+}
+
+int gReports = 0;
+
+/** Counts calls of the report hook while it lives. */
+class ReportCounter {
+public:
+    ReportCounter() {
+        gReports = 0;
+        NvSetErrorReportHook([](const NvErrorCode&) { ++gReports; });
+    }
+    ReportCounter(const ReportCounter&) = delete;
+    ReportCounter& operator=(const ReportCounter&) = delete;
+    ~ReportCounter() { NvSetErrorReportHook(nullptr); }
+};
+
+TEST(ErrorTest, LongFileNamesAreCutAt255) {
+    for (const std::size_t length : {0u, 254u, 255u, 256u, 1000u}) {
+        const std::string name(length, 'n');
+        const NvErrorCode error(1, name.c_str(), 7);
+        const std::size_t kept = std::min<std::size_t>(length, 255);
+        EXPECT_EQ(error.GetFileName()[0], kept);
+        EXPECT_EQ(FileNameOf(error), name.substr(0, kept));
+    }
+}
+
+TEST(ErrorTest, TheReportHookIsCalledOncePerRaisedError) {
+    const ReportCounter counter;
+    const NvErrorCode none(0, 0, "f", 1);
+    EXPECT_EQ(gReports, 0);
+    const NvErrorCode code(5, "f", 1);
+    EXPECT_EQ(gReports, 1);
+    const NvErrorCode systemOnly(0, ENOENT, "f", 1);
+    EXPECT_EQ(gReports, 2);
+    const NvErrorCode copy = code;
+    const NvErrorCode moved(copy, "other", 9);
+    EXPECT_EQ(gReports, 2) << "a copy is the same error";
+    EXPECT_EQ(FileNameOf(moved), "f") << "the first raiser stays named";
+    EXPECT_EQ(moved.GetLine(), 1u);
+    try {
+        ThrowRuntimeError(ENOENT);
+    } catch (const NvErrorCode&) {
+    }
+    EXPECT_EQ(gReports, 3);
+}
+
+TEST(ErrorTest, RuntimeErrorsMapToCodes) {
+    const struct {
+        std::int32_t systemError;
+        std::uint32_t code;
+    } rows[] = {{ENOENT, 10}, {E2BIG, 21},  {EBADF, 20}, {EAGAIN, 9},  {ENOMEM, 2},
+                {EACCES, 5},  {EEXIST, 31}, {EXDEV, 17}, {EINVAL, 21}, {EMFILE, 9},
+                {ENOSPC, 22}, {ERANGE, 29}, {EIO, 1},    {0, 1},       {-1, 1}};
+    for (const auto& row : rows) {
+        try {
+            ThrowRuntimeError(row.systemError);
+        } catch (const NvErrorCode& error) {
+            EXPECT_EQ(error.GetCode(), row.code) << "errno " << row.systemError;
+            EXPECT_EQ(error.GetSystemError(), row.systemError);
+            EXPECT_EQ(FileNameOf(error), "nvcode2/nverrorcode.cpp");
+        }
+    }
+}
+
+TEST(ErrorTest, ThrowNamesTheCallersPlace) {
+    const std::uint32_t line = __LINE__ + 2;
+    try {
+        NvThrow(NvErrorCode::km_MalformedGIF);
+    } catch (const NvErrorCode& error) {
+        EXPECT_EQ(error.GetSystemError(), 0);
+        EXPECT_EQ(FileNameOf(error), __FILE__);
+        EXPECT_EQ(error.GetLine(), line);
+        return;
+    }
+    FAIL() << "nothing thrown";
+}
+
+TEST(AssertDeathTest, ReportsTheExpressionAfterTheHook) {
+    const int present = 0;
+    NvAssert(!present);
+    EXPECT_DEATH(NvAssert(present && "why"),
+                 "Assertion failed: \"present && \"why\"\", file .*error_test.cpp, line");
+    EXPECT_DEATH(NvAssertText(present, "mTable"), "\"mTable\"");
+    EXPECT_DEATH(
+        {
+            NvSetAssertHook([](const char* inFileName, std::uint32_t inLine) {
+                std::fprintf(stderr, "hook saw %s:%u\n", inFileName, inLine);
+            });
+            NvAssert(present);
+        },
+        "hook saw .*error_test.cpp:[0-9]+\nAssertion failed");
+}
+
+} // namespace

@@ -1,0 +1,84 @@
+#include "nvcode2/nvlist.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+char gLetters[] = "abcdefgh";
+
+void* Letter(char inLetter) {
+    return gLetters + (inLetter - 'a');
+}
+
+/** The list's letters, checked to be the same walked backward. */
+std::string TextOf(const NvList& inList) {
+    std::string text;
+    for (const NvList::Node* node = inList.GetFirst(); node; node = node->GetNext())
+        text += *static_cast<const char*>(node->GetElement());
+    std::string backward;
+    for (const NvList::Node* node = inList.GetLast(); node; node = node->GetPrevious())
+        backward += *static_cast<const char*>(node->GetElement());
+    EXPECT_EQ(text, std::string(backward.rbegin(), backward.rend()));
+    EXPECT_EQ(inList.GetCount(), text.size());
+    return text;
+}
+
+TEST(ListTest, InsertsAtEveryPlace) {
+    NvList list;
+    EXPECT_EQ(TextOf(list), "");
+    NvList::Node* c = list.Insert(0, Letter('c'));
+    EXPECT_EQ(list.GetFirst(), c);
+    EXPECT_EQ(list.GetLast(), c);
+    list.InsertBefore(c, Letter('a'));
+    EXPECT_EQ(*static_cast<char*>(list.InsertBefore(c, Letter('b'))->GetElement()), 'b');
+    list.InsertAfter(c, Letter('e'));
+    list.InsertAfter(c, Letter('d'));
+    list.Append(Letter('f'));
+    EXPECT_EQ(TextOf(list), "abcdef");
+    list.Insert(0, Letter('h'));
+    list.Insert(7, Letter('g'));
+    list.Insert(1, Letter('g'));
+    EXPECT_EQ(TextOf(list), "hgabcdefg");
+    EXPECT_EQ(list.GetNode(4), c);
+}
+
+TEST(ListTest, RemovesAtEveryPlace) {
+    NvList list;
+    for (char letter = 'a'; letter <= 'e'; ++letter)
+        list.Append(Letter(letter));
+    list.Remove(2u);
+    EXPECT_EQ(TextOf(list), "abde");
+    list.Remove(list.GetLast());
+    list.Remove(list.GetFirst());
+    EXPECT_EQ(TextOf(list), "bd");
+    list.RemoveAll();
+    EXPECT_EQ(TextOf(list), "");
+    EXPECT_STREQ(gLetters, "abcdefgh") << "elements are not the list's to touch";
+
+    list.Append(Letter('a'));
+    list.Remove(0u);
+    EXPECT_EQ(list.GetFirst(), nullptr);
+    EXPECT_EQ(list.GetLast(), nullptr);
+}
+
+TEST(ListTest, ALongListIsFreedWithoutRecursion) {
+    NvList list;
+    for (int i = 0; i < 1000000; ++i)
+        list.Append(nullptr);
+    EXPECT_EQ(list.GetCount(), 1000000u);
+}
+
+TEST(ListDeathTest, PlacesMustExist) {
+    NvList list;
+    EXPECT_DEATH(list.GetNode(0), "\"temp\"");
+    list.Append(Letter('a'));
+    EXPECT_DEATH(list.GetNode(1), "\"temp\"");
+    EXPECT_DEATH(list.Insert(2, Letter('b')), "\"temp\"");
+    EXPECT_DEATH(list.Remove(1u), "\"temp\"");
+    EXPECT_DEATH(list.InsertAfter(nullptr, Letter('b')), "\"inElement\"");
+    EXPECT_DEATH(list.InsertBefore(nullptr, Letter('b')), "\"inElement\"");
+}
+
+} // namespace
