@@ -62,13 +62,13 @@ void NvSetErrorReportHook(NvErrorReportHook inHook) {
     gErrorReportHook = inHook;
 }
 
-void NvThrow(std::uint32_t inCode, const std::source_location& inPlace) {
-    throw NvErrorCode(inCode, inPlace.file_name(), inPlace.line());
+void NvThrow(std::uint32_t inCode, const char* inFileName, std::uint32_t inLine) {
+    throw NvErrorCode(inCode, inFileName, inLine);
 }
 
-void NvThrowWithSystemError(std::uint32_t inCode, std::int32_t inSystemError,
-                            const std::source_location& inPlace) {
-    throw NvErrorCode(inCode, inSystemError, inPlace.file_name(), inPlace.line());
+void NvThrowWithSystemError(std::uint32_t inCode, std::int32_t inSystemError, const char* inFileName,
+                            std::uint32_t inLine) {
+    throw NvErrorCode(inCode, inSystemError, inFileName, inLine);
 }
 
 void ThrowRuntimeError(std::int32_t inSystemError) {

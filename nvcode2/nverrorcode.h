@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <source_location>
 
 /** The one exception type: what went wrong, the operating system's word on it, and who raised it.
  *
@@ -72,14 +71,15 @@ using NvErrorReportHook = void (*)(const NvErrorCode& inError);
 /** Installs the process-wide report hook, for debugging and tools; nullptr (the default) removes it. */
 void NvSetErrorReportHook(NvErrorReportHook inHook);
 
-/** Throws an NvErrorCode that names the caller's place. */
-[[noreturn]] void NvThrow(std::uint32_t inCode,
-                          const std::source_location& inPlace = std::source_location::current());
+/** Throws an NvErrorCode that names the caller's place, which the defaults stand for. (Not
+ *  std::source_location: clang has it only from version 16 on.) */
+[[noreturn]] void NvThrow(std::uint32_t inCode, const char* inFileName = __builtin_FILE(),
+                          std::uint32_t inLine = __builtin_LINE());
 
 /** Throws an NvErrorCode with a code of the caller's choice and the runtime error number behind it. */
-[[noreturn]] void
-NvThrowWithSystemError(std::uint32_t inCode, std::int32_t inSystemError,
-                       const std::source_location& inPlace = std::source_location::current());
+[[noreturn]] void NvThrowWithSystemError(std::uint32_t inCode, std::int32_t inSystemError,
+                                         const char* inFileName = __builtin_FILE(),
+                                         std::uint32_t inLine = __builtin_LINE());
 
 /** Maps errno of a failed runtime call to a code and throws it; an unknown number gives code 1.
  *  Opening a file has a mapping of its own, see NvFile::Open. */

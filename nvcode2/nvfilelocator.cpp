@@ -30,11 +30,13 @@ std::string_view FolderOf(std::string_view inPath) {
 
 } // namespace
 
-NvFileLocator::NvFileLocator(const char* inPath)
-    : mIsSpecified(inPath != nullptr), mPathStr(Duplicate(inPath)) {}
+NvFileLocator::NvFileLocator(const char* inPath) {
+    SetPath(inPath);
+}
 
-NvFileLocator::NvFileLocator(const NvFileLocator& inLocator)
-    : mIsSpecified(inLocator.mIsSpecified), mPathStr(Duplicate(inLocator.GetPath())) {}
+NvFileLocator::NvFileLocator(const NvFileLocator& inLocator) {
+    *this = inLocator;
+}
 
 NvFileLocator& NvFileLocator::operator=(const NvFileLocator& inLocator) {
     mPathStr = Duplicate(inLocator.GetPath());
@@ -44,7 +46,7 @@ NvFileLocator& NvFileLocator::operator=(const NvFileLocator& inLocator) {
 
 void NvFileLocator::SetPath(const char* inPath) {
     mPathStr = Duplicate(inPath);
-    mIsSpecified = true;
+    mIsSpecified = mPathStr != nullptr;
 }
 
 void NvFileLocator::ClearPath() {

@@ -57,7 +57,8 @@ NvString::NvString(const NvStringResources* inModule, std::uint32_t inStringID) 
 NvString::NvString(const NvString& inString) : NvString(inString.mTextPtr, inString.mLength) {}
 
 NvString& NvString::operator=(const NvString& inString) {
-    Replace(inString.mTextPtr, inString.mLength);
+    if (this != &inString)
+        Replace(inString.mTextPtr, inString.mLength);
     return *this;
 }
 
