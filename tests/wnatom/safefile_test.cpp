@@ -1,0 +1,170 @@
+// Replacing a file in one step: the target is whole at every moment, and keeps what it carried.
+
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "nvcode2/nverrorcode.h"
+#include "tests/support/testfolder.h"
+#include "wnatom/wnsafefile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::uint32_t CodeOf(const std::function<void()>& inAction) {
+    try {
+        inAction();
+    } catch (const NvErrorCode& error) {
+        return error.GetCode();
+    }
+    return NvErrorCode::km_NoError;
+}
+
+mode_t GetMode(const std::string& inPath) {
+    struct stat status {};
+    EXPECT_EQ(stat(inPath.c_str(), &status), 0);
+    return status.st_mode & 07777;
+}
+
+std::size_t CountEntries(const std::string& inFolder) {
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator(inFolder), fs::directory_iterator()));
+}
+
+class SafeFile : public testing::Test {
+protected:
+    TestFolder mFolder;
+    std::string mTarget = WriteTestFile(mFolder / "pic.gif", "old");
+};
+
+TEST_F(SafeFile, TheTargetStaysOldUntilTheCommit) {
+    {
+        WnSafeFile file(mTarget.c_str());
+        WriteTestFile(file.GetTemporaryPath(), "new");
+        EXPECT_EQ(ReadTestFile(mTarget), "old");
+        file.Commit();
+        EXPECT_EQ(ReadTestFile(mTarget), "new");
+    }
+    EXPECT_EQ(CountEntries(mFolder.GetPath()), 1u);
+}
+
+TEST_F(SafeFile, WithoutACommitNothingIsLeft) {
+    {
+        const WnSafeFile file(mTarget.c_str());
+        WriteTestFile(file.GetTemporaryPath(), "half");
+        EXPECT_EQ(CountEntries(mFolder.GetPath()), 2u);
+    }
+    EXPECT_EQ(CountEntries(mFolder.GetPath()), 1u);
+    EXPECT_EQ(ReadTestFile(mTarget), "old");
+}
+
+TEST_F(SafeFile, PermissionsAndTagsAreKept) {
+    chmod(mTarget.c_str(), 0604);
+    const bool tagged = setxattr(mTarget.c_str(), "user.tag", "cat", 3, 0) == 0;
+    WnSafeFile file(mTarget.c_str());
+    EXPECT_EQ(GetMode(file.GetTemporaryPath()), 0600u) << "nobody reads it before its permissions are known";
+    file.Commit();
+    EXPECT_EQ(GetMode(mTarget), 0604u);
+    if (tagged) {
+        char value[4] = {};
+        EXPECT_EQ(getxattr(mTarget.c_str(), "user.tag", value, 3), 3);
+        EXPECT_STREQ(value, "cat");
+    }
+}
+
+TEST_F(SafeFile, ANewFileTakesThePermissionsOfItsModel) {
+    chmod(mTarget.c_str(), 0640);
+    WnSafeFile backup((mTarget + ".BAK").c_str(), mTarget.c_str());
+    backup.Commit();
+    EXPECT_EQ(GetMode(mTarget + ".BAK"), 0640u);
+
+    const mode_t mask = umask(022);
+    WnSafeFile plain((mFolder / "plain").c_str());
+    plain.Commit();
+    umask(mask);
+    EXPECT_EQ(GetMode(mFolder / "plain"), 0644u);
+}
+
+TEST_F(SafeFile, ALinkStaysALink) {
+    fs::create_directory(mFolder / "elsewhere");
+    const std::string link = mFolder / "elsewhere/link.gif";
+    fs::create_symlink("../pic.gif", link);
+    WnSafeFile file(link.c_str());
+    WriteTestFile(file.GetTemporaryPath(), "new");
+    file.Commit();
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_FALSE(fs::is_symlink(mTarget));
+    EXPECT_EQ(ReadTestFile(mTarget), "new");
+}
+
+TEST_F(SafeFile, AnExistingTargetCanBeKept) {
+    WnSafeFile file(mTarget.c_str());
+    EXPECT_FALSE(file.CommitUnlessPresent());
+    EXPECT_EQ(ReadTestFile(mTarget), "old");
+
+    WnSafeFile other((mFolder / "new.gif").c_str());
+    WriteTestFile(other.GetTemporaryPath(), "new");
+    EXPECT_TRUE(other.CommitUnlessPresent());
+    EXPECT_EQ(ReadTestFile(mFolder / "new.gif"), "new");
+}
+
+TEST_F(SafeFile, TheLongestNameHasRoomAndTheTemporaryNameIsNoPicture) {
+    const std::string longest = WriteTestFile(mFolder / (std::string(251, 'n') + ".gif"), "old");
+    WnSafeFile file(longest.c_str());
+    const std::string name = file.GetTemporaryPath();
+    EXPECT_TRUE(name.ends_with(".tmp"));
+    WriteTestFile(name, "new");
+    file.Commit();
+    EXPECT_EQ(ReadTestFile(longest), "new");
+}
+
+TEST_F(SafeFile, ABareNameMeansTheCurrentFolder) {
+    const fs::path before = fs::current_path();
+    fs::current_path(mFolder.GetPath());
+    WnSafeFile file("pic.gif");
+    WriteTestFile(file.GetTemporaryPath(), "new");
+    file.Commit();
+    EXPECT_NO_THROW(WnCheckReplaceable("pic.gif"));
+    fs::current_path(before);
+    EXPECT_EQ(ReadTestFile(mTarget), "new");
+}
+
+TEST_F(SafeFile, ImpossibleTargetsAreErrors) {
+    fs::create_symlink("nothing", mFolder / "dangling.gif");
+    EXPECT_EQ(CodeOf([&] { WnSafeFile file((mFolder / "dangling.gif").c_str()); }),
+              NvErrorCode::km_FileNotFound);
+    EXPECT_EQ(CodeOf([&] { WnSafeFile file((mFolder / "none/pic.gif").c_str()); }),
+              NvErrorCode::km_FileNotFound);
+}
+
+TEST_F(SafeFile, ReadOnlyCountsForTheSuperuserToo) {
+    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(mTarget.c_str()); }), NvErrorCode::km_NoError);
+    chmod(mTarget.c_str(), 0444);
+    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(mTarget.c_str()); }), NvErrorCode::km_PermissionDenied);
+    chmod(mTarget.c_str(), 0644);
+    chmod(mFolder.GetPath().c_str(), 0555);
+    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(mTarget.c_str()); }), NvErrorCode::km_PermissionDenied);
+    chmod(mFolder.GetPath().c_str(), 0755);
+    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable((mFolder / "none").c_str()); }), NvErrorCode::km_FileNotFound);
+}
+
+TEST_F(SafeFile, OnlyLeftoversOfDeadRunsAreRemoved) {
+    WriteTestFile(mFolder / ".parvigif-dead01.tmp", "");
+    WriteTestFile(mFolder / ".parvigif-seven07.tmp", "one character too many");
+    WriteTestFile(mFolder / ".parvigif-notes.txt", "");
+    fs::create_symlink("pic.gif", mFolder / ".parvigif-link01.tmp");
+    fs::create_directory(mFolder / ".parvigif-folder.tmp");
+    const WnSafeFile living(mTarget.c_str());
+
+    WnRemoveLeftovers(mFolder.GetPath().c_str());
+    EXPECT_FALSE(fs::exists(mFolder / ".parvigif-dead01.tmp"));
+    EXPECT_TRUE(fs::exists(living.GetTemporaryPath()));
+    EXPECT_EQ(CountEntries(mFolder.GetPath()), 6u);
+}
+
+} // namespace
