@@ -1,9 +1,9 @@
 #include "nvcode2/nvfilelocator.h"
 
 #include <algorithm>
-#include <new>
 #include <string_view>
 
+#include "nvcode2/nvallocate.h"
 #include "nvcode2/nvassert.h"
 #include "nvcode2/nverrorcode.h"
 
@@ -11,12 +11,9 @@ namespace {
 
 /** A NUL-terminated copy of both texts, one after the other. */
 std::unique_ptr<char[]> Join(std::string_view inHead, std::string_view inTail) {
-    std::unique_ptr<char[]> joined(new (std::nothrow) char[inHead.size() + inTail.size() + 1]);
-    if (!joined)
-        NvThrow(NvErrorCode::km_OutOfMemory);
-    char* end = std::copy(inHead.begin(), inHead.end(), joined.get());
-    end = std::copy(inTail.begin(), inTail.end(), end);
-    *end = '\0';
+    auto joined = NvMakeArray<char>(inHead.size() + inTail.size() + 1);
+    char* const middle = std::copy(inHead.begin(), inHead.end(), joined.get());
+    std::copy(inTail.begin(), inTail.end(), middle);
     return joined;
 }
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <new>
 
+#include "nvcode2/nvallocate.h"
 #include "nvcode2/nvassert.h"
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvpascalstring.h"
@@ -187,9 +187,7 @@ std::uint32_t NvString::NumberToText(std::int32_t inNumber, char* outBufferPtr) 
 std::unique_ptr<unsigned char[]> NvString::Allocate(std::uint64_t inLength) {
     if (inLength > std::numeric_limits<std::uint32_t>::max())
         NvThrow(NvErrorCode::km_OutOfMemory);
-    std::unique_ptr<unsigned char[]> buffer(new (std::nothrow) unsigned char[inLength + 2]());
-    if (!buffer)
-        NvThrow(NvErrorCode::km_OutOfMemory);
+    auto buffer = NvMakeArray<unsigned char>(inLength + 2);
     buffer[0] = static_cast<unsigned char>(std::min<std::uint64_t>(inLength, 255));
     mLength = static_cast<std::uint32_t>(inLength);
     mTextPtr = reinterpret_cast<char*>(buffer.get() + 1);

@@ -6,8 +6,7 @@
 
 class NvStringResources;
 
-/** An 8-bit string that can be handed out as a NUL-terminated and as a length-prefixed text without
- * conversion.
+/** An 8-bit string that serves readers of NUL-terminated and of length-prefixed text without conversion.
  *
  *  One buffer of exactly length + 2 bytes serves both: a length byte, the characters, a NUL. The text may be
  *  longer than 255 characters; its length byte then says 255. There is no spare capacity, so every change of

@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
+#include <initializer_list>
 #include <string>
 
 #include <fcntl.h>
@@ -11,15 +13,17 @@
 #include <unistd.h>
 
 #include "tests/support/codeof.h"
-#include "tests/support/scratchfolder.h"
+#include "tests/support/testfolder.h"
 
 namespace {
 
 class FileTest : public testing::Test {
 protected:
-    NvFile FileWith(std::string_view inBytes) { return NvFile(mFolder.Write("file", inBytes).c_str()); }
+    std::string PathWith(const std::string& inBytes) { return WriteTestFile(mFolder / "file", inBytes); }
+    NvFile FileWith(const std::string& inBytes) { return NvFile(PathWith(inBytes).c_str()); }
+    std::string Content() { return ReadTestFile(mFolder / "file"); }
 
-    ScratchFolder mFolder;
+    TestFolder mFolder;
 };
 
 /** What inFile holds from the position on, at most inCount bytes, read in one go. */
@@ -34,7 +38,7 @@ TEST_F(FileTest, WriteReplacesTheContentAndUpdateKeepsIt) {
     file.Open(NvFile::km_WritePerm);
     file.Write("abcdef", 6);
     file.Close();
-    EXPECT_EQ(mFolder.Read("file"), "abcdef");
+    EXPECT_EQ(Content(), "abcdef");
 
     file.Open(NvFile::km_ReadPerm | NvFile::km_WritePerm);
     file.Seek(NvFile::km_FromStart, 2);
@@ -42,7 +46,7 @@ TEST_F(FileTest, WriteReplacesTheContentAndUpdateKeepsIt) {
     EXPECT_EQ(file.GetPosition(), 4u);
     EXPECT_EQ(ReadText(file, 10), "ef");
     file.Close();
-    EXPECT_EQ(mFolder.Read("file"), "abXYef");
+    EXPECT_EQ(Content(), "abXYef");
 }
 
 TEST_F(FileTest, ReadingReturnsWhatThereIsThenTheEnd) {
@@ -79,7 +83,7 @@ TEST_F(FileTest, SetLengthCutsAndExtends) {
     file.SetLength(5);
     file.Flush();
     file.Close();
-    EXPECT_EQ(mFolder.Read("file"), std::string("abc\0\0", 5));
+    EXPECT_EQ(Content(), std::string("abc\0\0", 5));
 }
 
 TEST_F(FileTest, CountingMeasuresAndTouchesNothing) {
@@ -91,7 +95,7 @@ TEST_F(FileTest, CountingMeasuresAndTouchesNothing) {
     file.Flush();
     file.Close();
     EXPECT_EQ(file.GetLength(), 35u) << "the count outlives closing";
-    EXPECT_EQ(mFolder.Read("file"), "kept");
+    EXPECT_EQ(Content(), "kept");
 
     NvFile nameless;
     nameless.Open(7);
@@ -129,7 +133,7 @@ TEST_F(FileTest, EveryOperationChecksTheStateFirst) {
     NvFile closed = FileWith("abc");
     NvFile open(closed.GetPath());
     open.Open(NvFile::km_ReadPerm);
-    NvFile writing(mFolder.PathOf("new").c_str());
+    NvFile writing((mFolder / "new").c_str());
     writing.Open(NvFile::km_WritePerm);
     NvFile nameless(static_cast<const char*>(nullptr));
     NvFile cleared(closed.GetPath());
@@ -167,12 +171,12 @@ TEST_F(FileTest, EveryOperationChecksTheStateFirst) {
 }
 
 TEST_F(FileTest, OpeningHasItsOwnCodes) {
-    NvFile missing(mFolder.PathOf("none/file").c_str());
+    NvFile missing((mFolder / "none/file").c_str());
     for (const std::uint16_t perm : std::initializer_list<std::uint16_t>{1, 2, 3})
         EXPECT_EQ(CodeOf([&] { missing.Open(perm); }), 10u) << "permission " << perm;
     EXPECT_EQ(CodeOf([&] { missing.Create(); }), 10u);
 
-    const std::string path = mFolder.Write("file", "");
+    const std::string path = PathWith("");
     NvFile below((path + "/file").c_str());
     try {
         below.Open(NvFile::km_ReadPerm);
@@ -191,9 +195,9 @@ TEST_F(FileTest, OpeningHasItsOwnCodes) {
 }
 
 TEST_F(FileTest, OnlyRegularFilesAreRead) {
-    const std::string pipe = mFolder.PathOf("pipe");
+    const std::string pipe = mFolder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string& path : {pipe, mFolder.GetPath().string(), std::string("/dev/zero")}) {
+    for (const std::string& path : {pipe, mFolder.GetPath(), std::string("/dev/zero")}) {
         NvFile file(path.c_str());
         EXPECT_EQ(CodeOf([&] { file.Open(NvFile::km_ReadPerm); }), 1u) << path;
     }
@@ -223,7 +227,7 @@ TEST_F(FileTest, AFullDiskIsToldAsSuch) {
 }
 
 TEST_F(FileTest, CloseOnCloseDecidesWhoClosesTheDescriptor) {
-    const std::string path = mFolder.Write("file", "abc");
+    const std::string path = PathWith("abc");
     for (const bool closes : {true, false}) {
         for (const bool byDestructor : {true, false}) {
             const int descriptor = ::open(path.c_str(), O_RDONLY);
@@ -251,17 +255,17 @@ TEST_F(FileTest, AFailedCloseStillCloses) {
 }
 
 TEST_F(FileTest, CreatedFilesBelongToTheirOwnerAlone) {
-    NvFile created(mFolder.PathOf("created").c_str());
+    NvFile created((mFolder / "created").c_str());
     created.Create();
-    NvFile written(mFolder.PathOf("written").c_str());
+    NvFile written((mFolder / "written").c_str());
     written.Open(NvFile::km_WritePerm);
     for (const char* name : {"created", "written"}) {
         struct stat status;
-        ASSERT_EQ(stat(mFolder.PathOf(name).c_str(), &status), 0);
+        ASSERT_EQ(stat((mFolder / name).c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 0777u, 0600u) << name;
     }
     EXPECT_EQ(created.Delete(), 0);
-    EXPECT_FALSE(mFolder.Has("created"));
+    EXPECT_FALSE(std::filesystem::exists(mFolder / "created"));
     EXPECT_EQ(created.Delete(), -1) << "deleting what is not there is no error";
 }
 
