@@ -246,6 +246,18 @@ TEST_F(FileTest, CloseOnCloseDecidesWhoClosesTheDescriptor) {
     }
 }
 
+TEST_F(FileTest, AClosedFileLetsGoOfItsDescriptor) {
+    int reused = -1;
+    {
+        NvFile file = FileWith("abc");
+        file.Open(NvFile::km_ReadPerm);
+        file.Close();
+        reused = ::open(file.GetPath(), O_RDONLY); // takes the number that has become free
+    }
+    EXPECT_NE(fcntl(reused, F_GETFD), -1) << "closed twice";
+    ::close(reused);
+}
+
 TEST_F(FileTest, AFailedCloseStillCloses) {
     NvFile file = FileWith("");
     file.Open(NvFile::km_ReadPerm, true, 1 << 20); // no such descriptor
