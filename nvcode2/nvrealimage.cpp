@@ -63,7 +63,7 @@ NvRealImage::NvRealImage(NvRealImage&& ioImage) noexcept
 NvRealImage& NvRealImage::operator=(NvRealImage&& ioImage) noexcept {
     if (this == &ioImage)
         return *this;
-    NvImage::operator=(std::move(ioImage));
+    NvImage::operator=(static_cast<NvImage&&>(ioImage));
     mBufferPtr = std::move(ioImage.mBufferPtr);
     mChannelDepth = ioImage.mChannelDepth;
     mNumChannels = ioImage.mNumChannels;
