@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 /** A pixel position: column h, row v, counted from the top left. */
@@ -23,3 +24,9 @@ struct NvRect {
 
     bool operator==(const NvRect&) const = default;
 };
+
+/** The smallest rectangle that holds both, neither of which is empty. */
+inline NvRect NvUnionRect(const NvRect& inFirst, const NvRect& inSecond) {
+    return {std::min(inFirst.left, inSecond.left), std::min(inFirst.top, inSecond.top),
+            std::max(inFirst.right, inSecond.right), std::max(inFirst.bottom, inSecond.bottom)};
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+class NvFile;
+
+/** Gathers small writes to an open NvFile into large ones.
+ *
+ *  Nothing reaches the file for certain before Flush; destruction drops what is still held, so that a writer
+ * can be abandoned after an error. */
+class NvFileWriter {
+public:
+    /** @param inFile  borrowed; open for writing while Write functions are called */
+    explicit NvFileWriter(NvFile& inFile);
+
+    /** @throws NvErrorCode of NvFile::Write */
+    void WriteByte(std::uint8_t inByte) {
+        if (mCount == km_BufferSize)
+            Flush();
+        mBuffer[mCount++] = inByte;
+    }
+
+    /** A 16-bit number, little-endian. */
+    void WriteWord(std::uint16_t inWord);
+
+    void Write(const void* inBytes, std::uint32_t inCount);
+
+    /** Hands everything held to the file. */
+    void Flush();
+
+    /** Drops everything held. */
+    void Discard() { mCount = 0; }
+
+private:
+    static constexpr std::uint32_t km_BufferSize = 65536;
+
+    NvFile& mFile;
+    std::vector<std::uint8_t> mBuffer;
+    std::uint32_t mCount = 0;
+};

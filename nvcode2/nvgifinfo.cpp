@@ -1,0 +1,26 @@
+#include "nvcode2/nvgifinfo.h"
+
+#include <utility>
+
+NvGIFGlobalInfo::~NvGIFGlobalInfo() {
+    for (const NvList::Node* node = mComments.GetFirst(); node; node = node->GetNext())
+        delete static_cast<NvGIFComment*>(node->GetElement());
+}
+
+std::unique_ptr<NvGIFGlobalInfo> NvGIFGlobalInfo::MakeReaderDefault() {
+    auto info = std::make_unique<NvGIFGlobalInfo>();
+    info->mVersionFlag = 1;
+    info->mColorResolution = 8;
+    return info;
+}
+
+void NvGIFGlobalInfo::AppendComment(std::string inText) {
+    auto comment = std::make_unique<NvGIFComment>();
+    comment->mText = std::move(inText);
+    mComments.Append(comment.get());
+    comment.release();
+}
+
+std::unique_ptr<NvImgFmtFrameInfo> NvGIFFrameInfo::Clone() const {
+    return std::make_unique<NvGIFFrameInfo>(*this);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "nvcode2/nvgeometry.h"
+
+class NvGIFFrame;
+
+/** Plays an animation frame by frame onto a canvas, as browsers show it.
+ *
+ *  The canvas starts transparent. Disposal 2 clears a frame's rectangle to transparent, 3 and 4 put back what
+ * was there before the frame, everything else leaves the frame in place. Frames outside the screen are not
+ * expected. */
+class NvGIFPlayer {
+public:
+    /** A canvas pixel: NvPackColor with the top byte 255 when covered; 0 when transparent. */
+    using Pixel = std::uint32_t;
+    static constexpr Pixel km_Covered = 0xFF000000U;
+
+    /** A transparent canvas of the logical screen's size. @throws std::bad_alloc */
+    NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight);
+
+    /** Disposes of the frame shown before and draws the next one. Every drawn index must be in the frame's
+     * table. */
+    void ShowFrame(const NvGIFFrame& inFrame);
+
+    /** The first pixel of a row of what is displayed now; GetScreenWidth() pixels. */
+    const Pixel* Row(std::uint32_t inY) const { return mCanvas.data() + std::size_t{inY} * mWidth; }
+
+    std::uint32_t GetScreenWidth() const { return mWidth; }
+    std::uint32_t GetScreenHeight() const { return mHeight; }
+
+    /** The rectangle outside of which the last ShowFrame changed nothing. */
+    const NvRect& GetChangedRect() const { return mChangedRect; }
+
+private:
+    void DisposeOfLastFrame();
+    void Draw(const NvGIFFrame& inFrame);
+
+    std::uint32_t mWidth;
+    std::uint32_t mHeight;
+    std::vector<Pixel> mCanvas;  // row-major
+    std::vector<Pixel> mCovered; // what the last frame covered, row-major, when it is to be restored
+    std::uint32_t mLastDisposal = 0;
+    NvRect mLastRect{};
+    NvRect mChangedRect{};
+};

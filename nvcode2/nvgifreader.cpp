@@ -1,0 +1,241 @@
+// The reading side of NvGIFFile.
+
+#include <array>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "nvcode2/nvassert.h"
+#include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvgifblocks.h"
+#include "nvcode2/nvgiffile.h"
+#include "nvcode2/nvindexedimage.h"
+#include "nvcode2/nvinterlace.h"
+
+namespace {
+
+std::uint32_t TableSizeOf(std::uint32_t inPackedByte) {
+    return 2U << (inPackedByte & 7U);
+}
+
+bool IsLoopingIdentifier(const std::array<std::uint8_t, km_ApplicationIdentifierSize>& inIdentifier) {
+    return std::memcmp(inIdentifier.data(), kLoopIdentifier, inIdentifier.size()) == 0 ||
+           std::memcmp(inIdentifier.data(), "ANIMEXTS1.0", inIdentifier.size()) == 0;
+}
+
+} // namespace
+
+bool NvGIFFile::CheckSignature() {
+    std::array<char, 3> text{};
+    mReader.Seek(0);
+    mReader.Read(text.data(), 3);
+    if (std::memcmp(text.data(), kSignature, 3) != 0)
+        NvThrow(NvErrorCode::km_NotGIF);
+    mReader.Read(text.data(), 3);
+    const bool is89a = std::memcmp(text.data(), kVersion89a, 3) == 0;
+    if (!is89a && std::memcmp(text.data(), kVersion87a, 3) != 0)
+        NvThrow(NvErrorCode::km_UnknownGIFVersion);
+    return is89a;
+}
+
+void NvGIFFile::ReadGlobalInfo() {
+    mGlobalInfo = NvGIFGlobalInfo::MakeReaderDefault();
+    NvGIFGlobalInfo& info = *mGlobalInfo;
+    info.mVersionFlag = CheckSignature() ? 1 : 0;
+    mScreenWidth = mReader.ReadWord();
+    mScreenHeight = mReader.ReadWord();
+    const std::uint32_t packed = mReader.ReadByte();
+    info.mHasGlobalTable = (packed >> 7) & 1U;
+    info.mColorResolution = static_cast<std::uint8_t>(((packed >> 4) & 7U) + 1);
+    info.mSortFlag = (packed >> 3) & 1U;
+    info.mDeclaredTableSize =
+        info.mHasGlobalTable ? static_cast<std::uint16_t>(TableSizeOf(packed)) : std::uint16_t{0};
+    info.mBackgroundIndex = mReader.ReadByte();
+    info.mAspect = mReader.ReadByte();
+    if (info.mHasGlobalTable)
+        ReadColorTable(info.mColorTable, info.mDeclaredTableSize);
+}
+
+std::uint32_t NvGIFFile::FindFrames() {
+    mFrameLocations.clear();
+    mPendingGraphicControl = false;
+    for (;;) {
+        if (mReader.IsAtEnd() && !mFrameLocations.empty())
+            break;
+        const std::uint8_t introducer = mReader.ReadByte();
+        if (introducer == km_Trailer)
+            break;
+        if (introducer == km_Extension)
+            ScanExtension();
+        else if (introducer == km_ImageSeparator)
+            ScanImage();
+        else if (introducer != 0)
+            NvThrow(NvErrorCode::km_MalformedGIF);
+    }
+    return static_cast<std::uint32_t>(mFrameLocations.size());
+}
+
+void NvGIFFile::ScanExtension() {
+    switch (mReader.ReadByte()) {
+    case km_GraphicControl:
+        ScanGraphicControl();
+        break;
+    case km_Comment:
+        ScanComment();
+        break;
+    case km_Application:
+        ScanApplication();
+        break;
+    default:
+        mReader.SkipSubBlocks();
+    }
+}
+
+void NvGIFFile::ScanGraphicControl() {
+    if (!IsOpen())
+        NvThrow(NvErrorCode::km_FileNotOpen);
+    mPendingGraphicControl = true;
+    mPendingPosition = mReader.GetPosition();
+    mReader.SkipSubBlocks();
+}
+
+void NvGIFFile::ScanComment() {
+    std::string text;
+    while (const std::uint8_t length = mReader.ReadByte()) {
+        const std::size_t end = text.size();
+        text.resize(end + length);
+        mReader.Read(text.data() + end, length);
+    }
+    mGlobalInfo->AppendComment(std::move(text));
+}
+
+void NvGIFFile::ScanApplication() {
+    const std::uint8_t blockSize = mReader.ReadByte();
+    if (blockSize == 0)
+        return;
+    if (blockSize != km_ApplicationIdentifierSize) {
+        mReader.Skip(blockSize);
+        mReader.SkipSubBlocks();
+        return;
+    }
+    std::array<std::uint8_t, km_ApplicationIdentifierSize> identifier{};
+    mReader.Read(identifier.data(), km_ApplicationIdentifierSize);
+    if (IsLoopingIdentifier(identifier)) {
+        const std::uint8_t length = mReader.ReadByte();
+        if (length == 0)
+            return;
+        if (length == 3) {
+            mReader.Skip(1);
+            mGlobalInfo->mLoopCount = mReader.ReadWord();
+            mGlobalInfo->mHasLoop = 1;
+        } else {
+            mReader.Skip(length);
+        }
+    }
+    mReader.SkipSubBlocks();
+}
+
+void NvGIFFile::ScanImage() {
+    mFrameLocations.push_back({mPendingGraphicControl, mPendingPosition, mReader.GetPosition()});
+    mReader.Skip(8); // position and size
+    const std::uint32_t packed = mReader.ReadByte();
+    if (packed & km_TableFlag)
+        mReader.Skip(3 * TableSizeOf(packed));
+    mReader.Skip(1); // minimum code size
+    mReader.SkipSubBlocks();
+    mPendingGraphicControl = false;
+}
+
+void NvGIFFile::ReadColorTable(NvColorTable& outTable, std::uint32_t inSize) {
+    outTable = NvColorTable(inSize);
+    mReader.Read(outTable.GetColors(), 3 * inSize);
+}
+
+const NvGIFFile::FrameLocation& NvGIFFile::GetLocation(std::uint32_t inIndex) const {
+    NvAssertText(IsOpenForReading(), "IsOpen() && (mFilePerm & km_ReadPerm)");
+    NvAssertText(inIndex < mFrameLocations.size(), "frameLoc");
+    return mFrameLocations[inIndex];
+}
+
+void NvGIFFile::SeekToFrame(std::uint32_t inIndex) {
+    NvAssert(inIndex < mNumberOfFrames);
+    const FrameLocation& location = GetLocation(inIndex);
+    mReader.Seek(location.mHasGraphicControl ? location.mGraphicControlPosition : location.mImagePosition);
+    mCurrentFrameIndex = inIndex;
+}
+
+std::unique_ptr<NvImgFmtFrameInfo> NvGIFFile::ReadFrameInfo(std::uint32_t inIndex) {
+    const FrameLocation& location = GetLocation(inIndex);
+    auto info = std::make_unique<NvGIFFrameInfo>();
+    info->mHasGraphicControl = location.mHasGraphicControl ? 1 : 0;
+    if (location.mHasGraphicControl) {
+        mReader.Seek(location.mGraphicControlPosition);
+        ReadGraphicControl(*info);
+    }
+    mReader.Seek(location.mImagePosition);
+    ReadImageDescriptor(*info);
+    return info;
+}
+
+void NvGIFFile::ReadGraphicControl(NvGIFFrameInfo& ioInfo) {
+    if (mReader.ReadByte() != km_GraphicControlSize)
+        NvThrow(NvErrorCode::km_MalformedGIF);
+    const std::uint32_t packed = mReader.ReadByte();
+    ioInfo.mDisposal = (packed >> 2) & 7U;
+    ioInfo.mUserInput = (packed >> 1) & 1U;
+    ioInfo.mHasTransparency = packed & 1U;
+    ioInfo.mDelay = mReader.ReadWord();
+    ioInfo.mTransparentIndex = mReader.ReadByte();
+    mReader.SkipSubBlocks();
+}
+
+// Leaves the reader at the minimum code size, which the LZW decoder reads again.
+void NvGIFFile::ReadImageDescriptor(NvGIFFrameInfo& ioInfo) {
+    ioInfo.mLeft = mReader.ReadWord();
+    ioInfo.mTop = mReader.ReadWord();
+    ioInfo.mWidth = mReader.ReadWord();
+    ioInfo.mHeight = mReader.ReadWord();
+    const std::uint32_t packed = mReader.ReadByte();
+    ioInfo.mHasLocalTable = packed & km_TableFlag ? 1 : 0;
+    ioInfo.mInterlaced = (packed >> 6) & 1U;
+    ioInfo.mSortFlag = (packed >> 5) & 1U;
+    if (ioInfo.mHasLocalTable)
+        ReadColorTable(ioInfo.mColorTable, TableSizeOf(packed));
+    const std::uint32_t dataPosition = mReader.GetPosition();
+    ioInfo.mMinimumCodeSize = mReader.ReadByte();
+    mReader.Seek(dataPosition);
+}
+
+void NvGIFFile::CheckFrame(const NvGIFFrameInfo& inInfo) const {
+    const std::uint32_t right = std::uint32_t{inInfo.mLeft} + inInfo.mWidth;
+    const std::uint32_t bottom = std::uint32_t{inInfo.mTop} + inInfo.mHeight;
+    const bool isEmpty = inInfo.mWidth == 0 || inInfo.mHeight == 0;
+    const bool isOutside = inInfo.mLeft >= mScreenWidth || inInfo.mTop >= mScreenHeight ||
+                           right > mScreenWidth || bottom > mScreenHeight;
+    const bool hasTable = inInfo.mHasLocalTable || mGlobalInfo->mHasGlobalTable;
+    if (isEmpty || isOutside || !hasTable)
+        NvThrow(NvErrorCode::km_MalformedGIF);
+}
+
+void NvGIFFile::ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) {
+    std::unique_ptr<NvImgFmtFrameInfo> record = ReadFrameInfo(inIndex);
+    mFrameInfoPtr.reset(static_cast<NvGIFFrameInfo*>(record.release()));
+    const NvGIFFrameInfo& info = *mFrameInfoPtr;
+    CheckFrame(info);
+
+    outImage = NvIndexedImage(info.mWidth, info.mHeight,
+                              info.mHasLocalTable ? info.mColorTable : mGlobalInfo->mColorTable);
+    NvPixelLock pixels(outImage);
+    const std::uint32_t stride = outImage.GetRowBytes();
+    mDecoder.Begin();
+    mDeliveredPixels = 0;
+    if (info.mInterlaced) {
+        for (const NvInterlacePass& pass : kInterlacePasses)
+            if (const std::uint32_t rows = pass.CountRows(info.mHeight))
+                mDeliveredPixels +=
+                    mDecoder.DecodeRows(pixels.Row(pass.mStart), info.mWidth, rows, stride * pass.mStep);
+    } else {
+        mDeliveredPixels = mDecoder.DecodeRows(pixels.Row(0), info.mWidth, info.mHeight, stride);
+    }
+    mDecoder.End();
+}

@@ -1,0 +1,41 @@
+#include "nvcode2/nvquantremap.h"
+
+#include "nvcode2/nvassert.h"
+#include "nvcode2/nvindexedimage.h"
+
+namespace {
+
+std::uint8_t NearestFlagged(const NvColorTable& inTarget, const NvColorFlags& inFlags,
+                            const NvColor& inColor) {
+    std::uint32_t nearest = 0;
+    std::uint32_t leastDistance = UINT32_MAX;
+    for (std::uint32_t i = 0; i < inTarget.GetSize() && leastDistance > 0; ++i) {
+        if (!inFlags[i])
+            continue;
+        const std::uint32_t distance = NvColorTable::ColorDistance(&inTarget.GetColor(i), &inColor);
+        if (distance < leastDistance) {
+            leastDistance = distance;
+            nearest = i;
+        }
+    }
+    return static_cast<std::uint8_t>(nearest);
+}
+
+} // namespace
+
+NvIndexMap NvMakeRemap(const NvColorTable& inTable, const std::uint32_t* inHistogram,
+                       const NvColorTable& inTarget, const NvColorFlags* inFlags) {
+    NvAssert(1 <= inTarget.GetSize() && inTarget.GetSize() <= 256);
+    NvColorFlags all;
+    all.fill(true);
+    NvIndexMap map{};
+    for (std::uint32_t i = 0; i < inTable.GetSize(); ++i)
+        if (inHistogram[i] != 0)
+            map[i] = NearestFlagged(inTarget, inFlags ? *inFlags : all, inTable.GetColor(i));
+    return map;
+}
+
+void NvQuantRemap(NvIndexedImage& ioImage, const NvIndexMap& inMap, const NvColorTable& inTarget) {
+    ioImage.RemapIndices(inMap.data());
+    ioImage.GetColorTable() = inTarget;
+}
