@@ -35,5 +35,6 @@ std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath);
  *  @throws NvErrorCode by the runtime's error number when the folder cannot be read */
 std::vector<std::string> WnListFiles(const char* inFolder);
 
-/** Whether the character parts a path. */
+/** Whether the character parts a path, and the one to write. */
 bool WnIsSeparator(char inCharacter);
+char WnGetSeparator();

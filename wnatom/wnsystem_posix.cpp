@@ -79,3 +79,7 @@ std::vector<std::string> WnListFiles(const char* inFolder) {
 bool WnIsSeparator(char inCharacter) {
     return inCharacter == '/';
 }
+
+char WnGetSeparator() {
+    return '/';
+}

@@ -1,0 +1,70 @@
+#include "term/batchrun.h"
+
+#include <cstring>
+
+#include "term/interrupt.h"
+#include "term/results.h"
+#include "term/termshell.h"
+#include "win/errorwords.h"
+#include "win/mizerbrain.h"
+#include "wnatom/wnpref.h"
+
+namespace {
+
+void QueueName(MizerBrain& ioBrain, const std::string& inName, TermMessages& ioMessages) {
+    try {
+        switch (ioBrain.AddNameToQueue(inName.c_str())) {
+        case MizerBrain::Named::km_Queued:
+            break;
+        case MizerBrain::Named::km_AlreadyQueued:
+            ioMessages.FileNote(inName, "skipped: the same file was named before");
+            break;
+        case MizerBrain::Named::km_NoGIFs:
+            ioMessages.FileError(inName, "no GIF file there (code 10)");
+            break;
+        }
+    } catch (const NvErrorCode& error) {
+        ioMessages.FileError(inName, MizerErrorWords(error));
+    }
+}
+
+/** The shell told of each file that failed; the rest of the batch goes on. @return whether it was cancelled.
+ */
+bool ProcessAll(MizerBrain& ioBrain) {
+    for (;;) {
+        try {
+            ioBrain.ProcessQueue();
+            return false;
+        } catch (const NvErrorCode& error) {
+            if (error.GetCode() == NvErrorCode::km_Cancelled)
+                return true;
+        }
+    }
+}
+
+} // namespace
+
+void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
+    ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
+    TermCatchInterrupts();
+    WnPref prefs("Parvigif", "1.x");
+    for (const auto& [name, value] : inSettings.mPreferences)
+        prefs.Override(name.c_str(), value);
+
+    TermResults results(inSettings.mDetail);
+    TermShell shell(inSettings, ioMessages, results);
+    bool cancelled = false;
+    {
+        MizerBrain brain(prefs, shell); // stores the totals when it goes
+        for (const std::string& name : inSettings.mNames)
+            QueueName(brain, name, ioMessages);
+        cancelled = ProcessAll(brain);
+    }
+    results.PrintTotal();
+    if (results.IsPipeClosed())
+        TermEndOfClosedPipe();
+    if (results.GetWriteError() != 0)
+        ioMessages.Error(std::string("standard output: ") + std::strerror(results.GetWriteError()));
+    if (cancelled)
+        ioMessages.Error("cancelled", TermExit::km_Cancelled);
+}

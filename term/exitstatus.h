@@ -1,0 +1,16 @@
+#pragma once
+
+#include <algorithm>
+
+/** What the program tells its caller. Ordered: the worst that happened counts. */
+enum class TermExit : int {
+    km_Success = 0,     ///< every file was handled: made smaller or found unchanged
+    km_Failure = 1,     ///< at least one file, or name, could not be handled
+    km_Usage = 2,       ///< the command line makes no sense; nothing was done
+    km_Cancelled = 130, ///< the user stopped the run
+};
+
+/** The status of two things that happened: a later success never hides a failure. */
+constexpr TermExit TermWorse(TermExit inFirst, TermExit inSecond) {
+    return std::max(inFirst, inSecond);
+}

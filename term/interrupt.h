@@ -1,0 +1,11 @@
+#pragma once
+
+/** From now on the first Ctrl-C (or polite request of the system to end) is only noted; a second one ends the
+ *  program at once. Writing to a closed pipe becomes an ordinary error. */
+void TermCatchInterrupts();
+
+/** Whether the user asked to stop. */
+bool TermIsInterrupted();
+
+/** Ends the program as one whose reader has gone away: without a word. */
+void TermEndOfClosedPipe();

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+enum class TermTask { km_Process, km_BriefHelp, km_FullHelp, km_Version };
+
+/** How much the program tells: errors only, a line per file, or what was passed over too. */
+enum class TermDetail { km_Quiet, km_Normal, km_Verbose };
+
+/** What the command line asks for. */
+struct TermSettings {
+    TermTask mTask = TermTask::km_Process;
+    TermDetail mDetail = TermDetail::km_Normal;
+    std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
+    std::vector<std::string> mNames;                   ///< as typed, in order
+};
+
+/** One option. The parser and the help text both come from the table of these. */
+struct TermOption {
+    const char* mName;     ///< after "--"
+    char mShort;           ///< after "-", or 0
+    const char* mArgument; ///< what it takes, in capitals, or null
+    const char* mGroup;    ///< heading in the help
+    const char* mBrief;    ///< one line
+    const char* mMore;     ///< the rest of the full help, or null
+    void (*mApply)(TermSettings& ioSettings, const std::string& inArgument);
+};
+
+/** Grouped, in the order of the help. */
+std::span<const TermOption> TermGetOptions();
+
+/** Reads the arguments (without the program's name). Help and version win over anything that is wrong.
+ *  @return whether they make sense; else outError is one line that names the bad one */
+bool TermParseArguments(const std::vector<std::string>& inArguments, TermSettings& outSettings,
+                        std::string& outError);

@@ -1,0 +1,60 @@
+#include "term/termshell.h"
+
+#include "term/interrupt.h"
+#include "win/errorwords.h"
+#include "wnatom/wnsystem.h"
+
+TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults)
+    : mMessages(ioMessages),
+      mResults(ioResults),
+      mVerbose(inSettings.mDetail == TermDetail::km_Verbose),
+      mTypedNames(inSettings.mNames.begin(), inSettings.mNames.end()) {}
+
+bool TermShell::PumpEvents() {
+    return TermIsInterrupted() || mResults.IsPipeClosed();
+}
+
+bool TermShell::ShowProgress(double /*inFraction*/) {
+    return TermIsInterrupted();
+}
+
+void TermShell::ShowMessage(const char* inText, const char* /*inCaption*/, Icon /*inIcon*/) {
+    mMessages.Note(inText);
+}
+
+std::string TermShell::GetDataFolder() {
+    return WnGetDataFolder();
+}
+
+void TermShell::FileDone(const MizerFileResult& inResult) {
+    mResults.Add(inResult);
+    switch (inResult.mStatus) {
+    case MizerStatus::km_Smaller:
+    case MizerStatus::km_Cancelled:
+        break;
+    case MizerStatus::km_Unchanged:
+        if (!inResult.mGateReason.empty())
+            mMessages.FileNote(inResult.mPath,
+                               "left as it was, the smaller file would have looked different: " +
+                                   TermPrintable(inResult.mGateReason));
+        break;
+    case MizerStatus::km_Skipped:
+        TellSkipped(inResult);
+        break;
+    case MizerStatus::km_Failed:
+        mMessages.FileError(inResult.mPath, MizerErrorWords(*inResult.mError));
+        break;
+    }
+}
+
+/** A folder may hold a thousand other files; only what was named itself deserves a line. */
+void TermShell::TellSkipped(const MizerFileResult& inResult) {
+    if (!mVerbose && !mTypedNames.contains(inResult.mPath))
+        return;
+    const char* reason = "skipped: its name does not end in GIF";
+    if (inResult.mSkip == MizerSkip::km_Backup)
+        reason = "skipped: a backup";
+    else if (inResult.mSkip == MizerSkip::km_Empty)
+        reason = "skipped: empty";
+    mMessages.FileNote(inResult.mPath, reason);
+}

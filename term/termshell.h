@@ -1,0 +1,33 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "term/messages.h"
+#include "term/results.h"
+#include "win/mizershell.h"
+
+/** The batch seen from a terminal or a pipe: plain lines as files are done. */
+class TermShell : public MizerShell {
+public:
+    /** All three are borrowed for the shell's life. */
+    TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults);
+
+    bool PumpEvents() override;
+    bool ShowProgress(double inFraction) override;
+    bool HasPanel() const override { return false; }
+    void SetPanelText(MizerControl /*inControl*/, const char* /*inText*/) override {}
+    void EnableCommands(bool /*inEnable*/) override {}
+    void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
+    std::string GetDataFolder() override;
+    void FileDone(const MizerFileResult& inResult) override;
+    void PostQuit() override {}
+
+private:
+    void TellSkipped(const MizerFileResult& inResult);
+
+    TermMessages& mMessages;
+    TermResults& mResults;
+    bool mVerbose;
+    std::set<std::string> mTypedNames; // files that the user named one by one
+};

@@ -1,0 +1,278 @@
+#include "win/mizerbrain.h"
+
+#include <algorithm>
+#include <chrono>
+#include <new>
+#include <stdexcept>
+#include <vector>
+
+#include "nvcode2/nvfile.h"
+#include "wnatom/wnpref.h"
+#include "wnatom/wnsafefile.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+// Where a cancel was noticed. People who read reports know these numbers, so they are no longer those of the
+// lines below.
+constexpr const char* kSource = "win/mizerbrain";
+constexpr std::uint32_t kCancelledBeforeFile = 281;
+constexpr std::uint32_t kCancelledBetweenFiles = 612;
+
+[[noreturn]] void ThrowCancelled(std::uint32_t inLine) {
+    throw NvErrorCode(NvErrorCode::km_Cancelled, kSource, inLine);
+}
+
+/** All bytes of a file. Code 1 when it cannot be read, whatever the reason. */
+std::vector<unsigned char> ReadWholeFile(const char* inPath) {
+    try {
+        NvFile file(inPath);
+        file.Open(NvFile::km_ReadPerm);
+        std::vector<unsigned char> bytes(file.GetLength());
+        for (std::size_t at = 0; at < bytes.size();)
+            at += file.Read(bytes.data() + at, static_cast<std::uint32_t>(bytes.size() - at));
+        file.Close();
+        return bytes;
+    } catch (const NvErrorCode& error) {
+        NvThrowWithSystemError(NvErrorCode::km_Failure, error.GetSystemError());
+    } catch (const std::bad_alloc&) {
+        NvThrow(NvErrorCode::km_OutOfMemory);
+    }
+}
+
+void WriteWholeFile(const char* inPath, const std::vector<unsigned char>& inBytes) {
+    NvFile file(inPath);
+    file.Open(NvFile::km_WritePerm);
+    file.Write(inBytes.data(), static_cast<std::uint32_t>(inBytes.size()));
+    file.Close();
+}
+
+std::string GetFolderOf(const std::string& inPath) {
+    const auto separator = std::find_if(inPath.rbegin(), inPath.rend(), WnIsSeparator);
+    return separator == inPath.rend() ? std::string(".") : std::string(inPath.begin(), separator.base());
+}
+
+} // namespace
+
+/** Busy, with Pause and Cancel enabled, however the batch ends. */
+class MizerBrain::BusyScope {
+public:
+    explicit BusyScope(MizerBrain& inBrain) : mBrain(inBrain) {
+        mBrain.mShell.EnableCommands(true);
+        mBrain.mBusy = true;
+    }
+    ~BusyScope() {
+        mBrain.mBusy = false;
+        mBrain.mShell.EnableCommands(false);
+    }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+private:
+    MizerBrain& mBrain;
+};
+
+MizerBrain::MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings& inSettings)
+    : mPrefs(inPrefs),
+      mShell(inShell),
+      mSettings(inSettings),
+      mTotals(inPrefs, inShell),
+      mLog(inPrefs, inShell) {}
+
+MizerBrain::Named MizerBrain::AddNameToQueue(const char* inName) {
+    std::string name = inName;
+    switch (WnGetFileKind(inName)) {
+    case WnFileKind::km_RegularFile:
+        return AddFileToQueue(inName) ? Named::km_Queued : Named::km_AlreadyQueued;
+    case WnFileKind::km_Other:
+        NvThrow(NvErrorCode::km_WrongPermission);
+    case WnFileKind::km_Folder:
+        if (!WnIsSeparator(name.back()))
+            name += WnGetSeparator();
+        break;
+    case WnFileKind::km_Missing:
+        if (name.find_first_of("*?") == std::string::npos)
+            NvThrow(NvErrorCode::km_FileNotFound);
+        break;
+    }
+    return AddFolderToQueue(name.c_str()) != 0 ? Named::km_Queued : Named::km_NoGIFs;
+}
+
+void MizerBrain::ProcessQueue() {
+    if (mBusy)
+        return;
+    if (mQuitRequested) {
+        mShell.PostQuit();
+        return;
+    }
+    mCancelFlag = false;
+    if (mQueue.IsEmpty())
+        return;
+    const BusyScope busy(*this);
+    while (!mQueue.IsEmpty())
+        ProcessHead();
+}
+
+/** Cancel wins: when it was asked for, that is what leaves here, also when the file in hand failed. */
+void MizerBrain::ProcessHead() {
+    const auto path = mQueue.TakeFirst();
+    std::optional<NvErrorCode> error;
+    try {
+        ProcessFile(path.get());
+    } catch (const NvErrorCode& raised) {
+        error = raised;
+    }
+    const bool cancelled = mCancelFlag || (error && error->GetCode() == NvErrorCode::km_Cancelled);
+    if (cancelled || mQueue.IsEmpty()) {
+        mQueue.Clear();
+        mCancelFlag = false;
+    }
+    if (error && (!cancelled || error->GetCode() == NvErrorCode::km_Cancelled))
+        throw NvErrorCode(*error);
+    if (cancelled)
+        ThrowCancelled(kCancelledBetweenFiles);
+}
+
+void MizerBrain::ProcessFile(const char* inPath) {
+    MizerFileResult result;
+    result.mPath = inPath;
+    if (MizerIsNamedBackup(inPath)) {
+        PumpMessages();
+        result.mStatus = MizerStatus::km_Skipped;
+        result.mSkip = MizerSkip::km_Backup;
+    } else if (!MizerIsNamedGIF(inPath)) {
+        result.mStatus = MizerStatus::km_Skipped;
+        result.mSkip = MizerSkip::km_NotNamedGIF;
+    } else {
+        ProcessNamedGIF(result);
+    }
+    mShell.FileDone(result);
+}
+
+void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
+    mTotals.StartFile(ioResult.mPath.c_str());
+    if (!MeasureFile(ioResult))
+        return;
+    try {
+        OptimizeFile(ioResult);
+    } catch (const NvErrorCode& error) {
+        const bool cancelled = error.GetCode() == NvErrorCode::km_Cancelled;
+        ioResult.mStatus = cancelled ? MizerStatus::km_Cancelled : MizerStatus::km_Failed;
+        ioResult.mError = error;
+        mShell.FileDone(ioResult);
+        throw;
+    }
+}
+
+/** @return false when there is nothing to work on; the result tells why. */
+bool MizerBrain::MeasureFile(MizerFileResult& ioResult) {
+    ioResult.mOriginalSize = ioResult.mNewSize = GetFileSizeOnDisk(ioResult.mPath.c_str(), ioResult.mError);
+    if (ioResult.mOriginalSize != 0)
+        return true;
+    ioResult.mStatus = ioResult.mError ? MizerStatus::km_Failed : MizerStatus::km_Skipped;
+    ioResult.mSkip = ioResult.mError ? MizerSkip::km_None : MizerSkip::km_Empty;
+    return false;
+}
+
+std::uint32_t MizerBrain::GetFileSizeOnDisk(const char* inPath, std::optional<NvErrorCode>& outError) {
+    try {
+        NvFile file(inPath);
+        file.Open(NvFile::km_ReadPerm);
+        return file.GetLength();
+    } catch (const NvErrorCode& error) {
+        outError = error;
+        return 0;
+    }
+}
+
+void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
+    mTotals.SetOriginalSize(ioResult.mOriginalSize);
+    if (PumpMessages())
+        ThrowCancelled(kCancelledBeforeFile);
+    PvOutcome outcome;
+    ioResult.mNewSize = OptimizeGIFFile(ioResult.mPath.c_str(), ioResult.mOriginalSize, outcome);
+    ioResult.mError = outcome.mLoadError;
+    ioResult.mGateReason = outcome.mGateReason;
+    if (ioResult.mNewSize < ioResult.mOriginalSize)
+        ioResult.mStatus = MizerStatus::km_Smaller;
+    else
+        ioResult.mStatus = ioResult.mError ? MizerStatus::km_Failed : MizerStatus::km_Unchanged;
+    RecordResult(ioResult);
+    PumpMessages();
+}
+
+void MizerBrain::RecordResult(const MizerFileResult& inResult) {
+    const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    const char* path = inResult.mPath.c_str();
+    if (inResult.mStatus == MizerStatus::km_Smaller) {
+        mTotals.AddSaving(inResult.mNewSize);
+        mLog.WriteLogEntry(MizerSmallerEntry(now, path, inResult.mOriginalSize, inResult.mNewSize));
+    } else if (IsOn("LOGALL", 1)) {
+        mLog.WriteLogEntry(MizerUnchangedEntry(now, path));
+    }
+}
+
+std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize,
+                                          PvOutcome& outOutcome) {
+    try {
+        PvOptimizer optimizer(mPrefs, *this, mSettings);
+        const std::uint32_t newSize = optimizer.OptimizeGIFFile(inPath, inOriginalSize);
+        outOutcome = optimizer.GetOutcome();
+        return newSize;
+    } catch (const std::bad_alloc&) {
+        NvThrow(NvErrorCode::km_OutOfMemory);
+    } catch (const std::length_error&) { // a container was asked for more than there can be
+        NvThrow(NvErrorCode::km_OutOfMemory);
+    }
+}
+
+void MizerBrain::BackupFile(const char* inPath) {
+    RemoveLeftoversBeside(inPath);
+    if (!IsOn("BACKUP", 1))
+        return;
+    const std::string backup = std::string(inPath) + ".BAK";
+    const WnFileKind present = WnGetFileKind(backup.c_str());
+    if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
+        NvThrow(NvErrorCode::km_Failure);
+    const bool overwrite = IsOn("OBACK", 0);
+    if (present == WnFileKind::km_RegularFile && !overwrite)
+        return; // the first backup holds the oldest original
+
+    const std::vector<unsigned char> bytes = ReadWholeFile(inPath);
+    WnSafeFile file(backup.c_str(), inPath);
+    WriteWholeFile(file.GetTemporaryPath(), bytes);
+    if (overwrite)
+        file.Commit();
+    else
+        file.CommitUnlessPresent();
+}
+
+void MizerBrain::RemoveLeftoversBeside(const char* inPath) {
+    std::string folder = GetFolderOf(inPath);
+    if (folder == mCleanedFolder)
+        return;
+    WnRemoveLeftovers(folder.c_str());
+    mCleanedFolder = std::move(folder);
+}
+
+bool MizerBrain::PumpMessages() {
+    if (mShell.PumpEvents())
+        mCancelFlag = true;
+    return mCancelFlag;
+}
+
+bool MizerBrain::ReportProgress(double inFraction) {
+    if (mShell.ShowProgress(inFraction))
+        mCancelFlag = true;
+    return mCancelFlag;
+}
+
+void MizerBrain::Pause() {
+    mShell.ShowMessage("Click 'OK' to continue...", "OPERATION PAUSED", MizerShell::Icon::km_None);
+}
+
+bool MizerBrain::IsOn(const char* inPreference, std::uint32_t inDefault) const {
+    std::uint32_t value = 0;
+    mPrefs.ReadDWordDefault(inPreference, value, inDefault);
+    return value != 0;
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "win/filequeue.h"
+#include "win/mizerlog.h"
+#include "win/mizershell.h"
+#include "win/mizertotals.h"
+#include "win/pvopt.h"
+
+class WnPref;
+
+/** The batch driver: a queue of files, made smaller one at a time, with log, totals and panel.
+ *
+ *  One per process, on one thread. Every error leaves as an NvErrorCode; what is still queued then stays
+ *  queued, so the caller reports it and calls ProcessQueue again. Only code 3, cancelled by the user, empties
+ *  the queue. No error ever costs a picture. */
+class MizerBrain : private PvOptHost {
+public:
+    /** The first two are borrowed for the driver's life. Reads and shows the totals to date. */
+    MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings& inSettings = {});
+
+    /** Closes the log and stores the totals. */
+    ~MizerBrain() override = default;
+    MizerBrain(const MizerBrain&) = delete;
+    MizerBrain& operator=(const MizerBrain&) = delete;
+
+    bool AddFileToQueue(const char* inPath) { return mQueue.AddFile(inPath); }
+    std::size_t AddFolderToQueue(const char* inPath) { return mQueue.AddFolder(inPath); }
+
+    enum class Named { km_Queued, km_AlreadyQueued, km_NoGIFs };
+
+    /** Queues what a name given by the user stands for: an existing file, whatever characters its name has;
+     * an existing folder's files; else the files that match it as a pattern.
+     *  @return              km_NoGIFs: a folder or a pattern without any file named like a GIF
+     *  @throws NvErrorCode  10 no such file, 12 neither file nor folder, others when a folder cannot be read
+     */
+    Named AddNameToQueue(const char* inName);
+
+    /** Processes the queue from its head. Does nothing while a batch is running.
+     *  @throws NvErrorCode  3 cancelled, with the queue empty; else what one file raised */
+    void ProcessQueue();
+
+    /** Processes one file, if its name asks for it; tells the shell what became of it.
+     *  @throws NvErrorCode  3 cancelled, or why the file failed; it is as it was then */
+    void ProcessFile(const char* inPath);
+
+    /** Copies a file to its name with ".BAK" appended, whole or not at all, as the preferences BACKUP and
+     * OBACK say. @throws NvErrorCode  1 it cannot be read, or the name belongs to something else than a file;
+     *  2; 5; 22 */
+    void BackupFile(const char* inPath) override;
+
+    /** Lets the user's commands through. @return whether cancel was asked for. */
+    bool PumpMessages();
+
+    /** The Cancel and Pause commands, Exit while a batch runs, and Clear Log File. */
+    void Cancel() { mCancelFlag = true; }
+    void Pause();
+    void RequestQuit() { mQuitRequested = true; }
+    void ClearLog() { mLog.ClearLog(); }
+
+    bool IsBusy() const { return mBusy; }
+
+protected:
+    /** The one seam towards the optimizer.
+     *  @return the size the file has afterwards, smaller than inOriginalSize only when it was replaced */
+    virtual std::uint32_t OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize,
+                                          PvOutcome& outOutcome);
+
+private:
+    class BusyScope;
+
+    bool ReportProgress(double inFraction) override;
+    /** Bytes; 0 when it has none, and when it cannot be opened or is too large, with the reason. */
+    static std::uint32_t GetFileSizeOnDisk(const char* inPath, std::optional<NvErrorCode>& outError);
+
+    void ProcessHead();
+    void ProcessNamedGIF(MizerFileResult& ioResult);
+    bool MeasureFile(MizerFileResult& ioResult);
+    void OptimizeFile(MizerFileResult& ioResult);
+    void RecordResult(const MizerFileResult& inResult);
+    void RemoveLeftoversBeside(const char* inPath);
+    bool IsOn(const char* inPreference, std::uint32_t inDefault) const;
+
+    bool mCancelFlag = false;
+    bool mQuitRequested = false;
+    bool mBusy = false;
+    WnPref& mPrefs;
+    MizerShell& mShell;
+    PvOptSettings mSettings;
+    FileQueue mQueue;
+    MizerTotals mTotals;
+    MizerLog mLog;
+    std::string mCleanedFolder; // the last one that leftovers of killed runs were removed from
+};
