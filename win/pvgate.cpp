@@ -1,0 +1,147 @@
+#include "win/pvgate.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvgifplayer.h"
+#include "win/pvload.h"
+
+namespace {
+
+std::vector<std::string> CommentsOf(const NvGIFGlobalInfo& inInfo) {
+    std::vector<std::string> comments;
+    for (const NvList::Node* node = inInfo.mComments.GetFirst(); node; node = node->GetNext()) {
+        const std::string& text = static_cast<const NvGIFComment*>(node->GetElement())->mText;
+        if (!text.empty())
+            comments.push_back(text);
+    }
+    return comments;
+}
+
+/** What differs in all that is said once per file; empty when nothing does. */
+std::string CompareFiles(const PvFrameReader& inOriginal, const PvFrameReader& inCandidate) {
+    const NvGIFGlobalInfo& original = *inOriginal.ShareGlobalInfo();
+    const NvGIFGlobalInfo& candidate = *inCandidate.ShareGlobalInfo();
+    if (inOriginal.GetScreenWidth() != inCandidate.GetScreenWidth() ||
+        inOriginal.GetScreenHeight() != inCandidate.GetScreenHeight())
+        return "the screen size would change";
+    if (inOriginal.GetFrameCount() != inCandidate.GetFrameCount())
+        return "the number of frames would change";
+    if (original.mHasLoop != candidate.mHasLoop || original.mLoopCount != candidate.mLoopCount)
+        return "the looping would change";
+    if (original.mAspect != candidate.mAspect)
+        return "the pixel aspect ratio would change";
+    if (CommentsOf(original) != CommentsOf(candidate))
+        return "the comments would change";
+    return {};
+}
+
+/** Compares two canvases row by row and keeps each row's result until the row changes again. */
+class CanvasComparison {
+public:
+    explicit CanvasComparison(std::uint32_t inHeight) : mRows(inHeight) {}
+
+    /** Compares the rows that either player may have changed. */
+    void Update(const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate) {
+        const NvRect changed = NvUnionRect(inOriginal.GetChangedRect(), inCandidate.GetChangedRect());
+        for (auto y = static_cast<std::uint32_t>(changed.top); y < static_cast<std::uint32_t>(changed.bottom);
+             ++y)
+            SetRow(y, CompareRow(inOriginal.Row(y), inCandidate.Row(y), inOriginal.GetScreenWidth()));
+    }
+
+    bool SamePixelsCovered() const { return mMismatchedRows == 0; }
+    std::uint64_t CoveredPixels() const { return mCovered; }
+
+    /** Levels per channel over the covered pixels. */
+    double MeanError() const {
+        return mCovered == 0 ? 0.0 : static_cast<double>(mError) / (3.0 * static_cast<double>(mCovered));
+    }
+
+private:
+    struct RowResult {
+        std::uint64_t mError = 0;   // sum of absolute channel differences
+        std::uint32_t mCovered = 0; // pixels
+        bool mMismatch = false;     // a pixel is covered in one and not in the other
+    };
+
+    static RowResult CompareRow(const NvGIFPlayer::Pixel* inOriginal, const NvGIFPlayer::Pixel* inCandidate,
+                                std::uint32_t inWidth) {
+        RowResult result;
+        const auto* original = reinterpret_cast<const std::uint8_t*>(inOriginal);
+        const auto* candidate = reinterpret_cast<const std::uint8_t*>(inCandidate);
+        for (std::size_t i = 0; i < std::size_t{inWidth} * 4; ++i)
+            result.mError += static_cast<std::uint64_t>(std::abs(original[i] - candidate[i]));
+        NvGIFPlayer::Pixel differing = 0;
+        for (std::uint32_t x = 0; x < inWidth; ++x) {
+            differing |= inOriginal[x] ^ inCandidate[x];
+            result.mCovered += inOriginal[x] >> 31;
+        }
+        result.mMismatch = (differing & NvGIFPlayer::km_Covered) != 0;
+        return result;
+    }
+
+    void SetRow(std::uint32_t inRow, const RowResult& inResult) {
+        RowResult& row = mRows[inRow];
+        mError += inResult.mError - row.mError;
+        mCovered += std::uint64_t{inResult.mCovered} - row.mCovered;
+        mMismatchedRows += static_cast<int>(inResult.mMismatch) - static_cast<int>(row.mMismatch);
+        row = inResult;
+    }
+
+    std::vector<RowResult> mRows;
+    std::uint64_t mError = 0;
+    std::uint64_t mCovered = 0;
+    int mMismatchedRows = 0;
+};
+
+std::string InFrame(std::uint32_t inIndex, const char* inWhat) {
+    return "frame " + std::to_string(inIndex + 1) + " " + inWhat;
+}
+
+std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
+                     const PvColourAllowance& inAllowance) {
+    NvGIFPlayer originalPlayer(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
+    NvGIFPlayer candidatePlayer(ioCandidate.GetScreenWidth(), ioCandidate.GetScreenHeight());
+    CanvasComparison comparison(ioOriginal.GetScreenHeight());
+    for (std::uint32_t i = 0; i < ioOriginal.GetFrameCount(); ++i) {
+        const std::unique_ptr<NvGIFFrame> original = ioOriginal.ReadFrame(i);
+        const std::unique_ptr<NvGIFFrame> candidate = ioCandidate.ReadFrame(i);
+        if (original->GetInfo().mDelay != candidate->GetInfo().mDelay)
+            return InFrame(i, "would be shown for another time");
+        if (original->GetInfo().mUserInput != candidate->GetInfo().mUserInput)
+            return InFrame(i, "would wait differently for the user");
+        originalPlayer.ShowFrame(*original);
+        candidatePlayer.ShowFrame(*candidate);
+        comparison.Update(originalPlayer, candidatePlayer);
+        if (!comparison.SamePixelsCovered())
+            return InFrame(i, "would cover other pixels");
+        const double moved = comparison.CoveredPixels() == 0
+                                 ? 0.0
+                                 : inAllowance.mMovedPixels / static_cast<double>(comparison.CoveredPixels());
+        // A pixel only ever trades places with one whose channels differ by at most 128.
+        if (comparison.MeanError() > inAllowance.mMeanError + 128.0 * std::min(1.0, moved))
+            return InFrame(i, "would show other colours");
+    }
+    return {};
+}
+
+} // namespace
+
+std::string PvCompareGIFs(const char* inOriginalPath, const char* inCandidatePath,
+                          const PvColourAllowance& inAllowance) {
+    PvFrameReader original(inOriginalPath);
+    try {
+        PvFrameReader candidate(inCandidatePath);
+        const std::string difference = CompareFiles(original, candidate);
+        return difference.empty() ? PlayBoth(original, candidate, inAllowance) : difference;
+    } catch (const NvErrorCode& error) {
+        if (error.GetCode() == NvErrorCode::km_OutOfMemory)
+            throw;
+        return "the result could not be read back";
+    }
+}

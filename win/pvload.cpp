@@ -1,0 +1,160 @@
+#include "win/pvload.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvinterlace.h"
+#include "win/pvprogress.h"
+
+namespace {
+
+/** Clears the mask where the pixel is the transparent one. */
+void MaskTransparentPixels(const NvIndexedImage& inImage, std::uint8_t inTransparentIndex,
+                           NvBitmapImage& ioMask) {
+    const NvConstPixelLock pixels(inImage);
+    const NvPixelLock mask(ioMask);
+    const std::uint32_t width = inImage.GetWidth();
+    for (std::uint32_t y = 0; y < inImage.GetHeight(); ++y) {
+        const std::uint8_t* row = pixels.Row(y);
+        std::uint8_t* bits = mask.Row(y);
+        for (std::uint32_t x = 0; x < width; x += 8) {
+            const std::uint32_t count = std::min(width - x, 8U);
+            unsigned drawn = 0;
+            for (std::uint32_t i = 0; i < count; ++i)
+                drawn = drawn << 1 | (row[x + i] != inTransparentIndex ? 1U : 0U);
+            bits[x / 8] = static_cast<std::uint8_t>(drawn << (8 - count));
+        }
+    }
+}
+
+/** Clears the mask for the pixels behind the first inDelivered ones in the file's row order. */
+void MaskMissingPixels(std::uint64_t inDelivered, bool inInterlaced, NvBitmapImage& ioMask) {
+    const NvPixelLock mask(ioMask);
+    const std::uint32_t width = ioMask.GetWidth();
+    std::uint64_t rowStart = 0; // pixels before this row in the file
+    NvForEachRowInFileOrder(ioMask.GetHeight(), inInterlaced, [&](std::uint32_t y) {
+        const std::uint64_t arrived = inDelivered > rowStart ? inDelivered - rowStart : 0;
+        for (auto x = static_cast<std::uint32_t>(std::min<std::uint64_t>(arrived, width)); x < width; ++x)
+            NvBitmapImage::SetBit(mask.Row(y), ioMask.GetRowBytes(), x, 0, 0);
+        rowStart += width;
+    });
+}
+
+/** One past the highest index of the drawn pixels. */
+std::uint32_t DrawnIndexEnd(const NvGIFFrame& inFrame) {
+    const NvConstPixelLock pixels(inFrame.GetImage());
+    const NvConstPixelLock mask(inFrame.GetMask());
+    std::uint32_t end = 0;
+    for (std::uint32_t y = 0; y < inFrame.GetHeight(); ++y) {
+        const std::uint8_t* row = pixels.Row(y);
+        const std::uint8_t* bits = mask.Row(y);
+        for (std::uint32_t x = 0; x < inFrame.GetWidth(); ++x)
+            if (row[x] >= end && (bits[x / 8] & (0x80U >> x % 8)))
+                end = row[x] + 1U;
+    }
+    return end;
+}
+
+/** Fills a table up with black to a number of entries. */
+void ExtendTable(NvColorTable& ioTable, std::uint32_t inSize) {
+    const std::uint32_t oldSize = ioTable.GetSize();
+    if (oldSize >= inSize)
+        return;
+    ioTable.SetSize(inSize);
+    for (std::uint32_t i = oldSize; i < inSize; ++i)
+        ioTable.SetColor(i, NvColor{});
+}
+
+/** Gives every index that the frame uses an entry in its table. */
+void MakeIndicesSound(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable) {
+    NvColorTable& table = ioFrame.GetImage().GetColorTable();
+    if (table.GetSize() < 256) {
+        const std::uint32_t end = DrawnIndexEnd(ioFrame);
+        ExtendTable(table, end);
+        if (ioSharedTable)
+            ExtendTable(*ioSharedTable, end);
+        else
+            ioFrame.GetInfo().mColorTable = table;
+    }
+    ioFrame.UpdateTransparency(ioSharedTable, 256);
+}
+
+} // namespace
+
+PvFrameReader::PvFrameReader(const char* inPath) {
+    Open(inPath);
+    CheckFrames();
+}
+
+// A file that the system would not open is told as "not a GIF we could load"; the system's reason goes along.
+void PvFrameReader::Open(const char* inPath) {
+    const NvFileLocator locator(inPath);
+    try {
+        mFile.Open(locator, NvFile::km_ReadPerm);
+    } catch (const NvErrorCode& error) {
+        const std::uint32_t code = error.GetCode();
+        if (code == NvErrorCode::km_UnknownGIFVersion || code == NvErrorCode::km_MalformedGIF ||
+            code == NvErrorCode::km_EndOfFile || code == NvErrorCode::km_OutOfMemory)
+            throw;
+        NvThrowWithSystemError(NvErrorCode::km_NotGIF, error.GetSystemError());
+    }
+}
+
+void PvFrameReader::CheckFrames() {
+    if (GetFrameCount() == 0)
+        NvThrow(NvErrorCode::km_MalformedGIF);
+    for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
+        const std::unique_ptr<NvImgFmtFrameInfo> record = mFile.ReadFrameInfo(i);
+        const auto& info = static_cast<const NvGIFFrameInfo&>(*record);
+        mFile.CheckFrame(info);
+        const std::uint64_t pixels = std::uint64_t{info.mWidth} * info.mHeight;
+        mPixelsOfAllFrames += pixels;
+        mPixelsOfLargestFrame = std::max(mPixelsOfLargestFrame, pixels);
+        mRestoresPrevious = mRestoresPrevious || info.RestoresPrevious();
+    }
+}
+
+std::uint64_t PvFrameReader::EstimateMemory() const {
+    constexpr std::uint64_t km_PerFrame = 4096; // tables, records and bookkeeping
+    constexpr std::uint64_t km_PerScreenPixel =
+        20; // two canvases with what they restore, differencing, coverage
+    const std::uint64_t screen = std::uint64_t{GetScreenWidth()} * GetScreenHeight();
+    const std::uint64_t frames = mRestoresPrevious ? screen * GetFrameCount() : mPixelsOfAllFrames;
+    const std::uint64_t largest = mRestoresPrevious ? screen : mPixelsOfLargestFrame;
+    return frames + frames / 8 + GetFrameCount() * km_PerFrame + 4 * largest + screen * km_PerScreenPixel;
+}
+
+std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {
+    NvIndexedImage image;
+    mFile.ReadFrame(inIndex, image);
+    std::unique_ptr<NvGIFFrameInfo> info = mFile.DetachFrameInfo();
+    NvColorTable* sharedTable = info->mHasLocalTable ? nullptr : &mFile.GetGlobalInfo()->mColorTable;
+
+    const std::uint64_t pixelCount = std::uint64_t{image.GetWidth()} * image.GetHeight();
+    NvBitmapImage mask(image.GetWidth(), image.GetHeight(), 0, 1);
+    if (info->mHasTransparency)
+        MaskTransparentPixels(image, info->mTransparentIndex, mask);
+    if (mFile.GetDeliveredPixels() < pixelCount)
+        MaskMissingPixels(mFile.GetDeliveredPixels(), info->mInterlaced != 0, mask);
+    auto frame = std::make_unique<NvGIFFrame>(std::move(image), std::move(mask), std::move(info));
+    MakeIndicesSound(*frame, sharedTable);
+    return frame;
+}
+
+std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
+                                           PvProgress& ioProgress, NvColor& outBackground) {
+    PvFrameReader reader(inPath);
+    if (reader.EstimateMemory() > inMemoryLimit)
+        NvThrow(NvErrorCode::km_OutOfMemory);
+    const std::shared_ptr<NvGIFGlobalInfo> info = reader.ShareGlobalInfo();
+    const bool hasBackground = info->mHasGlobalTable && info->mBackgroundIndex < info->mColorTable.GetSize();
+    outBackground = hasBackground ? info->mColorTable.GetColor(info->mBackgroundIndex) : NvColor{};
+
+    auto animation = std::make_unique<NvAnimation>(info, reader.GetScreenWidth(), reader.GetScreenHeight());
+    for (std::uint32_t i = 0; i < reader.GetFrameCount(); ++i) {
+        ioProgress.ReportFrame(i, reader.GetFrameCount());
+        animation->AddFrame(reader.ReadFrame(i));
+    }
+    return animation;
+}

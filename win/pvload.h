@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "nvcode2/nvanimation.h"
+#include "nvcode2/nvgiffile.h"
+
+class PvProgress;
+
+/** Reads the frames of a GIF file one by one, each made sound: its mask says what a viewer draws, and every
+ * index its pixels use has an entry in its table, whatever the file held. */
+class PvFrameReader {
+public:
+    /** Opens the file and checks every frame's record.
+     *
+     *  @throws NvErrorCode  32 when the file cannot be opened (the system's error number is kept) or is no
+     * GIF; 33, 28 and 18 for other files that are not well-formed GIFs, 28 also for one without frames */
+    explicit PvFrameReader(const char* inPath);
+
+    std::uint32_t GetFrameCount() const { return mFile.GetNumberOfFrames(); }
+    std::uint32_t GetScreenWidth() const { return mFile.GetScreenWidth(); }
+    std::uint32_t GetScreenHeight() const { return mFile.GetScreenHeight(); }
+    std::shared_ptr<NvGIFGlobalInfo> ShareGlobalInfo() const { return mFile.GetGlobalInfo(); }
+
+    /** Bytes that optimizing this file will need at the same time, at most: every frame, its working copies
+     * and the canvases that the result is checked on. */
+    std::uint64_t EstimateMemory() const;
+
+    /** @throws NvErrorCode  28 and 18 for corrupt image data, 2 */
+    std::unique_ptr<NvGIFFrame> ReadFrame(std::uint32_t inIndex);
+
+private:
+    void Open(const char* inPath);
+    void CheckFrames();
+
+    NvGIFFile mFile;
+    std::uint64_t mPixelsOfAllFrames = 0;
+    std::uint64_t mPixelsOfLargestFrame = 0;
+    bool mRestoresPrevious = false; // some frame does, so all of them may become as large as the screen
+};
+
+/** Loads a whole GIF file.
+ *
+ *  @param inMemoryLimit  bytes the file may need
+ *  @param outBackground  the colour of the global table's background entry, black when there is none
+ *  @throws NvErrorCode   2 when the file would need more memory than that, before its pixels are read; 3 when
+ * the progress was told to stop; otherwise those of PvFrameReader */
+std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
+                                           PvProgress& ioProgress, NvColor& outBackground);

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+
+class NvAnimation;
+class PvProgress;
+
+/** The steps that give an animation one small palette. They leave every frame's mask as it is; transparency
+ * fields and the indices of undrawn pixels are valid again after BringTransparencyUpToDate or
+ * DifferenceFrames. */
+
+/** How strongly BuildGlobalPalette reduces colours. */
+enum class PvPaletteMode {
+    km_Full,   ///< 256 shared colours, all of which every frame may use
+    km_Normal, ///< 128 shared colours, 120 a frame
+    km_Strong, ///< 64 shared colours, 60 a frame
+};
+
+/** Entries the shared table may have in a mode. */
+std::uint32_t PvPaletteLimit(PvPaletteMode inMode);
+
+/** Merges, within each frame, colours so near to each other that nobody tells them apart. Makes room in the
+ * palette for colours that differ. */
+void MergeSimilarFrameColours(NvAnimation& ioAnimation);
+
+/** Builds a palette for all frames' drawn pixels, maps every frame to it and takes the local tables away.
+ *
+ *  @return  the largest mean error that a frame suffered, in levels per channel
+ *  @throws NvErrorCode  3 when the progress was told to stop */
+double BuildGlobalPalette(NvAnimation& ioAnimation, PvPaletteMode inMode, PvProgress& ioProgress);
+
+/** Takes repeated colours out of the shared table; their pixels go to the first occurrence. */
+void MergeDuplicateColours(NvAnimation& ioAnimation);
+
+/** Orders the shared table by how many frames draw with a colour, most first, and drops colours that none
+ * uses.
+ *
+ *  A frame's code width follows from its highest index, so small frames that share the common colours get
+ * narrow codes. All frames must use the shared table. Transparency fields are brought up to date.
+ *
+ *  @param inTableLimit  entries the shared table may have at most */
+void OrderSharedTable(NvAnimation& ioAnimation, std::uint32_t inTableLimit);
+
+/** Cuts each frame's own colour table behind the highest index in use, the transparent one included, which is
+ * what the LZW code width follows from. The shared table stays whole. */
+void NarrowTables(NvAnimation& ioAnimation);
+
+/** Makes the shared table's entry nearest to a colour the background index, the lowest of equally near ones.
+ * An animation without shared table gets one of two entries of that colour. */
+void RestoreBackgroundIndex(NvAnimation& ioAnimation, const struct NvColor& inBackground);

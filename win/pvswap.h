@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+
+#include "win/pvlzwestimate.h"
+
+class NvAnimation;
+class NvGIFFrame;
+class PvProgress;
+
+/** Exchanges neighbouring pixels of frames where that makes their LZW data shorter and the eye does not
+ * notice.
+ *
+ *  In a row, A B A becomes B A A. Every exchange is tried, measured over the whole frame and kept only when
+ * the estimate strictly drops. A frame with too many places to try is post-dithered instead. */
+class PvPixelSwapper {
+public:
+    /** What a step did to a frame. */
+    struct Result {
+        std::uint32_t mExchanged = 0; ///< pairs that changed places
+        bool mPostDithered = false;   ///< all pairs at once, without measuring
+    };
+
+    /** How many pairs qualify in the frame as it is. */
+    static std::uint32_t CountSwapCandidates(const NvGIFFrame& inFrame);
+
+    /** Whether a frame has more candidates than the search takes on: each one costs an estimate of the whole
+     * frame, and their product with the pixel count is kept at or below 24,800,000. */
+    static bool HasTooManyCandidates(const NvGIFFrame& inFrame);
+
+    /** Works on a frame without transparency. */
+    Result SwapPixelPairs(NvGIFFrame& ioFrame);
+
+    /** Works on a frame with transparency; the transparent index is never moved. */
+    Result SwapPixelPairs(NvGIFFrame& ioFrame, std::uint8_t inTransparentIndex);
+
+    /** Works on every frame of an animation. What post-dithering made of a frame is kept only when it lowers
+     * that frame's estimate, for on many pictures it raises it.
+     *
+     *  @return  pairs that changed places in all frames
+     *  @throws NvErrorCode  3 when the progress was told to stop; some frames are then done, others not */
+    std::uint64_t SwapAllFrames(NvAnimation& ioAnimation, PvProgress& ioProgress);
+
+private:
+    Result Swap(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
+    std::uint32_t Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
+    Result SwapFrame(NvGIFFrame& ioFrame);
+
+    PvLZWEstimator mEstimator;
+};
