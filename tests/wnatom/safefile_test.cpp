@@ -1,7 +1,5 @@
 // Replacing a file in one step: the target is whole at every moment, and keeps what it carried.
 
-#include <functional>
-
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -9,21 +7,13 @@
 #include <unistd.h>
 
 #include "nvcode2/nverrorcode.h"
+#include "tests/support/codeof.h"
 #include "tests/support/testfolder.h"
 #include "wnatom/wnsafefile.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-std::uint32_t CodeOf(const std::function<void()>& inAction) {
-    try {
-        inAction();
-    } catch (const NvErrorCode& error) {
-        return error.GetCode();
-    }
-    return NvErrorCode::km_NoError;
-}
 
 mode_t GetMode(const std::string& inPath) {
     struct stat status {};

@@ -1,0 +1,83 @@
+// The backup beside a file that is about to be replaced.
+
+#include <sys/stat.h>
+
+#include "tests/batch/batchtest.h"
+#include "tests/support/codeof.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class BackupTest : public BatchTest {
+protected:
+    std::uint32_t Backup() {
+        return CodeOf([&] { mBrain->BackupFile(mFile.c_str()); });
+    }
+
+    std::string mFile = WriteTestFile(mFolder / "pic.gif", "original");
+    std::string mBackup = mFolder / "pic.gif.BAK";
+};
+
+TEST_F(BackupTest, TheWholeNameGetsTheExtensionAndThePermissionsStay) {
+    chmod(mFile.c_str(), 0600);
+    EXPECT_EQ(Backup(), 0u);
+    EXPECT_EQ(ReadTestFile(mBackup), "original");
+    EXPECT_EQ(fs::status(mBackup).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(ReadTestFile(mFile), "original");
+}
+
+TEST_F(BackupTest, TheFirstBackupStaysUnlessOverwritingIsOn) {
+    WriteTestFile(mBackup, "oldest");
+    EXPECT_EQ(Backup(), 0u);
+    EXPECT_EQ(ReadTestFile(mBackup), "oldest");
+    mPrefs.Override("OBACK", 1);
+    EXPECT_EQ(Backup(), 0u);
+    EXPECT_EQ(ReadTestFile(mBackup), "original");
+}
+
+TEST_F(BackupTest, WithoutBACKUPNothingIsWritten) {
+    mPrefs.Override("BACKUP", 0);
+    mPrefs.Override("OBACK", 1);
+    EXPECT_EQ(Backup(), 0u);
+    EXPECT_FALSE(fs::exists(mBackup));
+}
+
+TEST_F(BackupTest, WhatIsNoRegularFileAtTheBackupsNameIsAnErrorBeforeAnythingIsWritten) {
+    for (const std::uint32_t overwrite : {0u, 1u}) {
+        mPrefs.Override("OBACK", overwrite);
+        fs::create_directory(mBackup);
+        EXPECT_EQ(Backup(), NvErrorCode::km_Failure);
+        fs::remove(mBackup);
+        fs::create_symlink("nothing", mBackup);
+        EXPECT_EQ(Backup(), NvErrorCode::km_Failure);
+        EXPECT_FALSE(fs::exists(mFolder / "nothing"));
+        fs::remove(mBackup);
+        mkfifo(mBackup.c_str(), 0600);
+        EXPECT_EQ(Backup(), NvErrorCode::km_Failure);
+        fs::remove(mBackup);
+    }
+}
+
+TEST_F(BackupTest, ALinkedBackupStaysALink) {
+    WriteTestFile(mFolder / "vault", "old");
+    fs::create_symlink("vault", mBackup);
+    mPrefs.Override("OBACK", 1);
+    EXPECT_EQ(Backup(), 0u);
+    EXPECT_TRUE(fs::is_symlink(mBackup));
+    EXPECT_EQ(ReadTestFile(mFolder / "vault"), "original");
+}
+
+TEST_F(BackupTest, AnOriginalThatCannotBeReadIsCode1) {
+    fs::remove(mFile);
+    EXPECT_EQ(Backup(), NvErrorCode::km_Failure);
+    EXPECT_FALSE(fs::exists(mBackup));
+}
+
+TEST_F(BackupTest, LeftoversOfAKilledRunAreRemovedOnTheWay) {
+    const std::string leftover = WriteTestFile(mFolder / ".parvigif-abc123.tmp", "half a picture");
+    EXPECT_EQ(Backup(), 0u);
+    EXPECT_FALSE(fs::exists(leftover));
+}
+
+} // namespace

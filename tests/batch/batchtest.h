@@ -1,0 +1,104 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/testfolder.h"
+#include "win/mizerbrain.h"
+#include "wnatom/wnpref.h"
+
+/** A screen that only remembers. */
+class RecordingShell : public MizerShell {
+public:
+    bool PumpEvents() override {
+        if (mOnPump)
+            mOnPump();
+        return mCancelAtPump != 0 && --mCancelAtPump == 0;
+    }
+    bool ShowProgress(double /*inFraction*/) override { return mCancelInFile; }
+    bool HasPanel() const override { return mHasPanel; }
+    void SetPanelText(MizerControl inControl, const char* inText) override {
+        mPanel.push_back(std::to_string(static_cast<int>(inControl)) + ": " + inText);
+    }
+    void EnableCommands(bool inEnable) override { mCommands += inEnable ? "+" : "-"; }
+    void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override {
+        mMessages.push_back(std::string(inCaption) + (inIcon == Icon::km_Stop ? "! " : ": ") + inText);
+    }
+    std::string GetDataFolder() override { return mDataFolder; }
+    void FileDone(const MizerFileResult& inResult) override { mResults.push_back(inResult); }
+    void PostQuit() override { mCommands += "q"; }
+
+    /** The panel texts since the last call. */
+    std::vector<std::string> TakePanel() { return std::exchange(mPanel, {}); }
+
+    std::function<void()> mOnPump;
+    int mCancelAtPump = 0; // 1: at the next one
+    bool mCancelInFile = false;
+    bool mHasPanel = true;
+    std::string mDataFolder;
+    std::string mCommands;
+    std::vector<std::string> mMessages;
+    std::vector<MizerFileResult> mResults;
+
+private:
+    std::vector<std::string> mPanel;
+};
+
+/** A batch whose optimizer cuts each file to the size that the test wants it to have. */
+class TestBrain : public MizerBrain {
+public:
+    using MizerBrain::MizerBrain;
+
+    std::map<std::string, std::uint32_t> mNewSizes; // by file name; others stay as they are
+    std::map<std::string, std::function<void()>> mActions;
+    std::vector<std::string> mOptimized; // file names in order
+
+protected:
+    std::uint32_t OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome&) override {
+        const std::string name = std::filesystem::path(inPath).filename();
+        mOptimized.push_back(name);
+        if (const auto action = mActions.find(name); action != mActions.end())
+            action->second();
+        const auto newSize = mNewSizes.find(name);
+        if (newSize == mNewSizes.end())
+            return inOriginalSize;
+        BackupFile(inPath);
+        std::filesystem::resize_file(inPath, newSize->second);
+        return newSize->second;
+    }
+};
+
+/** A driver in an environment of its own, over the files of a fresh folder. */
+class BatchTest : public testing::Test {
+protected:
+    BatchTest() {
+        mShell.mDataFolder = mFolder.GetPath();
+        MakeBrain();
+    }
+
+    void MakeBrain() {
+        mBrain.reset();
+        mBrain = std::make_unique<TestBrain>(mPrefs, mShell);
+    }
+
+    /** A file of a size in bytes, queued. */
+    std::string Queue(const std::string& inName, std::size_t inSize) {
+        std::string path = WriteTestFile(mFolder / inName, std::string(inSize, 'x'));
+        EXPECT_TRUE(mBrain->AddFileToQueue(path.c_str()));
+        return path;
+    }
+
+    std::string ReadLog() const { return ReadTestFile(mFolder / "PVGFLog.TXT"); }
+
+    TestFolder mFolder;
+    TestEnvironment mEnvironment{mFolder};
+    WnPref mPrefs{"Parvigif", "1.x"};
+    RecordingShell mShell;
+    std::unique_ptr<TestBrain> mBrain;
+};

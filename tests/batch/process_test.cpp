@@ -1,0 +1,173 @@
+// Running a batch: which files are worked on, errors, cancel, re-entry.
+
+#include "tests/batch/batchtest.h"
+#include "tests/support/codeof.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using ProcessTest = BatchTest;
+
+std::vector<MizerStatus> StatusesOf(const std::vector<MizerFileResult>& inResults) {
+    std::vector<MizerStatus> statuses;
+    for (const MizerFileResult& result : inResults)
+        statuses.push_back(result.mStatus);
+    return statuses;
+}
+
+NvErrorCode CatchFrom(MizerBrain& ioBrain) {
+    try {
+        ioBrain.ProcessQueue();
+    } catch (const NvErrorCode& error) {
+        return error;
+    }
+    return NvErrorCode(0, "", 0);
+}
+
+std::string SourceOf(const NvErrorCode& inError) {
+    return std::string(inError.GetFileName() + 1, inError.GetFileName() + 1 + inError.GetFileName()[0]);
+}
+
+TEST_F(ProcessTest, OnlyNonEmptyFilesNamedLikeGIFsAreWorkedOn) {
+    for (const char* name : {"a.gif", "B.GIF", "xGIF", "a.gif.BAK", "a.bak", "notes.txt", "if"})
+        Queue(name, 1);
+    Queue("empty.gif", 0);
+    mBrain->ProcessQueue();
+    EXPECT_THAT(mBrain->mOptimized, ElementsAre("a.gif", "B.GIF", "xGIF"));
+
+    std::vector<MizerSkip> skips;
+    for (const MizerFileResult& result : mShell.mResults)
+        skips.push_back(result.mSkip);
+    EXPECT_THAT(skips, ElementsAre(MizerSkip::km_None, MizerSkip::km_None, MizerSkip::km_None,
+                                   MizerSkip::km_Backup, MizerSkip::km_Backup, MizerSkip::km_NotNamedGIF,
+                                   MizerSkip::km_NotNamedGIF, MizerSkip::km_Empty));
+}
+
+TEST_F(ProcessTest, EachFileIsTold) {
+    const std::string path = Queue("a.gif", 1000);
+    Queue("b.gif", 50);
+    mBrain->mNewSizes["a.gif"] = 750;
+    mBrain->ProcessQueue();
+    EXPECT_THAT(StatusesOf(mShell.mResults), ElementsAre(MizerStatus::km_Smaller, MizerStatus::km_Unchanged));
+    EXPECT_EQ(mShell.mResults[0].mPath, path);
+    EXPECT_EQ(mShell.mResults[0].mOriginalSize, 1000u);
+    EXPECT_EQ(mShell.mResults[0].mNewSize, 750u);
+    EXPECT_EQ(mShell.mResults[1].GetSaved(), 0u);
+    EXPECT_EQ(mShell.mCommands, "+-");
+}
+
+TEST_F(ProcessTest, AFileThatCannotBeMeasuredFailsAndTheBatchGoesOn) {
+    const std::string gone = Queue("gone.gif", 1);
+    std::filesystem::resize_file(Queue("huge.gif", 1), std::uintmax_t{1} << 31); // sparse
+    Queue("b.gif", 1);
+    std::filesystem::remove(gone);
+    mBrain->ProcessQueue();
+    EXPECT_THAT(mBrain->mOptimized, ElementsAre("b.gif"));
+    EXPECT_THAT(StatusesOf(mShell.mResults),
+                ElementsAre(MizerStatus::km_Failed, MizerStatus::km_Failed, MizerStatus::km_Unchanged));
+    EXPECT_EQ(mShell.mResults[0].mError->GetCode(), NvErrorCode::km_FileNotFound);
+    EXPECT_EQ(mShell.mResults[1].mError->GetCode(), NvErrorCode::km_OutOfRange);
+}
+
+TEST_F(ProcessTest, AnErrorLeavesTheRestQueued) {
+    for (const char* name : {"a.gif", "b.gif", "c.gif"})
+        Queue(name, 1);
+    mBrain->mActions["b.gif"] = [] { NvThrow(NvErrorCode::km_DiskFull); };
+    EXPECT_EQ(CatchFrom(*mBrain).GetCode(), NvErrorCode::km_DiskFull);
+    EXPECT_FALSE(mBrain->IsBusy());
+    EXPECT_EQ(mShell.mCommands, "+-");
+    mBrain->ProcessQueue();
+    EXPECT_THAT(mBrain->mOptimized, ElementsAre("a.gif", "b.gif", "c.gif"));
+    EXPECT_THAT(StatusesOf(mShell.mResults),
+                ElementsAre(MizerStatus::km_Unchanged, MizerStatus::km_Failed, MizerStatus::km_Unchanged));
+    EXPECT_EQ(mShell.mCommands, "+-+-");
+}
+
+TEST_F(ProcessTest, AfterAFailedLastFileTheNextBatchMayHoldItAgain) {
+    const std::string path = Queue("a.gif", 1);
+    mBrain->mActions["a.gif"] = [] { NvThrow(NvErrorCode::km_DiskFull); };
+    CatchFrom(*mBrain);
+    EXPECT_TRUE(mBrain->AddFileToQueue(path.c_str()));
+}
+
+TEST_F(ProcessTest, CancelInAFileLetsItFinishAndEmptiesTheQueue) {
+    for (int i = 1; i <= 10; ++i)
+        Queue(std::to_string(i) + ".gif", 10);
+    mBrain->mNewSizes["3.gif"] = 5;
+    mBrain->mActions["3.gif"] = [this] { mBrain->Cancel(); };
+    const NvErrorCode error = CatchFrom(*mBrain);
+    EXPECT_EQ(error.GetCode(), NvErrorCode::km_Cancelled);
+    EXPECT_EQ(SourceOf(error), "win/mizerbrain");
+    EXPECT_EQ(error.GetLine(), 612u);
+    EXPECT_THAT(mBrain->mOptimized, ElementsAre("1.gif", "2.gif", "3.gif"));
+    EXPECT_EQ(mShell.mResults.back().mStatus, MizerStatus::km_Smaller);
+
+    mBrain->ProcessQueue();
+    EXPECT_EQ(mBrain->mOptimized.size(), 3u) << "nothing was left";
+    Queue("11.gif", 1);
+    mBrain->ProcessQueue();
+    EXPECT_EQ(mBrain->mOptimized.size(), 4u) << "and the request is forgotten";
+}
+
+TEST_F(ProcessTest, CancelJustBeforeAFileAbandonsIt) {
+    for (const char* name : {"a.gif", "b.gif", "c.gif"})
+        Queue(name, 1);
+    mShell.mCancelAtPump = 3; // before a, after a, before b
+    const NvErrorCode error = CatchFrom(*mBrain);
+    EXPECT_EQ(error.GetCode(), NvErrorCode::km_Cancelled);
+    EXPECT_EQ(SourceOf(error), "win/mizerbrain");
+    EXPECT_EQ(error.GetLine(), 281u);
+    EXPECT_THAT(mBrain->mOptimized, ElementsAre("a.gif"));
+    EXPECT_EQ(mShell.mResults.back().mStatus, MizerStatus::km_Cancelled);
+}
+
+TEST_F(ProcessTest, CancelWinsOverAnErrorAndOverTheEndOfTheQueue) {
+    Queue("a.gif", 1);
+    Queue("b.gif", 1);
+    mBrain->mActions["a.gif"] = [this] {
+        mBrain->Cancel();
+        NvThrow(NvErrorCode::km_DiskFull);
+    };
+    EXPECT_EQ(CatchFrom(*mBrain).GetCode(), NvErrorCode::km_Cancelled);
+    EXPECT_EQ(mShell.mResults.back().mStatus, MizerStatus::km_Failed);
+    EXPECT_EQ(CatchFrom(*mBrain).GetCode(), 0u) << "queue empty, flag clear";
+
+    Queue("c.gif", 1);
+    mBrain->mActions["c.gif"] = [] { NvThrow(NvErrorCode::km_Cancelled); };
+    EXPECT_EQ(CatchFrom(*mBrain).GetCode(), NvErrorCode::km_Cancelled);
+    EXPECT_EQ(mShell.mResults.back().mStatus, MizerStatus::km_Cancelled);
+
+    Queue("last.gif", 1);
+    mBrain->mActions["last.gif"] = [this] { mBrain->Cancel(); };
+    EXPECT_EQ(CatchFrom(*mBrain).GetLine(), 612u);
+    EXPECT_EQ(mShell.mCommands, "+-+-+-") << "the empty run in between enabled nothing";
+}
+
+TEST_F(ProcessTest, ACommandDuringAPumpStartsNoSecondBatch) {
+    Queue("a.gif", 1);
+    int depth = 0;
+    mShell.mOnPump = [&] {
+        EXPECT_TRUE(mBrain->IsBusy());
+        EXPECT_LE(++depth, 1);
+        mBrain->ProcessQueue();
+        --depth;
+    };
+    mBrain->ProcessQueue();
+    EXPECT_THAT(mBrain->mOptimized, ElementsAre("a.gif"));
+}
+
+TEST_F(ProcessTest, ARequestToQuitTakesThePlaceOfTheBatch) {
+    Queue("a.gif", 1);
+    mBrain->RequestQuit();
+    mBrain->ProcessQueue();
+    EXPECT_THAT(mBrain->mOptimized, IsEmpty());
+    EXPECT_EQ(mShell.mCommands, "q");
+}
+
+TEST_F(ProcessTest, PauseIsAMessageThatHaltsTheBatch) {
+    mBrain->Pause();
+    EXPECT_THAT(mShell.mMessages, ElementsAre("OPERATION PAUSED: Click 'OK' to continue..."));
+}
+
+} // namespace

@@ -1,0 +1,146 @@
+// What a name given by the user puts into the queue, and in which order.
+
+#include <sys/stat.h>
+
+#include "tests/batch/batchtest.h"
+#include "tests/support/codeof.h"
+#include "win/filequeue.h"
+
+namespace {
+
+using testing::ElementsAre;
+namespace fs = std::filesystem;
+
+std::vector<std::string> TakeAll(FileQueue& ioQueue) {
+    std::vector<std::string> paths;
+    while (!ioQueue.IsEmpty())
+        paths.emplace_back(ioQueue.TakeFirst().get());
+    return paths;
+}
+
+class QueueTest : public testing::Test {
+protected:
+    void Make(std::initializer_list<const char*> inNames) {
+        for (const char* name : inNames)
+            WriteTestFile(mFolder / name, "x");
+    }
+    /** What a pattern below the folder brings, without the folder's path. */
+    std::vector<std::string> Find(const std::string& inPattern) {
+        mQueue.Clear();
+        mFound = mQueue.AddFolder((mFolder / inPattern).c_str());
+        std::vector<std::string> names;
+        for (const std::string& path : TakeAll(mQueue))
+            names.push_back(path.substr(mFolder.GetPath().size() + 1));
+        return names;
+    }
+
+    TestFolder mFolder;
+    FileQueue mQueue;
+    std::size_t mFound = 0;
+};
+
+TEST_F(QueueTest, NamesThatDifferOnlyInTheCaseOfLettersAreOneUnlessBothExist) {
+    EXPECT_TRUE(mQueue.AddFile("/none/X/A.GIF"));
+    EXPECT_FALSE(mQueue.AddFile("/none/x/a.gif"));
+    EXPECT_TRUE(mQueue.AddFile("/none/x/\xc3\xa9.gif"));
+    EXPECT_TRUE(mQueue.AddFile("/none/x/\xc3\x89.gif")) << "only A to Z fold";
+    EXPECT_TRUE(mQueue.AddFile("/none/x/[.gif"));
+    EXPECT_TRUE(mQueue.AddFile("/none/x/{.gif")) << "what stands 32 above a sign is another sign";
+
+    Make({"b.gif", "B.GIF", "c.gif"});
+    EXPECT_TRUE(mQueue.AddFile((mFolder / "b.gif").c_str()));
+    EXPECT_TRUE(mQueue.AddFile((mFolder / "B.GIF").c_str())) << "two files on a system that tells them apart";
+    EXPECT_FALSE(mQueue.AddFile((mFolder / "b.GIF").c_str())) << "does not exist";
+    EXPECT_TRUE(mQueue.AddFile((mFolder / "c.GIF").c_str()));
+    EXPECT_FALSE(mQueue.AddFile((mFolder / "c.gif").c_str()));
+}
+
+TEST_F(QueueTest, AFileIsQueuedOnceUnderWhateverNames) {
+    Make({"a.gif", "sub/x"});
+    fs::create_symlink("a.gif", mFolder / "soft.gif");
+    fs::create_hard_link(mFolder / "a.gif", mFolder / "hard.gif");
+    EXPECT_TRUE(mQueue.AddFile((mFolder / "soft.gif").c_str()));
+    for (const char* name : {"a.gif", "./a.gif", "sub/../a.gif", "hard.gif"})
+        EXPECT_FALSE(mQueue.AddFile((mFolder / name).c_str())) << name;
+    mQueue.TakeFirst();
+    EXPECT_FALSE(mQueue.AddFile((mFolder / "a.gif").c_str())) << "the batch has had it";
+    mQueue.Clear();
+    EXPECT_TRUE(mQueue.AddFile((mFolder / "a.gif").c_str())) << "a new batch";
+}
+
+TEST_F(QueueTest, AFolderGivesItsRegularFilesInBytewiseOrder) {
+    Make({"b.gif", "B.GIF", "a.gif", "a.gif.BAK", "notes.txt", "sub/inner.gif"});
+    mkfifo((mFolder / "pipe.gif").c_str(), 0600);
+    EXPECT_THAT(Find(""), ElementsAre("B.GIF", "a.gif", "a.gif.BAK", "b.gif", "notes.txt"));
+    EXPECT_EQ(mFound, 3u);
+    EXPECT_EQ(CodeOf([&] { Find("none/"); }), NvErrorCode::km_FileNotFound);
+}
+
+TEST_F(QueueTest, PatternsAreOfStarsAndQuestionMarksOnly) {
+    Make({"a.gif", "ab.gif", "abc.GIF", "[a].gif", "a.gift", "x"});
+    const std::vector<std::pair<const char*, std::vector<std::string>>> cases = {
+        {"*", {"[a].gif", "a.gif", "a.gift", "ab.gif", "abc.GIF", "x"}},
+        {"*.gif", {"[a].gif", "a.gif", "ab.gif", "abc.GIF"}},
+        {"A?.gif", {"ab.gif"}},
+        {"a*.g*f", {"a.gif", "ab.gif", "abc.GIF"}},
+        {"*a*b*", {"ab.gif", "abc.GIF"}},
+        {"[a].gif", {"[a].gif"}},
+        {"a.gif", {"a.gif"}},
+        {"**t", {"a.gift"}},
+        {"?", {"x"}},
+        {"*.png", {}},
+    };
+    for (const auto& [pattern, names] : cases)
+        EXPECT_EQ(Find(pattern), names) << pattern;
+}
+
+TEST_F(QueueTest, APatternWithoutAFolderIsSearchedInTheCurrentOne) {
+    Make({"a.gif"});
+    const fs::path before = fs::current_path();
+    fs::current_path(mFolder.GetPath());
+    EXPECT_EQ(mQueue.AddFolder("?.gif"), 1u);
+    fs::current_path(before);
+    EXPECT_THAT(TakeAll(mQueue), ElementsAre("./a.gif"));
+}
+
+class NameTest : public BatchTest {
+protected:
+    MizerBrain::Named Add(const std::string& inName) {
+        return mBrain->AddNameToQueue((mFolder / inName).c_str());
+    }
+    std::vector<std::string> Run() {
+        mBrain->ProcessQueue();
+        return mBrain->mOptimized;
+    }
+};
+
+TEST_F(NameTest, AnExistingFileIsMeantWhateverItsNameHolds) {
+    for (const char* name : {"a*.gif", "ab.gif", "[x].gif"})
+        WriteTestFile(mFolder / name, "x");
+    EXPECT_EQ(Add("a*.gif"), MizerBrain::Named::km_Queued);
+    EXPECT_EQ(Add("[x].gif"), MizerBrain::Named::km_Queued);
+    EXPECT_EQ(Add("./a*.gif"), MizerBrain::Named::km_AlreadyQueued);
+    EXPECT_THAT(Run(), ElementsAre("a*.gif", "[x].gif"));
+}
+
+TEST_F(NameTest, AFolderNeedsNoClosingSeparator) {
+    WriteTestFile(mFolder / "pics/a.gif", "x");
+    EXPECT_EQ(Add("pics"), MizerBrain::Named::km_Queued);
+    EXPECT_EQ(Add("pics/"), MizerBrain::Named::km_Queued) << "nothing new, but not a mistake";
+    EXPECT_EQ(mBrain->AddNameToQueue((mFolder / "pics/?.gif").c_str()), MizerBrain::Named::km_Queued);
+    EXPECT_THAT(Run(), ElementsAre("a.gif"));
+}
+
+TEST_F(NameTest, NamesThatLeadNowhereAreTold) {
+    WriteTestFile(mFolder / "texts/b.txt", "x");
+    mkfifo((mFolder / "pipe.gif").c_str(), 0600);
+    fs::create_symlink("nothing", mFolder / "dangling.gif");
+    EXPECT_EQ(Add("texts"), MizerBrain::Named::km_NoGIFs);
+    EXPECT_EQ(Add("*.gif"), MizerBrain::Named::km_NoGIFs);
+    EXPECT_EQ(CodeOf([&] { Add("none.gif"); }), NvErrorCode::km_FileNotFound);
+    EXPECT_EQ(CodeOf([&] { mBrain->AddNameToQueue(""); }), NvErrorCode::km_FileNotFound);
+    EXPECT_EQ(CodeOf([&] { Add("pipe.gif"); }), NvErrorCode::km_WrongPermission);
+    EXPECT_EQ(CodeOf([&] { Add("dangling.gif"); }), NvErrorCode::km_WrongPermission);
+}
+
+} // namespace
