@@ -8,6 +8,8 @@
 #include "nvcode2/nvcolortable.h"
 #include "nvcode2/nvrealimage.h"
 
+class NvIndexedImage;
+
 /** A mask: one bit per pixel, the leftmost in the top bit of a byte, rows padded to a whole byte. The padding
  *  bits have no meaning and no promised value.
  *
@@ -56,8 +58,31 @@ public:
     void CopyFrom(const NvImage& inImage) override;
     /** Makes every pixel set, or not set, as the fill value says. Without pixels nothing happens. */
     void Erase() override;
+    /** The background is what is not set. */
+    bool FindContentBounds(NvRect& outBounds) const override;
+    void Combine(const NvBitmapImage& inMask, NvMaskRule inRule) override;
+    void WriteMasked(const NvRect& inMaskRect, const std::uint8_t* inColors, std::uint32_t inColorRowBytes,
+                     const NvPixelTarget& inTarget) const override;
+    void BlendMasked(const NvRect& inMaskRect, const std::uint8_t* inColors, std::uint32_t inColorRowBytes,
+                     const NvPixelTarget& inTarget, double inOpacity) const override;
+    /** What was set is not, and the reverse. */
+    void Invert() override;
+    /** A picture of two colours: index 1 where the mask is set, 0 elsewhere.
+     *  No caller but the image converter. */
+    virtual NvIndexedImage ToIndexed(NvColor inNotSet, NvColor inSet) const;
 
 private:
+    /** Calls inMix(destination byte, colour byte) for the three channels of every set pixel. */
+    template <typename Mix>
+    void MixMasked(const NvRect& inMaskRect, const std::uint8_t* inColors, std::uint32_t inColorRowBytes,
+                   const NvPixelTarget& inTarget, Mix inMix) const;
+    /** The mask bits of byte inByte of a row, 1 for set, without those of the padding. */
+    unsigned SetBits(const std::uint8_t* inRow, std::size_t inByte) const {
+        const std::size_t left = mWidth - inByte * 8;
+        const unsigned inside = left < 8 ? 0xFF00u >> left & 0xFFu : 0xFFu;
+        return (inRow[inByte] ^ (mPolarity ? 0xFFu : 0u)) & inside;
+    }
+
     std::uint32_t mFill;    // 0 or 1
     std::uint8_t mPolarity; // 0 or 1
 };

@@ -1,5 +1,6 @@
 #include "nvcode2/nvimage.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <utility>
@@ -158,10 +159,9 @@ void CopyBits(const std::uint8_t* inSrc, std::size_t inSrcBit, std::uint8_t* out
         copyBit(srcShift + i, i);
 }
 
-} // namespace
-
-void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
-                std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
+/** What every rectangle copy asks of its arguments. */
+void AssertCopy(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                const std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
                 std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth) {
     NvAssert(inSrcData && outDstData);
     NvAssert(inSrcRowBytes && inDstRowBytes);
@@ -171,7 +171,41 @@ void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, cons
     NvAssert((inDstRect.bottom > inDstRect.top) && (inDstRect.right > inDstRect.left));
     NvAssert((inSrcRect.right - inSrcRect.left) == (inDstRect.right - inDstRect.left));
     NvAssert((inSrcRect.bottom - inSrcRect.top) == (inDstRect.bottom - inDstRect.top));
+}
 
+/** Where a rectangle's top left pixel of inPixelBytes bytes is. */
+std::size_t OffsetOf(const NvRect& inRect, std::uint32_t inRowBytes, std::size_t inPixelBytes) {
+    return static_cast<std::size_t>(inRect.top) * inRowBytes +
+           static_cast<std::size_t>(inRect.left) * inPixelBytes;
+}
+
+/** Copies inRunBytes of every pixel of a rectangle to pixels of another size. */
+void CopyRuns(const std::uint8_t* inSrc, std::uint32_t inSrcRowBytes, std::size_t inSrcPixelBytes,
+              std::uint8_t* outDst, std::uint32_t inDstRowBytes, std::size_t inDstPixelBytes,
+              const NvRect& inRect, std::size_t inRunBytes) {
+    const std::int32_t theWidth = inRect.Width();
+    const std::int32_t theHeight = inRect.Height();
+    NvAssert(theWidth && theHeight);
+    for (std::int32_t y = 0; y < theHeight; ++y) {
+        const std::uint8_t* src = inSrc;
+        std::uint8_t* dst = outDst;
+        for (std::int32_t x = 0; x < theWidth; ++x) {
+            std::copy_n(src, inRunBytes, dst);
+            src += inSrcPixelBytes;
+            dst += inDstPixelBytes;
+        }
+        inSrc += inSrcRowBytes;
+        outDst += inDstRowBytes;
+    }
+}
+
+} // namespace
+
+void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
+                std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inNumChannels,
+               inChannelBitDepth);
     const std::size_t pixelBits = std::size_t{inNumChannels} * inChannelBitDepth;
     const std::size_t srcBit = static_cast<std::size_t>(inSrcRect.left) * pixelBits;
     const std::size_t dstBit = static_cast<std::size_t>(inDstRect.left) * pixelBits;
@@ -183,4 +217,36 @@ void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, cons
         src += inSrcRowBytes;
         dst += inDstRowBytes;
     }
+}
+
+void NvCopyIntoChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                        std::uint32_t inSrcChannels, std::uint8_t* outDstData, std::uint32_t inDstRowBytes,
+                        const NvRect& inDstRect, std::uint32_t inDstChannels, std::uint32_t inDstIndex,
+                        std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inSrcChannels,
+               inChannelBitDepth);
+    NvAssert((inSrcChannels + inDstIndex) <= inDstChannels);
+    const std::size_t channelBytes = inChannelBitDepth / 8;
+    NvAssert(channelBytes);
+    const std::size_t srcBytes = inSrcChannels * channelBytes;
+    const std::size_t dstBytes = inDstChannels * channelBytes;
+    CopyRuns(inSrcData + OffsetOf(inSrcRect, inSrcRowBytes, srcBytes), inSrcRowBytes, srcBytes,
+             outDstData + OffsetOf(inDstRect, inDstRowBytes, dstBytes) + inDstIndex * channelBytes,
+             inDstRowBytes, dstBytes, inSrcRect, srcBytes);
+}
+
+void NvCopyFromChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                        std::uint32_t inSrcChannels, std::uint32_t inSrcIndex, std::uint8_t* outDstData,
+                        std::uint32_t inDstRowBytes, const NvRect& inDstRect, std::uint32_t inDstChannels,
+                        std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inDstChannels,
+               inChannelBitDepth);
+    NvAssert((inDstChannels + inSrcIndex) <= inSrcChannels);
+    const std::size_t channelBytes = inChannelBitDepth / 8;
+    NvAssert(channelBytes);
+    const std::size_t srcBytes = inSrcChannels * channelBytes;
+    const std::size_t dstBytes = inDstChannels * channelBytes;
+    CopyRuns(inSrcData + OffsetOf(inSrcRect, inSrcRowBytes, srcBytes) + inSrcIndex * channelBytes,
+             inSrcRowBytes, srcBytes, outDstData + OffsetOf(inDstRect, inDstRowBytes, dstBytes),
+             inDstRowBytes, dstBytes, inSrcRect, dstBytes);
 }

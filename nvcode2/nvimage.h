@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -13,6 +14,20 @@ struct NvRGBLayout {
     std::uint32_t redIndex = 0;
     std::uint32_t greenIndex = 1;
     std::uint32_t blueIndex = 2;
+};
+
+/** Pixels of somebody else's memory that an image writes into, from a point on. */
+struct NvPixelTarget {
+    std::uint8_t* data;     ///< first byte of the first row
+    std::uint32_t rowBytes; ///< from one row to the next
+    NvPoint point;          ///< where the top left pixel goes
+    NvRGBLayout layout;
+
+    /** The pixel at the point. */
+    std::uint8_t* First() const {
+        return data + static_cast<std::size_t>(point.v) * rowBytes +
+               static_cast<std::size_t>(point.h) * layout.pixelBytes;
+    }
 };
 
 /** An image: a size, a resolution and what its file format said of it. How pixels are kept is for the
@@ -127,3 +142,18 @@ void NvAssertLayout(const NvRGBLayout& inLayout);
 void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
                 std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
                 std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth);
+
+/** Copies a rectangle of pixels into wider ones, whose other channels are kept: source channel 0 goes to
+ * channel inDstIndex. Channels of 8 or 16 bits; the rest as for NvCopyRect. Precondition: (inSrcChannels +
+ * inDstIndex) <= inDstChannels. */
+void NvCopyIntoChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                        std::uint32_t inSrcChannels, std::uint8_t* outDstData, std::uint32_t inDstRowBytes,
+                        const NvRect& inDstRect, std::uint32_t inDstChannels, std::uint32_t inDstIndex,
+                        std::uint32_t inChannelBitDepth);
+
+/** The reverse: copies the channels from inSrcIndex on into narrower pixels.
+ *  Precondition: (inDstChannels + inSrcIndex) <= inSrcChannels. */
+void NvCopyFromChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                        std::uint32_t inSrcChannels, std::uint32_t inSrcIndex, std::uint8_t* outDstData,
+                        std::uint32_t inDstRowBytes, const NvRect& inDstRect, std::uint32_t inDstChannels,
+                        std::uint32_t inChannelBitDepth);

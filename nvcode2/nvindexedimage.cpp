@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -12,6 +13,8 @@
 #include "nvcode2/nvallocate.h"
 #include "nvcode2/nvbitmapimage.h"
 #include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvmakeinvcolormap.h"
+#include "nvcode2/nvresize.h"
 
 namespace {
 
@@ -134,6 +137,61 @@ void NvIndexedImage::ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, 
         }
         outData += inDestRowBytes;
     }
+}
+
+bool NvIndexedImage::FindContentBounds(NvRect& outBounds) const {
+    outBounds = {};
+    const NvConstPixelLock pixels(*this);
+    const auto isContent = [this](std::uint8_t inIndex) { return inIndex != GetFillIndex(); };
+    for (std::uint32_t y = 0; y < mHeight; ++y) {
+        const std::uint8_t* const row = pixels.Row(y);
+        const auto left = static_cast<std::int32_t>(std::find_if(row, row + mWidth, isContent) - row);
+        if (std::cmp_equal(left, mWidth))
+            continue;
+        const auto fromRight =
+            std::find_if(std::reverse_iterator(row + mWidth), std::reverse_iterator(row), isContent);
+        const auto right = static_cast<std::int32_t>(fromRight.base() - row);
+        GrowBounds(outBounds, left, right, static_cast<std::int32_t>(y));
+    }
+    return !outBounds.IsEmpty();
+}
+
+void NvIndexedImage::MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap) {
+    NvAssert(inTablePtr);
+    NvAssert(inInvMap);
+    NvColorTable table(*inTablePtr);
+    IndexMap map;
+    for (std::uint32_t i = 0; i < map.size(); ++i) {
+        const NvColor color = i < mColorTable.GetSize() ? mColorTable.GetColor(i) : NvColor{};
+        map[i] = inInvMap[NvInverseColorMapCell(color)];
+    }
+    RemapIndices(map.data());
+    mColorTable = std::move(table);
+}
+
+std::unique_ptr<NvImage> NvIndexedImage::NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
+                                                         NvProgressIndicator* inIndicator) const {
+    const auto inverseMap = NvMakeArray<std::uint8_t>(km_InverseColorMapSize);
+    MakeInverseColorMap(&mColorTable, inverseMap.get());
+    auto image = NvMakeUnique<NvIndexedImage>(inWidth, inHeight, mColorTable);
+    const NvConstPixelLock source(*this);
+    const NvPixelLock dest(*image);
+    NvResizeIndexed(source.Row(0), dest.Row(0), GetRowBytes(), image->GetRowBytes(), mWidth, mHeight, inWidth,
+                    inHeight, &mColorTable, inverseMap.get(), inIndicator);
+    return image;
+}
+
+NvBitmapImage NvIndexedImage::MakeMask(std::uint8_t inIndex) const {
+    NvBitmapImage mask(mWidth, mHeight);
+    const NvConstPixelLock pixels(*this);
+    const NvPixelLock bits(mask);
+    for (std::uint32_t y = 0; y < mHeight; ++y) {
+        const std::uint8_t* const row = pixels.Row(y);
+        std::uint8_t* const maskRow = bits.Row(y);
+        for (std::uint32_t x = 0; x < mWidth; ++x)
+            maskRow[x / 8] = static_cast<std::uint8_t>(maskRow[x / 8] | (row[x] != inIndex) << (7 - x % 8));
+    }
+    return mask;
 }
 
 std::uint8_t NvIndexedImage::GetPixel(std::uint32_t inH, std::uint32_t inV) const {

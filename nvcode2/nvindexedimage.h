@@ -38,6 +38,16 @@ public:
     void CopyFrom(const NvImage& inImage) override;
     /** Sets every pixel to the fill index. Precondition: allocated. */
     void Erase() override;
+    /** The background is the fill index. */
+    bool FindContentBounds(NvRect& outBounds) const override;
+    /** Rewrites the pixels and takes the table. Preconditions: both non-null, at least one new entry. */
+    void MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap) override;
+    /** Averages colours and maps them back to the table, which must not be empty. */
+    std::unique_ptr<NvImage> NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
+                                             NvProgressIndicator* inIndicator) const override;
+    /** Makes the mask of the pixels whose index is another than inIndex; with the transparent index of a GIF
+     * frame these are the pixels it draws. */
+    virtual NvBitmapImage MakeMask(std::uint8_t inIndex) const;
 
     /** The index at column inH, row inV. Preconditions: inside the image, not locked. For single pixels;
      * loops lock the image. */

@@ -8,6 +8,16 @@
 #include "nvcode2/nvbuffer.h"
 #include "nvcode2/nvimage.h"
 
+class NvBitmapImage;
+class NvProgressIndicator;
+
+/** How two masks are combined: the pixels set afterwards are those set in ... */
+enum class NvMaskRule {
+    km_Both,
+    km_Either,
+    km_OnlyThis, ///< this mask and not in the other
+};
+
 /** Bytes in a row of inWidth pixels; raises 2 when they do not fit 32 bits. Preconditions: the depth is 1, 8
  * or 16 bits, the channel count not 0. */
 using NvRowBytesProc = std::uint32_t (*)(std::uint16_t inChannelDepth, std::uint16_t inNumChannels,
@@ -51,6 +61,57 @@ public:
     std::unique_ptr<NvImage> NewBlankImage(const NvRect& inRect) const override;
     void CopyFrom(const NvImage& inImage) override;
     void Erase() override;
+    /** For one-bit pixels only with one channel. */
+    std::unique_ptr<NvImage> NewHorizontalMirror() const override;
+    std::unique_ptr<NvImage> NewVerticalMirror() const override;
+
+    /** Writes a rectangle's colours at a point of the caller's pixels. Precondition, as one assertion: the
+     *  rectangle is not empty and inside the image, the layout's positions are distinct and below its pixel
+     * size, and the target's row holds the pixels from the point on. Like the other transfers below, no
+     * caller yet in the program: for whoever shows pictures. */
+    virtual void ReadColors(const NvRect& inSourceRect, const NvPixelTarget& inTarget) const;
+    /** The same for the pixels that a mask of the image's size has set; the others stay. */
+    virtual void ReadMaskedColors(const NvRect& inSourceRect, const NvBitmapImage& inMask,
+                                  const NvPixelTarget& inTarget) const;
+    /** Copies one channel of a rectangle into packed rows of the caller's, and the other way round. Channels
+     * of 8 or 16 bits. */
+    virtual void ReadChannel(std::uint32_t inChannel, const NvRect& inSourceRect, std::uint8_t* outData,
+                             std::uint32_t inDestRowBytes) const;
+    virtual void WriteChannel(std::uint32_t inChannel, const NvRect& inDestRect, const std::uint8_t* inData,
+                              std::uint32_t inSourceRowBytes);
+    /** Exchanges two channels of 8 bits. */
+    virtual void SwapChannels(std::uint32_t inChannelA, std::uint32_t inChannelB);
+
+    /** The smallest rectangle that holds every pixel that is not background; false, and an empty rectangle,
+     * when there is none. A class without a background fails here. */
+    virtual bool FindContentBounds(NvRect& outBounds) const;
+    /** Combines a mask, pixel by pixel, with another of the same size. Other classes fail here. */
+    virtual void Combine(const NvBitmapImage& inMask, NvMaskRule inRule);
+    /** Exchanges the palette: every colour becomes the one the map gives for it. Classes without a palette
+     * fail here.
+     *  @param inTablePtr  the new palette
+     *  @param inInvMap    its map, see MakeInverseColorMap */
+    virtual void MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap);
+    /** Writes colours through a mask: where it is set, the caller's colour goes into the caller's pixels.
+     * Classes other than the mask raise 37.
+     *
+     *  @param inMaskRect       the part of the mask; one without rows does nothing
+     *  @param inColors         packed RGB pixels for that part, red first
+     *  @param inColorRowBytes  from one row of them to the next
+     *  @param inTarget         where the part's top left pixel and so on go */
+    virtual void WriteMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
+                             std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget) const;
+    /** The same, mixed with what is there: inOpacity 0 keeps it, 1 replaces it, and what lies between is
+     * rounded to 1/256. Beyond the ends counts as the end. */
+    virtual void BlendMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
+                             std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget,
+                             double inOpacity) const;
+    /** Turns the picture into its negative. Classes that cannot raise 37. */
+    virtual void Invert();
+    /** The picture resampled to another size by area average (see nvresize.h). Classes that cannot raise 37;
+     * code 3 when the indicator, which may be null, stops the work. */
+    virtual std::unique_ptr<NvImage> NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
+                                                     NvProgressIndicator* inIndicator) const;
 
     std::uint16_t GetChannelDepth() const { return mChannelDepth; }
     std::uint16_t GetNumChannels() const { return mNumChannels; }
@@ -81,11 +142,15 @@ protected:
 
     /** Copies all pixels from an image of the same kind and size. */
     void CopyPixels(const NvRealImage& inImage);
+    /** Makes a bounding rectangle hold columns [inLeft, inRight) of row inY as well; rows come from top to
+     *  bottom. */
+    static void GrowBounds(NvRect& ioBounds, std::int32_t inLeft, std::int32_t inRight, std::int32_t inY);
     /** Ends the process unless the rectangle is not empty and inside the image. */
     void AssertInside(const NvRect& inSourceRect) const;
 
 private:
     void AssertSameShape(const NvImage& inImage) const;
+    void AssertTransfer(const NvRect& inSourceRect, const NvPixelTarget& inTarget) const;
 
     std::unique_ptr<NvBaseBuffer> mBufferPtr; // null only after a move
     std::uint16_t mChannelDepth;              // bits: 1, 8 or 16
