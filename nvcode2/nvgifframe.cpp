@@ -20,6 +20,7 @@ NvGIFFrame::NvGIFFrame(NvIndexedImage&& inImage, NvBitmapImage&& inMask,
       mMask(std::move(inMask)) {
     NvAssert(inInfo);
     NvAssert(mMask.GetWidth() == mWidth && mMask.GetHeight() == mHeight);
+    NvAssert(mMask.GetPolarity() == 0);
     NvAssert(inInfo->mWidth == mWidth && inInfo->mHeight == mHeight);
     SetFormatInfo(std::move(inInfo));
 }
@@ -118,12 +119,12 @@ void NvGIFFrame::UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t i
     if (IsFullyDrawn()) {
         info.mHasTransparency = 0;
         info.mTransparentIndex = 0;
-        return;
+    } else {
+        const std::uint32_t slot = FindTransparentSlot(ioSharedTable, inTableLimit);
+        info.mHasTransparency = 1;
+        info.mTransparentIndex = static_cast<std::uint8_t>(slot);
+        SetUndrawnPixels(info.mTransparentIndex);
     }
-    const std::uint32_t slot = FindTransparentSlot(ioSharedTable, inTableLimit);
-    info.mHasTransparency = 1;
-    info.mTransparentIndex = static_cast<std::uint8_t>(slot);
-    SetUndrawnPixels(info.mTransparentIndex);
     if (!ioSharedTable)
         info.mColorTable = mImage.GetColorTable();
 }

@@ -18,7 +18,7 @@
 class NvGIFFrame final : public NvImage {
 public:
     /** @param inImage  the pixels; taken over
-     *  @param inMask   as large as the image, set where a pixel is drawn; taken over
+     *  @param inMask   as large as the image, set where a pixel is drawn, polarity 0; taken over
      *  @param inInfo   the record, its size that of the image; taken over, not null */
     NvGIFFrame(NvIndexedImage&& inImage, NvBitmapImage&& inMask, std::unique_ptr<NvGIFFrameInfo> inInfo);
 

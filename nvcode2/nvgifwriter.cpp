@@ -33,6 +33,7 @@ void NvGIFFile::WriteGlobalInfo() {
     NvAssertText(IsOpenForWriting(), "IsOpen() && mFilePerm && NvFile::km_WritePerm");
     NvAssert(mHaveStarted == 0);
     NvAssert(mGlobalInfo);
+    NvAssert(mScreenWidth <= 0xFFFF && mScreenHeight <= 0xFFFF);
     NvGIFGlobalInfo& info = *mGlobalInfo;
     const NvColorTable& table = info.mColorTable;
     if (table.GetSize() == 0)
@@ -102,6 +103,7 @@ void NvGIFFile::WriteFrame(const NvIndexedImage& inImage, const NvImgFmtFrameInf
 
     const std::uint32_t width = inImage.GetWidth();
     const std::uint32_t height = inImage.GetHeight();
+    NvAssert(mFrameInfoPtr->mWidth == width && mFrameInfoPtr->mHeight == height);
     const std::uint32_t colorCount = inImage.GetColorTable().GetSize();
     const NvConstPixelLock pixels(inImage);
     mFrameInfoPtr->mMinimumCodeSize = NvGIFMinimumCodeSize(colorCount);

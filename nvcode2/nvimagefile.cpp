@@ -31,6 +31,7 @@ void NvImageFile::BeginReading() {
     NvAssertText(IsOpenForReading(), "IsOpen() && (mFilePerm & km_ReadPerm)");
     if (mHaveStarted)
         return;
+    mFile.GetLength(); // raises for a file so large that positions in it would not fit their type
     ReadGlobalInfo();
     mNumberOfFrames = FindFrames();
     mHaveStarted = true;

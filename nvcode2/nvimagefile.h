@@ -29,7 +29,8 @@ public:
      *  @param inPerm   NvFile::km_ReadPerm, or NvFile::km_WritePerm with or without NvFile::km_CountPerm
      * (which measures without a file); never both reading and writing
      *  @param inCloseOnClose  handed to NvFile: whether Close closes the descriptor
-     *  @throws NvErrorCode  those of NvFile::Open, and those of the format; the file is then closed */
+     *  @throws NvErrorCode  those of NvFile::Open, 29 for a file of 2 GiB or more to be read, and those of
+     * the format; the file is then closed */
     void Open(const NvFileLocator& inLocator, std::uint16_t inPerm, bool inCloseOnClose = true);
 
     /** Ends the file. Open for writing, the declared number of frames must have been written. */

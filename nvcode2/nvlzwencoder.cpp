@@ -1,6 +1,7 @@
 #include "nvcode2/nvlzwencoder.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "nvcode2/nvassert.h"
 #include "nvcode2/nvfilewriter.h"
@@ -29,9 +30,10 @@ void LZWEncoder::EncodeRows(const std::uint8_t* inPixels, std::uint32_t inWidth,
     std::uint32_t column = 0;
     if (mPrefix == km_NoPrefix)
         mPrefix = inPixels[column++];
-    for (; inRows > 0; --inRows, inPixels += inStride, column = 0) {
+    for (std::uint32_t row = 0; row < inRows; ++row, column = 0) {
+        const std::uint8_t* pixels = inPixels + std::size_t{row} * inStride;
         for (; column < inWidth; ++column) {
-            const std::uint32_t pixel = inPixels[column];
+            const std::uint32_t pixel = pixels[column];
             if (const std::uint32_t code = mTable.Find(mPrefix, pixel)) {
                 mPrefix = code;
                 continue;

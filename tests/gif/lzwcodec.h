@@ -1,0 +1,111 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvfile.h"
+#include "nvcode2/nvfilereader.h"
+#include "nvcode2/nvfilewriter.h"
+#include "nvcode2/nvinterlace.h"
+#include "nvcode2/nvlzwdecoder.h"
+#include "nvcode2/nvlzwencoder.h"
+#include "tests/support/lzwreference.h"
+#include "tests/support/testfolder.h"
+
+/** A frame's shape in memory: rows lie mStride bytes apart. */
+struct FrameShape {
+    std::uint32_t mWidth;
+    std::uint32_t mHeight;
+    std::uint32_t mStride;
+    bool mInterlaced;
+
+    std::size_t PixelCount() const { return std::size_t{mWidth} * mHeight; }
+};
+
+/** Calls inVisit(start row, number of rows, row step) for every pass over a frame. */
+template <typename Visitor>
+void ForEachPass(const FrameShape& inShape, Visitor inVisit) {
+    if (!inShape.mInterlaced) {
+        inVisit(0U, inShape.mHeight, 1U);
+        return;
+    }
+    for (const NvInterlacePass& pass : kInterlacePasses)
+        inVisit(pass.mStart, pass.CountRows(inShape.mHeight), pass.mStep);
+}
+
+/** The library's codec between memory and memory, by way of a file as it works in the program. The same
+ *  encoder and decoder serve all calls, so that what one stream leaves behind would show in the next. */
+class LZWCodec {
+public:
+    LZWCodec() {
+        mFile.Create();
+        mFile.Open(NvFile::km_ReadPerm | NvFile::km_WritePerm);
+    }
+
+    std::string Encode(std::uint8_t inMinimumCodeSize, const Indices& inPixels, const FrameShape& inShape) {
+        Rewind();
+        mEncoder.Begin(inMinimumCodeSize);
+        ForEachPass(inShape, [&](std::uint32_t inStart, std::uint32_t inRows, std::uint32_t inStep) {
+            mEncoder.EncodeRows(inPixels.data() + std::size_t{inStart} * inShape.mStride, inShape.mWidth,
+                                inRows, inShape.mStride * inStep);
+        });
+        mEncoder.End();
+        mWriter.Flush();
+        std::string bytes(mFile.GetLength(), '\0');
+        mReader.Seek(0);
+        mReader.Read(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+        return bytes;
+    }
+
+    /** @return the pixels in file order, as the reference gives them */
+    LZWDecoded Decode(const std::string& inStream, const FrameShape& inShape) {
+        Rewind();
+        mFile.Write(inStream.data(), static_cast<std::uint32_t>(inStream.size()));
+        mReader.Seek(0);
+        Indices rows(std::size_t{inShape.mStride} * inShape.mHeight, km_Untouched);
+        LZWDecoded result;
+        std::uint64_t delivered = 0;
+        try {
+            mDecoder.Begin();
+            ForEachPass(inShape, [&](std::uint32_t inStart, std::uint32_t inRows, std::uint32_t inStep) {
+                if (inRows > 0)
+                    delivered += mDecoder.DecodeRows(rows.data() + std::size_t{inStart} * inShape.mStride,
+                                                     inShape.mWidth, inRows, inShape.mStride * inStep);
+            });
+            mDecoder.End();
+        } catch (const NvErrorCode& error) {
+            result.mError = error.GetCode();
+        }
+        NvForEachRowInFileOrder(inShape.mHeight, inShape.mInterlaced, [&](std::uint32_t inRow) {
+            const auto row = rows.begin() + std::ptrdiff_t{inRow} * inShape.mStride;
+            result.mPixels.insert(result.mPixels.end(), row, row + inShape.mWidth);
+            EXPECT_EQ(std::count(row + inShape.mWidth, row + inShape.mStride, km_Untouched),
+                      inShape.mStride - inShape.mWidth)
+                << "bytes beside row " << inRow << " were written";
+        });
+        if (result.mError == 0)
+            result.mPixels.resize(delivered);
+        return result;
+    }
+
+private:
+    static constexpr std::uint8_t km_Untouched = 0xA5;
+
+    void Rewind() {
+        mReader.Reset();
+        mFile.SetLength(0);
+        mFile.Seek(NvFile::km_FromStart, 0);
+    }
+
+    TestFolder mFolder;
+    NvFile mFile{(mFolder / "stream").c_str()};
+    NvFileWriter mWriter{mFile};
+    NvFileReader mReader{mFile};
+    LZWEncoder mEncoder{mWriter};
+    LZWDecoder mDecoder{mReader};
+};

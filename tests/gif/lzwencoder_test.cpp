@@ -1,0 +1,95 @@
+#include <bit>
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/gif/lzwcodec.h"
+#include "tests/image/images.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+/** Pixels with runs and repetitions, as pictures have them. */
+Indices RandomPixels(std::size_t inCount, unsigned inColors, std::mt19937& ioRandom) {
+    Indices pixels;
+    while (pixels.size() < inCount) {
+        const auto pixel = static_cast<std::uint8_t>(RandomBelow(ioRandom, inColors));
+        pixels.insert(pixels.end(), 1 + (RandomBelow(ioRandom, 4) == 0 ? RandomBelow(ioRandom, 9) : 0),
+                      pixel);
+    }
+    pixels.resize(inCount);
+    return pixels;
+}
+
+/** The pixels of a frame in memory, in the order in which a file stores them. */
+Indices InFileOrder(const Indices& inPixels, const FrameShape& inShape) {
+    Indices ordered;
+    NvForEachRowInFileOrder(inShape.mHeight, inShape.mInterlaced, [&](std::uint32_t inRow) {
+        const auto row = inPixels.begin() + std::ptrdiff_t{inRow} * inShape.mStride;
+        ordered.insert(ordered.end(), row, row + inShape.mWidth);
+    });
+    return ordered;
+}
+
+TEST(LZWEncoder, WritesTheExpectedBytes) {
+    LZWCodec codec;
+    // Codes of 3 bits, the lowest first: clear 4, pixel 1, end 5 is 1'0100'1100.
+    EXPECT_EQ(codec.Encode(1, {1}, {1, 1, 1, false}), "\x02\x02\x4C\x01\x00"s);
+    // clear 4, 0, 6 = "00", 6, and as code 7 was assigned with the second 6, end 5 in 4 bits
+    EXPECT_EQ(codec.Encode(2, {0, 0, 0, 0, 0}, {5, 1, 5, false}), "\x02\x02\x84\x5D\x00"s);
+    // nothing to encode: clear, end
+    EXPECT_EQ(codec.Encode(8, {}, {0, 0, 0, false}), "\x08\x03\x00\x03\x02\x00"s);
+    EXPECT_DEATH(codec.Encode(9, {0}, {1, 1, 1, false}), "inMinimumCodeSize <= 8");
+}
+
+// In a run each code is the one just assigned, one pixel longer than the code before it.
+TEST(LZWEncoder, GrowsThroughEveryWidthAndClearsAFullTable) {
+    std::vector<LZWCode> codes{{4, 3}, {0, 3}};
+    std::uint32_t pixels = 1;
+    for (unsigned code = 6; code < 4095; ++code) {
+        codes.push_back({code, static_cast<unsigned>(std::bit_width(code))});
+        pixels += code - 4;
+    }
+    codes.insert(codes.end(), {{4, 12}, {0, 3}, {5, 3}});
+    ++pixels;
+
+    LZWCodec codec;
+    const FrameShape shape{pixels, 1, pixels, false};
+    const std::string stream = codec.Encode(2, Indices(pixels, 0), shape);
+    EXPECT_TRUE(stream == '\x02' + PackLZWCodes(codes));
+    EXPECT_TRUE(codec.Decode(stream, shape).mPixels == Indices(pixels, 0));
+}
+
+TEST(LZWCodec, AgreesWithTheReferenceAtEveryCodeSize) {
+    LZWCodec codec;
+    std::mt19937 random(1);
+    for (std::uint8_t size = 1; size <= 8; ++size) {
+        SCOPED_TRACE("minimum code size " + std::to_string(size));
+        const FrameShape shape{301, 257, 301U + size % 3, size % 2 == 1};
+        const Indices pixels = RandomPixels(std::size_t{shape.mStride} * shape.mHeight, 1U << size, random);
+        const Indices ordered = InFileOrder(pixels, shape);
+        const std::string stream = codec.Encode(size, pixels, shape);
+        ASSERT_TRUE(stream == ReferenceLZWEncode(size, ordered));
+        ASSERT_TRUE(codec.Decode(stream, shape).mPixels == ordered);
+        ASSERT_TRUE(ReferenceLZWDecode(stream, shape.PixelCount()).mPixels == ordered);
+    }
+}
+
+TEST(LZWCodec, AgreesWithTheReferenceInEveryShape) {
+    LZWCodec codec;
+    std::mt19937 random(2);
+    for (std::uint32_t height = 1; height <= 9; ++height)
+        for (const std::uint32_t width : {1U, 2U, 7U, 40U})
+            for (const bool interlaced : {false, true}) {
+                const FrameShape shape{width, height, width + height % 4, interlaced};
+                const Indices pixels = RandomPixels(std::size_t{shape.mStride} * shape.mHeight, 8, random);
+                const Indices ordered = InFileOrder(pixels, shape);
+                const std::string stream = codec.Encode(3, pixels, shape);
+                EXPECT_EQ(stream, ReferenceLZWEncode(3, ordered)) << width << " x " << height;
+                EXPECT_EQ(codec.Decode(stream, shape).mPixels, ordered) << width << " x " << height;
+            }
+}
+
+} // namespace
