@@ -1,0 +1,273 @@
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/gif/giffiles.h"
+#include "tests/support/lzwreference.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<std::string> CommentsOf(const NvGIFGlobalInfo& inInfo) {
+    std::vector<std::string> comments;
+    for (const NvList::Node* node = inInfo.mComments.GetFirst(); node; node = node->GetNext())
+        comments.push_back(static_cast<const NvGIFComment*>(node->GetElement())->mText);
+    return comments;
+}
+
+NvGIFFrameInfo InfoOf(NvGIFFile& inFile, std::uint32_t inIndex) {
+    return static_cast<const NvGIFFrameInfo&>(*inFile.ReadFrameInfo(inIndex));
+}
+
+TEST(GIFReader, ReadsEveryField) {
+    const std::string screen = "GIF89a"s + GIFWord(300) + GIFWord(200) + "\xC9\x03\x31"s + GIFTable(4);
+    const std::string control = GIFControl(3 << 2 | 2 | 1, 0x1234, 2);
+    const std::string frame = GIFDescriptor(290, 180, 3, 5, 0xE2) + GIFTable(8) +
+                              ReferenceLZWEncode(3, {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6});
+    GIFInput file(screen + control + frame + ';');
+    file.Open();
+    const std::shared_ptr<NvGIFGlobalInfo> global = file->GetGlobalInfo();
+    EXPECT_EQ(global->mVersionFlag, 1u);
+    EXPECT_EQ(global->mHasGlobalTable, 1);
+    EXPECT_EQ(global->mColorResolution, 5);
+    EXPECT_EQ(global->mSortFlag, 1);
+    EXPECT_EQ(global->mDeclaredTableSize, 4);
+    EXPECT_EQ(global->mBackgroundIndex, 3);
+    EXPECT_EQ(global->mAspect, 0x31);
+    EXPECT_EQ(global->mHasLoop, 0);
+    EXPECT_THAT(ColorsOf(global->mColorTable),
+                ElementsAre(NvColor{0, 0, 0}, NvColor{1, 1, 1}, NvColor{2, 2, 2}, NvColor{3, 3, 3}));
+    EXPECT_EQ(file->GetScreenWidth(), 300u);
+    EXPECT_EQ(file->GetScreenHeight(), 200u);
+
+    const NvIndexedImage image = file.ReadImage(0);
+    EXPECT_THAT(BytesOf(image), ElementsAre(0, 1, 2, 1, 2, 3, 6, 7, 0, 4, 5, 6, 3, 4, 5)) << "rows 0 4 2 1 3";
+    EXPECT_EQ(image.GetColorTable().GetSize(), 8u);
+    const std::unique_ptr<NvGIFFrameInfo> info = file->DetachFrameInfo();
+    EXPECT_EQ(info->mLeft, 290);
+    EXPECT_EQ(info->mTop, 180);
+    EXPECT_EQ(info->mWidth, 3);
+    EXPECT_EQ(info->mHeight, 5);
+    EXPECT_EQ(info->mHasLocalTable, 1);
+    EXPECT_EQ(info->mColorTable.GetSize(), 8u);
+    EXPECT_EQ(info->mSortFlag, 1);
+    EXPECT_EQ(info->mInterlaced, 1);
+    EXPECT_EQ(info->mMinimumCodeSize, 3);
+    EXPECT_EQ(info->mHasGraphicControl, 1);
+    EXPECT_EQ(info->mDelay, 0x1234);
+    EXPECT_EQ(info->mUserInput, 1);
+    EXPECT_EQ(info->mDisposal, 3u);
+    EXPECT_EQ(info->mHasTransparency, 1);
+    EXPECT_EQ(info->mTransparentIndex, 2);
+    EXPECT_DEATH(file->DetachFrameInfo(), "mFrameInfoPtr");
+
+    NvGIFFrameInfo copy(*info);
+    copy.mColorTable.SetColor(0, km_Red);
+    EXPECT_EQ(copy.mDelay, 0x1234);
+    EXPECT_EQ(info->mColorTable.GetColor(0), km_Black);
+}
+
+struct ScanCase {
+    const char* mName;
+    std::string mBlocks; // between the header and the end of the file
+    std::uint32_t mFrames = 1;
+    std::uint32_t mError = 0; // of opening, or of reading the first frame
+    int mLoopCount = -1;      // -1: no loop
+    std::vector<std::string> mComments = {};
+    int mDelay = -1; // of the first frame, -1: no graphic control
+};
+
+const std::string km_Frame = km_OnePixelFrame;
+
+const ScanCase km_Scans[] = {
+    {"one frame", km_Frame + ";"},
+    {"no frame", ";", 0},
+    {"nothing at all", "", 0, 18},
+    {"no trailer", km_Frame},
+    {"bytes behind the trailer", km_Frame + ";" + km_Frame + "junk"},
+    {"zeros between blocks", "\0"s + km_Frame + "\0\0\0"s + km_Frame + "\0;"s, 2},
+    {"zeros at the end", km_Frame + "\0\0"s},
+    {"a byte that starts no block", km_Frame + GIFComment({}) + "x", 1, 28},
+    {"loop", GIFApplication({"NETSCAPE2.0", "\1\5\1"}) + km_Frame + ";", 1, 0, 0x105},
+    {"the other loop", GIFApplication({"ANIMEXTS1.0", "\1\0\0"s}) + km_Frame + ";", 1, 0, 0},
+    {"loop of length 2", GIFApplication({"NETSCAPE2.0", "\1\5"}) + km_Frame + ";"},
+    {"loop of length 4", GIFApplication({"NETSCAPE2.0", "\1\5\1\1"}) + km_Frame + ";"},
+    {"loop of length 0", GIFApplication({"NETSCAPE2.0"}) + km_Frame + ";"},
+    {"loop with more", GIFApplication({"NETSCAPE2.0", "\1\7\0"s, "xy"}) + km_Frame, 1, 0, 7},
+    {"another application", GIFApplication({"NETSCAPE2.1", "\1\7\0"s}) + km_Frame + ";"},
+    {"identifier of length 12", GIFApplication({"NETSCAPE2.0!", "\1\7\0"s}) + km_Frame + ";"},
+    {"empty application", GIFApplication({}) + km_Frame + ";"},
+    {"comments", GIFComment({"abc", "de"}) + km_Frame + GIFComment({"x"}), 1, 0, -1, {"abcde", "x"}},
+    {"plain text", GIFExtension(1, {"123456789012", "hi"}) + km_Frame + ";"},
+    {"unknown extensions", GIFExtension(0x77, {"xy"}) + GIFExtension(0, {}) + km_Frame + ";"},
+    {"graphic control", GIFControl(0, 9, 0) + km_Frame + ";", 1, 0, -1, {}, 9},
+    {"two graphic controls", GIFControl(0, 9, 0) + GIFControl(0, 8, 0) + km_Frame, 1, 0, -1, {}, 8},
+    {"graphic control with more", GIFExtension(0xF9, {"\0\6\0\0"s, "x"}) + km_Frame, 1, 0, -1, {}, 6},
+    {"graphic control, then a comment",
+     GIFControl(0, 9, 0) + GIFComment({"x"}) + km_Frame,
+     1,
+     0,
+     -1,
+     {"x"},
+     9},
+    {"graphic control of others", km_Frame + GIFControl(0, 9, 0) + km_Frame + GIFControl(0, 7, 0), 2},
+    {"graphic control of size 3", GIFExtension(0xF9, {"\0\1\0"s}) + km_Frame + ";", 1, 28},
+    {"graphic control of size 0", GIFExtension(0xF9, {}) + km_Frame + ";", 1, 28},
+    {"cut inside a frame", km_Frame + km_Frame.substr(0, 12), 1, 18},
+    {"cut inside a comment", km_Frame + GIFComment({"xyz"}).substr(0, 5), 1, 18},
+};
+
+TEST(GIFReader, FindsItsWayThroughTheBlocks) {
+    for (const ScanCase& row : km_Scans) {
+        SCOPED_TRACE(row.mName);
+        GIFInput file(km_SmallHeader + row.mBlocks);
+        const std::uint32_t error = CodeOf([&] {
+            file.Open();
+            if (file->GetNumberOfFrames() > 0) {
+                EXPECT_THAT(BytesOf(file.ReadImage(0)), ElementsAre(1));
+            }
+        });
+        EXPECT_EQ(error, row.mError);
+        if (row.mError != 0)
+            continue;
+        EXPECT_EQ(file->GetNumberOfFrames(), row.mFrames);
+        const NvGIFGlobalInfo& info = *file->GetGlobalInfo();
+        EXPECT_EQ(info.mHasLoop ? info.mLoopCount : -1, row.mLoopCount);
+        EXPECT_EQ(CommentsOf(info), row.mComments);
+        if (row.mFrames > 0) {
+            const NvGIFFrameInfo frame = InfoOf(*file, 0);
+            EXPECT_EQ(frame.mHasGraphicControl ? frame.mDelay : -1, row.mDelay);
+        }
+    }
+}
+
+TEST(GIFReader, TellsWhatIsNoGIF) {
+    const std::string rest = km_SmallHeader.substr(6) + km_Frame + ";";
+    EXPECT_EQ(CodeOfReadingAll("GIF87a" + rest), 0u);
+    EXPECT_EQ(CodeOfReadingAll("GIG89a" + rest), 32u);
+    EXPECT_EQ(CodeOfReadingAll("GIF88a" + rest), 33u);
+    EXPECT_EQ(CodeOfReadingAll(""), 18u);
+
+    GIFInput file("GIF87a" + rest);
+    file.Open();
+    EXPECT_FALSE(file->CheckSignature());
+    EXPECT_EQ(file->GetGlobalInfo()->mVersionFlag, 0u);
+}
+
+struct FrameCase {
+    const char* mName;
+    unsigned mScreenWidth, mScreenHeight, mScreenPacked;
+    unsigned mLeft, mTop, mWidth, mHeight, mPacked;
+    std::uint32_t mError;
+};
+
+const FrameCase km_FrameCases[] = {
+    {"fits", 5, 4, 0x80, 2, 1, 3, 3, 0, 0},
+    {"a pixel beyond the right edge", 5, 4, 0x80, 3, 1, 3, 3, 0, 28},
+    {"a pixel beyond the bottom edge", 5, 4, 0x80, 2, 2, 3, 3, 0, 28},
+    {"right of the screen", 5, 4, 0x80, 5, 1, 3, 3, 0, 28},
+    {"below the screen", 5, 4, 0x80, 2, 4, 3, 3, 0, 28},
+    {"beyond 16 bits", 65535, 65535, 0x80, 65535, 0, 65535, 1, 0, 28},
+    {"much too large", 5, 4, 0x80, 0, 0, 65535, 65535, 0, 28},
+    {"no width", 5, 4, 0x80, 0, 0, 0, 3, 0, 28},
+    {"no height", 5, 4, 0x80, 0, 0, 3, 0, 0, 28},
+    {"no screen", 0, 0, 0x80, 0, 0, 3, 3, 0, 28},
+    {"no table", 5, 4, 0, 0, 0, 3, 3, 0, 28},
+    {"only a local table", 5, 4, 0, 0, 0, 3, 3, 0x80, 0},
+};
+
+TEST(GIFReader, ChecksFramesBeforeTheyCostMemory) {
+    for (const FrameCase& row : km_FrameCases) {
+        SCOPED_TRACE(row.mName);
+        GIFInput file(GIFHeader(row.mScreenWidth, row.mScreenHeight, row.mScreenPacked) +
+                      GIFTable(row.mScreenPacked ? 2 : 0) +
+                      GIFDescriptor(row.mLeft, row.mTop, row.mWidth, row.mHeight, row.mPacked) +
+                      GIFTable(row.mPacked ? 2 : 0) + ReferenceLZWEncode(2, Indices(9, 1)) + ";");
+        file.Open();
+        EXPECT_EQ(CodeOf([&] { file->CheckFrame(InfoOf(*file, 0)); }), row.mError);
+        EXPECT_EQ(CodeOf([&] { EXPECT_EQ(BytesOf(file.ReadImage(0)), Indices(9, 1)); }), row.mError);
+    }
+    // The largest there can be is told without being held.
+    GIFInput largest(GIFHeader(65535, 65535, 0x80) + GIFTable(2) + GIFDescriptor(0, 0, 65535, 65535, 0) +
+                     km_OnePixelData);
+    largest.Open();
+    const NvGIFFrameInfo info = InfoOf(*largest, 0);
+    EXPECT_EQ(std::uint64_t{info.mWidth} * info.mHeight, 65535u * 65535ull);
+    EXPECT_EQ(CodeOf([&] { largest->CheckFrame(info); }), 0u);
+}
+
+TEST(GIFReader, TellsHowManyPixelsArrived) {
+    const std::string data = '\x02' + PackLZWCodes({{4, 3}, {1, 3}, {2, 3}, {3, 3}, {5, 4}});
+    for (const unsigned interlaced : {0x00U, 0x40U}) {
+        GIFInput file(GIFHeader(2, 3, 0x81) + GIFTable(4) + GIFDescriptor(0, 0, 2, 3, interlaced) + data);
+        file.Open();
+        const NvIndexedImage image = file.ReadImage(0);
+        EXPECT_EQ(file->GetDeliveredPixels(), 3u);
+        if (interlaced)
+            EXPECT_THAT(BytesOf(image), ElementsAre(1, 2, 0, 0, 3, 0));
+        else
+            EXPECT_THAT(BytesOf(image), ElementsAre(1, 2, 3, 0, 0, 0));
+    }
+}
+
+TEST(GIFReader, ReadsFramesInAnyOrderAndFilesOneAfterTheOther) {
+    const std::string zero = GIFDescriptor(0, 0, 1, 1, 0) + "\x02\x02\x44\x01\x00"s;
+    // so much in between that the frames are not read ahead together
+    const std::string comment = GIFComment(std::vector<std::string>(600, std::string(255, 'x')));
+    GIFInput file(km_SmallHeader + km_Frame + comment + zero + ";");
+    file.Open();
+    EXPECT_EQ(file->GetCurrentFrameIndex(), 0u);
+    for (const std::uint32_t index : {1U, 0U, 0U, 1U})
+        EXPECT_THAT(BytesOf(file.ReadImage(index)), ElementsAre(1 - index));
+    EXPECT_EQ(CommentsOf(*file->GetGlobalInfo())[0].size(), 600u * 255);
+    file->SeekToFrame(1);
+    EXPECT_EQ(file->GetCurrentFrameIndex(), 1u);
+    EXPECT_DEATH(file->SeekToFrame(2), "inIndex < mNumberOfFrames");
+    EXPECT_DEATH(file->ReadFrameInfo(2), "frameLoc");
+    EXPECT_DEATH(file->SetScreenSize(1, 1), "!IsOpen\\(\\)");
+    const std::shared_ptr<NvGIFGlobalInfo> kept = file->GetGlobalInfo();
+    file->Close();
+    EXPECT_DEATH(file->ReadFrameInfo(0), "IsOpen\\(\\) && \\(mFilePerm & km_ReadPerm\\)");
+    file.Open();
+    EXPECT_THAT(BytesOf(file.ReadImage(1)), ElementsAre(0));
+    EXPECT_EQ(kept->mColorTable.GetSize(), 2u) << "outlives the file it came from";
+}
+
+// Every beginning of a file is either whole frames or an error, and never more than that.
+TEST(GIFReader, SurvivesBeingCutAnywhere) {
+    const std::string table = GIFTable(4);
+    const std::string data = ReferenceLZWEncode(2, {0, 1, 2, 3, 3, 2, 1, 0, 0, 0, 0, 0});
+    const std::vector<std::vector<std::string>> files{
+        {GIFHeader(4, 3, 0x81, "87a") + table + GIFDescriptor(0, 0, 4, 3, 0) + data},
+        {GIFHeader(4, 4, 0x81) + table + GIFApplication({"NETSCAPE2.0", "\1\0\0"s}) + GIFControl(5, 10, 3) +
+             GIFDescriptor(0, 0, 4, 3, 0) + data,
+         GIFComment({"hello"}), GIFControl(9, 20, 0), GIFDescriptor(0, 1, 4, 3, 0) + data},
+        {GIFHeader(9, 9, 0) + GIFExtension(1, {"123456789012", "hi"}) + GIFDescriptor(5, 5, 3, 4, 0xC1) +
+             table + data,
+         "\0"s, GIFApplication({"abc", "x"}), GIFDescriptor(5, 5, 4, 3, 0x81) + table + data},
+    };
+    for (const std::vector<std::string>& blocks : files) {
+        std::string bytes;
+        for (const std::string& block : blocks) {
+            for (std::size_t length = 1; length < block.size(); ++length)
+                ASSERT_EQ(CodeOfReadingAll(bytes + block.substr(0, length)), 18u) << bytes.size() + length;
+            bytes += block;
+            EXPECT_EQ(CodeOfReadingAll(bytes), 0u) << "cut after " << bytes.size();
+        }
+    }
+}
+
+TEST(GIFReader, TellsFilesThatAreTooLarge) {
+    TestFolder folder;
+    const std::string path = WriteTestFile(folder / "large.gif", km_SmallHeader + km_Frame + ";");
+    std::filesystem::resize_file(path, 0x80000000U);
+    NvGIFFile file;
+    EXPECT_EQ(CodeOf([&] { file.Open(NvFileLocator(path.c_str()), NvFile::km_ReadPerm); }), 29u);
+    EXPECT_FALSE(file.IsOpen());
+}
+
+} // namespace

@@ -1,0 +1,146 @@
+#include <algorithm>
+#include <numeric>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/gif/giffiles.h"
+#include "tests/support/lzwreference.h"
+
+namespace {
+
+const NvColorTable km_ThreeGreys = MakeTable({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}});
+const std::string km_ThreeGreysPadded = GIFTable(3) + "\0\0\0"s;
+
+TEST(GIFWriter, WritesTheExpectedBytes) {
+    GIFOutput file;
+    NvGIFGlobalInfo& global = *file->GetGlobalInfo();
+    global.mVersionFlag = 1;
+    global.mHasGlobalTable = 1;
+    global.mColorResolution = 3;
+    global.mSortFlag = 1;
+    global.mColorTable = km_ThreeGreys;
+    global.mBackgroundIndex = 2;
+    global.mAspect = 49;
+    global.mHasLoop = 1;
+    global.AppendComment(std::string(600, 'c'));
+    global.AppendComment("");
+    global.AppendComment(std::string(255, 'd'));
+
+    const NvIndexedImage plain = MakeIndexedRow({1}, MakeTable({km_Black, km_White}));
+    NvIndexedImage colourful(2, 2, NvColorTable(5));
+    SetBytes(colourful, {4, 0, 1, 2});
+    NvGIFFrameInfo info = PlainInfoFor(colourful);
+    info.mLeft = 258;
+    info.mTop = 3;
+    info.mHasLocalTable = 1;
+    info.mColorTable = km_ThreeGreys;
+    info.mSortFlag = 1;
+    info.mInterlaced = 1;
+    info.mHasGraphicControl = 1;
+    info.mDelay = 0x4321;
+    info.mUserInput = 1;
+    info.mDisposal = 7;
+    info.mHasTransparency = 1;
+    info.mTransparentIndex = 4;
+
+    file.Open(300, 5, 2);
+    file->WriteFrame(plain, PlainInfoFor(plain));
+    EXPECT_EQ(file->DetachFrameInfo()->mMinimumCodeSize, 1) << "as needed, though 2 is written";
+    file->WriteFrame(colourful, info);
+    EXPECT_EQ(file.Close(), "GIF89a\x2C\x01\x05\x00\xA9\x02\x31"s + km_ThreeGreysPadded +
+                                "!\xFF\x0BNETSCAPE2.0\x03\x01\x00\x00\x00"s + "!\xFE\xFF"s +
+                                std::string(255, 'c') + '\xFF' + std::string(255, 'c') + '\x5A' +
+                                std::string(90, 'c') + '\0' + "!\xFE\xFF"s + std::string(255, 'd') + '\0' +
+                                km_OnePixelFrame + "!\xF9\x04\x1F\x21\x43\x04\x00"s +
+                                ",\x02\x01\x03\x00\x02\x00\x02\x00\xE1"s + km_ThreeGreysPadded +
+                                ReferenceLZWEncode(3, {4, 0, 1, 2}) + ';');
+}
+
+TEST(GIFWriter, AnUntouchedRecordGivesThePlainestFile) {
+    GIFOutput file;
+    file->GetGlobalInfo()->mHasGlobalTable = 1; // but no table
+    file.Open(2, 1, 0);
+    EXPECT_EQ(file.Close(), "GIF87a\x02\x00\x01\x00\x00\x00\x00;"s);
+    EXPECT_EQ(file->GetGlobalInfo()->mHasGlobalTable, 0);
+
+    // The same object again, now only counting.
+    file.Open(2, 1, 0, NvFile::km_WritePerm | NvFile::km_CountPerm);
+    file->Close();
+    EXPECT_EQ(file->GetWrittenLength(), 14u);
+}
+
+TEST(GIFWriter, StoresInterlacedRowsInFourPasses) {
+    for (std::uint16_t height = 1; height <= 9; ++height) {
+        NvIndexedImage image(1, height, NvColorTable(16));
+        Indices rows(height);
+        std::iota(rows.begin(), rows.end(), std::uint8_t{0});
+        SetBytes(image, rows);
+        const auto order = [](int inRow) {
+            const int pass = inRow % 8 == 0 ? 0 : inRow % 8 == 4 ? 1 : inRow % 4 == 2 ? 2 : 3;
+            return std::tuple(pass, inRow);
+        };
+        std::ranges::sort(rows, {}, order);
+        NvGIFFrameInfo info = PlainInfoFor(image);
+        info.mInterlaced = 1;
+        GIFOutput file;
+        file.Open(1, height, 1);
+        file->WriteFrame(image, info);
+        EXPECT_EQ(file.Close(), GIFHeader(1, height, 0, "87a") + GIFDescriptor(0, 0, 1, height, 0x40) +
+                                    ReferenceLZWEncode(4, rows) + ';');
+    }
+}
+
+TEST(GIFWriter, RefusesColoursThatNoTableHolds) {
+    struct {
+        const char* mName;
+        std::uint32_t mColors;     // of the image
+        std::uint8_t mIndex;       // of its pixel
+        std::int32_t mLocalColors; // -1: no local table
+        std::uint32_t mGlobalColors;
+        std::uint32_t mError;
+    } const cases[] = {
+        {"all is well", 256, 255, 256, 256, 0},    {"no colours", 0, 0, -1, 2, 21},
+        {"257 colours", 257, 0, -1, 2, 21},        {"an index beyond the colours", 2, 2, -1, 2, 21},
+        {"empty local table", 2, 0, 0, 2, 21},     {"257 local colours", 2, 0, 257, 2, 21},
+        {"257 global colours", 2, 0, -1, 257, 21},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.mName);
+        GIFOutput file;
+        file->GetGlobalInfo()->mHasGlobalTable = 1;
+        file->GetGlobalInfo()->mColorTable = NvColorTable(row.mGlobalColors);
+        const NvIndexedImage image = MakeIndexedRow({row.mIndex}, NvColorTable(row.mColors));
+        NvGIFFrameInfo info = PlainInfoFor(image);
+        info.mHasLocalTable = row.mLocalColors >= 0;
+        info.mColorTable = NvColorTable(static_cast<std::uint32_t>(std::max(row.mLocalColors, 0)));
+        file.Open(1, 1, 1);
+        EXPECT_EQ(CodeOf([&] { file->WriteFrame(image, info); }), row.mError);
+    } // destroyed without Close, which is no mistake
+}
+
+TEST(GIFWriterDeathTest, HoldsItsCallersToTheOrder) {
+    const NvIndexedImage image = MakeIndexedRow({0}, km_ThreeGreys);
+    const NvGIFFrameInfo info = PlainInfoFor(image);
+    GIFOutput file;
+    EXPECT_DEATH(file->WriteFrame(image, info), "IsOpen\\(\\) && \\(mFilePerm & km_WritePerm\\)");
+    EXPECT_DEATH(file.Open(1, 1, 1, NvFile::km_ReadPerm | NvFile::km_WritePerm),
+                 "!\\( \\(inPerm & km_ReadPerm\\) && \\(inPerm & km_WritePerm\\) \\)");
+    file.Open(1, 1, 2);
+    NvGIFFrameInfo tooWide(info);
+    tooWide.mWidth = 2;
+    EXPECT_DEATH(file->WriteFrame(image, tooWide), "mWidth == width");
+    file->WriteFrame(image, info);
+    EXPECT_DEATH(file->WriteGlobalInfo(), "mHaveStarted == 0");
+    EXPECT_DEATH(file->Close(), "mCurrentFrameIndex == mNumberOfFrames");
+    file->WriteFrame(image, info);
+    EXPECT_DEATH(file->WriteFrame(image, info), "mCurrentFrameIndex < mNumberOfFrames");
+    file->Close();
+
+    file.Open(65536, 1, 1);
+    EXPECT_DEATH(file->WriteFrame(image, info), "mScreenWidth <= 0xFFFF");
+}
+
+} // namespace
