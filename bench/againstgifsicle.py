@@ -1,0 +1,78 @@
+#!/usr/bin/env python3
+"""Times parvigif beside "gifsicle -O3 --colors 128" over a folder of GIFs, one process a file for both.
+
+    bench/againstgifsicle.py PARVIGIF FOLDER [ROUNDS]
+
+Every file is done by the one, then at once by the other, so that a change of the machine's speed hits both;
+of ROUNDS (3) such pairs the least time of each counts. Times are wall and processor seconds of the whole
+process, memory its peak; both work on copies on a RAM disk where there is one, backups and log on.
+"""
+
+import os
+import shutil
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+
+def measure(command, environment):
+    """Runs a command; wall seconds, processor seconds and peak KiB of its process."""
+    start = time.perf_counter()
+    pid = os.fork()
+    if pid == 0:
+        null = os.open(os.devnull, os.O_RDWR)
+        for stream in (0, 1, 2):
+            os.dup2(null, stream)
+        os.execvpe(command[0], command, environment)
+    _, _, usage = os.wait4(pid, 0)
+    return time.perf_counter() - start, usage.ru_utime + usage.ru_stime, usage.ru_maxrss
+
+
+def least(results):
+    return tuple(min(column) for column in zip(*results))
+
+
+def compare(program, original, work, rounds):
+    environment = dict(os.environ, XDG_CONFIG_DIRS=work, XDG_CONFIG_HOME=work, XDG_STATE_HOME=work, TMPDIR=work)
+    ours_path = os.path.join(work, "ours.gif")
+    theirs_path = os.path.join(work, "theirs.gif")
+    ours, theirs = [], []
+    for _ in range(rounds):
+        shutil.copyfile(original, ours_path)
+        Path(ours_path + ".BAK").unlink(missing_ok=True)
+        ours.append(measure([program, "-q", ours_path], environment))
+        gifsicle = ["gifsicle", "-O3", "--colors", "128", str(original), "-o", theirs_path]
+        theirs.append(measure(gifsicle, environment))
+    sizes = [os.path.getsize(path) if os.path.exists(path) else 0 for path in (ours_path, theirs_path)]
+    return least(ours), least(theirs), sizes
+
+
+def main():
+    program, folder = os.path.realpath(sys.argv[1]), Path(sys.argv[2])
+    rounds = int(sys.argv[3]) if len(sys.argv) > 3 else 3
+    memory_disk = "/dev/shm" if os.path.isdir("/dev/shm") else None
+    rows = []
+    with tempfile.TemporaryDirectory(dir=memory_disk) as work:
+        for path in sorted(folder.glob("*.gif")):
+            copy = Path(work) / "original.gif"
+            shutil.copyfile(path, copy)
+            rows.append((path.name, path.stat().st_size, *compare(program, copy, work, rounds)))
+
+    def total(side, field):
+        return sum(row[side][field] for row in rows)
+
+    print(f"{len(rows)} files, least of {rounds} runs each    parvigif  gifsicle  ratio")
+    for name, field in (("wall s", 0), ("processor s", 1)):
+        print(f"{name:34} {total(2, field):9.2f} {total(3, field):9.2f} {total(2, field) / total(3, field):6.2f}")
+    print(f"{'bytes':34} {total(4, 0):9} {total(4, 1):9} {total(4, 0) / total(4, 1):6.2f}")
+    print("\nmost processor seconds beyond gifsicle's")
+    for row in sorted(rows, key=lambda row: row[3][1] - row[2][1])[:10]:
+        print(f"{row[0][:34]:34} {row[2][1]:9.3f} {row[3][1]:9.3f} {row[2][1] / max(row[3][1], 1e-3):6.2f}")
+    print("\npeak memory in MiB, the ten largest files")
+    for row in sorted(rows, key=lambda row: -row[1])[:10]:
+        print(f"{row[0][:34]:34} {row[2][2] / 1024:9.1f} {row[3][2] / 1024:9.1f} {row[2][2] / row[3][2]:6.2f}")
+
+
+if __name__ == "__main__":
+    main()
