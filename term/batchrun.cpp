@@ -55,7 +55,8 @@ void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     TermShell shell(inSettings, ioMessages, results);
     bool cancelled = false;
     {
-        MizerBrain brain(prefs, shell); // stores the totals when it goes
+        MizerBrain brain(prefs, shell,
+                         {.mMemoryLimit = inSettings.mMemoryLimit}); // stores the totals when it goes
         for (const std::string& name : inSettings.mNames)
             QueueName(brain, name, ioMessages);
         cancelled = ProcessAll(brain);

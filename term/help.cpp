@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t kTextColumn = 26; // where an option's text starts
+constexpr std::size_t kTextColumn = 27; // where an option's text starts
 constexpr std::size_t kWidth = 80;
 
 constexpr const char* kUsage = "Usage: parvigif [OPTION]... NAME...\n"
@@ -29,9 +29,9 @@ leads to the new file.
 
 constexpr const char* kClosing = R"(
 Preferences
-  BACKUP, OBACK, ALLOWCROP, LOG and LOGALL hold what the options above change for
-  one run. They are read from Norvek/Parvigif/1.x.ini below /etc/xdg, then below
-  ~/.config (or $XDG_CONFIG_DIRS, $XDG_CONFIG_HOME), as lines like BACKUP=0.
+  BACKUP, OBACK, ALLOWCROP, LOG and LOGALL hold what the options above change
+  for one run. They are read from Norvek/Parvigif/1.x.ini below /etc/xdg, then
+  below ~/.config (or $XDG_CONFIG_DIRS, $XDG_CONFIG_HOME): lines like BACKUP=0.
 
 Results log
   PVGFLog.TXT in ~/.local/state/Norvek (or $XDG_STATE_HOME/Norvek).

@@ -2,34 +2,66 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <optional>
 
 namespace {
+
+using Settings = TermSettings;
+using Argument = const std::string&;
+
+bool SetPreference(Settings& ioSettings, const char* inName, std::uint32_t inValue) {
+    ioSettings.mPreferences[inName] = inValue;
+    return true;
+}
+
+bool SetDetail(Settings& ioSettings, TermDetail inDetail) {
+    ioSettings.mDetail = inDetail;
+    return true;
+}
+
+bool SetTask(Settings& ioSettings, TermTask inTask) {
+    ioSettings.mTask = inTask;
+    return true;
+}
+
+bool SetMemoryLimit(Settings& ioSettings, Argument inMebibytes) {
+    constexpr std::uint64_t mebibyte = 1 << 20;
+    std::uint32_t count = 0;
+    const char* end = inMebibytes.data() + inMebibytes.size();
+    const auto [stop, error] = std::from_chars(inMebibytes.data(), end, count);
+    ioSettings.mMemoryLimit = count * mebibyte;
+    return error == std::errc() && stop == end && count > 0;
+}
 
 constexpr auto kOptions = std::to_array<TermOption>({
     {"no-backup", 0, nullptr, "Backups", "do not keep the original as NAME.BAK",
      "Without this, the original of every file that is made smaller stands beside it, with .BAK "
      "appended to its whole name.",
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mPreferences["BACKUP"] = 0; }},
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "BACKUP", 0); }},
     {"overwrite-backups", 0, nullptr, "Backups", "replace a backup that exists",
      "Without this, the first backup stays, so that it holds the oldest original.",
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mPreferences["OBACK"] = 1; }},
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 1); }},
     {"allow-crop", 0, nullptr, "Picture", "cut transparent borders off single images",
-     "The image is then placed on the same screen at the same spot. Animations are always cropped so.",
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mPreferences["ALLOWCROP"] = 1; }},
+     "What is left stays at its place on the screen, whose size does not change. The frames of "
+     "animations are always cut so.",
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 1); }},
+    {"max-memory", 0, "MIB", "Picture", "leave files alone that need more memory",
+     "In MiB, per file. The usual limit is half of the machine's memory, at least 1024.", SetMemoryLimit},
     {"no-log", 0, nullptr, "Log", "write nothing to the results log", nullptr,
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mPreferences["LOG"] = 0; }},
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 0); }},
     {"log-results-only", 0, nullptr, "Log", "log only files that were made smaller", nullptr,
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mPreferences["LOGALL"] = 0; }},
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOGALL", 0); }},
     {"quiet", 'q', nullptr, "Output", "print errors only", nullptr,
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mDetail = TermDetail::km_Quiet; }},
-    {"verbose", 'v', nullptr, "Output", "tell also which files were passed over, and why", nullptr,
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mDetail = TermDetail::km_Verbose; }},
+     [](Settings& ioSettings, Argument) { return SetDetail(ioSettings, TermDetail::km_Quiet); }},
+    {"verbose", 'v', nullptr, "Output", "tell also which files were passed over", nullptr,
+     [](Settings& ioSettings, Argument) { return SetDetail(ioSettings, TermDetail::km_Verbose); }},
     {nullptr, 'h', nullptr, "Output", "show a short help", nullptr,
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mTask = TermTask::km_BriefHelp; }},
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_BriefHelp); }},
     {"help", 0, nullptr, "Output", "show the whole help", nullptr,
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mTask = TermTask::km_FullHelp; }},
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_FullHelp); }},
     {"version", 0, nullptr, "Output", "show the version", nullptr,
-     [](TermSettings& ioSettings, const std::string&) { ioSettings.mTask = TermTask::km_Version; }},
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Version); }},
 });
 
 class Parser {
@@ -58,43 +90,48 @@ private:
     /** --name, --name=value or --name value. */
     void ParseLong(const std::string& inArgument) {
         const std::size_t equals = inArgument.find('=');
-        const std::string name = inArgument.substr(2, equals == std::string::npos ? equals : equals - 2);
+        const std::string typed = inArgument.substr(0, equals);
         const auto option = std::find_if(kOptions.begin(), kOptions.end(), [&](const TermOption& inOption) {
-            return inOption.mName && name == inOption.mName;
+            return inOption.mName && typed.substr(2) == inOption.mName;
         });
         if (option == kOptions.end())
-            return Fail("unknown option '--" + name + "'");
-        if (!option->mArgument && equals != std::string::npos)
-            return Fail("option '--" + name + "' takes no value");
-        if (!option->mArgument)
-            return option->mApply(mSettings, "");
-        if (equals != std::string::npos)
-            return option->mApply(mSettings, inArgument.substr(equals + 1));
-        ApplyWithNext(*option, "--" + name);
+            Fail("unknown option '" + typed + "'");
+        else if (option->mArgument)
+            Apply(*option, typed, equals == std::string::npos ? TakeNext() : inArgument.substr(equals + 1));
+        else if (equals != std::string::npos)
+            Fail("option '" + typed + "' takes no value");
+        else
+            Apply(*option, typed, "");
     }
 
     /** -a, several as -ab, and a value as -cvalue or -c value. */
     void ParseShort(const std::string& inArgument) {
         for (std::size_t i = 1; i < inArgument.size(); ++i) {
-            const char letter = inArgument[i];
+            const std::string typed = {'-', inArgument[i]};
             const auto option =
                 std::find_if(kOptions.begin(), kOptions.end(),
-                             [&](const TermOption& inOption) { return inOption.mShort == letter; });
+                             [&](const TermOption& inOption) { return inOption.mShort == inArgument[i]; });
             if (option == kOptions.end())
-                return Fail(std::string("unknown option '-") + letter + "'");
-            if (!option->mArgument)
-                option->mApply(mSettings, "");
-            else if (i + 1 < inArgument.size())
-                return option->mApply(mSettings, inArgument.substr(i + 1));
-            else
-                return ApplyWithNext(*option, std::string("-") + letter);
+                return Fail("unknown option '" + typed + "'");
+            if (option->mArgument)
+                return Apply(*option, typed,
+                             i + 1 < inArgument.size() ? inArgument.substr(i + 1) : TakeNext());
+            Apply(*option, typed, "");
         }
     }
 
-    void ApplyWithNext(const TermOption& inOption, const std::string& inTyped) {
+    std::optional<std::string> TakeNext() {
         if (mNext == mArguments.size())
-            return Fail("option '" + inTyped + "' needs a value: " + inOption.mArgument);
-        inOption.mApply(mSettings, mArguments[mNext++]);
+            return std::nullopt;
+        return mArguments[mNext++];
+    }
+
+    void Apply(const TermOption& inOption, const std::string& inTyped,
+               const std::optional<std::string>& inValue) {
+        if (!inValue)
+            Fail("option '" + inTyped + "' needs a value: " + inOption.mArgument);
+        else if (!inOption.mApply(mSettings, *inValue))
+            Fail("option '" + inTyped + "' cannot be '" + *inValue + "'");
     }
 
     /** The first mistake is the one to tell. */

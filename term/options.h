@@ -16,6 +16,7 @@ struct TermSettings {
     TermTask mTask = TermTask::km_Process;
     TermDetail mDetail = TermDetail::km_Normal;
     std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
+    std::uint64_t mMemoryLimit = 0;                    ///< bytes that one file may need; 0: the usual limit
     std::vector<std::string> mNames;                   ///< as typed, in order
 };
 
@@ -27,7 +28,8 @@ struct TermOption {
     const char* mGroup;    ///< heading in the help
     const char* mBrief;    ///< one line
     const char* mMore;     ///< the rest of the full help, or null
-    void (*mApply)(TermSettings& ioSettings, const std::string& inArgument);
+    /** @return false when the argument makes no sense */
+    bool (*mApply)(TermSettings& ioSettings, const std::string& inArgument);
 };
 
 /** Grouped, in the order of the help. */

@@ -52,7 +52,7 @@ void TermResults::PrintTotal() {
         return;
     std::string what = Count(mFiles, "file", "files") + ", " + std::to_string(mSmaller) + " made smaller";
     if (mFailed != 0)
-        what += "; " + Count(mFailed, "file", "files") + " failed";
+        what += "; " + std::to_string(mFailed) + " failed";
     const std::uint64_t saved = mOriginalBytes - mNewBytes;
     Print(MakeRow(std::to_string(mOriginalBytes), std::to_string(mNewBytes), std::to_string(saved),
                   FormatPercentage(saved, mOriginalBytes), what));

@@ -42,7 +42,8 @@ void TermShell::FileDone(const MizerFileResult& inResult) {
         TellSkipped(inResult);
         break;
     case MizerStatus::km_Failed:
-        mMessages.FileError(inResult.mPath, MizerErrorWords(*inResult.mError));
+        mMessages.FileError(inResult.mPath, (inResult.mBackupFailed ? "no backup could be made: " : "") +
+                                                MizerErrorWords(*inResult.mError));
         break;
     }
 }

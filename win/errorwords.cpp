@@ -23,7 +23,7 @@ const char* WordsForCode(std::uint32_t inCode) {
     case NvErrorCode::km_FileAlreadyOpen:
         return "the file is open already";
     case NvErrorCode::km_WrongPermission:
-        return "cannot be opened that way";
+        return "neither a file nor a folder";
     case NvErrorCode::km_OpenDenied:
         return "no permission to open it";
     case NvErrorCode::km_FileNotOpen:
@@ -62,9 +62,9 @@ const char* WordsForCode(std::uint32_t inCode) {
 } // namespace
 
 std::string MizerErrorWords(const NvErrorCode& inError) {
-    std::string words = WordsForCode(inError.GetCode());
-    // Code 1 stands for everything the system can say that has no number of its own.
-    if (inError.GetCode() == NvErrorCode::km_Failure && inError.GetSystemError() != 0)
-        words += std::string(": ") + std::strerror(inError.GetSystemError());
+    const bool onlySystemKnows =
+        inError.GetCode() == NvErrorCode::km_Failure && inError.GetSystemError() != 0;
+    const std::string words =
+        onlySystemKnows ? std::strerror(inError.GetSystemError()) : WordsForCode(inError.GetCode());
     return words + " (code " + std::to_string(inError.GetCode()) + ")";
 }

@@ -1,6 +1,7 @@
 #include "win/mizerbrain.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <new>
 #include <stdexcept>
@@ -159,6 +160,7 @@ void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
         const bool cancelled = error.GetCode() == NvErrorCode::km_Cancelled;
         ioResult.mStatus = cancelled ? MizerStatus::km_Cancelled : MizerStatus::km_Failed;
         ioResult.mError = error;
+        ioResult.mBackupFailed = mIsBackingUp;
         mShell.FileDone(ioResult);
         throw;
     }
@@ -187,6 +189,7 @@ std::uint32_t MizerBrain::GetFileSizeOnDisk(const char* inPath, std::optional<Nv
 
 void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     mTotals.SetOriginalSize(ioResult.mOriginalSize);
+    mIsBackingUp = false;
     if (PumpMessages())
         ThrowCancelled(kCancelledBeforeFile);
     PvOutcome outcome;
@@ -230,10 +233,16 @@ void MizerBrain::BackupFile(const char* inPath) {
     RemoveLeftoversBeside(inPath);
     if (!IsOn("BACKUP", 1))
         return;
+    mIsBackingUp = true;
+    WriteBackup(inPath);
+    mIsBackingUp = false;
+}
+
+void MizerBrain::WriteBackup(const char* inPath) {
     const std::string backup = std::string(inPath) + ".BAK";
     const WnFileKind present = WnGetFileKind(backup.c_str());
     if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
-        NvThrow(NvErrorCode::km_Failure);
+        NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);
     const bool overwrite = IsOn("OBACK", 0);
     if (present == WnFileKind::km_RegularFile && !overwrite)
         return; // the first backup holds the oldest original

@@ -81,12 +81,14 @@ private:
     bool MeasureFile(MizerFileResult& ioResult);
     void OptimizeFile(MizerFileResult& ioResult);
     void RecordResult(const MizerFileResult& inResult);
+    void WriteBackup(const char* inPath);
     void RemoveLeftoversBeside(const char* inPath);
     bool IsOn(const char* inPreference, std::uint32_t inDefault) const;
 
     bool mCancelFlag = false;
     bool mQuitRequested = false;
     bool mBusy = false;
+    bool mIsBackingUp = false; // stays set when the backup failed
     WnPref& mPrefs;
     MizerShell& mShell;
     PvOptSettings mSettings;

@@ -41,6 +41,7 @@ struct MizerFileResult {
     std::uint32_t mOriginalSize = 0; ///< bytes; 0 when it was not measured
     std::uint32_t mNewSize = 0;      ///< bytes
     std::optional<NvErrorCode> mError;
+    bool mBackupFailed = false; ///< mError is about the backup, not the file itself
     std::string
         mGateReason; ///< what a viewer would have noticed in a smaller file that was not kept; or empty
 

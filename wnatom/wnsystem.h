@@ -32,7 +32,7 @@ WnFileKind WnGetFileKind(const char* inPath);
 std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath);
 
 /** Names of the regular files (links followed) directly inside a folder, in bytewise order.
- *  @throws NvErrorCode by the runtime's error number when the folder cannot be read */
+ *  @throws NvErrorCode 14 without the right to read the folder, else by the runtime's error number */
 std::vector<std::string> WnListFiles(const char* inFolder);
 
 /** Whether the character parts a path, and the one to write. */

@@ -64,6 +64,8 @@ std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath) {
 
 std::vector<std::string> WnListFiles(const char* inFolder) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(inFolder), &closedir);
+    if (!folder && errno == EACCES)
+        NvThrowWithSystemError(NvErrorCode::km_OpenDenied, errno);
     if (!folder)
         ThrowRuntimeError(errno);
     std::vector<std::string> names;

@@ -1,0 +1,169 @@
+// Bad input and a hostile system: one clear line, status 1, the file as it was, the rest of the batch done.
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "samples/samplepictures.h"
+#include "tests/support/programrun.h"
+
+namespace {
+
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+void DrawSample(const std::string& inName, const std::string& inPath) {
+    for (const SamplePicture& picture : GetSamplePictures()) {
+        if (inName == picture.mFileName)
+            picture.mDraw(inPath);
+    }
+}
+
+/** Signature, a screen of the given size, and one frame as large as it, with a stream that ends at once. */
+std::string MakeHugeGIF(std::uint8_t inHigh) {
+    const std::string side = {'\xff', static_cast<char>(inHigh)};
+    return "GIF89a" + side + side + std::string("\x80\0\0\0\0\0\xff\xff\xff", 9) +
+           std::string(",\0\0\0\0", 5) + side + side + std::string("\0\x02\x02\x4c\x01\0;", 7);
+}
+
+class Failures : public testing::Test {
+protected:
+    void SetUp() override {
+        fs::permissions(mFolder.GetPath(), fs::perms::all);
+        DrawSample("icon.gif", mFolder / "good.gif");
+        fs::permissions(mFolder / "good.gif", fs::perms::all);
+    }
+
+    /** Runs over the bad name and a good file behind it; the good one is made smaller all the same. */
+    void ExpectLine(const std::string& inBadName, const std::string& inText) {
+        fs::remove(mFolder / "good.gif.BAK");
+        fs::remove(mFolder / "good.gif");
+        DrawSample("icon.gif", mFolder / "good.gif");
+        fs::permissions(mFolder / "good.gif", fs::perms::all);
+        const ProgramResult result = mRunner.Run({inBadName, "good.gif"});
+        EXPECT_EQ(result.mErr, "parvigif: " + inBadName + ": " + inText + "\n");
+        EXPECT_EQ(result.mStatus, 1);
+        EXPECT_THAT(result.mOut, HasSubstr("  good.gif\n"));
+        EXPECT_LT(ReadTestFile(mFolder / "good.gif").size(), ReadTestFile(mFolder / "good.gif.BAK").size());
+    }
+
+    /** From here on the program runs with the rights of nobody, whoever runs the tests. */
+    void GiveUpRights() {
+        mRunner.mBeforeStart = [] {
+            return geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(65534) == 0 && setuid(65534) == 0);
+        };
+    }
+
+    TestFolder mFolder;
+    ProgramRunner mRunner{mFolder.GetPath()};
+};
+
+TEST_F(Failures, NamesThatLeadNowhere) {
+    fs::create_directory(mFolder / "texts");
+    WriteTestFile(mFolder / "texts/notes.txt", "x");
+    mkfifo((mFolder / "pipe.gif").c_str(), 0600);
+    ExpectLine("none.gif", "no such file or folder (code 10)");
+    ExpectLine("texts", "no GIF file there (code 10)");
+    ExpectLine("x*.gif", "no GIF file there (code 10)");
+    ExpectLine("pipe.gif", "neither a file nor a folder (code 12)");
+    ExpectLine(std::string(300, 'n') + ".gif", "no such file or folder (code 10)");
+}
+
+TEST_F(Failures, FilesThatAreNoSoundGIFs) {
+    DrawSample("spinner.gif", mFolder / "spinner.gif");
+    const std::string sound = ReadTestFile(mFolder / "spinner.gif");
+    std::string unknownBlock = sound;
+    unknownBlock[13 + 768] = 'x'; // the first byte behind the global colour table
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"hello", "not a GIF file (code 32)"},
+        {"GIF90a" + sound.substr(6), "a GIF file of an unknown version (code 33)"},
+        {"GIF", "the file ends too early (code 18)"},
+        {sound.substr(0, 400), "the file ends too early (code 18)"},
+        {sound.substr(0, sound.size() / 2), "the file ends too early (code 18)"},
+        {unknownBlock, "damaged: not a well-formed GIF file (code 28)"},
+        {MakeHugeGIF(0xff), "needs more memory than allowed (code 2)"},
+    };
+    for (const auto& [bytes, text] : cases) {
+        WriteTestFile(mFolder / "bad.gif", bytes);
+        ExpectLine("bad.gif", text);
+        EXPECT_EQ(ReadTestFile(mFolder / "bad.gif"), bytes) << text;
+        EXPECT_FALSE(fs::exists(mFolder / "bad.gif.BAK"));
+    }
+}
+
+TEST_F(Failures, TheMemoryLimitCanBeSet) {
+    WriteTestFile(mFolder / "large.gif", MakeHugeGIF(0x07)); // 2047 x 2047
+    const ProgramResult result = mRunner.Run({"--max-memory=1", "large.gif"});
+    EXPECT_EQ(result.mErr, "parvigif: large.gif: needs more memory than allowed (code 2)\n");
+    EXPECT_EQ(mRunner.Run({"large.gif"}).mStatus, 0);
+}
+
+TEST_F(Failures, MissingRights) {
+    GiveUpRights();
+    DrawSample("tiles.gif", mFolder / "secret.gif");
+    fs::permissions(mFolder / "secret.gif", fs::perms::none);
+    ExpectLine("secret.gif", "no permission to open it (code 14)");
+    fs::create_directory(mFolder / "closed");
+    fs::permissions(mFolder / "closed", fs::perms::none);
+    ExpectLine("closed", "no permission to open it (code 14)");
+    fs::permissions(mFolder / "closed", fs::perms::all);
+}
+
+TEST_F(Failures, WhatIsReadOnlyStaysAsItIs) {
+    const std::string readOnly = "no permission to replace it: the file or its folder is read-only (code 5)";
+    DrawSample("tiles.gif", mFolder / "locked.gif");
+    fs::create_directory(mFolder / "locked");
+    DrawSample("tiles.gif", mFolder / "locked/tiles.gif");
+    const std::string original = ReadTestFile(mFolder / "locked.gif");
+    fs::permissions(mFolder / "locked.gif", fs::perms::owner_read | fs::perms::others_read);
+    fs::permissions(mFolder / "locked/tiles.gif", fs::perms::all);
+    fs::permissions(mFolder / "locked", fs::perms::owner_read | fs::perms::owner_exec |
+                                            fs::perms::others_read | fs::perms::others_exec);
+    for (int run = 0; run < 2; ++run) { // as whoever runs the tests, then as nobody
+        ExpectLine("locked.gif", readOnly);
+        ExpectLine("locked/tiles.gif", readOnly);
+        EXPECT_EQ(ReadTestFile(mFolder / "locked.gif"), original);
+        EXPECT_EQ(ReadTestFile(mFolder / "locked/tiles.gif"), original);
+        EXPECT_FALSE(fs::exists(mFolder / "locked.gif.BAK"));
+        GiveUpRights();
+    }
+    fs::permissions(mFolder / "locked", fs::perms::all);
+    EXPECT_EQ(std::distance(fs::directory_iterator(mFolder / "locked"), fs::directory_iterator()), 1);
+}
+
+TEST_F(Failures, ABackupThatCannotBeMadeKeepsTheFile) {
+    DrawSample("tiles.gif", mFolder / "tiles.gif");
+    const std::string original = ReadTestFile(mFolder / "tiles.gif");
+    fs::create_directory(mFolder / "tiles.gif.BAK");
+    ExpectLine("tiles.gif", "no backup could be made: File exists (code 1)");
+    EXPECT_EQ(ReadTestFile(mFolder / "tiles.gif"), original);
+}
+
+TEST_F(Failures, ALogThatCannotBeOpenedStopsNothing) {
+    WriteTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT/x", "a folder where the log should be");
+    const ProgramResult result = mRunner.Run({"good.gif"});
+    EXPECT_EQ(result.mErr, "parvigif: Unable to open log file at: " +
+                               (mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT") +
+                               ", error Is a directory\n");
+    EXPECT_EQ(result.mStatus, 0);
+}
+
+TEST_F(Failures, OutputThatCannotBeWrittenIsAnError) {
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(full, 0);
+    for (const char* argument : {"--help", "good.gif"}) {
+        const ProgramResult result = mRunner.Finish(mRunner.Start({argument}, full));
+        EXPECT_EQ(result.mErr, "parvigif: standard output: No space left on device\n") << argument;
+        EXPECT_EQ(result.mStatus, 1);
+    }
+    close(full);
+    EXPECT_TRUE(fs::exists(mFolder / "good.gif.BAK")) << "the work is done all the same";
+}
+
+} // namespace

@@ -1,0 +1,110 @@
+// What the program understands of its command line, and what it says about itself.
+
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "term/options.h"
+#include "tests/support/programrun.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+TermSettings Parse(const std::vector<std::string>& inArguments) {
+    TermSettings settings;
+    std::string error;
+    EXPECT_TRUE(TermParseArguments(inArguments, settings, error)) << error;
+    return settings;
+}
+
+TEST(Options, NamesAndOptionsMayMixUntilTheDoubleDash) {
+    const TermSettings settings = Parse({"a", "-q", "b", "--no-log", "-", "--", "-v", "--", "--help"});
+    EXPECT_THAT(settings.mNames, ElementsAre("a", "b", "-", "-v", "--", "--help"));
+    EXPECT_EQ(settings.mDetail, TermDetail::km_Quiet);
+    EXPECT_EQ(settings.mTask, TermTask::km_Process);
+}
+
+TEST(Options, EachSetsItsPreferenceForTheRun) {
+    const std::map<std::string, std::uint32_t> all = {
+        {"BACKUP", 0}, {"OBACK", 1}, {"ALLOWCROP", 1}, {"LOG", 0}, {"LOGALL", 0}};
+    EXPECT_THAT(Parse({"a"}).mPreferences, IsEmpty()) << "what is stored holds";
+    EXPECT_EQ(
+        Parse({"--no-backup", "--overwrite-backups", "--allow-crop", "--no-log", "--log-results-only", "a"})
+            .mPreferences,
+        all);
+}
+
+TEST(Options, AValueFollowsOrIsAttached) {
+    EXPECT_EQ(Parse({"--max-memory", "64", "a"}).mMemoryLimit, 64u << 20);
+    EXPECT_EQ(Parse({"--max-memory=5000", "a"}).mMemoryLimit, 5000ull << 20);
+}
+
+TEST(Options, TheLastOfTwoCounts) {
+    EXPECT_EQ(Parse({"-qv", "a"}).mDetail, TermDetail::km_Verbose);
+    EXPECT_EQ(Parse({"-v", "-q", "a"}).mDetail, TermDetail::km_Quiet);
+}
+
+TEST(Options, HelpAndVersionWinOverMistakes) {
+    EXPECT_EQ(Parse({"--no-such", "-h"}).mTask, TermTask::km_BriefHelp);
+    EXPECT_EQ(Parse({"--help", "-Z"}).mTask, TermTask::km_FullHelp);
+    EXPECT_EQ(Parse({"--version"}).mTask, TermTask::km_Version);
+}
+
+TEST(Program, AWrongCommandLineIsOneLineAndStatus2) {
+    const std::vector<std::pair<std::vector<std::string>, const char*>> cases = {
+        {{}, "no file named"},
+        {{"-q"}, "no file named"},
+        {{"--"}, "no file named"},
+        {{"--foo=bar", "--worse", "a"}, "unknown option '--foo'"},
+        {{"-qx", "a"}, "unknown option '-x'"},
+        {{"--no", "a"}, "unknown option '--no'"},
+        {{"--no-log=1", "a"}, "option '--no-log' takes no value"},
+        {{"a", "--max-memory"}, "option '--max-memory' needs a value: MIB"},
+        {{"--max-memory=0", "a"}, "option '--max-memory' cannot be '0'"},
+        {{"--max-memory=12k", "a"}, "option '--max-memory' cannot be '12k'"},
+        {{"--max-memory=", "a"}, "option '--max-memory' cannot be ''"},
+        {{"--max-memory=99999999999", "a"}, "option '--max-memory' cannot be '99999999999'"},
+        {{"--\x1b[31m"}, "unknown option '--\\x1b[31m'"},
+    };
+    const TestFolder folder;
+    for (const auto& [arguments, text] : cases) {
+        const ProgramResult result = ProgramRunner(folder.GetPath()).Run(arguments);
+        EXPECT_EQ(result.mErr, std::string("parvigif: ") + text + " (see 'parvigif --help')\n");
+        EXPECT_EQ(result.mStatus, 2) << text;
+        EXPECT_EQ(result.mOut, "");
+    }
+}
+
+TEST(Program, HelpShowsEveryOptionInEightyColumns) {
+    const TestFolder folder;
+    const ProgramResult full = ProgramRunner(folder.GetPath()).Run({"--help"});
+    const ProgramResult brief = ProgramRunner(folder.GetPath()).Run({"-h"});
+    for (const ProgramResult& help : {full, brief}) {
+        EXPECT_EQ(help.mStatus, 0);
+        EXPECT_EQ(help.mErr, "");
+        EXPECT_THAT(help.mOut, testing::StartsWith("Usage: parvigif [OPTION]... NAME...\n"));
+        for (const TermOption& option : TermGetOptions()) {
+            if (option.mName) {
+                EXPECT_THAT(help.mOut, HasSubstr(std::string(" --") + option.mName + " "));
+            }
+            EXPECT_THAT(help.mOut, HasSubstr(std::string("  ") + option.mBrief + "\n"));
+        }
+        std::istringstream lines(help.mOut);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 80u) << line;
+    }
+    EXPECT_LE(std::count(brief.mOut.begin(), brief.mOut.end(), '\n'), 24);
+}
+
+TEST(Program, VersionIsOneLine) {
+    const TestFolder folder;
+    const ProgramResult result = ProgramRunner(folder.GetPath()).Run({"--version"});
+    EXPECT_THAT(result.mOut, testing::MatchesRegex("parvigif [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_EQ(result.mStatus, 0);
+}
+
+} // namespace

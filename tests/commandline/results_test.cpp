@@ -1,0 +1,181 @@
+// What a run prints, and what it leaves on the disk, when all goes well.
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "samples/samplepictures.h"
+#include "tests/support/programrun.h"
+#include "win/mizertotals.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+namespace fs = std::filesystem;
+
+struct Row {
+    std::uint32_t mBefore = 0, mAfter = 0, mSaved = 0;
+    std::string mPercentage, mWhat;
+};
+
+std::vector<Row> ParseTable(const std::string& inText) {
+    std::istringstream lines(inText);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "    Before      After      Saved          File");
+    std::vector<Row> rows;
+    while (std::getline(lines, line)) {
+        std::istringstream fields(line);
+        Row& row = rows.emplace_back();
+        EXPECT_TRUE(fields >> row.mBefore >> row.mAfter >> row.mSaved >> row.mPercentage) << line;
+        std::getline(fields >> std::ws, row.mWhat);
+    }
+    return rows;
+}
+
+class Results : public testing::Test {
+protected:
+    /** Draws all samples into the folder. */
+    void DrawSamples() {
+        for (const SamplePicture& picture : GetSamplePictures())
+            picture.mDraw(mFolder / picture.mFileName);
+    }
+    std::string Read(const std::string& inName) const { return ReadTestFile(mFolder / inName); }
+
+    TestFolder mFolder;
+    ProgramRunner mRunner{mFolder.GetPath()};
+};
+
+TEST_F(Results, ALinePerFileThenATotal) {
+    DrawSamples();
+    std::vector<std::string> names, originals;
+    for (const SamplePicture& picture : GetSamplePictures()) {
+        names.emplace_back(picture.mFileName);
+        originals.push_back(Read(picture.mFileName));
+    }
+    const ProgramResult result = mRunner.Run(names);
+    EXPECT_EQ(result.mStatus, 0);
+    EXPECT_EQ(result.mErr, "");
+
+    const std::vector<Row> rows = ParseTable(result.mOut);
+    ASSERT_EQ(rows.size(), names.size() + 1);
+    std::uint32_t before = 0, after = 0;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        EXPECT_EQ(rows[i].mWhat, names[i]) << "in the order given";
+        EXPECT_EQ(rows[i].mBefore, originals[i].size());
+        EXPECT_EQ(rows[i].mAfter, Read(names[i]).size());
+        EXPECT_LT(rows[i].mAfter, rows[i].mBefore) << names[i];
+        EXPECT_EQ(rows[i].mSaved, rows[i].mBefore - rows[i].mAfter);
+        EXPECT_EQ(rows[i].mPercentage, MizerPercentage(rows[i].mSaved, rows[i].mBefore));
+        EXPECT_EQ(Read(names[i] + ".BAK"), originals[i]);
+        before += rows[i].mBefore;
+        after += rows[i].mAfter;
+    }
+    EXPECT_EQ(rows.back().mBefore, before);
+    EXPECT_EQ(rows.back().mAfter, after);
+    EXPECT_EQ(rows.back().mSaved, before - after);
+    EXPECT_EQ(rows.back().mWhat, "6 files, 6 made smaller");
+    EXPECT_EQ(ReadTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini"),
+              "BYTESSAVED=" + std::to_string(before - after) + "\nFILESPROCESSED=6\n");
+}
+
+TEST_F(Results, AFolderIsTakenInNameOrderAndASecondRunTouchesNoBackup) {
+    DrawSamples();
+    WriteTestFile(mFolder / "notes.txt", "no picture");
+    const std::string original = Read("icon.gif");
+    std::vector<Row> rows = ParseTable(mRunner.Run({"."}).mOut);
+    ASSERT_EQ(rows.size(), 7u);
+    EXPECT_EQ(rows[0].mWhat, "./ball.gif");
+    EXPECT_EQ(rows[5].mWhat, "./tiles.gif");
+
+    const ProgramResult again = mRunner.Run({"./", "--overwrite-backups"});
+    EXPECT_EQ(again.mStatus, 0);
+    EXPECT_EQ(again.mErr, "");
+    EXPECT_EQ(ParseTable(again.mOut).size(), 7u) << "backups and other files are no entries";
+    EXPECT_EQ(Read("icon.gif.BAK"), original) << "nothing was replaced, so no backup either";
+    EXPECT_EQ(Read("notes.txt"), "no picture");
+}
+
+TEST_F(Results, WithoutABackup) {
+    DrawSamples();
+    EXPECT_EQ(mRunner.Run({"--no-backup", "icon.gif"}).mStatus, 0);
+    EXPECT_FALSE(fs::exists(mFolder / "icon.gif.BAK"));
+    EXPECT_LT(Read("icon.gif").size(), 1000u);
+}
+
+TEST_F(Results, AStoredPreferenceHoldsAndAnOptionWinsOverIt) {
+    DrawSamples();
+    WriteTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini", "BACKUP=0\nOBACK=0\n");
+    mRunner.Run({"icon.gif"});
+    EXPECT_FALSE(fs::exists(mFolder / "icon.gif.BAK"));
+
+    WriteTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini", "BACKUP=1\nOBACK=0\n");
+    WriteTestFile(mFolder / "tiles.gif.BAK", "old");
+    mRunner.Run({"tiles.gif"});
+    EXPECT_EQ(Read("tiles.gif.BAK"), "old");
+    WriteTestFile(mFolder / "ball.gif.BAK", "old");
+    mRunner.Run({"--overwrite-backups", "ball.gif"});
+    EXPECT_NE(Read("ball.gif.BAK"), "old");
+}
+
+TEST_F(Results, TheLogGetsOneEntryPerFile) {
+    DrawSamples();
+    mRunner.Run({"icon.gif"});
+    const std::string log = mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT";
+    const std::string entry = ReadTestFile(log);
+    EXPECT_THAT(entry, MatchesRegex("[0-9/]+  [0-9:]+ File: \"icon.gif\" \n"
+                                    "     [0-9]+ bytes saved \\(1112 - [0-9]+\\) [0-9.]+%\n"));
+    mRunner.Run({"icon.gif", "--log-results-only"});
+    mRunner.Run({"tiles.gif", "--no-log"});
+    EXPECT_EQ(ReadTestFile(log), entry);
+    mRunner.Run({"icon.gif"});
+    EXPECT_THAT(ReadTestFile(log), testing::EndsWith(" File: \"icon.gif\" \n    File Unchanged.\n"));
+}
+
+TEST_F(Results, QuietPrintsErrorsOnly) {
+    DrawSamples();
+    WriteTestFile(mFolder / "notes.txt", "x");
+    const ProgramResult result = mRunner.Run({"-q", "icon.gif", "notes.txt", "none.gif"});
+    EXPECT_EQ(result.mOut, "");
+    EXPECT_EQ(result.mErr, "parvigif: none.gif: no such file or folder (code 10)\n");
+    EXPECT_EQ(result.mStatus, 1);
+    EXPECT_LT(Read("icon.gif").size(), 1000u);
+}
+
+TEST_F(Results, WhatIsPassedOverIsToldWhenItWasNamed) {
+    WriteTestFile(mFolder / "notes.txt", "x");
+    WriteTestFile(mFolder / "empty.gif", "");
+    WriteTestFile(mFolder / "old.gif.BAK", "x");
+    fs::create_symlink("empty.gif", mFolder / "link.gif");
+    const ProgramResult named = mRunner.Run({"notes.txt", "empty.gif", "old.gif.BAK", "link.gif"});
+    EXPECT_EQ(named.mStatus, 0);
+    EXPECT_EQ(named.mOut, "");
+    EXPECT_EQ(named.mErr, "parvigif: link.gif: skipped: the same file was named before\n"
+                          "parvigif: notes.txt: skipped: its name does not end in GIF\n"
+                          "parvigif: empty.gif: skipped: empty\n"
+                          "parvigif: old.gif.BAK: skipped: a backup\n");
+    EXPECT_EQ(mRunner.Run({"."}).mErr, "");
+    EXPECT_THAT(mRunner.Run({"-v", "."}).mErr, HasSubstr("./notes.txt: skipped"));
+}
+
+TEST_F(Results, ALinkStaysALinkAndNamesMayHoldAnything) {
+    DrawSamples();
+    const std::string strange = "a\n\x1b[31m *[x] \xff.gif";
+    fs::create_directory(mFolder / "vault");
+    fs::rename(mFolder / "icon.gif", mFolder / "vault/icon.gif");
+    fs::create_symlink("vault/icon.gif", mFolder / "link.gif");
+    fs::rename(mFolder / "tiles.gif", mFolder / strange);
+    fs::rename(mFolder / "ball.gif", mFolder / "-v.gif");
+    const ProgramResult result = mRunner.Run({"link.gif", strange, "--", "-v.gif"});
+    EXPECT_EQ(result.mStatus, 0);
+    EXPECT_TRUE(fs::is_symlink(mFolder / "link.gif"));
+    EXPECT_LT(Read("vault/icon.gif").size(), Read("link.gif.BAK").size());
+    EXPECT_THAT(result.mOut, HasSubstr("  a\\n\\x1b[31m *[x] \xff.gif\n"));
+    EXPECT_TRUE(fs::exists(mFolder / "-v.gif.BAK"));
+}
+
+} // namespace
