@@ -23,7 +23,7 @@ template <typename MakeMap>
 void Measure(benchmark::State& ioState, MakeMap inMakeMap) {
     const NvColorTable table = RandomPalette(static_cast<std::uint32_t>(ioState.range(0)));
     std::array<std::uint8_t, km_InverseColorMapSize> map{};
-    for (auto _ : ioState) {
+    for ([[maybe_unused]] auto _ : ioState) {
         inMakeMap(table, map.data());
         benchmark::DoNotOptimize(map);
     }

@@ -16,7 +16,7 @@ void ResizeRGB(benchmark::State& ioState, std::uint32_t inWidth, std::uint32_t i
     for (std::uint8_t& byte : source)
         byte = static_cast<std::uint8_t>(random());
     std::vector<std::uint8_t> dest(std::size_t{outWidth} * outHeight * 3);
-    for (auto _ : ioState) {
+    for ([[maybe_unused]] auto _ : ioState) {
         NvResizeRGB(source.data(), dest.data(), 3, 3, inWidth * 3, outWidth * 3, inWidth, inHeight, outWidth,
                     outHeight);
         benchmark::DoNotOptimize(dest.data());

@@ -62,48 +62,21 @@ NvRect NvGIFFrame::GetScreenRect() const {
 }
 
 NvRect NvGIFFrame::FindDrawnBounds() const {
-    std::uint32_t left = mWidth;
-    std::uint32_t right = 0;
-    std::uint32_t top = mHeight;
-    std::uint32_t bottom = 0;
-    const NvConstPixelLock mask(mMask);
-    for (std::uint32_t y = 0; y < mHeight; ++y) {
-        const std::uint8_t* row = mask.Row(y);
-        const std::uint32_t end = NvFindLastSetBit(row, mWidth);
-        if (end == 0)
-            continue;
-        left = std::min(left, NvFindFirstSetBit(row, mWidth));
-        right = std::max(right, end);
-        top = std::min(top, y);
-        bottom = y + 1;
-    }
-    if (bottom == 0)
-        return {};
-    return {static_cast<std::int32_t>(left), static_cast<std::int32_t>(top), static_cast<std::int32_t>(right),
-            static_cast<std::int32_t>(bottom)};
+    NvRect bounds;
+    mMask.FindContentBounds(bounds);
+    return bounds;
 }
 
 std::unique_ptr<NvGIFFrame> NvGIFFrame::CropCopy(const NvRect& inRect) const {
-    const auto width = static_cast<std::uint32_t>(inRect.Width());
-    const auto height = static_cast<std::uint32_t>(inRect.Height());
-    const NvRect target{0, 0, inRect.Width(), inRect.Height()};
-    NvIndexedImage image(width, height, mImage.GetColorTable());
-    NvBitmapImage mask(width, height);
-    {
-        const NvConstPixelLock from(mImage);
-        const NvPixelLock to(image);
-        NvCopyRect(from.Row(0), mImage.GetRowBytes(), inRect, to.Row(0), image.GetRowBytes(), target, 1, 8);
-        const NvConstPixelLock fromMask(mMask);
-        const NvPixelLock toMask(mask);
-        NvCopyRect(fromMask.Row(0), mMask.GetRowBytes(), inRect, toMask.Row(0), mask.GetRowBytes(), target, 1,
-                   1);
-    }
+    const std::unique_ptr<NvImage> image = mImage.CopyRegion(inRect);
+    const std::unique_ptr<NvImage> mask = mMask.CopyRegion(inRect);
     auto info = std::make_unique<NvGIFFrameInfo>(GetInfo());
     info->mLeft = static_cast<std::uint16_t>(info->mLeft + inRect.left);
     info->mTop = static_cast<std::uint16_t>(info->mTop + inRect.top);
-    info->mWidth = static_cast<std::uint16_t>(width);
-    info->mHeight = static_cast<std::uint16_t>(height);
-    return std::make_unique<NvGIFFrame>(std::move(image), std::move(mask), std::move(info));
+    info->mWidth = static_cast<std::uint16_t>(inRect.Width());
+    info->mHeight = static_cast<std::uint16_t>(inRect.Height());
+    return std::make_unique<NvGIFFrame>(static_cast<NvIndexedImage&&>(*image),
+                                        static_cast<NvBitmapImage&&>(*mask), std::move(info));
 }
 
 bool NvGIFFrame::IsFullyDrawn() const {

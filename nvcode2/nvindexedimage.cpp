@@ -188,8 +188,13 @@ NvBitmapImage NvIndexedImage::MakeMask(std::uint8_t inIndex) const {
     for (std::uint32_t y = 0; y < mHeight; ++y) {
         const std::uint8_t* const row = pixels.Row(y);
         std::uint8_t* const maskRow = bits.Row(y);
-        for (std::uint32_t x = 0; x < mWidth; ++x)
-            maskRow[x / 8] = static_cast<std::uint8_t>(maskRow[x / 8] | (row[x] != inIndex) << (7 - x % 8));
+        for (std::uint32_t x = 0; x < mWidth; x += 8) {
+            const std::uint32_t count = std::min(mWidth - x, 8u);
+            unsigned byte = 0;
+            for (std::uint32_t i = 0; i < count; ++i)
+                byte = byte << 1 | (row[x + i] != inIndex ? 1u : 0u);
+            maskRow[x / 8] = static_cast<std::uint8_t>(byte << (8 - count));
+        }
     }
     return mask;
 }

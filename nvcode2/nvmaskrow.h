@@ -30,30 +30,3 @@ inline bool NvIsRowSet(const std::uint8_t* inRow, std::uint32_t inWidth) {
             return false;
     return true;
 }
-
-/** Column of the first set pixel, or inWidth when there is none. */
-inline std::uint32_t NvFindFirstSetBit(const std::uint8_t* inRow, std::uint32_t inWidth) {
-    for (std::uint32_t x = 0; x < inWidth; x += 8)
-        if (unsigned bits = inRow[x / 8] & NvMaskTail(inWidth - x)) {
-            while (!(bits & 0x80U)) {
-                bits <<= 1;
-                ++x;
-            }
-            return x;
-        }
-    return inWidth;
-}
-
-/** One past the column of the last set pixel, or 0 when there is none. */
-inline std::uint32_t NvFindLastSetBit(const std::uint8_t* inRow, std::uint32_t inWidth) {
-    for (std::uint32_t byte = (inWidth + 7) / 8; byte-- > 0;)
-        if (unsigned bits = inRow[byte] & NvMaskTail(inWidth - byte * 8)) {
-            std::uint32_t end = byte * 8 + 8;
-            while (!(bits & 1U)) {
-                bits >>= 1;
-                --end;
-            }
-            return end;
-        }
-    return 0;
-}

@@ -50,12 +50,12 @@ NvRealImage::NvRealImage(std::uint32_t inWidth, std::uint32_t inHeight, std::uin
       mRowBytesProc(inRowBytesProcPtr) {
     NvAssert(inChannelDepth && inNumChannels);
     NvAssert(inRowBytesProcPtr);
-    NvRealImage::AllocateBuffer();
+    AllocateRows(inRowBytesProcPtr(inChannelDepth, inNumChannels, inWidth));
     NvRealImage::Erase();
 }
 
 NvRealImage::NvRealImage(NvRealImage&& ioImage) noexcept
-    : NvImage(std::move(ioImage)),
+    : NvImage(static_cast<NvImage&&>(ioImage)),
       mBufferPtr(std::move(ioImage.mBufferPtr)),
       mChannelDepth(ioImage.mChannelDepth),
       mNumChannels(ioImage.mNumChannels),
@@ -114,15 +114,18 @@ void NvRealImage::Unlock() const {
 }
 
 void NvRealImage::AllocateBuffer() {
-    const std::uint32_t rowBytes = CalcRowBytes();
-    const std::uint32_t size = CheckedBytes(std::uint64_t{mHeight} * rowBytes);
+    AllocateRows(CalcRowBytes());
+}
+
+void NvRealImage::AllocateRows(std::uint32_t inRowBytes) {
+    const std::uint32_t size = CheckedBytes(std::uint64_t{mHeight} * inRowBytes);
     if (!mBufferPtr)
         mBufferPtr = NvMakeUnique<NvBuffer>();
     if (!mBufferPtr->IsAllocated() || mBufferPtr->GetSize() != size) {
-        FreeBuffer();
+        NvRealImage::FreeBuffer();
         mBufferPtr->Allocate(size);
     }
-    mRowBytes = rowBytes;
+    mRowBytes = inRowBytes;
 }
 
 void NvRealImage::FreeBuffer() {

@@ -149,6 +149,7 @@ protected:
     void AssertInside(const NvRect& inSourceRect) const;
 
 private:
+    void AllocateRows(std::uint32_t inRowBytes);
     void AssertSameShape(const NvImage& inImage) const;
     void AssertTransfer(const NvRect& inSourceRect, const NvPixelTarget& inTarget) const;
 

@@ -9,25 +9,6 @@
 
 namespace {
 
-/** Clears the mask where the pixel is the transparent one. */
-void MaskTransparentPixels(const NvIndexedImage& inImage, std::uint8_t inTransparentIndex,
-                           NvBitmapImage& ioMask) {
-    const NvConstPixelLock pixels(inImage);
-    const NvPixelLock mask(ioMask);
-    const std::uint32_t width = inImage.GetWidth();
-    for (std::uint32_t y = 0; y < inImage.GetHeight(); ++y) {
-        const std::uint8_t* row = pixels.Row(y);
-        std::uint8_t* bits = mask.Row(y);
-        for (std::uint32_t x = 0; x < width; x += 8) {
-            const std::uint32_t count = std::min(width - x, 8U);
-            unsigned drawn = 0;
-            for (std::uint32_t i = 0; i < count; ++i)
-                drawn = drawn << 1 | (row[x + i] != inTransparentIndex ? 1U : 0U);
-            bits[x / 8] = static_cast<std::uint8_t>(drawn << (8 - count));
-        }
-    }
-}
-
 /** Clears the mask for the pixels behind the first inDelivered ones in the file's row order. */
 void MaskMissingPixels(std::uint64_t inDelivered, bool inInterlaced, NvBitmapImage& ioMask) {
     const NvPixelLock mask(ioMask);
@@ -132,9 +113,8 @@ std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {
     NvColorTable* sharedTable = info->mHasLocalTable ? nullptr : &mFile.GetGlobalInfo()->mColorTable;
 
     const std::uint64_t pixelCount = std::uint64_t{image.GetWidth()} * image.GetHeight();
-    NvBitmapImage mask(image.GetWidth(), image.GetHeight(), 0, 1);
-    if (info->mHasTransparency)
-        MaskTransparentPixels(image, info->mTransparentIndex, mask);
+    NvBitmapImage mask = info->mHasTransparency ? image.MakeMask(info->mTransparentIndex)
+                                                : NvBitmapImage(image.GetWidth(), image.GetHeight(), 0, 1);
     if (mFile.GetDeliveredPixels() < pixelCount)
         MaskMissingPixels(mFile.GetDeliveredPixels(), info->mInterlaced != 0, mask);
     auto frame = std::make_unique<NvGIFFrame>(std::move(image), std::move(mask), std::move(info));

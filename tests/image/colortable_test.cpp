@@ -13,7 +13,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 
 constexpr NvColor km_Grey{128, 128, 128};
 
