@@ -1,0 +1,231 @@
+// A run that is stopped, at any point and by any means, costs no picture.
+
+#include <csignal>
+#include <fstream>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "samples/samplepictures.h"
+#include "tests/support/programrun.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+class Interruption : public testing::Test {
+protected:
+    void DrawAll() {
+        for (const SamplePicture& picture : GetSamplePictures())
+            picture.mDraw(mFolder / picture.mFileName);
+    }
+    std::string Read(const std::string& inName) const { return ReadTestFile(mFolder / inName); }
+    bool Has(const std::string& inName) const { return fs::exists(mFolder / inName); }
+
+    TestFolder mFolder;
+    ProgramRunner mRunner{mFolder.GetPath()};
+};
+
+// ---- faults at every single file operation
+
+/** Runs over one picture again and again, with the fault one file operation later each time, until the run no
+ *  longer reaches it. */
+class FaultEverywhere : public Interruption {
+protected:
+    FaultEverywhere() {
+        DrawAll();
+        mOriginal = Read(kName);
+        EXPECT_EQ(mRunner.Run({kName}).mStatus, 0);
+        mFinal = Read(kName);
+    }
+
+    /** @return how many runs the fault has hit; inCheck sees each result */
+    int Repeat(const std::string& inFault, const std::function<bool(const ProgramResult&)>& inCheck) {
+        for (int at = 1;; ++at) {
+            std::ofstream(mFolder / kName, std::ios::binary) << mOriginal;
+            fs::remove(mFolder / "ball.gif.BAK");
+            mRunner.mBeforeStart = [=] {
+                setenv("LD_PRELOAD", FAULT_SHIM, 1);
+                setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
+                return setenv("PARVIGIF_FAULT", (inFault + "=" + std::to_string(at)).c_str(), 1) == 0;
+            };
+            const bool wasHit = inCheck(mRunner.Run({kName}));
+            CheckFiles(at);
+            if (!wasHit || HasFailure())
+                return at - 1;
+        }
+    }
+
+    /** The picture is whole, and safe when it is no longer the original. */
+    void CheckFiles(int inAt) {
+        const std::string picture = Read(kName);
+        mSeen.insert(picture);
+        EXPECT_LE(mSeen.size(), 3u) << "old, after the first pass, after the second; operation " << inAt;
+        EXPECT_EQ(picture.back(), ';') << "operation " << inAt;
+        if (Has("ball.gif.BAK")) {
+            EXPECT_EQ(Read("ball.gif.BAK"), mOriginal) << "operation " << inAt;
+        } else {
+            EXPECT_EQ(picture, mOriginal) << "operation " << inAt;
+        }
+    }
+
+    static constexpr const char* kName = "ball.gif";
+    static constexpr int kOperations = 60; // more than a run over it has
+    std::string mOriginal;
+    std::string mFinal;
+    std::set<std::string> mSeen;
+};
+
+TEST_F(FaultEverywhere, Killed) {
+    const int kills =
+        Repeat("kill", [](const ProgramResult& inResult) { return inResult.mStatus == -SIGKILL; });
+    EXPECT_GT(kills, 15) << "the faults did not reach the program";
+    EXPECT_LT(kills, kOperations);
+    EXPECT_EQ(Read(kName), mFinal) << "the last run was not hit";
+    EXPECT_TRUE(mSeen.contains(mOriginal));
+
+    for (const auto& entry : fs::directory_iterator(mFolder.GetPath()))
+        EXPECT_FALSE(entry.path().extension() == ".tmp") << "left over: " << entry.path();
+}
+
+TEST_F(FaultEverywhere, KilledInTheMiddleOfAWrite) {
+    // Only some operations are writes, so a run that ends well is not yet the last one to try.
+    int runs = 0;
+    int tears = 0;
+    Repeat("tear", [&](const ProgramResult& inResult) {
+        tears += inResult.mStatus == -SIGKILL ? 1 : 0;
+        return ++runs < kOperations;
+    });
+    EXPECT_GE(tears, 4) << "scratch file, candidate, backup, and the second pass's scratch file";
+}
+
+TEST_F(FaultEverywhere, DiskFull) {
+    // Creating a file on a full disk is a failed open, which has no number of its own.
+    const std::string disk = "(no space left on the disk .code 22.|No space left on device .code 1.)\n";
+    Repeat("full", [&](const ProgramResult& inResult) {
+        if (inResult.mStatus == 1) {
+            EXPECT_THAT(inResult.mErr,
+                        testing::MatchesRegex("parvigif: ball.gif: (no backup could be made: )?" + disk));
+            EXPECT_EQ(Read(kName), mOriginal);
+            return true;
+        }
+        EXPECT_EQ(inResult.mStatus, 0);
+        return Read(kName) != mFinal || inResult.mErr != "";
+    });
+    EXPECT_TRUE(mSeen.contains(mOriginal));
+}
+
+// ---- the user and the reader of the output
+
+/** Many copies of a picture, and a run over them whose output nobody reads yet: it comes to a halt in the
+ *  middle when the pipe is full. */
+class LongRun : public Interruption {
+protected:
+    static constexpr int kFiles = 120;
+
+    LongRun() {
+        DrawAll();
+        mOriginal = Read("icon.gif");
+        for (const SamplePicture& picture : GetSamplePictures())
+            fs::remove(mFolder / picture.mFileName);
+        for (int i = 100; i < 100 + kFiles; ++i)
+            WriteTestFile(mFolder / NameOf(i), mOriginal);
+        EXPECT_EQ(pipe2(mPipe, O_CLOEXEC), 0);
+        EXPECT_GT(fcntl(mPipe[1], F_SETPIPE_SZ, 4096), 0);
+    }
+    ~LongRun() override { close(mPipe[0]); }
+
+    static std::string NameOf(int inNumber) { return "picture-" + std::to_string(inNumber) + ".gif"; }
+
+    void Start() {
+        mProcess = mRunner.Start({"."}, mPipe[1]);
+        close(mPipe[1]);
+        char first = 0;
+        EXPECT_EQ(read(mPipe[0], &first, 1), 1)
+            << "the first line is the sign that files are being worked on";
+        mOutput += first;
+    }
+
+    /** Whether the program still notes this signal, from the kernel's list. */
+    bool Catches(int inSignal) const {
+        std::ifstream status("/proc/" + std::to_string(mProcess) + "/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with("SigCgt:"))
+                return (std::stoull(line.substr(7), nullptr, 16) >> (inSignal - 1) & 1) != 0;
+        }
+        return false;
+    }
+
+    /** How many files were made smaller; checks that they are the first ones and that all are whole. */
+    int CountDone() {
+        int done = 0;
+        bool untouched = false;
+        for (int i = 100; i < 100 + kFiles; ++i) {
+            const bool isDone = Read(NameOf(i)) != mOriginal;
+            EXPECT_FALSE(isDone && untouched) << NameOf(i) << " was done before an earlier file";
+            untouched = untouched || !isDone;
+            if (isDone) {
+                EXPECT_EQ(Read(NameOf(i) + ".BAK"), mOriginal);
+                EXPECT_EQ(Read(NameOf(i)), Read(NameOf(100)));
+            }
+            done += isDone ? 1 : 0;
+        }
+        return done;
+    }
+
+    std::string mOriginal;
+    std::string mOutput;
+    int mPipe[2] = {-1, -1};
+    pid_t mProcess = 0;
+};
+
+TEST_F(LongRun, CtrlCFinishesTheFileInHandAndTellsWhatWasDone) {
+    Start();
+    kill(mProcess, SIGINT);
+    char buffer[4096];
+    for (ssize_t count = 0; (count = read(mPipe[0], buffer, sizeof(buffer))) > 0;)
+        mOutput.append(buffer, static_cast<std::size_t>(count));
+    const ProgramResult result = mRunner.Finish(mProcess);
+    EXPECT_EQ(result.mStatus, 130);
+    EXPECT_EQ(result.mErr, "parvigif: cancelled\n");
+
+    const int done = CountDone();
+    EXPECT_LT(done, kFiles);
+    const std::string files = std::to_string(done) + (done == 1 ? " file, " : " files, ");
+    EXPECT_THAT(mOutput, EndsWith("  " + files + std::to_string(done) + " made smaller\n"));
+    const std::uintmax_t saved =
+        (mOriginal.size() - Read(NameOf(100)).size()) * static_cast<std::size_t>(done);
+    EXPECT_THAT(ReadTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini"),
+                HasSubstr("BYTESSAVED=" + std::to_string(saved) + "\n"));
+}
+
+TEST_F(LongRun, ASecondCtrlCEndsAtOnce) {
+    Start();
+    ASSERT_TRUE(Catches(SIGINT));
+    kill(mProcess, SIGINT);
+    while (Catches(SIGINT))
+        usleep(1000);
+    kill(mProcess, SIGINT);
+    EXPECT_EQ(mRunner.Finish(mProcess).mStatus, -SIGINT);
+    EXPECT_LT(CountDone(), kFiles);
+}
+
+TEST_F(LongRun, AClosedPipeIsAQuietEnd) {
+    Start();
+    close(mPipe[0]);
+    const ProgramResult result = mRunner.Finish(mProcess);
+    EXPECT_EQ(result.mStatus, -SIGPIPE);
+    EXPECT_EQ(result.mErr, "");
+    EXPECT_LT(CountDone(), kFiles);
+    EXPECT_THAT(ReadTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini"),
+                HasSubstr("BYTESSAVED="));
+}
+
+} // namespace
