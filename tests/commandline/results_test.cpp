@@ -178,4 +178,12 @@ TEST_F(Results, ALinkStaysALinkAndNamesMayHoldAnything) {
     EXPECT_TRUE(fs::exists(mFolder / "-v.gif.BAK"));
 }
 
+TEST_F(Results, TheReadmeShowsWhatTheSamplesReallyGive) {
+    DrawSamples();
+    std::vector<std::string> names;
+    for (const SamplePicture& picture : GetSamplePictures())
+        names.emplace_back(picture.mFileName);
+    EXPECT_THAT(ReadTestFile(README_FILE), HasSubstr("$ ./run\n" + mRunner.Run(names).mOut + "```\n"));
+}
+
 } // namespace
