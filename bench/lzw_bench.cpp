@@ -231,21 +231,23 @@ private:
 };
 
 void DecodeFilesOurs(benchmark::State& ioState) {
+    const RealFiles& files = RealFiles::Get();
     std::uint64_t pixels = 0;
     for (auto _ : ioState) {
         pixels = 0;
-        for (const std::string& path : RealFiles::Get().mPaths)
+        for (const std::string& path : files.mPaths)
             pixels += ReadGIF(NvFileLocator(path.c_str()));
     }
     CountPixels(ioState, pixels);
 }
 
 void DecodeFilesGiflib(benchmark::State& ioState) {
+    const RealFiles& files = RealFiles::Get();
     std::vector<GifByteType> buffer;
     std::uint64_t pixels = 0;
     for (auto _ : ioState) {
         pixels = 0;
-        for (MemoryStream& stream : RealFiles::Get().mStreams)
+        for (MemoryStream& stream : files.mStreams)
             pixels += ReadWithGiflib(stream, buffer);
     }
     CountPixels(ioState, pixels);

@@ -1,42 +1,30 @@
 #include "nvcode2/nvlzwdecoder.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "nvcode2/nvassert.h"
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvfilereader.h"
 
-/** Where the next pixel goes. */
-class LZWDecoder::RowCursor {
-public:
-    RowCursor(std::uint8_t* outPixels, std::uint32_t inWidth, std::uint32_t inRows, std::uint32_t inStride)
-        : mRow(outPixels), mWidth(inWidth), mRowsLeft(inWidth > 0 ? inRows : 0), mStride(inStride) {}
+namespace {
 
-    bool IsFull() const { return mRowsLeft == 0; }
-    std::uint32_t RoomInRow() const { return mWidth - mColumn; }
-    std::uint8_t* Position() const { return mRow + mColumn; }
-    std::uint64_t Delivered() const { return mDelivered; }
+/** A pixel in its place of eight, so that the first lies first in memory. */
+std::uint64_t InPlace(std::uint32_t inPixel, std::uint32_t inPlace) {
+    const std::uint32_t place = std::endian::native == std::endian::little ? inPlace : 7 - inPlace;
+    return std::uint64_t{inPixel} << (8 * place);
+}
 
-    /** Moves on after inCount pixels were stored at Position(); inCount <= RoomInRow(). */
-    void Advance(std::uint32_t inCount) {
-        mDelivered += inCount;
-        mColumn += inCount;
-        if (mColumn == mWidth) {
-            mColumn = 0;
-            if (--mRowsLeft > 0)
-                mRow += mStride;
-        }
-    }
+/** Eight bytes as a number, the first the lowest. */
+std::uint64_t LoadLittleEndian(const std::uint8_t* inBytes) {
+    std::uint64_t number = 0;
+    for (std::uint32_t i = 0; i < 8; ++i)
+        number |= std::uint64_t{inBytes[i]} << (8 * i);
+    return number;
+}
 
-private:
-    std::uint8_t* mRow;
-    std::uint32_t mWidth;
-    std::uint32_t mColumn = 0;
-    std::uint32_t mRowsLeft;
-    std::uint32_t mStride;
-    std::uint64_t mDelivered = 0;
-};
+} // namespace
 
 LZWDecoder::LZWDecoder(NvFileReader& inReader) : mReader(inReader) {}
 
@@ -47,59 +35,137 @@ void LZWDecoder::Begin() {
     mClearCode = 1U << mMinimumCodeSize;
     mEndCode = mClearCode + 1;
     for (std::uint32_t root = 0; root < mClearCode; ++root) {
-        mLength[root] = root <= km_MaxRoot ? 1 : 0;
-        mFirst[root] = mSuffix[root] = static_cast<std::uint8_t>(root);
+        mStrings[root] = String();
+        if (root <= km_MaxRoot)
+            mStrings[root] = {InPlace(root, 0), 0, 1, static_cast<std::uint8_t>(root)};
     }
-    mLength[mClearCode] = mLength[mEndCode] = 0;
-    ResetTable();
-    mHasEnded = false;
+    mState = State{mMinimumCodeSize + 1, mEndCode + 1};
+    mBits = BitBuffer();
     mBlockNext = mBlockEnd = 0;
-    mAccumulator = 0;
-    mBitCount = 0;
-    mPendingNext = mPendingEnd = 0;
+    mHasEnded = false;
+    mWindowNext = mWindowEnd = 0;
 }
 
 std::uint64_t LZWDecoder::DecodeRows(std::uint8_t* outPixels, std::uint32_t inWidth, std::uint32_t inRows,
                                      std::uint32_t inStride) {
-    RowCursor cursor(outPixels, inWidth, inRows, inStride);
-    DeliverPending(cursor);
-    while (!cursor.IsFull() && !mHasEnded) {
-        const std::uint32_t code = ReadCode();
-        if (code == mEndCode)
-            mHasEnded = true;
-        else if (code == mClearCode)
-            ResetTable();
-        else if (mPreviousCode == mClearCode)
-            StartString(code, cursor);
-        else
-            ContinueString(code, cursor);
+    // Rows without a gap between them are one long row.
+    const bool isContiguous = inStride == inWidth;
+    const std::uint64_t rowLength = isContiguous ? std::uint64_t{inWidth} * inRows : inWidth;
+    const std::uint32_t rows = isContiguous ? 1 : inRows;
+    std::uint64_t wanted = std::uint64_t{inWidth} * inRows;
+    std::uint64_t delivered = 0;
+    for (std::uint32_t row = 0; row < rows; ++row) {
+        const std::uint64_t arrived = DecodeRow(outPixels + std::size_t{row} * inStride, rowLength, wanted);
+        wanted -= arrived;
+        delivered += arrived;
+        if (arrived < rowLength)
+            break;
     }
-    if (mMinimumCodeSize == 1 && !cursor.IsFull())
+    if (mMinimumCodeSize == 1 && wanted > 0)
         NvThrow(NvErrorCode::km_MalformedGIF);
-    return cursor.Delivered();
+    return delivered;
+}
+
+// inWanted is what all rows asked for still lack: the window is filled for all of them, but never further, so
+// that nothing behind a frame's last pixel is looked at.
+std::uint64_t LZWDecoder::DecodeRow(std::uint8_t* outRow, std::uint64_t inLength, std::uint64_t inWanted) {
+    std::uint64_t delivered = 0;
+    while (delivered < inLength) {
+        if (mWindowNext == mWindowEnd)
+            FillWindow(
+                static_cast<std::uint32_t>(std::min<std::uint64_t>(inWanted - delivered, km_WindowSize)));
+        const std::uint64_t piece = std::min<std::uint64_t>(mWindowEnd - mWindowNext, inLength - delivered);
+        if (piece == 0)
+            break;
+        std::memcpy(outRow + delivered, mWindow.data() + mWindowNext, piece);
+        mWindowNext += static_cast<std::uint32_t>(piece);
+        delivered += piece;
+    }
+    return delivered;
 }
 
 void LZWDecoder::End() {
     if (mMinimumCodeSize > 1 || mHasEnded)
         return;
-    if (mPendingNext < mPendingEnd || ReadCode() != mEndCode)
+    if (mWindowNext < mWindowEnd || ReadCode(mBits, mState.mCodeSize) != mEndCode)
         NvThrow(NvErrorCode::km_MalformedGIF);
 }
 
-std::uint32_t LZWDecoder::ReadCode() {
-    while (mBitCount < mCodeSize) {
-        if (mBlockNext == mBlockEnd && !ReadBlock())
-            return mEndCode;
-        while (mBitCount <= 56 && mBlockNext < mBlockEnd) {
-            mAccumulator |= static_cast<std::uint64_t>(mBlock[mBlockNext++]) << mBitCount;
-            mBitCount += 8;
+// Decodes whole strings until the window holds as many pixels as are wanted, or more, or the data end. The
+// loop works on copies that the compiler can keep in registers; every pixel stored into the window could
+// otherwise be a part of the originals.
+void LZWDecoder::FillWindow(std::uint32_t inWanted) {
+    std::uint8_t* out = mWindow.data();
+    const std::uint8_t* const end = out + inWanted;
+    BitBuffer bits = mBits;
+    State state = mState;
+    while (out < end && !mHasEnded) {
+        const std::uint32_t code = ReadCode(bits, state.mCodeSize);
+        if (code == mEndCode) {
+            mHasEnded = true;
+        } else if (code == mClearCode) {
+            state = State{mMinimumCodeSize + 1, mEndCode + 1};
+        } else if (state.mPreviousLength == km_NoString) {
+            // The first string after a clear code is a single pixel and adds nothing to the table.
+            if (code > mClearCode || code > km_MaxRoot)
+                NvThrow(NvErrorCode::km_MalformedGIF);
+            *out++ = static_cast<std::uint8_t>(code);
+            state.mPreviousCode = state.mPreviousFirst = code;
+            state.mPreviousLength = 1;
+        } else {
+            // A code not defined yet: the encoder used a string the moment it was made, which is the previous
+            // one and its own first pixel.
+            const std::uint32_t newCode = state.mNextCode;
+            const std::uint32_t first = code < newCode ? mStrings[code].mFirst : state.mPreviousFirst;
+            if (newCode < km_TableSize)
+                AddString(state, first);
+            const String& string = mStrings[std::min(code, newCode)];
+            const std::uint32_t length = string.mLength;
+            if (length == 0)
+                NvThrow(NvErrorCode::km_MalformedGIF);
+            Expand(string, out);
+            out += length;
+            state.mPreviousCode = code;
+            state.mPreviousFirst = first;
+            state.mPreviousLength = code <= newCode ? length : 0;
         }
     }
-    const std::uint32_t code = static_cast<std::uint32_t>(mAccumulator) & (mMaxCode - 1);
-    NvAssertText(code < mMaxCode, "code < decode->maxCode");
-    mAccumulator >>= mCodeSize;
-    mBitCount -= mCodeSize;
+    mBits = bits;
+    mState = state;
+    mWindowNext = 0;
+    mWindowEnd = static_cast<std::uint32_t>(out - mWindow.data());
+}
+
+inline std::uint32_t LZWDecoder::ReadCode(BitBuffer& ioBits, std::uint32_t inCodeSize) {
+    if (ioBits.mCount < inCodeSize) {
+        ioBits = Refill(ioBits, inCodeSize);
+        if (ioBits.mCount < inCodeSize)
+            return mEndCode;
+    }
+    const std::uint32_t maxCode = 1U << inCodeSize;
+    const std::uint32_t code = static_cast<std::uint32_t>(ioBits.mBits) & (maxCode - 1);
+    NvAssertText(code < maxCode, "code < decode->maxCode");
+    ioBits.mBits >>= inCodeSize;
+    ioBits.mCount -= inCodeSize;
     return code;
+}
+
+// Takes up as many whole bytes as there is room for; at the end of a sub-block, what the next code needs. The
+// result holds less only when the data end.
+LZWDecoder::BitBuffer LZWDecoder::Refill(BitBuffer inBits, std::uint32_t inCodeSize) {
+    if (mBlockEnd - mBlockNext >= 8) {
+        inBits.mBits |= LoadLittleEndian(&mBlock[mBlockNext]) << inBits.mCount;
+        mBlockNext += (63 - inBits.mCount) / 8;
+        inBits.mCount |= 56;
+        return inBits;
+    }
+    while (inBits.mCount < inCodeSize) {
+        if (mBlockNext == mBlockEnd && !ReadBlock())
+            break;
+        inBits.mBits |= std::uint64_t{mBlock[mBlockNext++]} << inBits.mCount;
+        inBits.mCount += 8;
+    }
+    return inBits;
 }
 
 // An empty sub-block ends the data; it is not passed over again, however often a code is asked for.
@@ -113,86 +179,28 @@ bool LZWDecoder::ReadBlock() {
     return !mHasEnded;
 }
 
-void LZWDecoder::ResetTable() {
-    mCodeSize = mMinimumCodeSize + 1;
-    mMaxCode = 1U << mCodeSize;
-    mNextCode = mEndCode + 1;
-    mPreviousCode = mClearCode;
+// The new string is the previous one and a pixel. A full table stays as it is until the next clear code;
+// entry 4096 exists only to be counted.
+inline void LZWDecoder::AddString(State& ioState, std::uint32_t inPixel) {
+    const std::uint32_t code = ioState.mNextCode++;
+    const String& prefix = mStrings[ioState.mPreviousCode];
+    const std::uint32_t place = ioState.mPreviousLength % km_TailSize;
+    String& string = mStrings[code];
+    string.mTail = (place == 0 ? 0 : prefix.mTail) | InPlace(inPixel, place);
+    string.mPrefix = place == 0 ? static_cast<std::uint16_t>(ioState.mPreviousCode) : prefix.mPrefix;
+    string.mLength = static_cast<std::uint16_t>(ioState.mPreviousLength + (ioState.mPreviousLength != 0));
+    string.mFirst = static_cast<std::uint8_t>(ioState.mPreviousFirst);
+    if (ioState.mNextCode >= 1U << ioState.mCodeSize && ioState.mCodeSize < km_MaxCodeSize)
+        ++ioState.mCodeSize;
 }
 
-// The first string after a clear code is a single pixel and adds nothing to the table.
-void LZWDecoder::StartString(std::uint32_t inRoot, RowCursor& ioCursor) {
-    if (inRoot > mClearCode || inRoot > km_MaxRoot)
-        NvThrow(NvErrorCode::km_MalformedGIF);
-    *ioCursor.Position() = static_cast<std::uint8_t>(inRoot);
-    ioCursor.Advance(1);
-    mPreviousCode = mPreviousFirst = inRoot;
-}
-
-void LZWDecoder::ContinueString(std::uint32_t inCode, RowCursor& ioCursor) {
-    if (inCode < mNextCode) {
-        if (mLength[inCode] == 0)
-            NvThrow(NvErrorCode::km_MalformedGIF);
-        const std::uint32_t first = mFirst[inCode];
-        Deliver(inCode, ioCursor);
-        AddString(mPreviousCode, first);
-        mPreviousFirst = first;
-    } else {
-        // The encoder used a string the moment it was made: the previous one and its own first pixel.
-        const std::uint32_t newCode = mNextCode;
-        AddString(mPreviousCode, mPreviousFirst);
-        if (mLength[newCode] == 0)
-            NvThrow(NvErrorCode::km_MalformedGIF);
-        Deliver(newCode, ioCursor);
-    }
-    mPreviousCode = inCode;
-}
-
-// A full table stays as it is until the next clear code; entry 4096 exists only to be counted.
-void LZWDecoder::AddString(std::uint32_t inPrefix, std::uint32_t inSuffix) {
-    if (mNextCode >= km_TableSize)
-        return;
-    const bool prefixIsDefined = inPrefix < mNextCode && mLength[inPrefix] > 0;
-    mPrefix[mNextCode] = static_cast<std::uint16_t>(inPrefix);
-    mSuffix[mNextCode] = static_cast<std::uint8_t>(inSuffix);
-    mFirst[mNextCode] = static_cast<std::uint8_t>(mPreviousFirst);
-    mLength[mNextCode] =
-        prefixIsDefined ? static_cast<std::uint16_t>(mLength[inPrefix] + 1) : std::uint16_t{0};
-    ++mNextCode;
-    if (mNextCode >= mMaxCode && mCodeSize < km_MaxCodeSize) {
-        ++mCodeSize;
-        mMaxCode <<= 1;
-    }
-}
-
-// Strings are known by their last pixel first; knowing their length they can be stored in place all the same.
-void LZWDecoder::Deliver(std::uint32_t inCode, RowCursor& ioCursor) {
-    const std::uint32_t length = mLength[inCode];
-    if (length <= ioCursor.RoomInRow()) {
-        ExpandBackwards(inCode, ioCursor.Position() + length);
-        ioCursor.Advance(length);
-        return;
-    }
-    ExpandBackwards(inCode, mPending.data() + length);
-    mPendingNext = 0;
-    mPendingEnd = length;
-    DeliverPending(ioCursor);
-}
-
-std::uint8_t* LZWDecoder::ExpandBackwards(std::uint32_t inCode, std::uint8_t* outEnd) const {
-    while (inCode >= mClearCode) {
-        *--outEnd = mSuffix[inCode];
-        inCode = mPrefix[inCode];
-    }
-    *--outEnd = static_cast<std::uint8_t>(inCode);
-    return outEnd;
-}
-
-void LZWDecoder::DeliverPending(RowCursor& ioCursor) {
-    while (mPendingNext < mPendingEnd && !ioCursor.IsFull()) {
-        const std::uint32_t piece = std::min(mPendingEnd - mPendingNext, ioCursor.RoomInRow());
-        std::memcpy(ioCursor.Position(), mPending.data() + mPendingNext, piece);
-        ioCursor.Advance(piece);
-        mPendingNext += piece;
+// Eight pixels at a time from the last on; up to seven places behind the string are written too.
+inline void LZWDecoder::Expand(const String& inString, std::uint8_t* outPixels) const {
+    std::uint8_t* place = outPixels + (inString.mLength - 1U) / km_TailSize * km_TailSize;
+    std::memcpy(place, &inString.mTail, km_TailSize);
+    for (const String* string = &inString; place > outPixels;) {
+        string = &mStrings[string->mPrefix];
+        place -= km_TailSize;
+        std::memcpy(place, &string->mTail, km_TailSize);
     }
 }

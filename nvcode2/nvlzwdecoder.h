@@ -40,49 +40,67 @@ public:
     void End();
 
 private:
-    class RowCursor;
-
     static constexpr std::uint32_t km_MaxCodeSize = 12; // bits
     static constexpr std::uint32_t km_TableSize =
         4097; // one more than 12 bits can name; the last is never read
     static constexpr std::uint32_t km_MaxRoot = 255;
+    static constexpr std::uint32_t km_TailSize = 8;      // pixels
+    static constexpr std::uint32_t km_WindowSize = 8192; // pixels; 4096 to 32768 do not differ by 2 %
 
-    std::uint32_t ReadCode();
+    /** The string of a code, its last 1 to 8 pixels at hand: those from the last multiple of 8 on. Strings
+     * are so expanded in steps of eight pixels, and a string that is one pixel longer than another takes over
+     * either its tail or its code.
+     *
+     *  Length 0 marks a string that can never be expanded, because its prefix was not defined when it was
+     *  added. */
+    struct String {
+        std::uint64_t mTail = 0;   // the first pixel first in memory, zeros behind the last
+        std::uint16_t mPrefix = 0; // code of what stands before the tail
+        std::uint16_t mLength = 0; // pixels
+        std::uint8_t mFirst = 0;   // pixel
+    };
+
+    static constexpr std::uint32_t km_NoString = UINT32_MAX;
+
+    /** What changes with every code. */
+    struct State {
+        std::uint32_t mCodeSize = 0;                 // bits
+        std::uint32_t mNextCode = 0;                 // to be defined; stops at km_TableSize
+        std::uint32_t mPreviousCode = 0;             // decoded last: the next new string begins with it
+        std::uint32_t mPreviousFirst = 0;            // its first pixel
+        std::uint32_t mPreviousLength = km_NoString; // pixels; 0: not defined; km_NoString: after a clear
+    };
+
+    /** Bits read from sub-blocks and not taken yet, the next code's lowest. */
+    struct BitBuffer {
+        std::uint64_t mBits = 0; // above the count: bits of the byte at mBlockNext, or 0
+        std::uint32_t mCount = 0;
+    };
+
+    std::uint64_t DecodeRow(std::uint8_t* outRow, std::uint64_t inLength, std::uint64_t inWanted);
+    void FillWindow(std::uint32_t inWanted);
+    std::uint32_t ReadCode(BitBuffer& ioBits, std::uint32_t inCodeSize);
+    BitBuffer Refill(BitBuffer inBits, std::uint32_t inCodeSize);
     bool ReadBlock();
-    void ResetTable();
-    void StartString(std::uint32_t inRoot, RowCursor& ioCursor);
-    void ContinueString(std::uint32_t inCode, RowCursor& ioCursor);
-    void AddString(std::uint32_t inPrefix, std::uint32_t inSuffix);
-    void Deliver(std::uint32_t inCode, RowCursor& ioCursor);
-    std::uint8_t* ExpandBackwards(std::uint32_t inCode, std::uint8_t* outEnd) const;
-    void DeliverPending(RowCursor& ioCursor);
+    void AddString(State& ioState, std::uint32_t inPixel);
+    void Expand(const String& inString, std::uint8_t* outPixels) const;
 
     NvFileReader& mReader;
     std::uint32_t mMinimumCodeSize = 0; // bits
-    std::uint32_t mCodeSize = 0;        // bits
     std::uint32_t mClearCode = 0;
     std::uint32_t mEndCode = 0;
-    std::uint32_t mNextCode = 0; // next code to be defined; stops at km_TableSize
-    std::uint32_t mMaxCode = 0;  // 2^mCodeSize
-    std::uint32_t mPreviousCode = 0;
-    std::uint32_t mPreviousFirst = 0; // first pixel of the previous string
     bool mHasEnded = false;
+    State mState;
+    std::array<String, km_TableSize> mStrings{};
 
-    // String of a code: the string of its prefix, then its suffix. Length 0 marks a string that can never be
-    // expanded, because its prefix was not defined when it was added.
-    std::array<std::uint16_t, km_TableSize> mPrefix{};
-    std::array<std::uint16_t, km_TableSize> mLength{}; // pixels
-    std::array<std::uint8_t, km_TableSize> mSuffix{};
-    std::array<std::uint8_t, km_TableSize> mFirst{};
-
+    BitBuffer mBits;
     std::array<std::uint8_t, 255> mBlock{};
     std::uint32_t mBlockNext = 0;
     std::uint32_t mBlockEnd = 0;
-    std::uint64_t mAccumulator = 0;
-    std::uint32_t mBitCount = 0;
 
-    // The string that did not fit the rest of its row, in order; what is left of it starts at mPendingNext.
-    std::array<std::uint8_t, km_TableSize> mPending{};
-    std::uint32_t mPendingNext = 0;
-    std::uint32_t mPendingEnd = 0;
+    // Pixels decoded and not yet delivered lie from mWindowNext to mWindowEnd. Behind the window there is
+    // room for a longest string that begins in its last place, and for what expanding writes beyond it.
+    std::array<std::uint8_t, km_WindowSize + km_TableSize + km_TailSize> mWindow{};
+    std::uint32_t mWindowNext = 0;
+    std::uint32_t mWindowEnd = 0;
 };
