@@ -117,15 +117,15 @@ bool NvBitmapImage::FindContentBounds(NvRect& outBounds) const {
         const std::uint8_t* const row = pixels.Row(y);
         std::size_t first = 0;
         std::size_t stop = GetRowBytes();
-        while (first < stop && SetBits(row, first) == 0)
+        while (first < stop && BitsSetIn(row, first) == 0)
             ++first;
         if (first == stop)
             continue;
-        while (SetBits(row, stop - 1) == 0)
+        while (BitsSetIn(row, stop - 1) == 0)
             --stop;
         const auto left =
-            static_cast<int>(first * 8) + std::countl_zero(static_cast<std::uint8_t>(SetBits(row, first)));
-        const auto right = static_cast<int>(stop * 8) - std::countr_zero(SetBits(row, stop - 1));
+            static_cast<int>(first * 8) + std::countl_zero(static_cast<std::uint8_t>(BitsSetIn(row, first)));
+        const auto right = static_cast<int>(stop * 8) - std::countr_zero(BitsSetIn(row, stop - 1));
         GrowBounds(outBounds, left, right, static_cast<std::int32_t>(y));
     }
     return !outBounds.IsEmpty();

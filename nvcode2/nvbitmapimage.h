@@ -76,8 +76,8 @@ private:
     template <typename Mix>
     void MixMasked(const NvRect& inMaskRect, const std::uint8_t* inColors, std::uint32_t inColorRowBytes,
                    const NvPixelTarget& inTarget, Mix inMix) const;
-    /** The mask bits of byte inByte of a row, 1 for set, without those of the padding. */
-    unsigned SetBits(const std::uint8_t* inRow, std::size_t inByte) const {
+    /** Byte inByte of a row with a 1 for every set pixel, and 0 in the padding. */
+    unsigned BitsSetIn(const std::uint8_t* inRow, std::size_t inByte) const {
         const std::size_t left = mWidth - inByte * 8;
         const unsigned inside = left < 8 ? 0xFF00u >> left & 0xFFu : 0xFFu;
         return (inRow[inByte] ^ (mPolarity ? 0xFFu : 0u)) & inside;

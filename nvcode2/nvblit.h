@@ -5,11 +5,11 @@
 /** Conversions between ways to keep pixels in memory, row by row, in place or into the caller's memory.
  *
  *  Rows begin inSrcRowBytes and inDstRowBytes apart. A width or height of zero does nothing and needs no
- *  pointers; otherwise null pointers and, with it, row bytes of zero are assertions. Source and destination
- * do not overlap. Samples of 16 bits are little-endian.
+ *  pointers; otherwise null pointers and, with it, row bytes of zero are assertions. Source and
+ *  destination do not overlap. Samples of 16 bits are little-endian.
  *
- *  GIF itself needs none of the converters: they bring the layouts of uncompressed formats and of screens to
- *  those of the image classes. The channel routines serve the image classes. */
+ *  GIF itself needs none of the converters: they bring the layouts of uncompressed formats and of screens
+ *  to those of the image classes. The channel routines serve the image classes. */
 
 /** 5-5-5 pixels, red in bits 10-14, to 8 bits a channel, red first. Red and green repeat their top three bits
  *  below the five; blue repeats its low three, as MakeInverseColorMap does.
@@ -37,12 +37,12 @@ void NvConvert4BitTo8(const std::uint8_t* inSrcPtr, std::uint32_t inSrcRowBytes,
 void NvConvert4BitTo16(const std::uint8_t* inPixelPtr, std::uint16_t* outPixelPtr, std::uint32_t inCount);
 
 /** Removes channel inChannel of every pixel, closing the gaps. Channels are bytes; the pixels follow one
- * another before and after. Precondition: inChannel < inChannels. */
+ *  another before and after. Precondition: inChannel < inChannels. */
 void NvDropChannel(std::uint8_t* ioPixelPtr, std::uint32_t inCount, std::uint32_t inChannels,
                    std::uint32_t inChannel);
 
-/** Keeps the first inKeptChannels of every pixel, closing the gaps; nothing happens when there are no more.
- */
+/** Keeps the first inKeptChannels of every pixel, closing the gaps; nothing happens when there are no
+ *  more. */
 void NvKeepChannels(std::uint8_t* ioPixelPtr, std::uint32_t inCount, std::uint32_t inChannels,
                     std::uint32_t inKeptChannels);
 

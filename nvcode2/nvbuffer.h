@@ -5,9 +5,9 @@
 
 /** A block of memory that is used only between Lock and Unlock.
  *
- *  Unallocated -> allocated -> locked, any number of times, the outermost lock fixing the address. Misuse of
- *  that order is an assertion. Copying a buffer has no meaning; Clone makes an empty one of the same class.
- */
+ *  Unallocated -> allocated -> locked, any number of times, the outermost lock fixing the address. Misuse
+ *  of that order is an assertion. Copying a buffer has no meaning; Clone makes an empty one of the same
+ *  class. */
 class NvBaseBuffer {
 public:
     NvBaseBuffer() = default;

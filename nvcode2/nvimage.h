@@ -144,8 +144,8 @@ void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, cons
                 std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth);
 
 /** Copies a rectangle of pixels into wider ones, whose other channels are kept: source channel 0 goes to
- * channel inDstIndex. Channels of 8 or 16 bits; the rest as for NvCopyRect. Precondition: (inSrcChannels +
- * inDstIndex) <= inDstChannels. */
+ *  channel inDstIndex. Channels of 8 or 16 bits; the rest as for NvCopyRect. Precondition: (inSrcChannels
+ *  + inDstIndex) <= inDstChannels. */
 void NvCopyIntoChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
                         std::uint32_t inSrcChannels, std::uint8_t* outDstData, std::uint32_t inDstRowBytes,
                         const NvRect& inDstRect, std::uint32_t inDstChannels, std::uint32_t inDstIndex,

@@ -45,12 +45,12 @@ public:
     /** Averages colours and maps them back to the table, which must not be empty. */
     std::unique_ptr<NvImage> NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
                                              NvProgressIndicator* inIndicator) const override;
-    /** Makes the mask of the pixels whose index is another than inIndex; with the transparent index of a GIF
-     * frame these are the pixels it draws. */
+    /** Makes the mask of the pixels whose index is another than inIndex; with the transparent index of a
+     *  GIF frame these are the pixels it draws. */
     virtual NvBitmapImage MakeMask(std::uint8_t inIndex) const;
 
     /** The index at column inH, row inV. Preconditions: inside the image, not locked. For single pixels;
-     * loops lock the image. */
+     *  loops lock the image. */
     std::uint8_t GetPixel(std::uint32_t inH, std::uint32_t inV) const;
 
     /** Counts every pixel. Raises 27 for a null histogram, 21 when the image has no pixels or is locked. */
@@ -61,7 +61,7 @@ public:
     /** How many of the counts are not zero. Raises 27 for a null histogram. Precondition: inHistSize. */
     static std::uint32_t CountUsedColors(const std::uint32_t* inHistogram, std::uint32_t inHistSize);
     /** The first index whose count is zero, or inHistSize when outFound comes back false. Raises 27 for a
-     * null histogram. */
+     *  null histogram. */
     static std::uint32_t FindUnusedColor(const std::uint32_t* inHistogram, std::uint32_t inHistSize,
                                          bool& outFound);
 
@@ -76,17 +76,17 @@ public:
     std::uint32_t ChooseColorToMerge(std::uint32_t* ioHistogram, std::uint32_t inCandidates,
                                      std::uint32_t& outSrcIndex, std::uint32_t& outDstIndex) const;
     /** Gives every pixel of one index another; the table stays, the first entry is then unused.
-     * Preconditions: different, both in the table. */
+     *  Preconditions: different, both in the table. */
     void ReplaceIndex(std::uint32_t inSrcIndex, std::uint32_t inDstIndex);
     /** Rewrites every pixel p as inMap[p]; 256 bytes. Raises 27 for a null map. */
     void RemapIndices(const std::uint8_t* inMap);
 
-    /** The table without repeated colours and without entries that no pixel uses, and where each entry went.
-     *  Image and table stay as they are.
+    /** The table without repeated colours and without entries that no pixel uses, and where each entry
+     *  went. Image and table stay as they are.
      *
      *  A repeated colour whose first occurrence is unused makes indices collide: the first occurrence is
-     *  dropped from the numbering before the repetition revives it. Callers avoid that by giving the pixels
-     * of repeated colours to the first occurrence, as RemoveUnusedColors does.
+     *  dropped from the numbering before the repetition revives it. Callers avoid that by giving the
+     *  pixels of repeated colours to the first occurrence, as RemoveUnusedColors does.
      *
      *  @param inHistogram  a count per entry
      *  @param outMap       GetColorTable().GetSize() bytes: the new index of each entry
@@ -95,8 +95,8 @@ public:
     /** Drops repeated and unused colours from the table, the others keeping their order, and rewrites the
      *  pixels. The picture is unchanged. Raises 21 when the image has no pixels or is locked. */
     void RemoveUnusedColors();
-    /** RemoveUnusedColors, then gives up every colour nearer than inTolerance to one before it that is kept.
-     * A group is shown in its first member's colour; tolerance 0 merges nothing. */
+    /** RemoveUnusedColors, then gives up every colour nearer than inTolerance to one before it that is
+     *  kept. A group is shown in its first member's colour; tolerance 0 merges nothing. */
     void MergeSimilarColors(std::uint32_t inTolerance);
 
 private:

@@ -16,7 +16,7 @@ constexpr std::uint32_t km_CellsPerAxis = 32;
 constexpr std::size_t km_Levels = 5; // boxes of 32, 16, 8, 4 and 2 cells a side are divided
 
 /** The colour a cell stands for. Each rule rises with the component, so the colours of a box lie between
- * those of its first and its last cell. */
+ *  those of its first and its last cell. */
 NvColor CellColor(std::uint32_t inRed, std::uint32_t inGreen, std::uint32_t inBlue) {
     return {static_cast<std::uint8_t>(inRed * 8 + inRed / 4),
             static_cast<std::uint8_t>(inGreen * 8 + inGreen / 4),
@@ -47,12 +47,12 @@ struct Candidate {
 };
 
 /** Divides the grid into ever smaller boxes and keeps, for each, the entries that may be nearest to one of
- * its cells, until one is left.
+ *  its cells, until one is left.
  *
- *  The difference between a point's squared distances to two entries is linear in the point, so over a box it
- *  is extreme at a corner, and one test tells whether an entry is beaten in all of the box. The beater is the
- *  entry nearest to the box's centre. An entry as near everywhere is beaten by a lower index, as in a search
- *  over the whole palette. */
+ *  The difference between a point's squared distances to two entries is linear in the point, so over a box
+ *  it is extreme at a corner, and one test tells whether an entry is beaten in all of the box. The beater
+ *  is the entry nearest to the box's centre. An entry as near everywhere is beaten by a lower index, as in
+ *  a search over the whole palette. */
 class MapBuilder {
 public:
     MapBuilder(std::span<const NvColor> inColors, std::uint8_t* outInvMap)
@@ -84,7 +84,7 @@ private:
     }
 
     /** Measures every candidate's distance to the centre of a box. Lengths are doubled and squares
-     * quadrupled, since a centre may lie between two levels. */
+     *  quadrupled, since a centre may lie between two levels. */
     static Candidate FindNearest(const Box& inBox, std::span<Candidate> ioCandidates) {
         const NvColor low = inBox.First();
         const NvColor high = inBox.Last();

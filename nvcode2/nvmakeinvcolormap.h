@@ -18,9 +18,9 @@ constexpr std::uint32_t NvInverseColorMapCell(NvColor inColor) {
 
 /** Builds the map of a palette.
  *
- *  A cell stands for the colour whose 5-bit channels are widened to 8: red and green repeat their top three
- *  bits, blue repeats its low three. The blue rule decides which entry some cells get, so it stays as it is.
- * The nearest entry has the least squared RGB distance; among equals the lowest index wins.
+ *  A cell stands for the colour whose 5-bit channels are widened to 8: red and green repeat their top
+ *  three bits, blue repeats its low three. The blue rule decides which entry some cells get, so it stays
+ *  as it is. The nearest entry has the least squared RGB distance; among equals the lowest index wins.
  *
  *  @param inTablePtr  at least one entry; of an index above 255 the low eight bits are stored
  *  @param outInvMap   km_InverseColorMapSize bytes of the caller's

@@ -14,6 +14,7 @@
 namespace {
 
 constexpr std::uint64_t km_MaxBytes = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint32_t km_MaxSide = std::numeric_limits<std::int32_t>::max(); // of a rectangle
 
 std::uint64_t PackedRowBytes64(std::uint16_t inChannelDepth, std::uint16_t inNumChannels,
                                std::uint32_t inWidth) {
@@ -118,6 +119,8 @@ void NvRealImage::AllocateBuffer() {
 }
 
 void NvRealImage::AllocateRows(std::uint32_t inRowBytes) {
+    if (mWidth > km_MaxSide || mHeight > km_MaxSide)
+        NvThrow(NvErrorCode::km_OutOfMemory);
     const std::uint32_t size = CheckedBytes(std::uint64_t{mHeight} * inRowBytes);
     if (!mBufferPtr)
         mBufferPtr = NvMakeUnique<NvBuffer>();

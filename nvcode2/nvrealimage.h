@@ -18,8 +18,8 @@ enum class NvMaskRule {
     km_OnlyThis, ///< this mask and not in the other
 };
 
-/** Bytes in a row of inWidth pixels; raises 2 when they do not fit 32 bits. Preconditions: the depth is 1, 8
- * or 16 bits, the channel count not 0. */
+/** Bytes in a row of inWidth pixels; raises 2 when they do not fit 32 bits. Preconditions: the depth is 1,
+ *  8 or 16 bits, the channel count not 0. */
 using NvRowBytesProc = std::uint32_t (*)(std::uint16_t inChannelDepth, std::uint16_t inNumChannels,
                                          std::uint32_t inWidth);
 
@@ -33,10 +33,10 @@ std::uint32_t NvAlignedRowBytes(std::uint16_t inChannelDepth, std::uint16_t inNu
 
 /** An image with pixels: one buffer of mHeight rows, top row first, no gap between them.
  *
- *  Pixels are touched only while the buffer is locked (NvPixelLock). Whatever allocates raises 2 when memory
- * is out or a size does not fit a buffer, and leaves the image as it was. The operations that only some of
- * the concrete images have are declared here too: one that a class lacks fails an assertion or raises 37, as
- * its comment says. */
+ *  Pixels are touched only while the buffer is locked (NvPixelLock). Whatever allocates raises 2 when
+ *  memory is out or a size does not fit a buffer, and leaves the image as it was. The operations that only
+ *  some of the concrete images have are declared here too: one that a class lacks fails an assertion or
+ *  raises 37, as its comment says. */
 class NvRealImage : public NvImage {
 public:
     /** A zeroed image.
@@ -66,15 +66,15 @@ public:
     std::unique_ptr<NvImage> NewVerticalMirror() const override;
 
     /** Writes a rectangle's colours at a point of the caller's pixels. Precondition, as one assertion: the
-     *  rectangle is not empty and inside the image, the layout's positions are distinct and below its pixel
-     * size, and the target's row holds the pixels from the point on. Like the other transfers below, no
-     * caller yet in the program: for whoever shows pictures. */
+     *  rectangle is not empty and inside the image, the layout's positions are distinct and below its
+     *  pixel size, and the target's row holds the pixels from the point on. Like the other transfers
+     *  below, no caller yet in the program: for whoever shows pictures. */
     virtual void ReadColors(const NvRect& inSourceRect, const NvPixelTarget& inTarget) const;
     /** The same for the pixels that a mask of the image's size has set; the others stay. */
     virtual void ReadMaskedColors(const NvRect& inSourceRect, const NvBitmapImage& inMask,
                                   const NvPixelTarget& inTarget) const;
-    /** Copies one channel of a rectangle into packed rows of the caller's, and the other way round. Channels
-     * of 8 or 16 bits. */
+    /** Copies one channel of a rectangle into packed rows of the caller's, and the other way round.
+     *  Channels of 8 or 16 bits. */
     virtual void ReadChannel(std::uint32_t inChannel, const NvRect& inSourceRect, std::uint8_t* outData,
                              std::uint32_t inDestRowBytes) const;
     virtual void WriteChannel(std::uint32_t inChannel, const NvRect& inDestRect, const std::uint8_t* inData,
@@ -82,18 +82,18 @@ public:
     /** Exchanges two channels of 8 bits. */
     virtual void SwapChannels(std::uint32_t inChannelA, std::uint32_t inChannelB);
 
-    /** The smallest rectangle that holds every pixel that is not background; false, and an empty rectangle,
-     * when there is none. A class without a background fails here. */
+    /** The smallest rectangle that holds every pixel that is not background; false, and an empty
+     *  rectangle, when there is none. A class without a background fails here. */
     virtual bool FindContentBounds(NvRect& outBounds) const;
     /** Combines a mask, pixel by pixel, with another of the same size. Other classes fail here. */
     virtual void Combine(const NvBitmapImage& inMask, NvMaskRule inRule);
     /** Exchanges the palette: every colour becomes the one the map gives for it. Classes without a palette
-     * fail here.
+     *  fail here.
      *  @param inTablePtr  the new palette
      *  @param inInvMap    its map, see MakeInverseColorMap */
     virtual void MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap);
     /** Writes colours through a mask: where it is set, the caller's colour goes into the caller's pixels.
-     * Classes other than the mask raise 37.
+     *  Classes other than the mask raise 37.
      *
      *  @param inMaskRect       the part of the mask; one without rows does nothing
      *  @param inColors         packed RGB pixels for that part, red first
@@ -102,14 +102,14 @@ public:
     virtual void WriteMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
                              std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget) const;
     /** The same, mixed with what is there: inOpacity 0 keeps it, 1 replaces it, and what lies between is
-     * rounded to 1/256. Beyond the ends counts as the end. */
+     *  rounded to 1/256. Beyond the ends counts as the end. */
     virtual void BlendMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
                              std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget,
                              double inOpacity) const;
     /** Turns the picture into its negative. Classes that cannot raise 37. */
     virtual void Invert();
-    /** The picture resampled to another size by area average (see nvresize.h). Classes that cannot raise 37;
-     * code 3 when the indicator, which may be null, stops the work. */
+    /** The picture resampled to another size by area average (see nvresize.h). Classes that cannot raise
+     *  37; code 3 when the indicator, which may be null, stops the work. */
     virtual std::unique_ptr<NvImage> NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
                                                      NvProgressIndicator* inIndicator) const;
 
@@ -120,6 +120,7 @@ public:
     /** Whether there are pixels: a size that is not zero, and memory for it. */
     bool IsAllocated() const;
     bool IsLocked() const { return mBufferPtr && mBufferPtr->IsLocked(); }
+    /** The whole image as a rectangle. */
     NvRect GetBounds() const;
 
     /** The first byte of the top row, until the matching Unlock. Prefer NvPixelLock. */
@@ -136,7 +137,7 @@ protected:
     void ResetFields() noexcept override;
     /** Brings the buffer to mHeight rows of CalcRowBytes; one that has that size already is kept as it is. */
     virtual void AllocateBuffer();
-    /** Releases the pixels, also under a lock. */
+    /** Releases the pixels, and before that one lock if there is any. */
     virtual void FreeBuffer();
     virtual std::uint32_t CalcRowBytes() const;
 
@@ -160,8 +161,8 @@ private:
     NvRowBytesProc mRowBytesProc;
 };
 
-/** Locks an image's pixels for the life of a scope. Borrows the image, whose size must not change meanwhile.
- */
+/** Locks an image's pixels for the life of a scope. Borrows the image, whose size must not change
+ *  meanwhile. */
 class NvPixelLock {
 public:
     explicit NvPixelLock(NvRealImage& ioImage)

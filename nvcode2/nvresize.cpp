@@ -20,7 +20,7 @@ struct Sizes {
 };
 
 /** The input pixels from start to stop - 1 that one output pixel covers along an axis, and how much of the
- * first, the last and those between, in the axis's units. A single pixel is the first. */
+ *  first, the last and those between, in the axis's units. A single pixel is the first. */
 struct Span {
     std::uint32_t start, stop;
     std::uint64_t first, between, last;
@@ -81,7 +81,8 @@ public:
         : mPixels(inPixels), mCount(inCount), mArea(inColumns.GetOutUnits() * inRows.GetOutUnits()) {
         for (std::uint32_t x = 0; x < inCount; ++x) {
             mSpans[x] = inColumns.GetSpan(inFirst + x);
-            const auto [jStart, jStop] = std::pair(mSpans[x].start, mSpans[x].stop);
+            const std::uint32_t jStart = mSpans[x].start;
+            const std::uint32_t jStop = mSpans[x].stop;
             NvAssert(jStart < inWidth);
             NvAssert(jStop <= inWidth);
         }
@@ -154,7 +155,8 @@ void Resample(const Pixels& inPixels, const Sizes& inSizes, NvProgressIndicator*
         Strip<Channels, Pixels> strip(inPixels, columns, rows, first, count, inWidth);
         for (std::uint32_t y = 0; y < outHeight; ++y) {
             const Span span = rows.GetSpan(y);
-            const auto [iStart, iStop] = std::pair(span.start, span.stop);
+            const std::uint32_t iStart = span.start;
+            const std::uint32_t iStop = span.stop;
             NvAssert(iStart < inHeight);
             NvAssert(iStop <= inHeight);
             const auto* const pixels = strip.GetRow(span);

@@ -12,7 +12,7 @@ class NvProgressIndicator;
 /** A true-colour image: red, green and blue bytes per pixel, rows without padding.
  *
  *  The optimizer works on indices alone and has no use for it; it is where pictures of other formats come
- * from and where pictures to be shown go. */
+ *  from and where pictures to be shown go. */
 class NvRGBImage : public NvRealImage {
 public:
     /** 0 by 0 pixels. */

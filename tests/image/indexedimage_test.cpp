@@ -106,6 +106,8 @@ TEST(IndexedImage, MaskedHistogramsCountSetPixelsOnly) {
             const NvPixelLock bits(mask);
             std::fill(bits.Row(1), bits.Row(2), std::uint8_t{0xFF});
             std::fill(bits.Row(2), bits.Row(3), std::uint8_t{0x00});
+            std::fill(bits.Row(3), bits.Row(4), std::uint8_t{0xFE});
+            std::fill(bits.Row(4), bits.Row(5), std::uint8_t{0x01});
         }
         std::vector<std::uint32_t> expected(256, 0);
         for (std::uint32_t y = 0; y < 5; ++y)

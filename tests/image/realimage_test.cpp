@@ -82,6 +82,7 @@ TEST(RealImage, ASizeThatFitsNoBufferChangesNothing) {
     EXPECT_EQ(image.GetWidth(), 2u);
     EXPECT_EQ(BytesOf(image), bytes);
     EXPECT_EQ(CodeOf([] { MakeImage(0xFFFFFFFF, 0xFFFFFFFF, 8, 4); }), 2u);
+    EXPECT_EQ(CodeOf([] { NvBitmapImage(0x80000000, 1); }), 2u) << "no rectangle is that wide";
 }
 
 TEST(RealImage, PixelsAreTouchedUnderALockOnly) {

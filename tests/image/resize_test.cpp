@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
+#include <cstdlib>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
