@@ -12,14 +12,16 @@
 
 namespace {
 
-constexpr int km_Levels = 8;
+// A tree of so many leaves takes about 30 MB. When there are more colours, those that differ in their lowest
+// bits alone share one; the palette is made from far fewer.
+constexpr std::uint32_t km_MaxLeaves = 131072;
 
 // Leaves left for the pairwise merge, whose time grows with their square. From 512 on the palettes are as
 // good as those of merging all colours; 1024 costs about ten milliseconds.
 constexpr std::size_t km_LeavesToMerge = 1024;
 
 std::uint32_t ChildSlot(NvColor inColor, int inLevel) {
-    const int shift = km_Levels - 1 - inLevel;
+    const int shift = 7 - inLevel;
     return ((inColor.red >> shift) & 1U) << 2 | ((inColor.green >> shift) & 1U) << 1 |
            ((inColor.blue >> shift) & 1U);
 }
@@ -66,24 +68,41 @@ void NvQuantOctree::AddColor(NvColor inColor, std::uint64_t inWeight) {
     pixels.mSquares =
         (inColor.red * inColor.red + inColor.green * inColor.green + inColor.blue * inColor.blue) * inWeight;
 
+    AddCluster(inColor, pixels);
+    while (mLeafCount > km_MaxLeaves)
+        DropLowestLevel();
+}
+
+void NvQuantOctree::AddCluster(NvColor inPlace, const Cluster& inCluster) {
     std::uint32_t node = 0;
-    mNodes[node].mCluster.Add(pixels);
-    for (int level = 0; level < km_Levels; ++level) {
-        const std::uint32_t slot = ChildSlot(inColor, level);
+    mNodes[node].mCluster.Add(inCluster);
+    for (int level = 0; level < mLevels; ++level) {
+        const std::uint32_t slot = ChildSlot(inPlace, level);
         if (mNodes[node].mChildren[slot] == 0) {
             const auto child = static_cast<std::uint32_t>(mNodes.size());
             mNodes[node].mChildren[slot] = child;
             mNodes.emplace_back();
             mNodes[child].mParent = node;
-            mNodes[child].mIsLeaf = level == km_Levels - 1;
+            mNodes[child].mIsLeaf = level == mLevels - 1;
             if (mNodes[child].mIsLeaf)
-                ++mColorCount;
+                ++mLeafCount;
             else
                 ++mNodes[node].mOpenChildren;
         }
         node = mNodes[node].mChildren[slot];
-        mNodes[node].mCluster.Add(pixels);
+        mNodes[node].mCluster.Add(inCluster);
     }
+}
+
+// A cluster's mean lies in its own cell, so it leads to the cell above as well. How many levels are left
+// depends on all the colours, not on the order in which they came.
+void NvQuantOctree::DropLowestLevel() {
+    const std::vector<Node> nodes = std::exchange(mNodes, std::vector<Node>(1));
+    mLeafCount = 0;
+    --mLevels;
+    for (const Node& node : nodes)
+        if (node.mIsLeaf)
+            AddCluster(node.mCluster.Mean(), node.mCluster);
 }
 
 void NvQuantOctree::AddHistogram(const NvColorTable& inTable, const std::uint32_t* inHistogram) {
@@ -92,7 +111,7 @@ void NvQuantOctree::AddHistogram(const NvColorTable& inTable, const std::uint32_
 }
 
 NvColorTable NvQuantOctree::MakeTable() const {
-    std::vector<Cluster> clusters = ThinOut(mColorCount <= mTableSize ? mColorCount : km_LeavesToMerge);
+    std::vector<Cluster> clusters = ThinOut(mLeafCount <= mTableSize ? mLeafCount : km_LeavesToMerge);
     MergePairs(clusters, mTableSize);
 
     std::vector<std::pair<std::uint64_t, NvColor>> colors;
@@ -109,6 +128,17 @@ NvColorTable NvQuantOctree::MakeTable() const {
     for (std::uint32_t i = 0; i < table.GetSize(); ++i)
         table.SetColor(i, colors[i].second);
     return table;
+}
+
+// At worst no two colours share a cell before they have to. The tree is there twice, as it was added and as
+// it is thinned, one of them with room to grow; what the thinning notes down is less than another one.
+std::uint64_t NvQuantOctree::EstimateMemory(std::uint64_t inColors) {
+    constexpr std::uint64_t km_Trees = 4;
+    const std::uint64_t leaves = std::min<std::uint64_t>(inColors, km_MaxLeaves);
+    std::uint64_t nodes = 1;
+    for (int level = 1; level <= 8; ++level)
+        nodes += std::min(std::uint64_t{1} << 3 * level, leaves);
+    return nodes * km_Trees * sizeof(Node);
 }
 
 // Turns nodes whose children are all leaves into leaves, the one that adds the least error first, until few
@@ -145,7 +175,7 @@ std::vector<NvQuantOctree::Cluster> NvQuantOctree::ThinOut(std::size_t inLeaves)
         candidates.push({addedError(inNode), cluster.mWeight, key, inNode});
     };
 
-    std::size_t leaves = mColorCount;
+    std::size_t leaves = mLeafCount;
     if (leaves > inLeaves)
         for (std::uint32_t node = 0; node < nodes.size(); ++node)
             if (!nodes[node].mIsLeaf && nodes[node].mOpenChildren == 0)

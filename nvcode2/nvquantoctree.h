@@ -8,10 +8,11 @@
 
 /** Builds the palette that shows a weighted set of colours with little error.
  *
- *  An octree of eight levels holds one leaf per exact colour. When there are more than the palette may have,
- * the tree is first thinned to about a thousand leaves, then the leaves are merged two by two; each time the
- * step is taken that adds the least squared error, weighted by pixels. With no more colours than entries the
- * palette holds exactly those.
+ *  An octree of eight levels holds one leaf per exact colour; past 131,072 of them it gives up its lowest
+ * level, so that no input makes it grow without end. When there are more leaves than the palette may have,
+ * the tree is first thinned to about a thousand, then the leaves are merged two by two; each time the step is
+ * taken that adds the least squared error, weighted by pixels. With no more colours than entries the palette
+ * holds exactly those.
  *
  *  Same input, same palette, on every platform and in whatever order equal colours were added.
  *
@@ -32,6 +33,9 @@ public:
 
     /** The palette, the colour with the most pixels first; empty when nothing was added. */
     NvColorTable MakeTable() const;
+
+    /** Bytes that quantizing so many distinct colours takes at most, MakeTable included. */
+    static std::uint64_t EstimateMemory(std::uint64_t inColors);
 
 private:
     /** Pixels taken together: enough to know their mean and their squared error around it. */
@@ -55,10 +59,13 @@ private:
         bool mIsLeaf = false;
     };
 
+    void AddCluster(NvColor inPlace, const Cluster& inCluster);
+    void DropLowestLevel();
     std::vector<Cluster> ThinOut(std::size_t inLeaves) const;
     static void MergePairs(std::vector<Cluster>& ioClusters, std::size_t inCount);
 
     std::uint32_t mTableSize;
-    std::uint32_t mColorCount = 0; // distinct colours
+    int mLevels = 8;              // below the root
+    std::uint32_t mLeafCount = 0; // distinct colours, as far as mLevels tells them apart
     std::vector<Node> mNodes;
 };

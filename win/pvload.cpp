@@ -5,6 +5,7 @@
 
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvinterlace.h"
+#include "nvcode2/nvquantoctree.h"
 #include "win/pvprogress.h"
 
 namespace {
@@ -92,6 +93,7 @@ void PvFrameReader::CheckFrames() {
         const std::uint64_t pixels = std::uint64_t{info.mWidth} * info.mHeight;
         mPixelsOfAllFrames += pixels;
         mPixelsOfLargestFrame = std::max(mPixelsOfLargestFrame, pixels);
+        mColorsOfAllFrames += std::min<std::uint64_t>(pixels, 256);
         mRestoresPrevious = mRestoresPrevious || info.RestoresPrevious();
     }
 }
@@ -100,10 +102,15 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
     constexpr std::uint64_t km_PerFrame = 4096; // tables, records and bookkeeping
     constexpr std::uint64_t km_PerScreenPixel =
         20; // two canvases with what they restore, differencing, coverage
+    constexpr std::uint64_t km_PerCanvasColor = 128; // counting and looking up what a restored canvas shows
     const std::uint64_t screen = std::uint64_t{GetScreenWidth()} * GetScreenHeight();
     const std::uint64_t frames = mRestoresPrevious ? screen * GetFrameCount() : mPixelsOfAllFrames;
     const std::uint64_t largest = mRestoresPrevious ? screen : mPixelsOfLargestFrame;
-    return frames + frames / 8 + GetFrameCount() * km_PerFrame + 4 * largest + screen * km_PerScreenPixel;
+    const std::uint64_t canvasColors = mRestoresPrevious ? std::min(screen, mColorsOfAllFrames) : 0;
+    const std::uint64_t colors =
+        mRestoresPrevious ? 256 * std::uint64_t{GetFrameCount()} : mColorsOfAllFrames;
+    return frames + frames / 8 + GetFrameCount() * km_PerFrame + 4 * largest + screen * km_PerScreenPixel +
+           canvasColors * km_PerCanvasColor + NvQuantOctree::EstimateMemory(colors);
 }
 
 std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {

@@ -23,8 +23,8 @@ public:
     std::uint32_t GetScreenHeight() const { return mFile.GetScreenHeight(); }
     std::shared_ptr<NvGIFGlobalInfo> ShareGlobalInfo() const { return mFile.GetGlobalInfo(); }
 
-    /** Bytes that optimizing this file will need at the same time, at most: every frame, its working copies
-     * and the canvases that the result is checked on. */
+    /** Bytes that optimizing this file will need at the same time, at most: every frame, its working copies,
+     * the colours to choose the palette from and the canvases that the result is checked on. */
     std::uint64_t EstimateMemory() const;
 
     /** @throws NvErrorCode  28 and 18 for corrupt image data, 2 */
@@ -37,7 +37,8 @@ private:
     NvGIFFile mFile;
     std::uint64_t mPixelsOfAllFrames = 0;
     std::uint64_t mPixelsOfLargestFrame = 0;
-    bool mRestoresPrevious = false; // some frame does, so all of them may become as large as the screen
+    std::uint64_t mColorsOfAllFrames = 0; // as many as can differ
+    bool mRestoresPrevious = false;       // some frame does, so all of them may become as large as the screen
 };
 
 /** Loads a whole GIF file.
