@@ -1,0 +1,150 @@
+// Differencing: what the screen shows already is not drawn again, within the tolerance and not a level more.
+
+#include "tests/optimizer/optimizertest.h"
+#include "tests/support/randomgif.h"
+#include "win/pvdifference.h"
+#include "win/pvpalette.h"
+
+namespace {
+
+/** Entry 0 is grey 100; 1 to 3 are as far away from it as counts for the same, 4 and 5 a level further; 6 is
+ *  22 levels from 1 and 50 from 0; 9 is far from all others. */
+const TestTable km_Colors = {0x646464, 0x806464, 0x646480, 0x484848, 0x816464,
+                             0x646447, 0x966464, 0x636464, 0x000000, 0xFFFFFF};
+
+std::unique_ptr<NvAnimation> Difference(const std::vector<TestFrame>& inFrames) {
+    TestGIF gif = Movie(inFrames);
+    gif.mTable = km_Colors;
+    gif.mTable.resize(16);
+    auto animation = MakeAnimation(gif);
+    TestHost host;
+    PvProgress progress(host);
+    DifferenceFrames(*animation, km_DifferenceTolerance, 128, progress);
+    EXPECT_EQ(CompareGIFs(gif, Describe(*animation)).mDifference, "");
+    return animation;
+}
+
+TEST(Difference, PixelsThatHardlyChangeAreNotDrawnAgain) {
+    const struct {
+        const char* mName;
+        const char* mBefore;
+        const char* mNow;
+        const char* mExpected;
+    } cases[] = {
+        {"the same", "0000", "0000", "...."},
+        {"28 levels away in one channel", "0000", "1111", "...."},
+        {"28 in another", "0000", "2222", "...."},
+        {"28 in all, darker", "0000", "3333", "...."},
+        {"29 away", "0000", "4444", "4444"},
+        {"29 away, darker", "0000", "5555", "5555"},
+        {"nothing below", "0..0", "0000", ".00."},
+        {"undrawn pixels stay undrawn", "0000", "9..9", "9..9"},
+        {"a run of one is drawn after all", "000", "909", "909"},
+        {"of two", "0000", "9009", "9009"},
+        {"but not of three", "00000", "90009", "9...9"},
+        {"a run at the end stays", "0000", "9900", "99.."},
+        {"runs go on over the end of a row", "000 000", "990 099", "990 099"},
+        {"over two of them", "000 000 000", "990 000 099", "99. ... .99"},
+        {"the first pixel is never drawn again", "000", "099", ".99"},
+        {"nor with its neighbour, who is", "0000", "0099", ".099"},
+        {"a run that holds an undrawn pixel", "0000", "9.09", "9.09"},
+        {"one that ends with it", "0000", "90.9", "9..9"},
+    };
+    for (const auto& [name, before, now, expected] : cases) {
+        SCOPED_TRACE(name);
+        const auto animation = Difference({Picture(before), Picture(now)});
+        EXPECT_EQ(Rows(animation->GetFrame(0)), before) << "there is nothing below the first frame";
+        EXPECT_EQ(Rows(animation->GetFrame(1)), expected);
+    }
+}
+
+TEST(Difference, WhatAClearingFrameLeavesIsEmpty) {
+    TestFrame clearing = Picture("000", 1);
+    clearing.mDisposal = 2;
+    const auto animation = Difference({Picture("00000"), clearing, Picture("00000")});
+    EXPECT_EQ(Rows(animation->GetFrame(1)), "...");
+    EXPECT_EQ(Rows(animation->GetFrame(2)), ".000.");
+}
+
+TEST(Difference, DisposalBecomesLeaveUnlessItClears) {
+    for (const std::uint32_t disposal : {0u, 1u, 2u, 5u, 6u, 7u}) {
+        TestFrame frame = Picture("0");
+        frame.mDisposal = disposal;
+        const std::uint32_t expected = disposal == 2 ? 2 : 1;
+        EXPECT_EQ(Difference({frame})->GetFrame(0).GetInfo().mDisposal, expected) << disposal;
+    }
+}
+
+TEST(Difference, TheScreenFollowsPixelsThatAreDrawnAgain) {
+    // The middle pixel of the second frame is drawn again, so it shows entry 1 from then on.
+    const std::vector<TestFrame> frames = {Picture("0000000"), Picture("9991999")};
+    const auto third = [&](const char* inRows) {
+        std::vector<TestFrame> three = frames;
+        three.push_back(Picture(inRows));
+        return Rows(Difference(three)->GetFrame(2));
+    };
+    EXPECT_EQ(third("9996999"), ".......") << "near to what is shown, far from what was below";
+    EXPECT_EQ(third("9997999"), "...7...") << "near to what was below, far from what is shown";
+}
+
+TEST(Difference, ErrorsNeverAddUpBeyondTheTolerance) {
+    for (const int tolerance : {0, 8, 28}) {
+        std::size_t differing = 0;
+        for (std::uint32_t seed = 0; seed < 200; ++seed) {
+            SCOPED_TRACE(seed);
+            TestRandom random(seed);
+            TestGIF gif;
+            gif.mWidth = 1 + random.Below(30);
+            gif.mHeight = 1 + random.Below(20);
+            gif.mTable = Greys(2 + random.Below(119));
+            const auto colors = static_cast<std::uint32_t>(gif.mTable.size());
+            for (std::uint32_t i = 0; i < 6; ++i) {
+                TestFrame frame;
+                frame.mWidth = 1 + random.Below(gif.mWidth);
+                frame.mHeight = 1 + random.Below(gif.mHeight);
+                frame.mLeft = random.Below(gif.mWidth - frame.mWidth + 1);
+                frame.mTop = random.Below(gif.mHeight - frame.mHeight + 1);
+                frame.mPixels = RandomPixels(random, static_cast<TestTexture>(random.Below(km_TextureCount)),
+                                             frame.mWidth, frame.mHeight, colors);
+                frame.mTransparent = random.Chance(50) ? static_cast<int>(random.Below(colors)) : -1;
+                frame.mDisposal = random.Below(3);
+                gif.mFrames.push_back(frame);
+            }
+            const auto animation = MakeAnimation(gif);
+            TestHost host;
+            PvProgress progress(host);
+            DifferenceFrames(*animation, static_cast<std::uint32_t>(tolerance), 128, progress);
+            const TestComparison comparison = CompareGIFs(gif, Describe(*animation));
+            EXPECT_EQ(comparison.mDifference, "");
+            EXPECT_LE(comparison.mWorstChannel, tolerance);
+            differing += comparison.mDiffering;
+        }
+        EXPECT_EQ(differing > 0, tolerance > 0);
+    }
+}
+
+TEST(Difference, ThereIsRoomForTransparencyInAFullSharedTable) {
+    TestGIF gif;
+    gif.mWidth = 120;
+    gif.mHeight = 2;
+    gif.mTable = Greys(128);
+    for (std::uint32_t shift : {0u, 8u}) {
+        TestFrame frame;
+        frame.mWidth = 120;
+        frame.mHeight = 2;
+        for (std::uint32_t i = 0; i < 240; ++i)
+            frame.mPixels.push_back(static_cast<std::uint8_t>(i % 120 + (i < 120 ? shift : 0)));
+        gif.mFrames.push_back(frame);
+    }
+    gif.mFrames[1].mPixels[130] = 127;
+    const auto animation = MakeAnimation(gif);
+    TestHost host;
+    PvProgress progress(host);
+    DifferenceFrames(*animation, 0, 128, progress);
+    const TestGIF result = Describe(*animation);
+    EXPECT_EQ(CompareGIFs(gif, result).mDiffering, 0u);
+    EXPECT_GE(result.mFrames[1].mTransparent, 0);
+    EXPECT_EQ(result.mTable.size(), 128u);
+}
+
+} // namespace

@@ -1,0 +1,214 @@
+// Loading: whatever a file holds, what is drawn and in which colour is known afterwards, or the file is left
+// alone with the reason kept.
+
+#include <cerrno>
+
+#include "tests/optimizer/optimizertest.h"
+#include "tests/support/gifbytes.h"
+#include "win/pvload.h"
+
+namespace {
+
+constexpr std::uint64_t km_Plenty = std::uint64_t{1} << 30;
+
+class LoadTest : public OptimizerTest {
+protected:
+    std::unique_ptr<NvAnimation> Load(const std::string& inPath, std::uint64_t inMemoryLimit = km_Plenty) {
+        PvProgress progress(mHost);
+        NvColor background;
+        return LoadAnimation(inPath.c_str(), inMemoryLimit, progress, background);
+    }
+};
+
+TestFrame WithTransparent(TestFrame inFrame, int inIndex) {
+    inFrame.mTransparent = inIndex;
+    return inFrame;
+}
+
+TestFrame Cut(TestFrame inFrame, std::size_t inDelivered, bool inInterlaced) {
+    inFrame.mDelivered = inDelivered;
+    inFrame.mInterlaced = inInterlaced;
+    return inFrame;
+}
+
+TestGIF FourGreys(std::vector<TestFrame> inFrames) {
+    TestGIF gif = Movie(std::move(inFrames));
+    gif.mTable = Greys(4);
+    return gif;
+}
+
+TestFrame WithOwnTable(TestFrame inFrame) {
+    inFrame.mLocalTable = Greys(4);
+    return inFrame;
+}
+
+TEST_F(LoadTest, WhatIsShownIsWhatTheFileSays) {
+    const std::string tall = "0123 1032 2301 3210 0011 2233 0101 3232 1111";
+    const struct {
+        const char* mName;
+        TestGIF mGIF;
+    } cases[] = {
+        {"transparent index in the table", Movie({Picture("01.2 3..0")})},
+        {"transparent index that no pixel has", Movie({WithTransparent(Picture("0123"), 9)})},
+        {"transparent index beyond the table", FourGreys({Picture("01.2 1..0")})},
+        {"the same with every entry in use", FourGreys({Picture("01.2 3..0")})},
+        {"the same in a local table", FourGreys({WithOwnTable(Picture("01.2 3..0"))})},
+        {"nothing drawn", FourGreys({Picture(".. ..")})},
+        {"drawn indices beyond the table", FourGreys({Picture("0123 4567"), Picture("9.")})},
+        {"the same in a local table", FourGreys({WithOwnTable(Picture("0123 4567"))})},
+        {"the same with transparency beyond it too", FourGreys({Picture("0123 4.67")})},
+        {"data that ends early", FourGreys({Cut(Picture(tall), 14, false)})},
+        {"the same, interlaced", FourGreys({Cut(Picture(tall), 14, true)})},
+        {"no pixel at all", FourGreys({Cut(Picture("0123"), 0, false)})},
+        {"a shared table that a later frame outgrows",
+         FourGreys({Picture("0123"), Picture("3.0", 0, 1), Picture("5", 1, 1), Picture("0321.", 0, 2)})},
+    };
+    for (const auto& [name, gif] : cases) {
+        SCOPED_TRACE(name);
+        const TestComparison comparison = CompareGIFs(gif, Describe(*Load(Write(gif))));
+        EXPECT_EQ(comparison.mDifference, "");
+        EXPECT_EQ(comparison.mDiffering, 0u);
+    }
+}
+
+TEST_F(LoadTest, InterlacedRowsThatDidNotArriveAreUndrawnAtEveryHeight) {
+    for (std::uint32_t height = 1; height <= 9; ++height)
+        for (std::uint32_t delivered = 0; delivered <= 3 * height; ++delivered) {
+            std::string rows;
+            for (std::uint32_t y = 0; y < height; ++y)
+                rows += y > 0 ? " 123" : "123";
+            const TestGIF gif = FourGreys({Cut(Picture(rows), delivered, true)});
+            EXPECT_EQ(CompareGIFs(gif, Describe(*Load(Write(gif)))).mDifference, "")
+                << delivered << " pixels of height " << height;
+        }
+}
+
+TEST_F(LoadTest, TransparencyThatNothingUsesIsGone) {
+    const auto animation = Load(Write(Movie({WithTransparent(Picture("0123"), 9)})));
+    EXPECT_FALSE(animation->GetFrame(0).HasTransparency());
+}
+
+TEST_F(LoadTest, WhenAllColoursAreInUseTheLeastMissedGivesUpItsPlace) {
+    TestGIF gif;
+    gif.mWidth = 256;
+    gif.mHeight = 3;
+    gif.mTable = Greys(256);
+    gif.mTable[7] = gif.mTable[6] + 1; // one level of blue apart
+    TestFrame frame;
+    frame.mWidth = 256;
+    frame.mHeight = 3;
+    for (std::uint32_t i = 0; i < 256 * 3; ++i)
+        frame.mPixels.push_back(static_cast<std::uint8_t>(i));
+    frame.mDelivered = 512;
+    gif.mFrames = {frame};
+    const TestComparison comparison = CompareGIFs(gif, Describe(*Load(Write(gif))));
+    EXPECT_EQ(comparison.mDifference, "");
+    EXPECT_EQ(comparison.mDiffering, 2u);
+    EXPECT_EQ(comparison.mWorstChannel, 1);
+}
+
+TEST_F(LoadTest, WhatTheFileSaysBesidesPixelsIsKept) {
+    TestGIF gif = Movie({Picture("01"), Picture("2."), Picture("33")});
+    gif.mAspect = 49;
+    gif.mLoop = 7;
+    gif.mComments = {"one", std::string(600, 'x')};
+    gif.mFrames[0].mDelay = 65535;
+    gif.mFrames[1].mUserInput = true;
+    gif.mFrames[2].mInterlaced = true;
+    gif.mFrames[2].mDisposal = 2;
+    const TestGIF loaded = Describe(*Load(Write(gif)));
+    EXPECT_EQ(CompareGIFs(gif, loaded).mDifference, "");
+    EXPECT_EQ(loaded.mFrames[2].mDisposal, 2u);
+}
+
+TEST_F(LoadTest, BackgroundIsTheEntryNamedOrBlack) {
+    TestGIF gif = FourGreys({WithOwnTable(Picture("00"))});
+    const auto backgroundOf = [&] {
+        PvProgress progress(mHost);
+        NvColor background{1, 2, 3};
+        LoadAnimation(Write(gif).c_str(), km_Plenty, progress, background);
+        return NvPackColor(background);
+    };
+    gif.mBackground = 2;
+    EXPECT_EQ(backgroundOf(), 0xAAAAAAu);
+    gif.mBackground = 4;
+    EXPECT_EQ(backgroundOf(), 0u);
+    gif.mTable.clear();
+    EXPECT_EQ(backgroundOf(), 0u);
+}
+
+TEST_F(LoadTest, AFileThatNeedsTooMuchMemoryIsRefusedBeforeItsPixelsAreRead) {
+    const auto screenful = [](std::uint32_t inFrames, std::uint32_t inFrameSize, std::uint32_t inDisposal) {
+        const std::string noPixels = "\x02\x01\x2C\x00"s; // clear 4 and end 5 in codes of 3 bits
+        std::string bytes = GIFHeader(1000, 1000, 0x80) + GIFTable(2);
+        for (std::uint32_t i = 0; i < inFrames; ++i)
+            bytes += GIFControl(inDisposal << 2, 0, 0) + GIFDescriptor(0, 0, inFrameSize, inFrameSize, 0) +
+                     noPixels;
+        return bytes + ";";
+    };
+    const struct {
+        const char* mName;
+        std::string mBytes;
+        bool mFits;
+    } cases[] = {
+        {"a huge screen", GIFHeader(65535, 65535, 0x80) + GIFTable(2) + km_OnePixelFrame + ";", false},
+        {"one full frame", screenful(1, 1000, 0), true},
+        {"thousands of full frames", screenful(2000, 1000, 0), false},
+        {"thousands of small frames", screenful(2000, 1, 1), true},
+        {"thousands of small frames that would become full ones", screenful(2000, 1, 3), false},
+    };
+    for (const auto& [name, bytes, fits] : cases) {
+        SCOPED_TRACE(name);
+        mHost.mProgress.clear();
+        const std::string path = WriteTestFile(mFolder / "pictures/large.gif", bytes);
+        EXPECT_EQ(CodeOf([&] { Load(path); }), fits ? 0u : 2u);
+        EXPECT_EQ(mHost.mProgress.empty(), !fits);
+        if (fits)
+            continue;
+        mSettings.mMemoryLimit = km_Plenty;
+        EXPECT_EQ(CodeOf([&] { Optimize(path); }), 2u);
+        EXPECT_EQ(ReadTestFile(path), bytes);
+    }
+}
+
+TEST_F(LoadTest, ABadFileIsLeftAloneAndTheReasonKept) {
+    const std::string good = EncodeGIF(Movie({Picture("0123"), Picture("3210")}));
+    TestGIF outside = Movie({Picture("0123")});
+    outside.mWidth = 3;
+    TestGIF frameless = Movie({Picture("0")});
+    frameless.mFrames.clear();
+    const struct {
+        const char* mName;
+        std::string mBytes;
+        std::uint32_t mCode;
+    } cases[] = {
+        {"no GIF", "PNG" + good.substr(3), 32},
+        {"another version", "GIF90a" + good.substr(6), 33},
+        {"cut in the middle of a block", good.substr(0, good.size() - 3), 18},
+        {"a frame beyond the screen", EncodeGIF(outside), 28},
+        {"damaged data in the second frame", good.substr(0, good.size() - 5) + "\xFF\xFF\xFF" + "\0;"s, 28},
+        {"no frames", EncodeGIF(frameless), 28},
+    };
+    for (const auto& [name, bytes, code] : cases) {
+        SCOPED_TRACE(name);
+        const std::string path = WriteTestFile(mFolder / "pictures/bad.gif", bytes);
+        EXPECT_EQ(Optimize(path), bytes.size());
+        ASSERT_TRUE(mOutcome.mLoadError);
+        EXPECT_EQ(mOutcome.mLoadError->GetCode(), code);
+        EXPECT_EQ(ReadTestFile(path), bytes);
+        EXPECT_TRUE(mHost.mBackups.empty());
+    }
+}
+
+TEST_F(LoadTest, AFileThatCannotBeOpenedKeepsTheSystemsReason) {
+    std::filesystem::create_directory(mFolder / "folder.gif");
+    for (const auto& [name, systemError] : {std::pair{"missing.gif", ENOENT}, {"folder.gif", EISDIR}}) {
+        PvOptimizer optimizer(mPrefs, mHost);
+        EXPECT_EQ(optimizer.OptimizeGIFFile((mFolder / name).c_str(), 4711), 4711u);
+        ASSERT_TRUE(optimizer.GetOutcome().mLoadError);
+        EXPECT_EQ(optimizer.GetOutcome().mLoadError->GetCode(), 32u);
+        EXPECT_EQ(optimizer.GetOutcome().mLoadError->GetSystemError(), systemError);
+    }
+}
+
+} // namespace

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/codeof.h"
+#include "tests/support/testanimation.h"
+#include "tests/support/testfolder.h"
+#include "tests/support/testgif.h"
+#include "win/pvopt.h"
+#include "wnatom/wnpref.h"
+
+/** An optimizer in an environment of its own, over files of a fresh folder. */
+class OptimizerTest : public testing::Test {
+protected:
+    std::string Write(const TestGIF& inGIF, const std::string& inName = "pictures/test.gif") {
+        return WriteTestFile(mFolder / inName, EncodeGIF(inGIF));
+    }
+
+    /** Runs both passes. @return the size that the optimizer told */
+    std::uint32_t Optimize(const std::string& inPath) {
+        PvOptimizer optimizer(mPrefs, mHost, mSettings);
+        const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(inPath));
+        const std::uint32_t newSize = optimizer.OptimizeGIFFile(inPath.c_str(), size);
+        mOutcome = optimizer.GetOutcome();
+        EXPECT_EQ(newSize, std::filesystem::file_size(inPath)) << "the size told is not that of the file";
+        return newSize;
+    }
+
+    /** Names in a folder below the test's, in order. */
+    std::vector<std::string> Names(const std::string& inFolder) {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(mFolder / inFolder))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    TestFolder mFolder;
+    TestEnvironment mEnvironment{mFolder};
+    TestVariable mScratch{"TMPDIR", mFolder / "scratch"};
+    WnPref mPrefs{"Parvigif", "1.x"};
+    TestHost mHost;
+    PvOptSettings mSettings;
+    PvOutcome mOutcome;
+
+    OptimizerTest() { std::filesystem::create_directory(mFolder / "scratch"); }
+};

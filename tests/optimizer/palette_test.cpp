@@ -1,0 +1,173 @@
+// The palette: few colours stay exact, many are reduced within the limits, and no step changes what is drawn.
+
+#include <array>
+#include <set>
+
+#include "tests/optimizer/optimizertest.h"
+#include "tests/support/randomgif.h"
+#include "win/pvpalette.h"
+
+namespace {
+
+/** Full-screen frames of noise, each over a local table of its own. */
+TestGIF NoiseMovie(std::uint32_t inFrames, std::uint32_t inColors, std::uint32_t inSeed) {
+    TestRandom random(inSeed);
+    TestGIF gif;
+    gif.mWidth = 32;
+    gif.mHeight = 16;
+    for (std::uint32_t i = 0; i < inFrames; ++i) {
+        TestFrame frame;
+        frame.mWidth = 32;
+        frame.mHeight = 16;
+        for (std::uint32_t at = 0; at < 512; ++at)
+            frame.mPixels.push_back(static_cast<std::uint8_t>(at % inColors));
+        for (std::uint32_t at = 0; at < inColors; ++at)
+            frame.mLocalTable.push_back(random.Below(0x1000000));
+        gif.mFrames.push_back(frame);
+    }
+    return gif;
+}
+
+double BuildPalette(NvAnimation& ioAnimation, PvPaletteMode inMode = PvPaletteMode::km_Normal) {
+    TestHost host;
+    PvProgress progress(host);
+    const double error = BuildGlobalPalette(ioAnimation, inMode, progress);
+    for (NvGIFFrame& frame : ioAnimation)
+        frame.UpdateTransparency(ioAnimation.GetSharedTableOf(frame), PvPaletteLimit(inMode));
+    return error;
+}
+
+std::size_t CountColors(const TestFrame& inFrame) {
+    std::set<std::uint8_t> used(inFrame.mPixels.begin(), inFrame.mPixels.end());
+    if (inFrame.mTransparent >= 0)
+        used.erase(static_cast<std::uint8_t>(inFrame.mTransparent));
+    return used.size();
+}
+
+TEST(Palette, LimitsHoldInEveryModeAndTheErrorIsTold) {
+    const struct {
+        PvPaletteMode mMode;
+        std::uint32_t mShared;
+        std::uint32_t mPerFrame;
+    } cases[] = {{PvPaletteMode::km_Full, 256, 256},
+                 {PvPaletteMode::km_Normal, 128, 120},
+                 {PvPaletteMode::km_Strong, 64, 60}};
+    for (const auto& [mode, shared, perFrame] : cases)
+        for (const std::uint32_t frames : {1u, 3u}) {
+            const TestGIF gif = NoiseMovie(frames, 256, frames);
+            const auto animation = MakeAnimation(gif);
+            const double error = BuildPalette(*animation, mode);
+            const TestGIF result = Describe(*animation);
+            EXPECT_EQ(result.mTable.size(), shared);
+            for (const TestFrame& frame : result.mFrames) {
+                EXPECT_TRUE(frame.mLocalTable.empty());
+                EXPECT_LE(CountColors(frame), perFrame);
+            }
+            EXPECT_NEAR(CompareGIFs(gif, result).mWorstMean, error, 1e-9);
+            EXPECT_EQ(error == 0.0, mode == PvPaletteMode::km_Full && frames == 1);
+        }
+}
+
+TEST(Palette, ColoursThatFitStayExact) {
+    TestGIF gif = NoiseMovie(2, 64, 5);
+    gif.mFrames[1].mTransparent = 3;
+    const auto animation = MakeAnimation(gif);
+    EXPECT_EQ(BuildPalette(*animation), 0.0);
+    const TestComparison comparison = CompareGIFs(gif, Describe(*animation));
+    EXPECT_EQ(comparison.mDifference, "");
+    EXPECT_EQ(comparison.mDiffering, 0u);
+}
+
+TEST(Palette, ColoursThatNoPixelShowsTakeNoRoom) {
+    TestGIF gif = NoiseMovie(1, 200, 6);
+    for (std::uint8_t& pixel : gif.mFrames[0].mPixels)
+        pixel = static_cast<std::uint8_t>(pixel % 101);
+    gif.mFrames[0].mTransparent = 100;
+    const auto animation = MakeAnimation(gif);
+    EXPECT_EQ(BuildPalette(*animation), 0.0);
+    EXPECT_EQ(animation->GetGlobalInfo().mColorTable.GetSize(), 101u)
+        << "100 colours and a transparent entry";
+}
+
+TEST(Palette, AnAnimationThatDrawsNothingGetsOneEntry) {
+    const auto animation = MakeAnimation(Movie({Picture("..")}));
+    BuildPalette(*animation);
+    EXPECT_EQ(Describe(*animation).mTable, TestTable{0x000000});
+}
+
+TEST(Palette, OnlyColoursThatNobodyTellsApartMergeWithinAFrame) {
+    TestGIF gif = Movie({Picture("0123456..")});
+    gif.mTable = {0x646464, 0x666664, 0x676464, 0xFF0000, 0x646464, 0xFF0003, 0x00FF00};
+    gif.mTable.resize(16, 0x676466); // also the colour under the undrawn pixels
+    const auto animation = MakeAnimation(gif);
+    MergeSimilarFrameColours(*animation);
+    const NvGIFFrame& frame = animation->GetFrame(0);
+    EXPECT_EQ(Rows(frame), "0012034..");
+    EXPECT_EQ(frame.GetImage().GetColorTable().GetSize(), 5u);
+}
+
+TEST(Palette, ARepeatedColourGoesToItsFirstOccurrence) {
+    TestGIF gif = Movie({Picture("0123456789ab"), Picture("9a9b")});
+    gif.mTable[9] = gif.mTable[3];
+    gif.mFrames[1].mTransparent = 11;
+    const auto animation = MakeAnimation(gif);
+    MergeDuplicateColours(*animation);
+    EXPECT_EQ(Rows(animation->GetFrame(0)), "01234567839a");
+    EXPECT_EQ(Rows(animation->GetFrame(1)), "393.");
+    TestTable expected = gif.mTable;
+    expected.erase(expected.begin() + 9);
+    const NvColorTable& table = animation->GetGlobalInfo().mColorTable;
+    ASSERT_EQ(table.GetSize(), expected.size());
+    for (std::uint32_t i = 0; i < table.GetSize(); ++i)
+        EXPECT_EQ(table.GetColor(i).green, expected[i] >> 8 & 0xFF) << i;
+}
+
+TEST(Palette, SharedTableIsOrderedByFramesThenPixelsAndUnusedColoursGo) {
+    const TestGIF gif = Movie({Picture("4477777"), Picture("744449"), Picture("9.7"), Picture("7")});
+    const auto animation = MakeAnimation(gif);
+    OrderSharedTable(*animation, 128);
+    const TestGIF result = Describe(*animation);
+    EXPECT_EQ(result.mTable, (TestTable{gif.mTable[7], gif.mTable[4], gif.mTable[9]}));
+    EXPECT_EQ(CompareGIFs(gif, result).mDiffering, 0u);
+    EXPECT_EQ(result.mFrames[2].mTransparent, 1) << "the lowest free index";
+}
+
+TEST(Palette, FramesAreNarrowedToTheirHighestIndexAndTheSharedTableStays) {
+    TestGIF gif = Movie({Picture("0000"), Picture("3.00"), Picture("0009")});
+    gif.mFrames[1].mTransparent = 15;
+    gif.mFrames[2].mLocalTable = Greys(16);
+    const auto animation = MakeAnimation(gif);
+    NarrowTables(*animation);
+    std::vector<std::uint32_t> sizes;
+    for (const NvGIFFrame& frame : std::as_const(*animation))
+        sizes.push_back(frame.GetImage().GetColorTable().GetSize());
+    EXPECT_THAT(sizes, testing::ElementsAre(1, 16, 10));
+    EXPECT_EQ(animation->GetGlobalInfo().mColorTable.GetSize(), 16u);
+    Describe(*animation);
+}
+
+TEST(Palette, BackgroundIsTheNearestEntryTheLowestOfEquals) {
+    const struct {
+        TestTable mTable;
+        NvColor mBackground;
+        std::uint8_t mIndex;
+        TestTable mResult;
+    } cases[] = {
+        {{0x000000, 0xFF0000, 0xFF0000}, {250, 0, 0}, 1, {0x000000, 0xFF0000, 0xFF0000}},
+        {{0x000004, 0x000000}, {0, 0, 2}, 0, {0x000004, 0x000000}},
+        {{}, {1, 2, 3}, 0, {0x010203, 0x010203}},
+    };
+    for (const auto& [table, background, index, result] : cases) {
+        TestGIF gif = Movie({Picture("0")});
+        gif.mFrames[0].mLocalTable = Greys(2);
+        gif.mTable = table;
+        gif.mBackground = 77;
+        const auto animation = MakeAnimation(gif);
+        RestoreBackgroundIndex(*animation, background);
+        const TestGIF described = Describe(*animation);
+        EXPECT_EQ(described.mTable, result);
+        EXPECT_EQ(described.mBackground, index);
+    }
+}
+
+} // namespace

@@ -1,0 +1,161 @@
+// The swap search gives exactly what trying every pair by a whole encode gives.
+
+#include "tests/optimizer/optimizertest.h"
+#include "tests/support/randomgif.h"
+#include "tests/support/swapreference.h"
+#include "win/pvswap.h"
+
+namespace {
+
+std::unique_ptr<NvAnimation> MakeStill(const SwapReference& inFrame) {
+    TestFrame frame;
+    frame.mWidth = inFrame.mWidth;
+    frame.mHeight = inFrame.mHeight;
+    frame.mPixels = inFrame.mPixels;
+    frame.mTransparent = inFrame.mTransparent;
+    frame.mInterlaced = inFrame.mInterlaced;
+    TestGIF gif = Movie({frame});
+    gif.mTable = inFrame.mColors;
+    return MakeAnimation(gif);
+}
+
+PvPixelSwapper::Result Swap(PvPixelSwapper& ioSwapper, NvGIFFrame& ioFrame) {
+    return ioFrame.HasTransparency() ? ioSwapper.SwapPixelPairs(ioFrame, ioFrame.GetTransparentIndex())
+                                     : ioSwapper.SwapPixelPairs(ioFrame);
+}
+
+std::vector<std::uint8_t> PixelsOf(const NvGIFFrame& inFrame) {
+    const NvConstPixelLock pixels(inFrame.GetImage());
+    return {pixels.Row(0), pixels.Row(0) + std::size_t{inFrame.GetWidth()} * inFrame.GetHeight()};
+}
+
+SwapReference RandomFrame(std::uint32_t inSeed, std::uint32_t inMaxWidth, std::uint32_t inMaxHeight) {
+    TestRandom random(inSeed);
+    SwapReference frame;
+    frame.mWidth = 1 + random.Below(inMaxWidth);
+    frame.mHeight = 1 + random.Below(inMaxHeight);
+    const std::uint32_t colors = 2 + random.Below(random.Chance(80) ? 4 : 255);
+    const std::uint32_t step = random.Below(12);
+    for (std::uint32_t i = 0; i < colors; ++i) // mostly near enough to each other to be exchanged
+        frame.mColors.push_back(0x404040 + 0x010101 * (i * step % 64) + (random.Chance(10) ? 0x900000 : 0));
+    frame.mPixels = RandomPixels(random, static_cast<TestTexture>(random.Below(km_TextureCount)),
+                                 frame.mWidth, frame.mHeight, colors);
+    frame.mInterlaced = random.Chance(50);
+    frame.mTransparent = random.Chance(50) ? static_cast<int>(random.Below(colors)) : -1;
+    return frame;
+}
+
+TEST(Swap, SearchEqualsTheLiteralOneOnHundredsOfFrames) {
+    PvPixelSwapper swapper; // one for all, as the program uses it
+    std::uint32_t tried = 0;
+    std::uint32_t exchanged = 0;
+    for (std::uint32_t seed = 0; seed < 600; ++seed) {
+        SCOPED_TRACE(seed);
+        SwapReference reference = RandomFrame(seed, 60, 40);
+        const auto animation = MakeStill(reference);
+        NvGIFFrame& frame = animation->GetFrame(0);
+        const std::uint32_t candidates = PvPixelSwapper::CountSwapCandidates(frame);
+        EXPECT_EQ(candidates, reference.CountCandidates());
+        const PvPixelSwapper::Result result = Swap(swapper, frame);
+        EXPECT_EQ(result.mExchanged, reference.Search());
+        EXPECT_FALSE(result.mPostDithered);
+        ASSERT_EQ(PixelsOf(frame), reference.mPixels);
+        tried += candidates;
+        exchanged += result.mExchanged;
+    }
+    EXPECT_GT(tried, 10000u) << "frames that try nothing would show nothing";
+    EXPECT_GT(exchanged, 200u);
+}
+
+TEST(Swap, WhichPairsAreTried) {
+    const TestTable close = {0x202020, 0x282828, 0x303030, 0x383838};
+    const struct {
+        const char* mName;
+        const char* mRow;
+        TestTable mTable;
+        std::uint32_t mCandidates;
+    } cases[] = {
+        {"A B A from an odd column on", "00012300 00012133 00000000", close, 1},
+        {"from an even one", "00000000 00121333 00000000", close, 0},
+        {"from column 0", "00000000 12133333 00000000", close, 0},
+        {"up to the last column", "00000000 00000121 00000000", close, 0},
+        {"up to the one before", "000000000 000001210 000000000", close, 1},
+        {"A run of A before it", "00000000 00112133 00000000", close, 0},
+        {"the first and last rows", "00012133 00000000 00012133", close, 0},
+        {"channels 128 apart", "00000000 00010100 00000000", {0x000000, 0x000080}, 1},
+        {"129 apart", "00000000 00010100 00000000", {0x000000, 0x000081}, 0},
+        {"beside an edge of strength 176", "33333333 00010100 00000000", {0, 1, 2, 44}, 1},
+        {"of 180", "33333333 00010100 00000000", {0, 1, 2, 45}, 0},
+        {"too narrow a frame", "0000 0101 0000", close, 0},
+    };
+    for (const auto& [name, rows, table, candidates] : cases) {
+        SCOPED_TRACE(name);
+        TestGIF gif = Movie({Picture(rows)});
+        gif.mTable = table;
+        EXPECT_EQ(PvPixelSwapper::CountSwapCandidates(MakeAnimation(gif)->GetFrame(0)), candidates);
+    }
+}
+
+/** A flat frame with a number of places to try. */
+SwapReference WithCandidates(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inCount) {
+    SwapReference frame;
+    frame.mWidth = inWidth;
+    frame.mHeight = inHeight;
+    frame.mColors = {0x202020, 0x282828, 0x303030};
+    frame.mPixels.assign(std::size_t{inWidth} * inHeight, 0);
+    for (std::uint32_t i = 0; i < inCount; ++i) {
+        const std::size_t at =
+            (2 + i % (inHeight / 2 - 2) * 2) * std::size_t{inWidth} + 5 + i / (inHeight / 2 - 2) * 8;
+        frame.mPixels[at] = frame.mPixels[at + 2] = 1;
+    }
+    return frame;
+}
+
+TEST(Swap, MoreCandidatesThanTheSearchTakesOnArePostDithered) {
+    // 24,800,000 / 248 / 1000 = 100 candidates.
+    PvPixelSwapper swapper;
+    for (const std::uint32_t count : {100u, 101u}) {
+        SwapReference reference = WithCandidates(248, 1000, count);
+        EXPECT_EQ(reference.CountCandidates(), count);
+        const auto animation = MakeStill(reference);
+        NvGIFFrame& frame = animation->GetFrame(0);
+        EXPECT_EQ(PvPixelSwapper::HasTooManyCandidates(frame), count > 100);
+        const PvPixelSwapper::Result result = swapper.SwapPixelPairs(frame);
+        EXPECT_EQ(result.mPostDithered, count > 100);
+        if (count > 100)
+            reference.PostDither();
+        else
+            reference.Search();
+        EXPECT_EQ(PixelsOf(frame), reference.mPixels);
+    }
+}
+
+TEST(Swap, PostDitheredPixelsAreKeptOnlyWhenTheyMakeTheFrameShorter) {
+    PvPixelSwapper swapper;
+    TestHost host;
+    PvProgress progress(host);
+    int kept = 0;
+    int putBack = 0;
+    for (std::uint32_t seed = 0; seed < 6; ++seed) {
+        TestRandom random(seed);
+        SwapReference reference;
+        reference.mWidth = reference.mHeight = 300;
+        reference.mColors = {0x202020, 0x282828, 0x303030, 0x383838};
+        reference.mPixels = RandomPixels(random, seed % 2 ? TestTexture::km_Noise : TestTexture::km_Dither,
+                                         300, 300, 2 + seed / 2);
+        reference.mTransparent = seed < 4 ? -1 : 1;
+        const auto animation = MakeStill(reference);
+        ASSERT_TRUE(PvPixelSwapper::HasTooManyCandidates(animation->GetFrame(0)));
+        SwapReference dithered = reference;
+        dithered.PostDither();
+        const bool isShorter = dithered.Estimate() < reference.Estimate();
+        const std::uint64_t exchanged = swapper.SwapAllFrames(*animation, progress);
+        EXPECT_EQ(PixelsOf(animation->GetFrame(0)), isShorter ? dithered.mPixels : reference.mPixels) << seed;
+        EXPECT_EQ(exchanged > 0, isShorter);
+        ++(isShorter ? kept : putBack);
+    }
+    EXPECT_GT(kept, 0);
+    EXPECT_GT(putBack, 0);
+}
+
+} // namespace

@@ -1,0 +1,158 @@
+#include "tests/support/testanimation.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/testfolder.h"
+
+namespace {
+
+NvColorTable MakeTable(const TestTable& inTable) {
+    NvColorTable table(static_cast<std::uint32_t>(inTable.size()));
+    for (std::uint32_t i = 0; i < table.GetSize(); ++i)
+        table.SetColor(i,
+                       {static_cast<std::uint8_t>(inTable[i] >> 16),
+                        static_cast<std::uint8_t>(inTable[i] >> 8), static_cast<std::uint8_t>(inTable[i])});
+    return table;
+}
+
+TestTable DescribeTable(const NvColorTable& inTable) {
+    TestTable table;
+    for (std::uint32_t i = 0; i < inTable.GetSize(); ++i) {
+        const NvColor& color = inTable.GetColor(i);
+        table.push_back(static_cast<std::uint32_t>(color.red << 16 | color.green << 8 | color.blue));
+    }
+    return table;
+}
+
+bool IsDrawn(const NvGIFFrame& inFrame, std::uint32_t inX, std::uint32_t inY) {
+    const NvConstPixelLock mask(inFrame.GetMask());
+    return NvBitmapImage::GetBit(mask.Row(inY), inFrame.GetMask().GetRowBytes(), inX, 0) != 0;
+}
+
+std::unique_ptr<NvGIFFrame> MakeFrame(const TestFrame& inFrame, const NvColorTable& inSharedTable) {
+    auto info = std::make_unique<NvGIFFrameInfo>();
+    info->mLeft = static_cast<std::uint16_t>(inFrame.mLeft);
+    info->mTop = static_cast<std::uint16_t>(inFrame.mTop);
+    info->mWidth = static_cast<std::uint16_t>(inFrame.mWidth);
+    info->mHeight = static_cast<std::uint16_t>(inFrame.mHeight);
+    info->mHasLocalTable = inFrame.mLocalTable.empty() ? 0 : 1;
+    info->mColorTable = MakeTable(inFrame.mLocalTable);
+    info->mInterlaced = inFrame.mInterlaced ? 1 : 0;
+    info->mDelay = static_cast<std::uint16_t>(inFrame.mDelay);
+    info->mUserInput = inFrame.mUserInput ? 1 : 0;
+    info->mDisposal = inFrame.mDisposal;
+    info->mHasTransparency = inFrame.mTransparent >= 0 ? 1 : 0;
+    info->mTransparentIndex = static_cast<std::uint8_t>(std::max(inFrame.mTransparent, 0));
+
+    NvIndexedImage image(inFrame.mWidth, inFrame.mHeight,
+                         info->mHasLocalTable ? info->mColorTable : inSharedTable);
+    NvBitmapImage mask(inFrame.mWidth, inFrame.mHeight, 0, 1);
+    {
+        const NvPixelLock pixels(image);
+        const NvPixelLock bits(mask);
+        for (std::uint32_t y = 0; y < inFrame.mHeight; ++y)
+            for (std::uint32_t x = 0; x < inFrame.mWidth; ++x) {
+                const std::uint8_t index = inFrame.mPixels[y * inFrame.mWidth + x];
+                pixels.Row(y)[x] = index;
+                NvBitmapImage::SetBit(bits.Row(y), mask.GetRowBytes(), x, 0,
+                                      index != inFrame.mTransparent ? 1 : 0);
+            }
+    }
+    return std::make_unique<NvGIFFrame>(std::move(image), std::move(mask), std::move(info));
+}
+
+void ExpectTablesAgree(const NvGIFFrame& inFrame, const NvColorTable& inSharedTable) {
+    const TestTable shown = DescribeTable(inFrame.GetImage().GetColorTable());
+    const NvGIFFrameInfo& info = inFrame.GetInfo();
+    const TestTable stored = DescribeTable(info.mHasLocalTable ? info.mColorTable : inSharedTable);
+    ASSERT_LE(shown.size(), stored.size());
+    EXPECT_TRUE(std::equal(shown.begin(), shown.end(), stored.begin()))
+        << "the frame shows other colours than its file would";
+}
+
+} // namespace
+
+std::unique_ptr<NvAnimation> MakeAnimation(const TestGIF& inGIF) {
+    auto info = std::make_shared<NvGIFGlobalInfo>();
+    info->mColorResolution = 8;
+    info->mHasGlobalTable = inGIF.mTable.empty() ? 0 : 1;
+    info->mColorTable = MakeTable(inGIF.mTable);
+    info->mBackgroundIndex = inGIF.mBackground;
+    info->mAspect = inGIF.mAspect;
+    info->mHasLoop = inGIF.mLoop ? 1 : 0;
+    info->mLoopCount = static_cast<std::uint16_t>(inGIF.mLoop.value_or(0));
+    for (const std::string& comment : inGIF.mComments)
+        info->AppendComment(comment);
+    auto animation = std::make_unique<NvAnimation>(info, inGIF.mWidth, inGIF.mHeight);
+    for (const TestFrame& frame : inGIF.mFrames)
+        animation->AddFrame(MakeFrame(frame, info->mColorTable));
+    return animation;
+}
+
+TestGIF Describe(const NvAnimation& inAnimation) {
+    TestGIF gif;
+    const NvGIFGlobalInfo& global = inAnimation.GetGlobalInfo();
+    gif.mWidth = inAnimation.GetScreenWidth();
+    gif.mHeight = inAnimation.GetScreenHeight();
+    if (global.mHasGlobalTable)
+        gif.mTable = DescribeTable(global.mColorTable);
+    gif.mBackground = global.mBackgroundIndex;
+    gif.mAspect = global.mAspect;
+    if (global.mHasLoop)
+        gif.mLoop = global.mLoopCount;
+    for (const NvList::Node* node = global.mComments.GetFirst(); node; node = node->GetNext())
+        gif.mComments.push_back(static_cast<const NvGIFComment*>(node->GetElement())->mText);
+    for (const NvGIFFrame& shown : inAnimation) {
+        SCOPED_TRACE("frame " + std::to_string(gif.mFrames.size()));
+        const NvGIFFrameInfo& info = shown.GetInfo();
+        TestFrame frame;
+        frame.mLeft = info.mLeft;
+        frame.mTop = info.mTop;
+        frame.mWidth = info.mWidth;
+        frame.mHeight = info.mHeight;
+        frame.mDelay = info.mDelay;
+        frame.mDisposal = info.mDisposal;
+        frame.mUserInput = info.mUserInput != 0;
+        frame.mInterlaced = info.mInterlaced != 0;
+        frame.mTransparent = info.mHasTransparency ? info.mTransparentIndex : -1;
+        if (info.mHasLocalTable)
+            frame.mLocalTable = DescribeTable(shown.GetImage().GetColorTable());
+        ExpectTablesAgree(shown, global.mColorTable);
+        for (std::uint32_t y = 0; y < frame.mHeight; ++y)
+            for (std::uint32_t x = 0; x < frame.mWidth; ++x) {
+                const std::uint8_t index = shown.GetImage().GetPixel(x, y);
+                EXPECT_LT(index, shown.GetImage().GetColorTable().GetSize());
+                EXPECT_EQ(IsDrawn(shown, x, y), index != frame.mTransparent) << x << ", " << y;
+                frame.mPixels.push_back(index);
+            }
+        gif.mFrames.push_back(frame);
+    }
+    return gif;
+}
+
+std::string Rows(const NvGIFFrame& inFrame) {
+    std::string rows;
+    for (std::uint32_t y = 0; y < inFrame.GetHeight(); ++y) {
+        rows += y > 0 ? " " : "";
+        for (std::uint32_t x = 0; x < inFrame.GetWidth(); ++x) {
+            const int index = inFrame.GetImage().GetPixel(x, y);
+            rows += !IsDrawn(inFrame, x, y) ? '.'
+                                            : static_cast<char>(index < 10 ? '0' + index : 'a' + index - 10);
+        }
+    }
+    return rows;
+}
+
+void TestHost::BackupFile(const char* inPath) {
+    if (mBackupError != 0)
+        NvThrow(mBackupError);
+    mBackups.push_back(ReadTestFile(inPath));
+}
+
+bool TestHost::ReportProgress(double inFraction) {
+    mProgress.push_back(inFraction);
+    return mProgress.size() > mStopAt;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "nvcode2/nvanimation.h"
+#include "tests/support/testgif.h"
+#include "win/pvopt.h"
+#include "win/pvprogress.h"
+
+/** The animation in memory that loading a sound file of this content would give. */
+std::unique_ptr<NvAnimation> MakeAnimation(const TestGIF& inGIF);
+
+/** What an animation in memory says, so that it can be played and compared. Fails the test when mask,
+ *  indices, tables and transparency fields of a frame contradict each other. */
+TestGIF Describe(const NvAnimation& inAnimation);
+
+/** A frame's pixels as Picture takes them, with drawn indices above 9 as letters; undrawn ones are '.'. */
+std::string Rows(const NvGIFFrame& inFrame);
+
+/** A program around the optimizer that remembers, and interferes where a test wants it. */
+class TestHost : public PvOptHost {
+public:
+    void BackupFile(const char* inPath) override;
+    bool ReportProgress(double inFraction) override;
+
+    std::vector<std::string> mBackups; // the files' bytes when their backup was asked for
+    std::vector<double> mProgress;     // every report of this file
+    std::size_t mStopAt = SIZE_MAX;    // number of the report that is answered with "stop"
+    std::uint32_t mBackupError = 0;    // code that BackupFile raises; 0: none
+};

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/** A GIF as a test means it, independent of the library: what is in the file, how it is written, and what a
+ *  viewer shows. Colours are 0xRRGGBB. */
+
+using TestTable = std::vector<std::uint32_t>;
+
+struct TestFrame {
+    std::uint32_t mLeft = 0;
+    std::uint32_t mTop = 0;
+    std::uint32_t mWidth = 0;
+    std::uint32_t mHeight = 0;
+    std::vector<std::uint8_t> mPixels; // indices, row-major
+    TestTable mLocalTable;             // empty: the frame uses the global one
+    int mTransparent = -1;             // index that is not drawn, also one that no table has; -1: none
+    std::uint32_t mDisposal = 0;
+    std::uint32_t mDelay = 0;
+    bool mUserInput = false;
+    bool mInterlaced = false;
+    std::optional<std::size_t> mDelivered; // pixels after which the end code stands; nothing: all of them
+
+    bool operator==(const TestFrame&) const = default;
+};
+
+struct TestGIF {
+    std::uint32_t mWidth = 0;
+    std::uint32_t mHeight = 0;
+    TestTable mTable; // empty: no global table
+    std::uint8_t mBackground = 0;
+    std::uint8_t mAspect = 0;
+    std::optional<std::uint32_t> mLoop; // count; nothing: no looping block
+    std::vector<std::string> mComments;
+    std::vector<TestFrame> mFrames;
+
+    const TestTable& TableOf(const TestFrame& inFrame) const {
+        return inFrame.mLocalTable.empty() ? mTable : inFrame.mLocalTable;
+    }
+};
+
+/** A frame from text: rows of equal length parted by blanks, one character per pixel. '0' to '9' and 'a' to
+ *  'e' are indices 0 to 14, '.' is an undrawn pixel of index 15. */
+TestFrame Picture(const std::string& inRows, std::uint32_t inLeft = 0, std::uint32_t inTop = 0);
+
+/** A file of frames on a screen that just holds them, over sixteen colours that nobody takes for each other.
+ */
+TestGIF Movie(std::vector<TestFrame> inFrames);
+
+/** inSize greys from black to white. */
+TestTable Greys(std::uint32_t inSize);
+
+/** The bytes of the file, compressed as a plain encoder does it. */
+std::string EncodeGIF(const TestGIF& inGIF);
+
+/** Reads a file with giflib. Fails the test when giflib finds fault with it. */
+TestGIF ReadGIF(const std::string& inPath);
+
+/** What a viewer shows after each frame: a screen of colours, row-major, km_Uncovered where nothing is. */
+using TestCanvas = std::vector<std::int32_t>;
+inline constexpr std::int32_t km_Uncovered = -1;
+std::vector<TestCanvas> Play(const TestGIF& inGIF);
+
+/** Two files beside each other. */
+struct TestComparison {
+    std::string mDifference;    // what a viewer would notice besides colours; empty: nothing
+    double mWorstMean = 0.0;    // largest mean error of a displayed frame, levels per channel
+    int mWorstChannel = 0;      // largest difference of one channel of one displayed pixel
+    std::size_t mDiffering = 0; // displayed pixels whose colour differs, in all frames
+};
+TestComparison CompareGIFs(const TestGIF& inOriginal, const TestGIF& inResult);
