@@ -92,8 +92,9 @@ public:
      *  @param outMap  GetSize() bytes, or null; new indices above 255 do not fit and are cut. */
     NvColorTable RemoveDuplicatesWithMap(std::uint8_t* outMap) const;
 
-    /** This table, then the other's new colours in their order, each colour once, cut to inMaxSize entries.
-     *  Preconditions: inTablePtr non-null, inMaxSize >= GetSize(). */
+    /** This table, then the other's new colours in their order, each colour once, cut to inMaxSize
+     *  entries. Preconditions: inTablePtr non-null, inMaxSize >= GetSize(). No caller yet in the program,
+     *  whose shared palette comes from the pixels; for joining files' palettes. */
     NvColorTable MergeTables(const NvColorTable* inTablePtr, std::uint32_t inMaxSize) const;
 
     /** The same entries by falling pixel count, the lower index first among equals.
