@@ -19,7 +19,7 @@ std::string WnGetDataFolder();
 struct WnFileIdentity {
     std::uint64_t mDevice = 0;
     std::uint64_t mInode = 0;
-    auto operator<=>(const WnFileIdentity&) const = default;
+    auto operator<=>(const WnFileIdentity&) const = default; // NOLINT(modernize-use-nullptr): its generated 0
 };
 
 enum class WnFileKind { km_Missing, km_RegularFile, km_Folder, km_Other };
