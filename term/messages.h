@@ -6,7 +6,7 @@
 #include "term/exitstatus.h"
 
 /** Text safe to show: control characters, which a file name may hold to play with the terminal, become
- *  escapes such as \n or \x1b. */
+ *  escapes such as \n or \x1b; those that UTF-8 writes in two bytes, too. */
 std::string TermPrintable(std::string_view inText);
 
 /** Everything the program says to the person, one whole line each, on standard error with the program's name
@@ -19,7 +19,10 @@ public:
     /** The same about one file or name: "parvigif: <name>: <text>". */
     void FileError(const std::string& inName, const std::string& inText);
 
-    /** Worth knowing, but nothing failed. Silent when inQuiet was set. */
+    /** Something went wrong, but no file suffered: the exit status stays. */
+    void Warning(const std::string& inText);
+
+    /** Worth knowing, and nothing went wrong. Silent when inQuiet was set. */
     void Note(const std::string& inText);
     void FileNote(const std::string& inName, const std::string& inText);
     void SetQuiet(bool inQuiet) { mQuiet = inQuiet; }

@@ -12,7 +12,7 @@ namespace {
 /** "    before     after     saved          file", columns of bytes right-aligned. */
 std::string MakeRow(const std::string& inBefore, const std::string& inAfter, const std::string& inSaved,
                     const std::string& inPercentage, const std::string& inWhat) {
-    std::array<char, 64> numbers{};
+    std::array<char, 128> numbers{};
     std::snprintf(numbers.data(), numbers.size(), "%10s %10s %10s %7s  ", inBefore.c_str(), inAfter.c_str(),
                   inSaved.c_str(), inPercentage.c_str());
     return numbers.data() + inWhat + "\n";

@@ -18,8 +18,11 @@ bool TermShell::ShowProgress(double /*inFraction*/) {
     return TermIsInterrupted();
 }
 
-void TermShell::ShowMessage(const char* inText, const char* /*inCaption*/, Icon /*inIcon*/) {
-    mMessages.Note(inText);
+void TermShell::ShowMessage(const char* inText, const char* /*inCaption*/, Icon inIcon) {
+    if (inIcon == Icon::km_Stop)
+        mMessages.Warning(inText);
+    else
+        mMessages.Note(inText);
 }
 
 std::string TermShell::GetDataFolder() {

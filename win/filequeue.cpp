@@ -19,6 +19,11 @@ std::string Folded(std::string inText) {
     return inText;
 }
 
+/** The last three letters of a path in lower case; the whole of a shorter one. */
+std::string FoldedEnd(std::string_view inPath) {
+    return Folded(std::string(inPath.substr(inPath.size() - std::min<std::size_t>(inPath.size(), 3))));
+}
+
 /** `*` stands for any run of characters, `?` for one. Goes back only to the last star, which is enough: an
  *  earlier one could not reach any further. */
 bool MatchesPattern(std::string_view inName, std::string_view inPattern) {
@@ -116,15 +121,10 @@ void FileQueue::Clear() {
     mFoldedPaths.clear();
 }
 
-bool MizerEndsWith(const char* inPath, const char* inThreeLetters) {
-    const std::string_view path = inPath;
-    return path.size() >= 3 && Folded(std::string(path.substr(path.size() - 3))) == Folded(inThreeLetters);
-}
-
 bool MizerIsNamedGIF(const char* inPath) {
-    return MizerEndsWith(inPath, "GIF");
+    return FoldedEnd(inPath) == "gif";
 }
 
 bool MizerIsNamedBackup(const char* inPath) {
-    return MizerEndsWith(inPath, "BAK");
+    return FoldedEnd(inPath) == "bak";
 }

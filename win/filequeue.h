@@ -48,9 +48,7 @@ private:
     std::unordered_multimap<std::string, bool> mFoldedPaths; // value: whether the file existed
 };
 
-/** Whether a name's last three letters are the given upper-case ones, in either case. No dot is asked for. */
-bool MizerEndsWith(const char* inPath, const char* inThreeLetters);
-
-/** Whether the batch works on files of such a name, and those that it leaves alone as its own backups. */
+/** Whether a name ends in "GIF", so that the batch works on the file, or in "BAK", so that it is taken for a
+ *  backup; in either case of letters. No dot is asked for. */
 bool MizerIsNamedGIF(const char* inPath);
 bool MizerIsNamedBackup(const char* inPath);

@@ -160,7 +160,7 @@ void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
         const bool cancelled = error.GetCode() == NvErrorCode::km_Cancelled;
         ioResult.mStatus = cancelled ? MizerStatus::km_Cancelled : MizerStatus::km_Failed;
         ioResult.mError = error;
-        ioResult.mBackupFailed = mIsBackingUp;
+        ioResult.mBackupFailed = mBackupFailed;
         mShell.FileDone(ioResult);
         throw;
     }
@@ -189,7 +189,7 @@ std::uint32_t MizerBrain::GetFileSizeOnDisk(const char* inPath, std::optional<Nv
 
 void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     mTotals.SetOriginalSize(ioResult.mOriginalSize);
-    mIsBackingUp = false;
+    mBackupFailed = false;
     if (PumpMessages())
         ThrowCancelled(kCancelledBeforeFile);
     PvOutcome outcome;
@@ -233,9 +233,12 @@ void MizerBrain::BackupFile(const char* inPath) {
     RemoveLeftoversBeside(inPath);
     if (!IsOn("BACKUP", 1))
         return;
-    mIsBackingUp = true;
-    WriteBackup(inPath);
-    mIsBackingUp = false;
+    try {
+        WriteBackup(inPath);
+    } catch (const NvErrorCode&) {
+        mBackupFailed = true; // the person should know which of the two files it is about
+        throw;
+    }
 }
 
 void MizerBrain::WriteBackup(const char* inPath) {

@@ -88,7 +88,7 @@ private:
     bool mCancelFlag = false;
     bool mQuitRequested = false;
     bool mBusy = false;
-    bool mIsBackingUp = false; // stays set when the backup failed
+    bool mBackupFailed = false; // of the file in hand
     WnPref& mPrefs;
     MizerShell& mShell;
     PvOptSettings mSettings;

@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr std::size_t kMaxFileSize = 1 << 20; // beyond it, it is no preferences file of ours
+constexpr off_t kMaxFileSize = 1 << 20; // beyond it, it is no preferences file of ours
 
 std::string Trimmed(std::string_view inText) {
     const std::size_t first = inText.find_first_not_of(" \t\r");
@@ -71,12 +71,12 @@ std::string GetFilePath(WnPrefKey::Root inRoot, std::string inKeyPath) {
 
 bool ReadLines(const std::string& inPath, std::vector<std::string>& outLines) {
     struct stat status {};
-    if (stat(inPath.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (stat(inPath.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > kMaxFileSize)
         return false;
     std::FILE* file = std::fopen(inPath.c_str(), "rbe");
     if (!file)
         return false;
-    std::string text(kMaxFileSize, '\0');
+    std::string text(static_cast<std::size_t>(status.st_size), '\0');
     text.resize(std::fread(text.data(), 1, text.size(), file));
     const bool whole = !std::ferror(file) && std::fgetc(file) == EOF;
     std::fclose(file);

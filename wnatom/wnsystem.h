@@ -25,7 +25,8 @@ struct WnFileIdentity {
 enum class WnFileKind { km_Missing, km_RegularFile, km_Folder, km_Other };
 
 /** What stands at a path, symbolic links followed. A link to nothing is km_Other: something is there, but
- *  nothing that could be read. */
+ *  nothing that could be read.
+ *  @throws NvErrorCode 14 without the right to look, else by the runtime's error number */
 WnFileKind WnGetFileKind(const char* inPath);
 
 /** Identity of the file that a path leads to, links followed; nothing when there is none. */

@@ -26,6 +26,12 @@ std::string GetPrivateTemporaryFolder() {
     return "/nonexistent";
 }
 
+[[noreturn]] void ThrowOpenError(int inSystemError) {
+    if (inSystemError == EACCES)
+        NvThrowWithSystemError(NvErrorCode::km_OpenDenied, inSystemError);
+    ThrowRuntimeError(inSystemError);
+}
+
 } // namespace
 
 std::uint64_t WnGetPhysicalMemory() {
@@ -51,6 +57,8 @@ WnFileKind WnGetFileKind(const char* inPath) {
             return WnFileKind::km_RegularFile;
         return S_ISDIR(status.st_mode) ? WnFileKind::km_Folder : WnFileKind::km_Other;
     }
+    if (errno != ENOENT && errno != ENOTDIR)
+        ThrowOpenError(errno);
     return lstat(inPath, &status) == 0 ? WnFileKind::km_Other : WnFileKind::km_Missing;
 }
 
@@ -64,10 +72,8 @@ std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath) {
 
 std::vector<std::string> WnListFiles(const char* inFolder) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(inFolder), &closedir);
-    if (!folder && errno == EACCES)
-        NvThrowWithSystemError(NvErrorCode::km_OpenDenied, errno);
     if (!folder)
-        ThrowRuntimeError(errno);
+        ThrowOpenError(errno);
     std::vector<std::string> names;
     while (const dirent* entry = readdir(folder.get())) {
         struct stat status {};

@@ -72,7 +72,7 @@ TEST_F(Failures, NamesThatLeadNowhere) {
     ExpectLine("texts", "no GIF file there (code 10)");
     ExpectLine("x*.gif", "no GIF file there (code 10)");
     ExpectLine("pipe.gif", "neither a file nor a folder (code 12)");
-    ExpectLine(std::string(300, 'n') + ".gif", "no such file or folder (code 10)");
+    ExpectLine(std::string(300, 'n') + ".gif", "File name too long (code 1)");
 }
 
 TEST_F(Failures, FilesThatAreNoSoundGIFs) {
@@ -112,6 +112,7 @@ TEST_F(Failures, MissingRights) {
     fs::create_directory(mFolder / "closed");
     fs::permissions(mFolder / "closed", fs::perms::none);
     ExpectLine("closed", "no permission to open it (code 14)");
+    ExpectLine("closed/a.gif", "no permission to open it (code 14)");
     fs::permissions(mFolder / "closed", fs::perms::all);
 }
 
@@ -147,7 +148,7 @@ TEST_F(Failures, ABackupThatCannotBeMadeKeepsTheFile) {
 
 TEST_F(Failures, ALogThatCannotBeOpenedStopsNothing) {
     WriteTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT/x", "a folder where the log should be");
-    const ProgramResult result = mRunner.Run({"good.gif"});
+    const ProgramResult result = mRunner.Run({"-q", "good.gif"});
     EXPECT_EQ(result.mErr, "parvigif: Unable to open log file at: " +
                                (mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT") +
                                ", error Is a directory\n");

@@ -164,7 +164,7 @@ TEST_F(Results, WhatIsPassedOverIsToldWhenItWasNamed) {
 
 TEST_F(Results, ALinkStaysALinkAndNamesMayHoldAnything) {
     DrawSamples();
-    const std::string strange = "a\n\x1b[31m *[x] \xff.gif";
+    const std::string strange = "a\n\x1b[31m\xc2\x9b *[x] \xc3\xa9\xff.gif";
     fs::create_directory(mFolder / "vault");
     fs::rename(mFolder / "icon.gif", mFolder / "vault/icon.gif");
     fs::create_symlink("vault/icon.gif", mFolder / "link.gif");
@@ -174,7 +174,7 @@ TEST_F(Results, ALinkStaysALinkAndNamesMayHoldAnything) {
     EXPECT_EQ(result.mStatus, 0);
     EXPECT_TRUE(fs::is_symlink(mFolder / "link.gif"));
     EXPECT_LT(Read("vault/icon.gif").size(), Read("link.gif.BAK").size());
-    EXPECT_THAT(result.mOut, HasSubstr("  a\\n\\x1b[31m *[x] \xff.gif\n"));
+    EXPECT_THAT(result.mOut, HasSubstr("  a\\n\\x1b[31m\\xc2\\x9b *[x] \xc3\xa9\xff.gif\n"));
     EXPECT_TRUE(fs::exists(mFolder / "-v.gif.BAK"));
 }
 
