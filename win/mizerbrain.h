@@ -32,11 +32,10 @@ public:
 
     enum class Named { km_Queued, km_AlreadyQueued, km_NoGIFs };
 
-    /** Queues what a name given by the user stands for: an existing file, whatever characters its name has;
-     * an existing folder's files; else the files that match it as a pattern.
+    /** Queues what a name given by the user stands for: an existing file, whatever its name holds; the files
+     *  of an existing folder; else the files that match it as a pattern.
      *  @return              km_NoGIFs: a folder or a pattern without any file named like a GIF
-     *  @throws NvErrorCode  10 no such file, 12 neither file nor folder, others when a folder cannot be read
-     */
+     *  @throws NvErrorCode  10 no such file; 12 neither file nor folder; 14 and others: no way to look */
     Named AddNameToQueue(const char* inName);
 
     /** Processes the queue from its head. Does nothing while a batch is running.
@@ -47,9 +46,10 @@ public:
      *  @throws NvErrorCode  3 cancelled, or why the file failed; it is as it was then */
     void ProcessFile(const char* inPath);
 
-    /** Copies a file to its name with ".BAK" appended, whole or not at all, as the preferences BACKUP and
-     * OBACK say. @throws NvErrorCode  1 it cannot be read, or the name belongs to something else than a file;
-     *  2; 5; 22 */
+    /** Copies a file, whole or not at all, to its name with ".BAK" appended; the preferences BACKUP and OBACK
+     *  say whether.
+     *  @throws NvErrorCode  1 it cannot be read, or what stands at the backup's name is no regular file; 2; 5
+     *                       no right to add a file to the folder; 22 */
     void BackupFile(const char* inPath) override;
 
     /** Lets the user's commands through. @return whether cancel was asked for. */
@@ -73,6 +73,7 @@ private:
     class BusyScope;
 
     bool ReportProgress(double inFraction) override;
+
     /** Bytes; 0 when it has none, and when it cannot be opened or is too large, with the reason. */
     static std::uint32_t GetFileSizeOnDisk(const char* inPath, std::optional<NvErrorCode>& outError);
 

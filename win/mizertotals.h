@@ -47,7 +47,7 @@ private:
 
 /** "37.5%": the part of inOriginal that inSaved is, "0.0%" when there was nothing.
  *  Both counts are rounded to single precision first, as every log so far was written: from 16 MiB on the
- * last bytes do not count. */
+ *  last bytes do not count. */
 std::string MizerPercentage(std::uint32_t inSaved, std::uint32_t inOriginal);
 
 /** A path as the panel shows it: whole below 30 bytes, else "..." and its last 28. */

@@ -9,7 +9,7 @@
  *
  *  Values stand under a machine-wide and a per-user root. Reads prefer the machine-wide value; writes go to
  *  both, so that a user without rights to the machine-wide root still keeps settings. No key stays open
- * between calls. Nothing here raises an NvErrorCode: a store that cannot be read or written answers false. */
+ *  between calls. Nothing here raises an NvErrorCode: a store that cannot be reached answers false. */
 class WnPref {
 public:
     /** The key "Software\Norvek\<product>\<version>". Its length is at most 1023 characters (asserted). */

@@ -44,9 +44,9 @@ private:
 };
 
 /** Raises code 5 unless the file may be written and its folder takes new files, so that a replacement would
- * go through. A file or folder without any write permission counts as read-only for the superuser too. */
+ *  go through. A file or folder without any write permission counts as read-only for the superuser too. */
 void WnCheckReplaceable(const char* inPath);
 
 /** Removes what killed runs of the same user left in a folder: files named like our temporaries that no
- * living process holds. Best effort, never raises. */
+ *  living process holds. Best effort, never raises. */
 void WnRemoveLeftovers(const char* inFolder);
