@@ -1,0 +1,147 @@
+// The gate: a result that a viewer could tell from the original never takes its place.
+
+#include <functional>
+
+#include "tests/optimizer/optimizertest.h"
+#include "win/pvgate.h"
+
+namespace {
+
+/** Small, and twice as long as it has to be. */
+TestGIF Original() {
+    TestGIF gif = Movie({Picture("0123 1230 2301"), Picture(".... .45. ...."), Picture("6.6 .6.", 1, 1)});
+    gif.mTable.resize(256, 0x123456);
+    gif.mFrames[1].mDisposal = 2;
+    gif.mFrames[2].mUserInput = true;
+    gif.mLoop = 3;
+    gif.mComments = {"first", "second"};
+    gif.mAspect = 49;
+    for (TestFrame& frame : gif.mFrames)
+        frame.mDelay = 10;
+    return gif;
+}
+
+struct Change {
+    const char* mName;
+    std::function<void(TestGIF&)> mMake;
+    const char* mReason;
+};
+
+const Change km_Noticed[] = {
+    {"wider screen", [](TestGIF& io) { ++io.mWidth; }, "the screen size would change"},
+    {"higher screen", [](TestGIF& io) { ++io.mHeight; }, "the screen size would change"},
+    {"one frame more", [](TestGIF& io) { io.mFrames.push_back(io.mFrames[0]); },
+     "the number of frames would change"},
+    {"one frame less", [](TestGIF& io) { io.mFrames.pop_back(); }, "the number of frames would change"},
+    {"a delay", [](TestGIF& io) { ++io.mFrames[1].mDelay; }, "frame 2 would be shown for another time"},
+    {"user input", [](TestGIF& io) { io.mFrames[0].mUserInput = true; },
+     "frame 1 would wait differently for the user"},
+    {"no loop", [](TestGIF& io) { io.mLoop.reset(); }, "the looping would change"},
+    {"loop count", [](TestGIF& io) { io.mLoop = 4; }, "the looping would change"},
+    {"a comment's text", [](TestGIF& io) { io.mComments[1] = "zweite"; }, "the comments would change"},
+    {"a comment less", [](TestGIF& io) { io.mComments.pop_back(); }, "the comments would change"},
+    {"comments' order", [](TestGIF& io) { std::swap(io.mComments[0], io.mComments[1]); },
+     "the comments would change"},
+    {"aspect", [](TestGIF& io) { io.mAspect = 0; }, "the pixel aspect ratio would change"},
+    {"one pixel not drawn", [](TestGIF& io) { io.mFrames[0].mTransparent = 3; },
+     "frame 1 would cover other pixels"},
+    {"one pixel drawn", [](TestGIF& io) { io.mFrames[2].mPixels[4] = 6, io.mFrames[2].mPixels[1] = 6; },
+     "frame 3 would cover other pixels"},
+    {"more erased", [](TestGIF& io) { io.mFrames[0].mDisposal = 2; }, "frame 2 would cover other pixels"},
+    {"less erased", [](TestGIF& io) { io.mFrames[1].mDisposal = 1; }, "frame 3 would cover other pixels"},
+    {"colours of the screen", [](TestGIF& io) { io.mTable[0] = io.mTable[1] = io.mTable[2] = 0x77FF77; },
+     "frame 1 would show other colours"},
+    {"colours of a small frame", [](TestGIF& io) { io.mFrames[2].mLocalTable.assign(16, 0xFF0000); },
+     "frame 3 would show other colours"},
+};
+
+class GateTest : public OptimizerTest {
+protected:
+    std::string Compare(const TestGIF& inOriginal, const TestGIF& inCandidate,
+                        const PvColourAllowance& inAllowance = {}) {
+        return PvCompareGIFs(Write(inOriginal, "original.gif").c_str(),
+                             Write(inCandidate, "candidate.gif").c_str(), inAllowance);
+    }
+};
+
+TEST_F(GateTest, WhateverAViewerWouldNoticeIsTold) {
+    for (const Change& change : km_Noticed) {
+        SCOPED_TRACE(change.mName);
+        TestGIF candidate = Original();
+        change.mMake(candidate);
+        EXPECT_EQ(Compare(Original(), candidate), change.mReason);
+        EXPECT_NE(Compare(candidate, Original()), "");
+    }
+    WriteTestFile(mFolder / "candidate.gif", EncodeGIF(Original()).substr(0, 900));
+    EXPECT_EQ(PvCompareGIFs((mFolder / "original.gif").c_str(), (mFolder / "candidate.gif").c_str(), {}),
+              "the result could not be read back");
+}
+
+TEST_F(GateTest, WhatNobodyNoticesPasses) {
+    const Change unnoticed[] = {
+        {"nothing", [](TestGIF&) {}, ""},
+        {"a shorter table", [](TestGIF& io) { io.mTable.resize(16); }, ""},
+        {"background", [](TestGIF& io) { io.mBackground = 9; }, ""},
+        {"an empty comment", [](TestGIF& io) { io.mComments.insert(io.mComments.begin(), ""); }, ""},
+        {"disposal of the last frame", [](TestGIF& io) { io.mFrames.back().mDisposal = 2; }, ""},
+        {"a pixel drawn over its like", [](TestGIF& io) { io.mFrames[1].mPixels[0] = 0; }, ""},
+    };
+    for (const Change& change : unnoticed) {
+        SCOPED_TRACE(change.mName);
+        TestGIF candidate = Original();
+        change.mMake(candidate);
+        EXPECT_EQ(Compare(Original(), candidate), "");
+    }
+}
+
+TEST_F(GateTest, ColoursMayBeOffByWhatTheRunExplainsAndNoMore) {
+    TestGIF original = Movie({Picture("0000000000"), Picture("1", 4)});
+    original.mTable = {0x404040, 0x404040};
+    TestGIF candidate = original;
+    candidate.mTable[0] = 0x40404C; // 12 levels in one of three channels: 4 on average
+    EXPECT_EQ(Compare(original, candidate, {4.0, 0.0}), "");
+    EXPECT_EQ(Compare(original, candidate, {3.99, 0.0}), "frame 1 would show other colours");
+
+    // One pixel of ten that changed places with another explains a tenth of 128 levels.
+    candidate.mTable = {0x404040, 0xC0C0C0};
+    EXPECT_EQ(Compare(original, candidate, {0.0, 1.0}), "");
+    EXPECT_EQ(Compare(original, candidate, {0.0, 0.99}), "frame 2 would show other colours");
+    original.mTable[1] = 0;
+    EXPECT_EQ(Compare(original, candidate, {0.0, 1.0}), "frame 2 would show other colours");
+}
+
+/** Rewrites the file when the first pass is about to replace it, so that the result is not what it should be.
+ */
+class MeddlingHost : public TestHost {
+public:
+    bool ReportProgress(double inFraction) override {
+        if (inFraction >= 0.5 && mMeddle)
+            std::exchange(mMeddle, nullptr)();
+        return TestHost::ReportProgress(inFraction);
+    }
+    std::function<void()> mMeddle;
+};
+
+TEST_F(GateTest, AFileThatWouldLookDifferentStaysByteForByte) {
+    for (const Change& change : km_Noticed) {
+        SCOPED_TRACE(change.mName);
+        const std::string path = Write(Original());
+        const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path));
+        TestGIF other = Original();
+        change.mMake(other);
+        MeddlingHost host;
+        host.mMeddle = [&] { Write(other); };
+        {
+            PvOptimizer optimizer(mPrefs, host);
+            EXPECT_EQ(optimizer.OptimizeGIFFile(path.c_str(), size), size);
+            EXPECT_NE(optimizer.GetOutcome().mGateReason, "");
+        }
+        EXPECT_FALSE(host.mMeddle);
+        EXPECT_EQ(ReadTestFile(path), EncodeGIF(other));
+        EXPECT_TRUE(host.mBackups.empty());
+        EXPECT_THAT(Names("pictures"), testing::ElementsAre("test.gif"));
+        EXPECT_THAT(Names("scratch"), testing::IsEmpty());
+    }
+}
+
+} // namespace
