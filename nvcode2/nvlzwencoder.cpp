@@ -25,32 +25,41 @@ void LZWEncoder::Begin(std::uint8_t inMinimumCodeSize) {
 
 void LZWEncoder::EncodeRows(const std::uint8_t* inPixels, std::uint32_t inWidth, std::uint32_t inRows,
                             std::uint32_t inStride) {
-    if (inWidth == 0 || inRows == 0)
+    for (std::uint32_t row = 0; row < inRows; ++row)
+        EncodeRow(inPixels + std::size_t{row} * inStride, inWidth);
+}
+
+void LZWEncoder::EncodeRow(const std::uint8_t* inPixels, std::uint32_t inCount) {
+    if (inCount == 0)
         return;
-    std::uint32_t column = 0;
-    if (mPrefix == km_NoPrefix)
-        mPrefix = inPixels[column++];
-    for (std::uint32_t row = 0; row < inRows; ++row, column = 0) {
-        const std::uint8_t* pixels = inPixels + std::size_t{row} * inStride;
-        for (; column < inWidth; ++column) {
-            const std::uint32_t pixel = pixels[column];
-            if (const std::uint32_t code = mTable.Find(mPrefix, pixel)) {
-                mPrefix = code;
-                continue;
-            }
-            mTable.Add(mPrefix, pixel, mNextCode++);
-            WriteCode(mPrefix);
-            if (mNextCode == mLimit) {
-                if (mCodeSize < km_MaxCodeSize) {
-                    ++mCodeSize;
-                    mLimit <<= 1;
-                } else {
-                    ResetTable();
-                    WriteCode(mClearCode);
-                }
-            }
-            mPrefix = pixel;
+    std::uint32_t prefix = mPrefix;
+    std::uint32_t next = 0;
+    if (prefix == km_NoPrefix)
+        next = mTable.FindRun(inPixels, inCount, prefix);
+    while (next < inCount) {
+        const std::uint32_t pixel = inPixels[next];
+        if (const std::uint32_t code = mTable.Find(prefix, pixel)) {
+            prefix = code;
+            ++next;
+            continue;
         }
+        mTable.Add(prefix, pixel, mNextCode++);
+        WriteCode(prefix);
+        if (mNextCode == mLimit)
+            GrowOrReset();
+        next += mTable.FindRun(inPixels + next, inCount - next, prefix);
+    }
+    mPrefix = prefix;
+}
+
+// A full table is emptied at once.
+void LZWEncoder::GrowOrReset() {
+    if (mCodeSize < km_MaxCodeSize) {
+        ++mCodeSize;
+        mLimit <<= 1;
+    } else {
+        ResetTable();
+        WriteCode(mClearCode);
     }
 }
 
@@ -58,10 +67,9 @@ void LZWEncoder::End() {
     if (mPrefix != km_NoPrefix)
         WriteCode(mPrefix);
     WriteCode(mEndCode);
-    if (mBitCount > 0)
-        AppendByte(static_cast<std::uint8_t>(mAccumulator));
+    StoreBits((mBitCount + 7) / 8);
     if (mBlockLength > 0)
-        FlushBlock();
+        WriteBlock(mBlockLength);
     mWriter.WriteByte(0);
     mPrefix = km_NoPrefix;
 }
@@ -76,25 +84,28 @@ void LZWEncoder::ResetTable() {
 }
 
 // A decoder assigns each code one step after the encoder, so a new width takes hold one code late.
-void LZWEncoder::WriteCode(std::uint32_t inCode) {
-    mAccumulator |= inCode << mBitCount;
+inline void LZWEncoder::WriteCode(std::uint32_t inCode) {
+    mAccumulator |= std::uint64_t{inCode} << mBitCount;
     mBitCount += mWriteSize;
     mWriteSize = mCodeSize;
-    while (mBitCount >= 8) {
-        AppendByte(static_cast<std::uint8_t>(mAccumulator));
-        mAccumulator >>= 8;
-        mBitCount -= 8;
-    }
+    if (mBitCount >= 8 * km_StoredBytes)
+        StoreBits(km_StoredBytes);
 }
 
-void LZWEncoder::AppendByte(std::uint8_t inByte) {
-    mBlock[mBlockLength++] = inByte;
-    if (mBlockLength == mBlock.size())
-        FlushBlock();
+// Moves bytes from the accumulator to the block, and the block on when it is full.
+void LZWEncoder::StoreBits(std::uint32_t inBytes) {
+    for (std::uint32_t i = 0; i < inBytes; ++i)
+        mBlock[mBlockLength + i] = static_cast<std::uint8_t>(mAccumulator >> (8 * i));
+    mAccumulator >>= 8 * inBytes;
+    mBitCount -= std::min(mBitCount, 8 * inBytes);
+    mBlockLength += inBytes;
+    if (mBlockLength >= km_BlockSize)
+        WriteBlock(km_BlockSize);
 }
 
-void LZWEncoder::FlushBlock() {
-    mWriter.WriteByte(static_cast<std::uint8_t>(mBlockLength));
-    mWriter.Write(mBlock.data(), mBlockLength);
-    mBlockLength = 0;
+void LZWEncoder::WriteBlock(std::uint32_t inLength) {
+    mWriter.WriteByte(static_cast<std::uint8_t>(inLength));
+    mWriter.Write(mBlock.data(), inLength);
+    mBlockLength -= inLength;
+    std::copy_n(mBlock.data() + inLength, mBlockLength, mBlock.data());
 }

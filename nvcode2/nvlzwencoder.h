@@ -37,13 +37,17 @@ public:
     void End();
 
 private:
+    void EncodeRow(const std::uint8_t* inPixels, std::uint32_t inCount);
+    void GrowOrReset();
     void ResetTable();
     void WriteCode(std::uint32_t inCode);
-    void AppendByte(std::uint8_t inByte);
-    void FlushBlock();
+    void StoreBits(std::uint32_t inBytes);
+    void WriteBlock(std::uint32_t inLength);
 
     static constexpr std::uint32_t km_NoPrefix = 0xFFFF;
     static constexpr std::uint32_t km_MaxCodeSize = 12; // bits
+    static constexpr std::uint32_t km_BlockSize = 255;  // bytes
+    static constexpr std::uint32_t km_StoredBytes = 6;  // that leave the accumulator at once
 
     NvFileWriter& mWriter;
     NvLZWStringTable mTable;
@@ -52,11 +56,11 @@ private:
     std::uint32_t mWriteSize = 0;       // bits of the next code written; follows mCodeSize one code later
     std::uint32_t mClearCode = 0;
     std::uint32_t mEndCode = 0;
-    std::uint32_t mNextCode = 0;            // next code to assign
-    std::uint32_t mLimit = 0;               // 2^mCodeSize
-    std::uint32_t mPrefix = km_NoPrefix;    // code of the string matched so far
-    std::uint32_t mAccumulator = 0;         // bits not yet in the block, the oldest lowest
-    std::uint32_t mBitCount = 0;            // bits in mAccumulator, below 8 between codes
-    std::array<std::uint8_t, 255> mBlock{}; // data bytes of the sub-block being filled
+    std::uint32_t mNextCode = 0;         // next code to assign
+    std::uint32_t mLimit = 0;            // 2^mCodeSize
+    std::uint32_t mPrefix = km_NoPrefix; // code of the string matched so far
+    std::uint64_t mAccumulator = 0;      // bits not yet in the block, the oldest lowest
+    std::uint32_t mBitCount = 0;         // bits in mAccumulator, below 8 * km_StoredBytes between codes
+    std::array<std::uint8_t, km_BlockSize + km_StoredBytes> mBlock{}; // data bytes of the next sub-block
     std::uint32_t mBlockLength = 0;
 };

@@ -68,11 +68,12 @@ std::uint64_t PvLZWEstimator::EstimateLZWSize(const std::uint8_t* inPixels, std:
         const std::uint8_t* row = inPixels + std::size_t{y} * inStride;
         std::uint32_t x = 0;
         if (prefix == km_NoPrefix && inWidth > 0)
-            prefix = row[x++];
-        for (; x < inWidth; ++x) {
+            x = mTable.FindRun(row, inWidth, prefix);
+        while (x < inWidth) {
             const std::uint32_t pixel = row[x];
             if (const std::uint32_t code = mTable.Find(prefix, pixel)) {
                 prefix = code;
+                ++x;
                 continue;
             }
             mTable.Add(prefix, pixel, counter.TakeCode());
@@ -82,7 +83,7 @@ std::uint64_t PvLZWEstimator::EstimateLZWSize(const std::uint8_t* inPixels, std:
                 counter.Reset();
                 counter.Emit(); // a clear code
             }
-            prefix = pixel;
+            x += mTable.FindRun(row + x, inWidth - x, prefix);
         }
     });
     if (prefix != km_NoPrefix)
