@@ -26,11 +26,11 @@ std::uint32_t ExchangePairs(NvIndexedImage& ioImage, std::int32_t inSparedIndex)
 } // namespace
 
 std::uint32_t PostDither(NvIndexedImage* ioImage) {
-    NvAssert(ioImage);
+    NvAssertText(ioImage, "ioImagePtr");
     return ExchangePairs(*ioImage, km_SpareNothing);
 }
 
 std::uint32_t PostDitherTransparent(NvIndexedImage* ioImage, std::uint8_t inTransparentIndex) {
-    NvAssert(ioImage);
+    NvAssertText(ioImage, "ioImagePtr");
     return ExchangePairs(*ioImage, inTransparentIndex);
 }

@@ -1,7 +1,10 @@
 #pragma once
 
-#include <memory>
+#include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "nvcode2/nvgiffile.h"
 #include "nvcode2/nvindexedimage.h"
@@ -67,6 +70,29 @@ inline NvGIFFrameInfo PlainInfoFor(const NvIndexedImage& inImage) {
     info.mHasLocalTable = 0;
     info.mHasGraphicControl = 0;
     return info;
+}
+
+/** What a file stores of a record, in the order of its declaration; then the padded local table, packed. */
+inline std::vector<std::uint32_t> FieldsOf(const NvGIFFrameInfo& inInfo) {
+    const NvColorTable& table = inInfo.mColorTable;
+    std::vector<std::uint32_t> fields{inInfo.mLeft,
+                                      inInfo.mTop,
+                                      inInfo.mWidth,
+                                      inInfo.mHeight,
+                                      inInfo.mHasLocalTable,
+                                      inInfo.mSortFlag,
+                                      inInfo.mInterlaced,
+                                      inInfo.mHasGraphicControl,
+                                      inInfo.mDelay,
+                                      inInfo.mUserInput,
+                                      inInfo.mDisposal,
+                                      inInfo.mHasTransparency,
+                                      inInfo.mTransparentIndex};
+    for (const NvColor& color : ColorsOf(table))
+        fields.push_back(NvPackColor(color));
+    if (table.GetSize() > 0)
+        fields.resize(fields.size() - table.GetSize() + std::max(std::bit_ceil(table.GetSize()), 2U));
+    return fields;
 }
 
 /** Opens a file and reads all of its frames; the code of the error that this raises, or 0. */

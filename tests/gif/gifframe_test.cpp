@@ -1,0 +1,153 @@
+#include "nvcode2/nvgifframe.h"
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "nvcode2/nvmaskrow.h"
+#include "tests/image/images.h"
+#include "tests/support/frames.h"
+
+namespace {
+
+std::vector<std::string> RandomRows(std::uint32_t inWidth, std::uint32_t inHeight, unsigned inUndrawnOf8,
+                                    std::mt19937& ioRandom) {
+    std::vector<std::string> rows(inHeight, std::string(inWidth, '.'));
+    for (std::string& row : rows)
+        for (char& pixel : row)
+            if (RandomBelow(ioRandom, 8) >= inUndrawnOf8)
+                pixel = static_cast<char>('0' + RandomBelow(ioRandom, 8));
+    return rows;
+}
+
+TEST(MaskRow, SeesWhatSinglePixelsSay) {
+    std::mt19937 random(1);
+    for (std::uint32_t width = 1; width <= 17; ++width)
+        for (int round = 0; round < 60; ++round) {
+            std::vector<std::uint8_t> row((width + 7) / 8);
+            for (std::uint8_t& byte : row) // padding bits included
+                byte = static_cast<std::uint8_t>(round % 4 == 0   ? 0
+                                                 : round % 4 == 1 ? 0xFF
+                                                 : round % 4 == 2 ? 1U << RandomBelow(random, 8)
+                                                                  : random());
+            std::vector<std::uint32_t> set;
+            std::vector<std::uint32_t> clear;
+            for (std::uint32_t x = 0; x < width; ++x)
+                (row[x / 8] >> (7 - x % 8) & 1 ? set : clear).push_back(x);
+
+            std::vector<std::uint32_t> visited;
+            NvForEachClearBit(row.data(), width, [&](std::uint32_t x) { visited.push_back(x); });
+            EXPECT_EQ(visited, clear);
+            EXPECT_EQ(NvIsRowSet(row.data(), width), clear.empty());
+            EXPECT_EQ(NvFindFirstSetBit(row.data(), width), set.empty() ? width : set.front());
+            EXPECT_EQ(NvFindLastSetBit(row.data(), width), set.empty() ? 0 : set.back() + 1);
+        }
+}
+
+TEST(GIFFrame, CropsAtAnyColumn) {
+    std::mt19937 random(2);
+    const std::vector<std::string> rows = RandomRows(37, 5, 4, random);
+    const auto frame = MakeFrame(rows, NvColorTable(8), 100, 200);
+    frame->GetInfo().mDelay = 77;
+    for (std::int32_t left = 0; left < 18; ++left)
+        for (std::int32_t right = left + 1; right <= 37; ++right) {
+            const std::int32_t top = left % 3;
+            const auto part = frame->CropCopy({left, top, right, 5});
+            std::vector<std::string> expected;
+            for (std::int32_t y = top; y < 5; ++y)
+                expected.push_back(rows[static_cast<std::size_t>(y)].substr(
+                    static_cast<std::size_t>(left), static_cast<std::size_t>(right - left)));
+            ASSERT_EQ(RowsOf(*part), expected) << left << ".." << right;
+            EXPECT_EQ(part->GetScreenRect(), (NvRect{100 + left, 200 + top, 100 + right, 205}));
+            EXPECT_EQ(part->GetInfo().mDelay, 77);
+            EXPECT_EQ(part->GetImage().GetColorTable().GetSize(), 8u);
+        }
+}
+
+TEST(GIFFrame, FindsTheBoundsOfWhatIsDrawn) {
+    const NvColorTable table(8);
+    EXPECT_TRUE(MakeFrame({"...", "..."}, table)->FindDrawnBounds().IsEmpty());
+    for (std::int32_t left = 0; left < 17; ++left)
+        for (std::int32_t right = left + 1; right <= 17; ++right) {
+            std::vector<std::string> rows(5, std::string(17, '.'));
+            rows[1][static_cast<std::size_t>(left)] = '1';
+            rows[3][static_cast<std::size_t>(right - 1)] = '1';
+            EXPECT_EQ(MakeFrame(rows, table)->FindDrawnBounds(), (NvRect{left, 1, right, 4}));
+        }
+}
+
+struct TransparencyCase {
+    const char* mName;
+    std::string mRow;
+    std::uint32_t mTableSize;
+    int mSharedSize; // -1: the frame has a local table
+    std::uint32_t mLimit;
+    int mPresent; // transparent index before, -1: none
+    int mTransparent;
+    std::uint32_t mNewTableSize;
+    int mNewSharedSize;
+    std::string mNewRow;
+};
+
+const TransparencyCase km_Transparencies[] = {
+    {"all drawn", "0123", 4, -1, 256, 3, -1, 4, -1, "0123"},
+    {"lowest free index", "0.2", 4, -1, 256, -1, 1, 4, -1, "0.2"},
+    {"the present one stays when that is no wider", "0.2", 4, -1, 256, 3, 3, 4, -1, "0.2"},
+    {"the present one is wider", "0.1", 8, -1, 256, 7, 2, 8, -1, "0.1"},
+    {"a higher colour is as wide as the present one", "0.5", 8, -1, 256, 7, 7, 8, -1, "0.5"},
+    {"the present one is drawn", "1.2", 3, -1, 256, 1, 0, 3, -1, "1.2"},
+    {"the present one is not in the table", "0.2", 4, -1, 256, 200, 1, 4, -1, "0.2"},
+    {"one more entry", "0.1", 2, -1, 256, -1, 2, 3, -1, "0.1"},
+    {"one more shared entry", "0.1", 2, 2, 256, -1, 2, 3, 3, "0.1"},
+    {"the next shared entry", "0.1", 2, 5, 128, -1, 2, 3, 5, "0.1"},
+    {"nothing drawn", "...", 4, 4, 128, -1, 0, 4, 4, "..."},
+    {"nothing drawn and no table", "...", 0, -1, 256, -1, 0, 1, -1, "..."},
+    // Entries 0 to 4 are greys of level 0, 10, 40, 90, 160. 0 and 1 cost the same: the lower one goes.
+    {"no room", "00.112223333", 4, 4, 4, -1, 0, 4, 4, "11.112223333"},
+    {"no room, few pixels", "000000.1222223", 4, -1, 4, -1, 1, 4, -1, "000000.0222223"},
+    {"more entries than allowed", "0001.23444", 5, -1, 3, -1, 1, 5, -1, "0000.23444"},
+};
+
+TEST(GIFFrame, FindsAnIndexForWhatIsNotDrawn) {
+    NvColorTable greys(8);
+    for (std::uint32_t i = 0; i < 6; ++i) {
+        const auto level = static_cast<std::uint8_t>(10 * i * i);
+        greys.SetColor(i, {level, level, level});
+    }
+    const auto firstGreys = [&](std::uint32_t inSize) {
+        NvColorTable table(greys);
+        table.SetSize(inSize);
+        return table;
+    };
+    for (const TransparencyCase& row : km_Transparencies) {
+        SCOPED_TRACE(row.mName);
+        const auto frame = MakeFrame({row.mRow}, firstGreys(row.mTableSize));
+        NvGIFFrameInfo& info = frame->GetInfo();
+        const bool isShared = row.mSharedSize >= 0;
+        NvColorTable shared = firstGreys(static_cast<std::uint32_t>(std::max(row.mSharedSize, 0)));
+        info.mHasLocalTable = !isShared;
+        info.mHasTransparency = row.mPresent >= 0;
+        info.mTransparentIndex = static_cast<std::uint8_t>(std::max(row.mPresent, 0));
+
+        frame->UpdateTransparency(isShared ? &shared : nullptr, row.mLimit);
+
+        EXPECT_EQ(info.mHasTransparency ? info.mTransparentIndex : -1, row.mTransparent);
+        EXPECT_EQ(frame->GetImage().GetColorTable().GetSize(), row.mNewTableSize);
+        EXPECT_EQ(RowsOf(*frame), std::vector<std::string>{row.mNewRow});
+        for (std::uint32_t x = 0; x < frame->GetWidth(); ++x)
+            EXPECT_EQ(frame->GetImage().GetPixel(x, 0) == row.mTransparent, row.mNewRow[x] == '.');
+        if (isShared) {
+            ASSERT_EQ(shared.GetSize(), static_cast<std::uint32_t>(row.mNewSharedSize));
+            NvColorTable leading(shared);
+            leading.SetSize(row.mNewTableSize);
+            EXPECT_TRUE(leading == frame->GetImage().GetColorTable());
+        } else {
+            EXPECT_TRUE(info.mColorTable == frame->GetImage().GetColorTable());
+        }
+    }
+}
+
+} // namespace
