@@ -53,7 +53,7 @@ void MirrorBitRow(Byte* ioRow, std::size_t inWidth) {
     std::transform(ioRow, ioRow + bytes, ioRow, [](Byte inByte) { return km_ReversedBits[inByte]; });
     for (std::size_t i = 0; i < bytes; ++i) {
         const unsigned next = i + 1 < bytes ? ioRow[i + 1] : 0u;
-        ioRow[i] = static_cast<Byte>((ioRow[i] << 8 | next) << padding >> 8);
+        ioRow[i] = static_cast<Byte>((unsigned{ioRow[i]} << 8 | next) << padding >> 8);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "nvcode2/nvrgbimage.h"
 
+#include <cstddef>
 #include <cstring>
 
 #include "nvcode2/nvallocate.h"
@@ -41,7 +42,7 @@ void NvRGBImage::ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, std:
     const NvConstPixelLock pixels(*this);
     for (std::int32_t y = inSourceRect.top; y < inSourceRect.bottom; ++y) {
         const std::uint8_t* pixel =
-            pixels.Row(static_cast<std::uint32_t>(y)) + std::size_t{3} * inSourceRect.left;
+            pixels.Row(static_cast<std::uint32_t>(y)) + std::ptrdiff_t{3} * inSourceRect.left;
         std::uint8_t* out = outData;
         for (std::int32_t x = inSourceRect.left; x < inSourceRect.right; ++x) {
             out[inLayout.redIndex] = pixel[0];

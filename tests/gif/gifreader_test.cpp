@@ -78,7 +78,7 @@ const ScanCase km_Scans[] = {
     {"bytes behind the trailer", km_Frame + ";" + km_Frame + "junk"},
     {"zeros between blocks", "\0"s + km_Frame + "\0\0\0"s + km_Frame + "\0;"s, 2},
     {"zeros at the end", km_Frame + "\0\0"s},
-    {"a byte that starts no block", km_Frame + GIFComment({}) + "x", 1, 28},
+    {"a byte that starts no block", km_Frame + GIFComment({}) + "\1", 1, 28},
     {"loop", GIFApplication({"NETSCAPE2.0", "\1\5\1"}) + km_Frame + ";", 1, 0, 0x105},
     {"the other loop", GIFApplication({"ANIMEXTS1.0", "\1\0\0"s}) + km_Frame + ";", 1, 0, 0},
     {"loop of length 2", GIFApplication({"NETSCAPE2.0", "\1\5"}) + km_Frame + ";"},
@@ -199,6 +199,13 @@ TEST(GIFReader, TellsHowManyPixelsArrived) {
         else
             EXPECT_THAT(BytesOf(image), ElementsAre(1, 2, 3, 0, 0, 0));
     }
+}
+
+TEST(GIFReader, NoticesWhatGoesOnBehindTheLastPixelOfCodeSize1) {
+    const std::string exact = '\x01' + PackLZWCodes({{2, 2}, {1, 2}, {3, 2}});
+    const std::string longer = '\x01' + PackLZWCodes({{2, 2}, {1, 2}, {1, 2}, {3, 3}});
+    EXPECT_EQ(CodeOfReadingAll(km_SmallHeader + GIFDescriptor(0, 0, 1, 1, 0) + exact), 0u);
+    EXPECT_EQ(CodeOfReadingAll(km_SmallHeader + GIFDescriptor(0, 0, 1, 1, 0) + longer), 28u);
 }
 
 TEST(GIFReader, ReadsFramesInAnyOrderAndFilesOneAfterTheOther) {

@@ -4,8 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/gif/lzwcodec.h"
 #include "tests/image/images.h"
+#include "tests/support/lzwcodec.h"
+#include "tests/support/testfolder.h"
 
 namespace {
 
@@ -34,7 +35,8 @@ Indices InFileOrder(const Indices& inPixels, const FrameShape& inShape) {
 }
 
 TEST(LZWEncoder, WritesTheExpectedBytes) {
-    LZWCodec codec;
+    const TestFolder folder;
+    LZWCodec codec(folder / "stream");
     // Codes of 3 bits, the lowest first: clear 4, pixel 1, end 5 is 1'0100'1100.
     EXPECT_EQ(codec.Encode(1, {1}, {1, 1, 1, false}), "\x02\x02\x4C\x01\x00"s);
     // clear 4, 0, 6 = "00", 6, and as code 7 was assigned with the second 6, end 5 in 4 bits
@@ -55,7 +57,8 @@ TEST(LZWEncoder, GrowsThroughEveryWidthAndClearsAFullTable) {
     codes.insert(codes.end(), {{4, 12}, {0, 3}, {5, 3}});
     ++pixels;
 
-    LZWCodec codec;
+    const TestFolder folder;
+    LZWCodec codec(folder / "stream");
     const FrameShape shape{pixels, 1, pixels, false};
     const std::string stream = codec.Encode(2, Indices(pixels, 0), shape);
     EXPECT_TRUE(stream == '\x02' + PackLZWCodes(codes));
@@ -63,7 +66,8 @@ TEST(LZWEncoder, GrowsThroughEveryWidthAndClearsAFullTable) {
 }
 
 TEST(LZWCodec, AgreesWithTheReferenceAtEveryCodeSize) {
-    LZWCodec codec;
+    const TestFolder folder;
+    LZWCodec codec(folder / "stream");
     std::mt19937 random(1);
     for (std::uint8_t size = 1; size <= 8; ++size) {
         SCOPED_TRACE("minimum code size " + std::to_string(size));
@@ -78,7 +82,8 @@ TEST(LZWCodec, AgreesWithTheReferenceAtEveryCodeSize) {
 }
 
 TEST(LZWCodec, AgreesWithTheReferenceInEveryShape) {
-    LZWCodec codec;
+    const TestFolder folder;
+    LZWCodec codec(folder / "stream");
     std::mt19937 random(2);
     for (std::uint32_t height = 1; height <= 9; ++height)
         for (const std::uint32_t width : {1U, 2U, 7U, 40U})
