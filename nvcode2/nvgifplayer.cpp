@@ -9,10 +9,10 @@ NvGIFPlayer::NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeig
     : mWidth(inScreenWidth), mHeight(inScreenHeight), mCanvas(std::size_t{inScreenWidth} * inScreenHeight) {}
 
 void NvGIFPlayer::ShowFrame(const NvGIFFrame& inFrame) {
-    mChangedRect = mLastDisposal >= NvGIFFrameInfo::km_DisposeClear ? mLastRect : NvRect{};
     DisposeOfLastFrame();
-
     const NvRect rect = inFrame.GetScreenRect();
+    mChangedRect = mDisposedRect.IsEmpty() ? rect : NvUnionRect(mDisposedRect, rect);
+    mDisposedRect = NvRect{};
     mLastRect = rect;
     mLastDisposal = inFrame.GetInfo().mDisposal;
     if (inFrame.GetInfo().RestoresPrevious()) {
@@ -23,23 +23,25 @@ void NvGIFPlayer::ShowFrame(const NvGIFFrame& inFrame) {
         }
     }
     Draw(inFrame);
-    mChangedRect = mChangedRect.IsEmpty() ? rect : NvUnionRect(mChangedRect, rect);
 }
 
 void NvGIFPlayer::DisposeOfLastFrame() {
     const bool restores = mLastDisposal == NvGIFFrameInfo::km_DisposeRestore ||
                           mLastDisposal == NvGIFFrameInfo::km_DisposeRestoreOld;
-    if (!restores && mLastDisposal != NvGIFFrameInfo::km_DisposeClear)
+    const bool clears = mLastDisposal == NvGIFFrameInfo::km_DisposeClear;
+    mLastDisposal = NvGIFFrameInfo::km_DisposeUnspecified;
+    if (!restores && !clears)
         return;
-    const std::int32_t width = mLastRect.right - mLastRect.left;
+    mDisposedRect = mLastRect;
+    const std::int32_t width = mLastRect.Width();
     const Pixel* covered = mCovered.data();
     for (std::int32_t y = mLastRect.top; y < mLastRect.bottom; ++y) {
         Pixel* row = mCanvas.data() + static_cast<std::size_t>(y) * mWidth + mLastRect.left;
-        if (restores) {
+        if (clears) {
+            std::fill_n(row, width, Pixel{0});
+        } else {
             std::copy_n(covered, width, row);
             covered += width;
-        } else {
-            std::fill_n(row, width, Pixel{0});
         }
     }
 }

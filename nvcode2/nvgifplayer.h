@@ -21,6 +21,10 @@ public:
     /** A transparent canvas of the logical screen's size. @throws std::bad_alloc */
     NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight);
 
+    /** Does to the canvas what the frame shown last asks for when its time is over. What is on the canvas then lies under the
+     *  next frame. ShowFrame does it too, unless it has been done. */
+    void DisposeOfLastFrame();
+
     /** Disposes of the frame shown before and draws the next one. Every drawn index must be in the frame's
      * table. */
     void ShowFrame(const NvGIFFrame& inFrame);
@@ -35,7 +39,6 @@ public:
     const NvRect& GetChangedRect() const { return mChangedRect; }
 
 private:
-    void DisposeOfLastFrame();
     void Draw(const NvGIFFrame& inFrame);
 
     std::uint32_t mWidth;
@@ -44,5 +47,6 @@ private:
     std::vector<Pixel> mCovered; // what the last frame covered, row-major, when it is to be restored
     std::uint32_t mLastDisposal = 0;
     NvRect mLastRect{};
+    NvRect mDisposedRect{}; // changed by disposal since the last ShowFrame
     NvRect mChangedRect{};
 };

@@ -82,6 +82,9 @@ public:
             AddRun(inPrefix, inPixel, inCode);
     }
 
+    /** Takes back the last Add. */
+    void RemoveLast() { mCodes[mUsedSlots[--mUsedCount]] = 0; }
+
     void Clear() {
         for (std::uint32_t i = 0; i < mUsedCount; ++i)
             mCodes[mUsedSlots[i]] = 0;

@@ -1,6 +1,7 @@
 #include "win/pvdifference.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <vector>
 
@@ -10,102 +11,90 @@
 
 namespace {
 
-/** Which pairs of a table's colours differ by no more than a tolerance in each channel. */
-class CloseColours {
-public:
-    explicit CloseColours(std::uint32_t inTolerance)
-        : mTolerance(static_cast<int>(inTolerance)), mClose(256 * 256, 0) {}
-
-    void Use(const NvColorTable& inTable) {
-        if (mIsPrepared && inTable == mTable)
-            return;
-        mTable = inTable;
-        mIsPrepared = true;
-        for (std::uint32_t i = 0; i < mTable.GetSize(); ++i)
-            for (std::uint32_t j = 0; j < mTable.GetSize(); ++j)
-                mClose[i * 256 + j] = AreClose(mTable.GetColor(i), mTable.GetColor(j)) ? 1 : 0;
-    }
-
-    bool operator()(std::uint8_t inIndex1, std::uint8_t inIndex2) const {
-        return mClose[inIndex1 * 256U + inIndex2] != 0;
-    }
-
-private:
-    bool AreClose(const NvColor& inColor1, const NvColor& inColor2) const {
-        return std::abs(inColor1.red - inColor2.red) <= mTolerance &&
-               std::abs(inColor1.green - inColor2.green) <= mTolerance &&
-               std::abs(inColor1.blue - inColor2.blue) <= mTolerance;
-    }
-
-    int mTolerance;
-    bool mIsPrepared = false;
-    NvColorTable mTable;
-    std::vector<std::uint8_t> mClose; // [index * 256 + index]
-};
-
 enum PixelState : std::uint8_t {
     km_Undrawn,
     km_Drawn,
     km_MadeTransparent, // drawn in the frame, shown by the screen already
 };
 
-/** What the screen shows, as indices of the shared table. */
+using ScreenColour = std::uint32_t; // packed, the top byte set where the screen shows something
+constexpr ScreenColour km_Covered = 0xFF000000U;
+
+/** Lays frames down on the screen, one after the other, and finds what each need not draw. */
 class Differencer {
 public:
     Differencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance)
         : mWidth(inWidth),
-          mScreen(std::size_t{inWidth} * inHeight, 0),
-          mCovered(std::size_t{inWidth} * inHeight, 0),
-          mClose(inTolerance) {}
+          mTolerance(static_cast<int>(inTolerance)),
+          mScreen(std::size_t{inWidth} * inHeight, 0) {}
 
-    void Difference(NvGIFFrame& ioFrame) {
+    /** @param inTableLimit  entries that the frame's table may have at most */
+    void Difference(NvGIFFrame& ioFrame, std::uint32_t inTableLimit) {
         NvGIFFrameInfo& info = ioFrame.GetInfo();
         if (info.mDisposal != NvGIFFrameInfo::km_DisposeClear)
             info.mDisposal = NvGIFFrameInfo::km_DisposeLeave;
-        mClose.Use(ioFrame.GetImage().GetColorTable());
+        UseColours(ioFrame.GetImage().GetColorTable());
         mStates.assign(std::size_t{info.mWidth} * info.mHeight, km_Undrawn);
 
         const NvConstPixelLock pixels(ioFrame.GetImage());
         const NvPixelLock mask(ioFrame.GetMask());
-        const std::uint32_t width = info.mWidth;
         for (std::uint32_t y = 0; y < info.mHeight; ++y)
-            LayDownRow(pixels.Row(y), mask.Row(y), width, ScreenOffset(info, y),
-                       &mStates[std::size_t{y} * width]);
+            LayDownRow(pixels.Row(y), mask.Row(y), info.mWidth, ScreenRow(info, y), StateRow(info, y));
         RepairShortRuns(info, pixels);
+        if (ioFrame.GetImage().GetColorTable().GetSize() >= inTableLimit &&
+            UsesEveryEntry(info, pixels, inTableLimit))
+            DrawEverythingAgain(info, pixels);
         if (info.mDisposal == NvGIFFrameInfo::km_DisposeClear)
             for (std::uint32_t y = 0; y < info.mHeight; ++y)
-                std::fill_n(mCovered.begin() + static_cast<std::ptrdiff_t>(ScreenOffset(info, y)), width,
-                            std::uint8_t{0});
+                std::fill_n(ScreenRow(info, y), info.mWidth, ScreenColour{0});
         for (std::uint32_t y = 0; y < info.mHeight; ++y)
-            StoreMaskRow(&mStates[std::size_t{y} * width], width, mask.Row(y));
+            StoreMaskRow(StateRow(info, y), info.mWidth, mask.Row(y));
     }
 
 private:
-    std::size_t ScreenOffset(const NvGIFFrameInfo& inInfo, std::uint32_t inRow) const {
-        return (std::size_t{inInfo.mTop} + inRow) * mWidth + inInfo.mLeft;
+    ScreenColour* ScreenRow(const NvGIFFrameInfo& inInfo, std::uint32_t inRow) {
+        return mScreen.data() + (std::size_t{inInfo.mTop} + inRow) * mWidth + inInfo.mLeft;
+    }
+
+    std::uint8_t* StateRow(const NvGIFFrameInfo& inInfo, std::uint32_t inRow) {
+        return mStates.data() + std::size_t{inRow} * inInfo.mWidth;
+    }
+
+    void UseColours(const NvColorTable& inTable) {
+        for (std::uint32_t i = 0; i < std::min(inTable.GetSize(), 256U); ++i)
+            mColours[i] = NvPackColor(inTable.GetColor(i)) | km_Covered;
+    }
+
+    bool AreClose(ScreenColour inColour1, ScreenColour inColour2) const {
+        for (int shift = 0; shift < 24; shift += 8) {
+            const int difference =
+                static_cast<int>((inColour1 >> shift) & 0xFF) - static_cast<int>((inColour2 >> shift) & 0xFF);
+            if (std::abs(difference) > mTolerance)
+                return false;
+        }
+        return true;
     }
 
     void LayDownRow(const std::uint8_t* inPixels, const std::uint8_t* inMask, std::uint32_t inWidth,
-                    std::size_t inOffset, std::uint8_t* outStates) {
-        std::uint8_t* screen = &mScreen[inOffset];
-        std::uint8_t* covered = &mCovered[inOffset];
+                    ScreenColour* ioScreen, std::uint8_t* outStates) const {
         for (std::uint32_t x = 0; x < inWidth; ++x) {
             if (!(inMask[x / 8] & (0x80U >> x % 8)))
                 continue;
-            if (covered[x] && mClose(screen[x], inPixels[x])) {
+            const ScreenColour colour = mColours[inPixels[x]];
+            if (ioScreen[x] == colour || (ioScreen[x] != 0 && AreClose(ioScreen[x], colour))) {
                 outStates[x] = km_MadeTransparent;
                 continue;
             }
             outStates[x] = km_Drawn;
-            covered[x] = 1;
-            screen[x] = inPixels[x];
+            ioScreen[x] = colour;
         }
     }
 
     // Runs count on across row ends, as the LZW data does. A pixel that is drawn again is what the viewer
     // sees from now on, so the screen takes it; otherwise errors could add up to twice the tolerance.
     void RepairShortRuns(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels) {
-        if (mStates[0] == km_MadeTransparent)
+        const bool firstMadeTransparent = mStates[0] == km_MadeTransparent;
+        if (firstMadeTransparent)
             mStates[0] = km_Undrawn;
         std::size_t run = 0;
         for (std::size_t i = 0; i < mStates.size(); ++i) {
@@ -118,13 +107,31 @@ private:
                     DrawAgain(inInfo, inPixels, j - 1);
             run = 0;
         }
+        if (firstMadeTransparent)
+            mStates[0] = km_MadeTransparent;
     }
 
     void DrawAgain(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels, std::size_t inPlace) {
         const auto y = static_cast<std::uint32_t>(inPlace / inInfo.mWidth);
         const std::size_t x = inPlace % inInfo.mWidth;
         mStates[inPlace] = km_Drawn;
-        mScreen[ScreenOffset(inInfo, y) + x] = inPixels.Row(y)[x];
+        ScreenRow(inInfo, y)[x] = mColours[inPixels.Row(y)[x]];
+    }
+
+    // Without an entry to spare there is no transparent index to give to the pixels left out.
+    bool UsesEveryEntry(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels,
+                        std::uint32_t inEntries) const {
+        std::array<bool, 256> used{};
+        for (std::size_t i = 0; i < mStates.size(); ++i)
+            if (mStates[i] == km_Drawn)
+                used[inPixels.Row(static_cast<std::uint32_t>(i / inInfo.mWidth))[i % inInfo.mWidth]] = true;
+        return static_cast<std::uint32_t>(std::count(used.begin(), used.end(), true)) >= inEntries;
+    }
+
+    void DrawEverythingAgain(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels) {
+        for (std::size_t i = 0; i < mStates.size(); ++i)
+            if (mStates[i] == km_MadeTransparent)
+                DrawAgain(inInfo, inPixels, i);
     }
 
     static void StoreMaskRow(const std::uint8_t* inStates, std::uint32_t inWidth, std::uint8_t* outMask) {
@@ -138,10 +145,10 @@ private:
     }
 
     std::uint32_t mWidth;
-    std::vector<std::uint8_t> mScreen;  // index shown, row-major
-    std::vector<std::uint8_t> mCovered; // 1 where the screen shows something
-    std::vector<std::uint8_t> mStates;  // PixelState of the frame in hand, row-major
-    CloseColours mClose;
+    int mTolerance;
+    std::vector<ScreenColour> mScreen;        // row-major
+    std::vector<std::uint8_t> mStates;        // PixelState of the frame in hand, row-major
+    std::array<ScreenColour, 256> mColours{}; // of the frame in hand
 };
 
 } // namespace
@@ -154,7 +161,7 @@ void DifferenceFrames(NvAnimation& ioAnimation, std::uint32_t inTolerance, std::
         ioProgress.ReportFrame(i, count);
         NvGIFFrame& frame = ioAnimation.GetFrame(i);
         NvAssert(!frame.GetInfo().RestoresPrevious());
-        differencer.Difference(frame);
+        differencer.Difference(frame, inTableLimit);
         frame.UpdateTransparency(ioAnimation.GetSharedTableOf(frame), inTableLimit);
     }
 }

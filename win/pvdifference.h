@@ -15,8 +15,11 @@ inline constexpr std::uint32_t km_DifferenceTolerance = 28;
  *
  *  Precondition: no frame restores what it covered.
  *
+ *  A frame that uses every entry of a full table has no index left for transparent pixels, and is drawn
+ * whole.
+ *
  *  @param inTolerance   0 to 255 per channel
- *  @param inTableLimit  entries the shared table may have at most
+ *  @param inTableLimit  entries that a colour table may have at most
  *  @throws NvErrorCode  3 when the progress was told to stop */
 void DifferenceFrames(NvAnimation& ioAnimation, std::uint32_t inTolerance, std::uint32_t inTableLimit,
                       PvProgress& ioProgress);

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
-#include <optional>
+#include <utility>
 #include <vector>
 
 #include "nvcode2/nverrorcode.h"
@@ -99,16 +99,54 @@ private:
     int mMismatchedRows = 0;
 };
 
+// A frame of fewer windows than this is too small for its structure to be judged by similarity.
+constexpr std::uint32_t km_SizableArea = 32;
+constexpr double km_LeastStructure = 0.80; // below it the eye is caught
+constexpr double km_GoodStructure = 0.97;  // from it on there is nothing to gain
+constexpr std::uint32_t km_FramesMeasured = 48;
+
+double StructureOf(const PvFrameLook& inLook) {
+    return inLook.mContrastWindows >= km_SizableArea ? inLook.mContrastSsim : 1.0;
+}
+
+/** What the measured frames come to. */
+class Looks {
+public:
+    void Add(const PvFrameLook& inLook) {
+        const auto rank = [](const PvFrameLook& inAny) {
+            return std::make_pair(StructureOf(inAny), inAny.mSsim);
+        };
+        if (rank(inLook) < rank(mWorst))
+            mWorst = inLook;
+        mStructureSum += StructureOf(inLook);
+        ++mCount;
+    }
+
+    const PvFrameLook& Worst() const { return mWorst; }
+    double MeanStructure() const { return mCount == 0 ? 1.0 : mStructureSum / mCount; }
+
+private:
+    PvFrameLook mWorst;
+    double mStructureSum = 0.0;
+    std::uint32_t mCount = 0;
+};
+
 std::string InFrame(std::uint32_t inIndex, const char* inWhat) {
     return "frame " + std::to_string(inIndex + 1) + " " + inWhat;
 }
 
+/** Plays both to the end, or to the first thing that must not differ; keeps how the frames look on the way.
+ */
 std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
-                     const PvColourAllowance& inAllowance) {
+                     const PvColourAllowance& inAllowance, PvComparison& ioComparison) {
     NvGIFPlayer originalPlayer(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
     NvGIFPlayer candidatePlayer(ioCandidate.GetScreenWidth(), ioCandidate.GetScreenHeight());
     CanvasComparison comparison(ioOriginal.GetScreenHeight());
-    for (std::uint32_t i = 0; i < ioOriginal.GetFrameCount(); ++i) {
+    PvLookMeter meter(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
+    Looks looks;
+    const std::uint32_t count = ioOriginal.GetFrameCount();
+    const std::uint32_t measureEvery = (count + km_FramesMeasured - 1) / km_FramesMeasured;
+    for (std::uint32_t i = 0; i < count; ++i) {
         const std::unique_ptr<NvGIFFrame> original = ioOriginal.ReadFrame(i);
         const std::unique_ptr<NvGIFFrame> candidate = ioCandidate.ReadFrame(i);
         if (original->GetInfo().mDelay != candidate->GetInfo().mDelay)
@@ -126,22 +164,41 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
         // A pixel only ever trades places with one whose channels differ by at most 128.
         if (comparison.MeanError() > inAllowance.mMeanError + 128.0 * std::min(1.0, moved))
             return InFrame(i, "would show other colours");
+        if ((count - 1 - i) % measureEvery == 0)
+            looks.Add(meter.Measure(originalPlayer, candidatePlayer));
     }
+    ioComparison.mWorstLook = looks.Worst();
+    ioComparison.mMeanStructure = looks.MeanStructure();
     return {};
 }
 
 } // namespace
 
-std::string PvCompareGIFs(const char* inOriginalPath, const char* inCandidatePath,
-                          const PvColourAllowance& inAllowance) {
+double PvComparison::GetStructure() const {
+    return StructureOf(mWorstLook);
+}
+
+bool PvComparison::HasLostStructure() const {
+    return GetStructure() < km_LeastStructure;
+}
+
+bool PvComparison::MayLookBetter() const {
+    return GetStructure() < km_GoodStructure || mWorstLook.mSsim < km_LeastStructure;
+}
+
+PvComparison PvCompareGIFs(const char* inOriginalPath, const char* inCandidatePath,
+                           const PvColourAllowance& inAllowance) {
+    PvComparison comparison;
     PvFrameReader original(inOriginalPath);
     try {
         PvFrameReader candidate(inCandidatePath);
-        const std::string difference = CompareFiles(original, candidate);
-        return difference.empty() ? PlayBoth(original, candidate, inAllowance) : difference;
+        comparison.mReason = CompareFiles(original, candidate);
+        if (comparison.mReason.empty())
+            comparison.mReason = PlayBoth(original, candidate, inAllowance, comparison);
     } catch (const NvErrorCode& error) {
         if (error.GetCode() == NvErrorCode::km_OutOfMemory)
             throw;
-        return "the result could not be read back";
+        comparison.mReason = "the result could not be read back";
     }
+    return comparison;
 }

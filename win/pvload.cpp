@@ -99,7 +99,7 @@ void PvFrameReader::CheckFrames() {
 }
 
 std::uint64_t PvFrameReader::EstimateMemory() const {
-    constexpr std::uint64_t km_PerFrame = 4096; // tables, records and bookkeeping
+    constexpr std::uint64_t km_PerFrame = 8192; // tables, records and bookkeeping
     constexpr std::uint64_t km_PerScreenPixel =
         20; // two canvases with what they restore, differencing, coverage
     constexpr std::uint64_t km_PerCanvasColor = 128; // counting and looking up what a restored canvas shows

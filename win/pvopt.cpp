@@ -1,15 +1,12 @@
 #include "win/pvopt.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
+#include <utility>
 
 #include "nvcode2/nvanimation.h"
-#include "win/pvcrop.h"
-#include "win/pvdifference.h"
-#include "win/pvflatten.h"
-#include "win/pvgate.h"
 #include "win/pvload.h"
-#include "win/pvpalette.h"
 #include "win/pvprogress.h"
 #include "win/pvwrite.h"
 #include "wnatom/wnpref.h"
@@ -18,20 +15,33 @@
 
 namespace {
 
-constexpr PvPaletteMode km_Mode = PvPaletteMode::km_Normal;
-
-// Merging nearly equal colours within a frame moves a channel by at most 2.
-constexpr double km_SimilarColourError = 2.0;
-
-// A canvas is put together from parts of several frames, so its mean may lie above that of each of them.
-constexpr double km_PaletteErrorFactor = 2.0;
-
 std::uint64_t DefaultMemoryLimit() {
     constexpr std::uint64_t km_AtLeast = std::uint64_t{1} << 30;
     return std::max(WnGetPhysicalMemory() / 2, km_AtLeast);
 }
 
+/** The tolerance to try after one whose result does not look well enough. */
+std::uint32_t NextTolerance(std::uint32_t inTolerance) {
+    if (inTolerance > 16)
+        return 16;
+    return inTolerance > 8 ? 8 : 0;
+}
+
 } // namespace
+
+/** A result, written beside the file it may replace and found fit to do so. */
+struct PvOptimizer::Candidate {
+    std::unique_ptr<WnSafeFile> mFile;
+    std::uint32_t mSize = 0; // bytes
+    PvComparison mComparison;
+
+    /** Lower is better: a percent of similarity may cost four percent of size, about what lossy GIF tools
+     * trade them for on real files. */
+    double Cost() const {
+        constexpr double km_SizePerSimilarity = 4.0;
+        return std::log(static_cast<double>(mSize)) - km_SizePerSimilarity * mComparison.mMeanStructure;
+    }
+};
 
 PvOptimizer::PvOptimizer(const WnPref& inPrefs, PvOptHost& inHost, const PvOptSettings& inSettings)
     : mPrefs(inPrefs), mHost(inHost), mSettings(inSettings) {
@@ -50,23 +60,16 @@ std::uint32_t PvOptimizer::OptimizeGIFFile(const char* inPath, std::uint32_t inO
 
 std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOriginalSize) {
     PvProgress progress(mHost);
-    NvColor background;
-    progress.BeginStep(0.2);
-    std::unique_ptr<NvAnimation> animation = Load(inPath, progress, background);
-    if (!animation)
+    std::optional<Candidate> candidate = ChooseFirstPass(inPath, inOriginalSize, progress);
+    if (mOutcome.mLoadError || !mOutcome.mGateReason.empty())
         return inOriginalSize;
-    PvColourAllowance allowance = RebuildColours(*animation, progress);
-    FinishPass(*animation, background, allowance, progress);
-
-    const std::uint32_t size = Measure(*animation);
-    const bool isSmaller = size < inOriginalSize;
-    if (isSmaller && !Replace(inPath, *animation, allowance, false))
-        return inOriginalSize;
-    animation.reset();
-    if (!isSmaller)
-        return ReoptimizeGIFFile(inPath, inOriginalSize, false);
+    if (!candidate)
+        return ReoptimizeGIFFile(inPath, inOriginalSize, false, progress);
+    const std::uint32_t size = candidate->mSize;
+    Replace(inPath, *candidate, false);
+    candidate.reset();
     try {
-        return ReoptimizeGIFFile(inPath, size, true);
+        return ReoptimizeGIFFile(inPath, size, true, progress);
     } catch (const NvErrorCode&) {
         return size; // the first pass's result is in place and whole
     } catch (const std::bad_alloc&) {
@@ -74,20 +77,63 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
     }
 }
 
-std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar,
-                                             bool inIsBackedUp) {
-    PvProgress progress(mHost);
-    progress.Restart(0.75);
+// A tolerance freezes slow, soft motion: stripes that differ by less are left standing and tear. Where that
+// is seen the file is done again from the start with smaller ones, as long as that may look better at a fair
+// price.
+std::optional<PvOptimizer::Candidate>
+PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, PvProgress& ioProgress) {
+    std::uint32_t tolerance = mSettings.mIsLossless ? 0 : mSettings.mTolerance;
+    std::optional<Candidate> best = RunFirstPass(inPath, inOriginalSize, tolerance, ioProgress);
+    while (best && tolerance > 0 && mOutcome.mFrameCount > 1 && best->mComparison.MayLookBetter()) {
+        tolerance = NextTolerance(tolerance);
+        std::optional<Candidate> nearer = RunFirstPass(inPath, inOriginalSize, tolerance, ioProgress);
+        const bool mustChange = best->mComparison.HasLostStructure();
+        if (mustChange || (nearer && nearer->Cost() <= best->Cost()))
+            best = std::move(nearer);
+        if (!mustChange && !best->mComparison.HasLostStructure() && tolerance == 0)
+            break;
+    }
+    return best;
+}
+
+/** @return nothing when the result is not smaller or not fit to replace the file */
+std::optional<PvOptimizer::Candidate> PvOptimizer::RunFirstPass(const char* inPath,
+                                                                std::uint32_t inOriginalSize,
+                                                                std::uint32_t inTolerance,
+                                                                PvProgress& ioProgress) {
     NvColor background;
-    progress.BeginStep(0.85);
-    const std::unique_ptr<NvAnimation> animation = Load(inPath, progress, background);
+    ioProgress.BeginStep(0.2);
+    const std::unique_ptr<NvAnimation> animation = Load(inPath, ioProgress, background);
+    if (!animation)
+        return std::nullopt;
+    const PvColourAllowance allowance =
+        mPasses.RunFirst(*animation, background, PassOptions(inTolerance), ioProgress);
+    return MakeCandidate(inPath, inOriginalSize, *animation, allowance);
+}
+
+std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp,
+                                             PvProgress& ioProgress) {
+    NvColor background;
+    ioProgress.BeginStep(0.85);
+    const std::unique_ptr<NvAnimation> animation = Load(inPath, ioProgress, background);
     if (!animation)
         return inSizeSoFar;
-    PvColourAllowance allowance;
-    Crop(*animation);
-    FinishPass(*animation, background, allowance, progress);
-    const std::uint32_t size = Measure(*animation);
-    return size < inSizeSoFar && Replace(inPath, *animation, allowance, inIsBackedUp) ? size : inSizeSoFar;
+    const PvColourAllowance allowance = mPasses.RunSecond(*animation, background, PassOptions(0), ioProgress);
+    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeSoFar, *animation, allowance);
+    if (!candidate)
+        return inSizeSoFar;
+    Replace(inPath, *candidate, inIsBackedUp);
+    return candidate->mSize;
+}
+
+PvPassOptions PvOptimizer::PassOptions(std::uint32_t inTolerance) const {
+    std::uint32_t allowsCrop = 0;
+    mPrefs.ReadDWordDefault("ALLOWCROP", allowsCrop, 0);
+    PvPassOptions options;
+    options.mIsLossless = mSettings.mIsLossless;
+    options.mCropsSingleImages = allowsCrop != 0;
+    options.mTolerance = inTolerance;
+    return options;
 }
 
 // A file that is no sound GIF is left alone, with the reason kept; only a lack of memory, which says nothing
@@ -107,60 +153,30 @@ std::unique_ptr<NvAnimation> PvOptimizer::Load(const char* inPath, PvProgress& i
     }
 }
 
-// The first pass, up to the point where both passes go on alike.
-PvColourAllowance PvOptimizer::RebuildColours(NvAnimation& ioAnimation, PvProgress& ioProgress) {
-    ioProgress.BeginStep(0.25);
-    const double flattenError = FlattenRestoredFrames(ioAnimation, ioProgress);
-    Crop(ioAnimation);
-    MergeSimilarFrameColours(ioAnimation);
-    ioProgress.BeginStep(0.4);
-    const double paletteError = BuildGlobalPalette(ioAnimation, km_Mode, ioProgress);
-    MergeDuplicateColours(ioAnimation);
-    ioProgress.BeginStep(0.5);
-    DifferenceFrames(ioAnimation, km_DifferenceTolerance, PvPaletteLimit(km_Mode), ioProgress);
-    Crop(ioAnimation);
-    OrderSharedTable(ioAnimation, PvPaletteLimit(km_Mode));
-
-    PvColourAllowance allowance;
-    allowance.mMeanError =
-        flattenError + km_SimilarColourError + km_PaletteErrorFactor * paletteError + km_DifferenceTolerance;
-    return allowance;
-}
-
-void PvOptimizer::FinishPass(NvAnimation& ioAnimation, const NvColor& inBackground,
-                             PvColourAllowance& ioAllowance, PvProgress& ioProgress) {
-    RestoreBackgroundIndex(ioAnimation, inBackground);
-    NarrowTables(ioAnimation);
-    ioProgress.BeginStep(ioProgress.GetEnd() + 0.15);
-    ioAllowance.mMovedPixels += 2.0 * static_cast<double>(mSwapper.SwapAllFrames(ioAnimation, ioProgress));
-}
-
-// Animations are always cropped: nobody sees it. A single image changes its place in the screen, so that is
-// for the user to decide.
-void PvOptimizer::Crop(NvAnimation& ioAnimation) const {
-    std::uint32_t allowsCrop = 0;
-    mPrefs.ReadDWordDefault("ALLOWCROP", allowsCrop, 0);
-    if (ioAnimation.GetFrameCount() > 1 || allowsCrop != 0)
-        CropFrames(ioAnimation);
-}
-
-std::uint32_t PvOptimizer::Measure(NvAnimation& ioAnimation) {
+std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inPath,
+                                                                 std::uint32_t inSizeToBeat,
+                                                                 NvAnimation& ioAnimation,
+                                                                 const PvColourAllowance& inAllowance) {
     if (!mScratch)
         mScratch.emplace();
-    return WriteOptimizedGIF(mScratch->GetPath(), ioAnimation);
+    Candidate candidate;
+    candidate.mSize = WriteOptimizedGIF(mScratch->GetPath(), ioAnimation);
+    if (candidate.mSize >= inSizeToBeat)
+        return std::nullopt;
+    WnCheckReplaceable(inPath);
+    candidate.mFile = std::make_unique<WnSafeFile>(inPath);
+    WriteOptimizedGIF(candidate.mFile->GetTemporaryPath(), ioAnimation);
+    candidate.mComparison = PvCompareGIFs(inPath, candidate.mFile->GetTemporaryPath(), inAllowance);
+    mOutcome.mGateReason = candidate.mComparison.mReason;
+    if (!mOutcome.mGateReason.empty())
+        return std::nullopt;
+    return candidate;
 }
 
-/** @return false when a viewer would notice the replacement; the file is then as it was */
-bool PvOptimizer::Replace(const char* inPath, NvAnimation& ioAnimation, const PvColourAllowance& inAllowance,
-                          bool inIsBackedUp) {
-    WnCheckReplaceable(inPath);
-    WnSafeFile candidate(inPath);
-    WriteOptimizedGIF(candidate.GetTemporaryPath(), ioAnimation);
-    mOutcome.mGateReason = PvCompareGIFs(inPath, candidate.GetTemporaryPath(), inAllowance);
-    if (!mOutcome.mGateReason.empty())
-        return false;
-    if (!inIsBackedUp)
+void PvOptimizer::Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp) {
+    if (!inIsBackedUp) {
+        mOutcome.mWorstLook = ioCandidate.mComparison.mWorstLook;
         mHost.BackupFile(inPath);
-    candidate.Commit();
-    return true;
+    }
+    ioCandidate.mFile->Commit();
 }

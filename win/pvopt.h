@@ -6,13 +6,15 @@
 #include <string>
 
 #include "nvcode2/nverrorcode.h"
-#include "win/pvswap.h"
+#include "win/pvdifference.h"
+#include "win/pvlook.h"
+#include "win/pvpasses.h"
 #include "wnatom/wnscratch.h"
 
 class NvAnimation;
 class PvProgress;
 class WnPref;
-struct PvColourAllowance;
+struct NvColor;
 
 /** What the optimizer asks of the program around it. */
 class PvOptHost {
@@ -30,6 +32,11 @@ public:
 
 /** What a run may use and do. */
 struct PvOptSettings {
+    /** Changes no displayed colour: no palette building, no tolerance, no exchanged pixels. */
+    bool mIsLossless = false;
+    /** Largest difference per channel at which a frame's pixel counts as what the screen shows already, 0
+     * to 28. */
+    std::uint32_t mTolerance = km_DifferenceTolerance;
     std::uint64_t mMemoryLimit = 0; ///< bytes one file may need; 0: half the physical memory, at least 1 GiB
 };
 
@@ -39,6 +46,7 @@ struct PvOutcome {
     std::string
         mGateReason; ///< what a viewer would have noticed in the rejected result; empty: nothing rejected
     std::uint32_t mFrameCount = 0;
+    PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
 };
 
 /** Makes one GIF file smaller in place, or leaves it exactly as it is. */
@@ -64,22 +72,25 @@ public:
     const PvOutcome& GetOutcome() const { return mOutcome; }
 
 private:
+    struct Candidate;
+
     std::uint32_t RunBothPasses(const char* inPath, std::uint32_t inOriginalSize);
-    std::uint32_t ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp);
-    std::unique_ptr<NvAnimation> Load(const char* inPath, PvProgress& ioProgress,
-                                      struct NvColor& outBackground);
-    PvColourAllowance RebuildColours(NvAnimation& ioAnimation, PvProgress& ioProgress);
-    void FinishPass(NvAnimation& ioAnimation, const struct NvColor& inBackground,
-                    PvColourAllowance& ioAllowance, PvProgress& ioProgress);
-    void Crop(NvAnimation& ioAnimation) const;
-    std::uint32_t Measure(NvAnimation& ioAnimation);
-    bool Replace(const char* inPath, NvAnimation& ioAnimation, const PvColourAllowance& inAllowance,
-                 bool inIsBackedUp);
+    std::uint32_t ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp,
+                                    PvProgress& ioProgress);
+    std::optional<Candidate> ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize,
+                                             PvProgress& ioProgress);
+    std::optional<Candidate> RunFirstPass(const char* inPath, std::uint32_t inOriginalSize,
+                                          std::uint32_t inTolerance, PvProgress& ioProgress);
+    std::optional<Candidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
+                                           NvAnimation& ioAnimation, const PvColourAllowance& inAllowance);
+    std::unique_ptr<NvAnimation> Load(const char* inPath, PvProgress& ioProgress, NvColor& outBackground);
+    PvPassOptions PassOptions(std::uint32_t inTolerance) const;
+    void Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp);
 
     const WnPref& mPrefs;
     PvOptHost& mHost;
     PvOptSettings mSettings;
     PvOutcome mOutcome;
     std::optional<WnScratchFile> mScratch; // made for the first measurement, kept for all files
-    PvPixelSwapper mSwapper;
+    PvPasses mPasses;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "nvcode2/nverrorcode.h"
@@ -19,14 +20,10 @@ public:
         mEnd = inEnd;
     }
 
-    double GetEnd() const { return mEnd; }
-
-    /** Starts again, for another file or pass. */
-    void Restart(double inBegin) { mBegin = mEnd = inBegin; }
-
     /** @throws NvErrorCode 3 when the host asks to stop */
     void ReportFrame(std::uint32_t inIndex, std::uint32_t inCount) {
-        if (mHost.ReportProgress(mBegin + (mEnd - mBegin) * inIndex / inCount))
+        mReported = std::max(mReported, mBegin + (mEnd - mBegin) * inIndex / inCount);
+        if (mHost.ReportProgress(mReported))
             NvThrow(NvErrorCode::km_Cancelled);
     }
 
@@ -34,4 +31,5 @@ private:
     PvOptHost& mHost;
     double mBegin = 0.0;
     double mEnd = 0.0;
+    double mReported = 0.0; // never goes back, also when a pass is done again
 };

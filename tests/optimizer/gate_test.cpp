@@ -60,7 +60,8 @@ protected:
     std::string Compare(const TestGIF& inOriginal, const TestGIF& inCandidate,
                         const PvColourAllowance& inAllowance = {}) {
         return PvCompareGIFs(Write(inOriginal, "original.gif").c_str(),
-                             Write(inCandidate, "candidate.gif").c_str(), inAllowance);
+                             Write(inCandidate, "candidate.gif").c_str(), inAllowance)
+            .mReason;
     }
 };
 
@@ -73,8 +74,9 @@ TEST_F(GateTest, WhateverAViewerWouldNoticeIsTold) {
         EXPECT_NE(Compare(candidate, Original()), "");
     }
     WriteTestFile(mFolder / "candidate.gif", EncodeGIF(Original()).substr(0, 900));
-    EXPECT_EQ(PvCompareGIFs((mFolder / "original.gif").c_str(), (mFolder / "candidate.gif").c_str(), {}),
-              "the result could not be read back");
+    EXPECT_EQ(
+        PvCompareGIFs((mFolder / "original.gif").c_str(), (mFolder / "candidate.gif").c_str(), {}).mReason,
+        "the result could not be read back");
 }
 
 TEST_F(GateTest, WhatNobodyNoticesPasses) {

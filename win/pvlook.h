@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "nvcode2/nvgifplayer.h"
+
+/** How close one displayed frame looks to another. */
+struct PvFrameLook {
+    double mSsim = 1.0; ///< mean structural similarity of luma, 1.0 for the same picture
+    double mContrastSsim =
+        1.0; ///< the same over the windows that show something in either frame; 1.0 without any
+    std::uint32_t mContrastWindows =
+        0;                       ///< how many windows those are; each stands for 4 x 4 pixels of its own
+    double mPsnr = km_MaxPsnr;   ///< decibels over red, green and blue of the pixels covered in both
+    std::uint32_t mMaxError = 0; ///< largest difference of a channel, 0 to 255
+
+    static constexpr double km_MaxPsnr = 99.0; ///< stands for no difference at all
+};
+
+/** Measures displayed frames beside each other.
+ *
+ *  Structural similarity is taken over windows of 8 x 8 pixels every 4 pixels, the picture's edge repeated up
+ * to a multiple of 4 and at least 8; transparent pixels count as mid grey. After Z. Wang, A. C. Bovik, H. R.
+ * Sheikh and E. P. Simoncelli, "Image Quality Assessment: From Error Visibility to Structural Similarity",
+ * 2004, with a flat window. */
+class PvLookMeter {
+public:
+    /** @param inWidth   of both canvases, pixels
+     *  @param inHeight  of both canvases, pixels */
+    PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight);
+
+    PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond);
+
+private:
+    /** Sums over the 4 x 4 pixels of a block. */
+    struct Block {
+        std::uint32_t mFirst = 0;
+        std::uint32_t mSecond = 0;
+        std::uint32_t mFirstSquares = 0;
+        std::uint32_t mSecondSquares = 0;
+        std::uint32_t mProducts = 0;
+    };
+    using BlockRow = std::vector<Block>;
+
+    void SumBlockRow(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, std::uint32_t inBlockRow,
+                     BlockRow& outBlocks);
+    void LumaRow(const NvGIFPlayer::Pixel* inPixels, std::vector<std::uint8_t>& outLuma) const;
+    static double WindowSsim(const Block& inSums, bool& outHasContrast);
+
+    std::uint32_t mWidth;
+    std::uint32_t mHeight;
+    std::uint32_t mBlockColumns;
+    std::uint32_t mBlockRows;
+    std::vector<std::uint8_t> mFirstLuma; // one row, padded to whole blocks
+    std::vector<std::uint8_t> mSecondLuma;
+};

@@ -1,0 +1,93 @@
+#include "win/pvpasses.h"
+
+#include "nvcode2/nvanimation.h"
+#include "win/pvcrop.h"
+#include "win/pvdifference.h"
+#include "win/pvfill.h"
+#include "win/pvflatten.h"
+#include "win/pvlossless.h"
+#include "win/pvpalette.h"
+#include "win/pvprogress.h"
+
+namespace {
+
+constexpr PvPaletteMode km_Mode = PvPaletteMode::km_Normal;
+constexpr std::uint32_t km_MaxColours = 256;
+
+// Merging nearly equal colours within a frame moves a channel by at most 2.
+constexpr double km_SimilarColourError = 2.0;
+
+// A canvas is put together from parts of several frames, so its mean may lie above that of each of them.
+constexpr double km_PaletteErrorFactor = 2.0;
+
+// Animations are always cropped: nobody sees it. A single image changes its place in the screen, so that is
+// for the user to decide.
+void Crop(NvAnimation& ioAnimation, const PvPassOptions& inOptions) {
+    if (ioAnimation.GetFrameCount() > 1 || inOptions.mCropsSingleImages)
+        CropFrames(ioAnimation);
+}
+
+PvColourAllowance RebuildColours(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                                 PvProgress& ioProgress) {
+    ioProgress.BeginStep(0.25);
+    const double flattenError = FlattenRestoredFrames(ioAnimation, ioProgress);
+    Crop(ioAnimation, inOptions);
+    MergeSimilarFrameColours(ioAnimation);
+    ioProgress.BeginStep(0.35);
+    const double paletteError = BuildGlobalPalette(ioAnimation, km_Mode, ioProgress);
+    MergeDuplicateColours(ioAnimation);
+    ioProgress.BeginStep(0.45);
+    DifferenceFrames(ioAnimation, inOptions.mTolerance, PvPaletteLimit(km_Mode), ioProgress);
+    Crop(ioAnimation, inOptions);
+    OrderSharedTable(ioAnimation, PvPaletteLimit(km_Mode));
+
+    PvColourAllowance allowance;
+    allowance.mMeanError =
+        flattenError + km_SimilarColourError + km_PaletteErrorFactor * paletteError + inOptions.mTolerance;
+    return allowance;
+}
+
+// The allowance is none at all: what cannot be done exactly, the gate refuses.
+PvColourAllowance RebuildTables(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                                PvProgress& ioProgress) {
+    ioProgress.BeginStep(0.25);
+    FlattenRestoredFrames(ioAnimation, ioProgress);
+    Crop(ioAnimation, inOptions);
+    ioProgress.BeginStep(0.35);
+    DifferenceFrames(ioAnimation, 0, km_MaxColours, ioProgress);
+    Crop(ioAnimation, inOptions);
+    ioProgress.BeginStep(0.45);
+    if (ShareExactColours(ioAnimation, ioProgress))
+        OrderSharedTable(ioAnimation, km_MaxColours);
+    return PvColourAllowance();
+}
+
+} // namespace
+
+PvColourAllowance PvPasses::RunFirst(NvAnimation& ioAnimation, const NvColor& inBackground,
+                                     const PvPassOptions& inOptions, PvProgress& ioProgress) {
+    PvColourAllowance allowance = inOptions.mIsLossless ? RebuildTables(ioAnimation, inOptions, ioProgress)
+                                                        : RebuildColours(ioAnimation, inOptions, ioProgress);
+    ioProgress.BeginStep(0.65);
+    FillUndrawnPixels(ioAnimation, ioProgress);
+    ioProgress.BeginStep(0.75);
+    Finish(ioAnimation, inBackground, inOptions, allowance, ioProgress);
+    return allowance;
+}
+
+PvColourAllowance PvPasses::RunSecond(NvAnimation& ioAnimation, const NvColor& inBackground,
+                                      const PvPassOptions& inOptions, PvProgress& ioProgress) {
+    PvColourAllowance allowance;
+    Crop(ioAnimation, inOptions);
+    ioProgress.BeginStep(0.95);
+    Finish(ioAnimation, inBackground, inOptions, allowance, ioProgress);
+    return allowance;
+}
+
+void PvPasses::Finish(NvAnimation& ioAnimation, const NvColor& inBackground, const PvPassOptions& inOptions,
+                      PvColourAllowance& ioAllowance, PvProgress& ioProgress) {
+    RestoreBackgroundIndex(ioAnimation, inBackground);
+    NarrowTables(ioAnimation);
+    if (!inOptions.mIsLossless)
+        ioAllowance.mMovedPixels = 2.0 * static_cast<double>(mSwapper.SwapAllFrames(ioAnimation, ioProgress));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+
+#include "win/pvgate.h"
+#include "win/pvswap.h"
+
+class NvAnimation;
+class PvProgress;
+struct NvColor;
+
+/** How a pass may change an animation. */
+struct PvPassOptions {
+    bool mIsLossless = false;        ///< no displayed colour changes
+    bool mCropsSingleImages = false; ///< a still picture may lose its transparent borders
+    std::uint32_t mTolerance = 0;    ///< levels per channel, see DifferenceFrames; not used when lossless
+};
+
+/** The two passes over an animation in memory: which steps, in which order. */
+class PvPasses {
+public:
+    /** The first pass: one small palette, nothing drawn that the screen shows already, tight frames.
+     *
+     *  @param inBackground  the colour that the background index named when the file was loaded
+     *  @return              how far the colours may be from the original's by now
+     *  @throws NvErrorCode  3 when the progress was told to stop */
+    PvColourAllowance RunFirst(NvAnimation& ioAnimation, const NvColor& inBackground,
+                               const PvPassOptions& inOptions, PvProgress& ioProgress);
+
+    /** The second pass, over what is on the disk after the first: crops and exchanges pixels once more. */
+    PvColourAllowance RunSecond(NvAnimation& ioAnimation, const NvColor& inBackground,
+                                const PvPassOptions& inOptions, PvProgress& ioProgress);
+
+private:
+    void Finish(NvAnimation& ioAnimation, const NvColor& inBackground, const PvPassOptions& inOptions,
+                PvColourAllowance& ioAllowance, PvProgress& ioProgress);
+
+    PvPixelSwapper mSwapper;
+};
