@@ -10,7 +10,6 @@
 
 #include "tests/support/testfolder.h"
 #include "wnatom/wnpref.h"
-#include "wnatom/wnprefkey.h"
 
 namespace {
 
@@ -106,14 +105,6 @@ TEST_F(Preferences, TextIsKeptWhole) {
     EXPECT_FALSE(mPrefs.ReadString("NAME", buffer.data(), text.size())) << "no room for the NUL";
     EXPECT_EQ(buffer[0], '!');
     EXPECT_FALSE(mPrefs.WriteString("NAME", "two\nlines", 9));
-}
-
-TEST_F(Preferences, AKeyRefusesToBeOpenedTwice) {
-    WnPrefKey key(mPrefs.GetKeyPath());
-    EXPECT_TRUE(key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_ReadWrite));
-    EXPECT_FALSE(key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_ReadWrite));
-    key.CloseKey();
-    EXPECT_TRUE(key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_ReadWrite));
 }
 
 TEST_F(Preferences, AdditionsOfManyProcessesAllCount) {
