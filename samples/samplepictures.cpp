@@ -16,7 +16,7 @@ public:
         : mWidth(inWidth),
           mHeight(inHeight),
           mTable(inTable),
-          mPixels(static_cast<std::size_t>(inWidth * inHeight), inFill) {}
+          mPixels(static_cast<std::size_t>(inWidth) * static_cast<std::size_t>(inHeight), inFill) {}
 
     int GetWidth() const { return mWidth; }
     int GetHeight() const { return mHeight; }
