@@ -24,7 +24,7 @@ public:
     /** Writes a pixel; outside of the canvas, nothing. */
     void Set(int inX, int inY, std::uint8_t inIndex) {
         if (inX >= 0 && inX < mWidth && inY >= 0 && inY < mHeight)
-            mPixels[static_cast<std::size_t>(inY * mWidth + inX)] = inIndex;
+            mPixels.begin()[inY * mWidth + inX] = inIndex;
     }
 
     void FillRectangle(int inLeft, int inTop, int inWidth, int inHeight, std::uint8_t inIndex) {
