@@ -3,30 +3,13 @@
 #include <cstring>
 
 #include "term/interrupt.h"
+#include "term/names.h"
 #include "term/results.h"
 #include "term/termshell.h"
-#include "win/errorwords.h"
 #include "win/mizerbrain.h"
 #include "wnatom/wnpref.h"
 
 namespace {
-
-void QueueName(MizerBrain& ioBrain, const std::string& inName, TermMessages& ioMessages) {
-    try {
-        switch (ioBrain.AddNameToQueue(inName.c_str())) {
-        case MizerBrain::Named::km_Queued:
-            break;
-        case MizerBrain::Named::km_AlreadyQueued:
-            ioMessages.FileNote(inName, "skipped: the same file was named before");
-            break;
-        case MizerBrain::Named::km_NoGIFs:
-            ioMessages.FileError(inName, "no GIF file there (code 10)");
-            break;
-        }
-    } catch (const NvErrorCode& error) {
-        ioMessages.FileError(inName, MizerErrorWords(error));
-    }
-}
 
 /** The shell told of each file that failed; the rest of the batch goes on. @return whether it was cancelled.
  */
@@ -57,8 +40,8 @@ void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     {
         MizerBrain brain(prefs, shell,
                          {.mMemoryLimit = inSettings.mMemoryLimit}); // stores the totals when it goes
-        for (const std::string& name : inSettings.mNames)
-            QueueName(brain, name, ioMessages);
+        TermQueueNames(inSettings.mNames, ioMessages,
+                       [&](const char* inName) { return brain.AddNameToQueue(inName); });
         cancelled = ProcessAll(brain);
     }
     results.PrintTotal();

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "term/batchrun.h"
+#include "term/contactsheet.h"
 #include "term/help.h"
 #include "term/messages.h"
 #include "term/options.h"
@@ -22,7 +23,8 @@ void Print(const std::string& inText, TermMessages& ioMessages) {
 void Run(const TermSettings& inSettings, TermMessages& ioMessages) {
     switch (inSettings.mTask) {
     case TermTask::km_Process:
-        return TermRunBatch(inSettings, ioMessages);
+        return inSettings.mContactSheet.empty() ? TermRunBatch(inSettings, ioMessages)
+                                                : TermDrawContactSheet(inSettings, ioMessages);
     case TermTask::km_BriefHelp:
         return Print(TermBriefHelp(), ioMessages);
     case TermTask::km_FullHelp:

@@ -34,6 +34,11 @@ bool SetMemoryLimit(Settings& ioSettings, Argument inMebibytes) {
     return error == std::errc() && stop == end && count > 0;
 }
 
+bool SetContactSheet(Settings& ioSettings, Argument inPath) {
+    ioSettings.mContactSheet = inPath;
+    return !inPath.empty();
+}
+
 constexpr auto kOptions = std::to_array<TermOption>({
     {"no-backup", 0, nullptr, "Backups", "do not keep the original as NAME.BAK",
      "Without this, the original of every file that is made smaller stands beside it, with .BAK "
@@ -52,6 +57,10 @@ constexpr auto kOptions = std::to_array<TermOption>({
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 0); }},
     {"log-results-only", 0, nullptr, "Log", "log only files that were made smaller", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOGALL", 0); }},
+    {"contact-sheet", 0, "OUT", "Output", "change no file, show all of them on a new GIF",
+     "Draws the first, the middle and the last frame of every file side by side, file by file from the top "
+     "left, and prints which is where. An OUT that exists is never replaced.",
+     SetContactSheet},
     {"quiet", 'q', nullptr, "Output", "print errors only", nullptr,
      [](Settings& ioSettings, Argument) { return SetDetail(ioSettings, TermDetail::km_Quiet); }},
     {"verbose", 'v', nullptr, "Output", "tell also which files were passed over", nullptr,

@@ -16,6 +16,7 @@ struct TermSettings {
     TermTask mTask = TermTask::km_Process;
     TermDetail mDetail = TermDetail::km_Normal;
     std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
+    std::string mContactSheet;                         ///< the file to draw one on; empty: process the names
     std::uint64_t mMemoryLimit = 0;                    ///< bytes that one file may need; 0: the usual limit
     std::vector<std::string> mNames;                   ///< as typed, in order
 };

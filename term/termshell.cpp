@@ -5,10 +5,7 @@
 #include "wnatom/wnsystem.h"
 
 TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults)
-    : mMessages(ioMessages),
-      mResults(ioResults),
-      mVerbose(inSettings.mDetail == TermDetail::km_Verbose),
-      mTypedNames(inSettings.mNames.begin(), inSettings.mNames.end()) {}
+    : mMessages(ioMessages), mResults(ioResults), mPassedOver(inSettings, ioMessages) {}
 
 bool TermShell::PumpEvents() {
     return TermIsInterrupted() || mResults.IsPipeClosed();
@@ -42,23 +39,11 @@ void TermShell::FileDone(const MizerFileResult& inResult) {
                                    TermPrintable(inResult.mGateReason));
         break;
     case MizerStatus::km_Skipped:
-        TellSkipped(inResult);
+        mPassedOver.Tell(inResult.mPath, inResult.mSkip);
         break;
     case MizerStatus::km_Failed:
         mMessages.FileError(inResult.mPath, (inResult.mBackupFailed ? "no backup could be made: " : "") +
                                                 MizerErrorWords(*inResult.mError));
         break;
     }
-}
-
-/** A folder may hold a thousand other files; only what was named itself deserves a line. */
-void TermShell::TellSkipped(const MizerFileResult& inResult) {
-    if (!mVerbose && !mTypedNames.contains(inResult.mPath))
-        return;
-    const char* reason = "skipped: its name does not end in GIF";
-    if (inResult.mSkip == MizerSkip::km_Backup)
-        reason = "skipped: a backup";
-    else if (inResult.mSkip == MizerSkip::km_Empty)
-        reason = "skipped: empty";
-    mMessages.FileNote(inResult.mPath, reason);
 }

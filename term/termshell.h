@@ -1,9 +1,9 @@
 #pragma once
 
-#include <set>
 #include <string>
 
 #include "term/messages.h"
+#include "term/names.h"
 #include "term/results.h"
 #include "win/mizershell.h"
 
@@ -24,10 +24,7 @@ public:
     void PostQuit() override {}
 
 private:
-    void TellSkipped(const MizerFileResult& inResult);
-
     TermMessages& mMessages;
     TermResults& mResults;
-    bool mVerbose;
-    std::set<std::string> mTypedNames; // files that the user named one by one
+    TermPassedOver mPassedOver;
 };

@@ -108,6 +108,25 @@ std::size_t FileQueue::AddFolder(const char* inPath) {
     return namedGIF;
 }
 
+FileQueue::Named FileQueue::AddName(const char* inName) {
+    std::string name = inName;
+    switch (WnGetFileKind(inName)) {
+    case WnFileKind::km_RegularFile:
+        return AddFile(inName) ? Named::km_Queued : Named::km_AlreadyQueued;
+    case WnFileKind::km_Other:
+        NvThrow(NvErrorCode::km_WrongPermission);
+    case WnFileKind::km_Folder:
+        if (!WnIsSeparator(name.back()))
+            name += WnGetSeparator();
+        break;
+    case WnFileKind::km_Missing:
+        if (name.find_first_of("*?") == std::string::npos)
+            NvThrow(NvErrorCode::km_FileNotFound);
+        break;
+    }
+    return AddFolder(name.c_str()) != 0 ? Named::km_Queued : Named::km_NoGIFs;
+}
+
 std::unique_ptr<char[]> FileQueue::TakeFirst() {
     std::unique_ptr<char[]> path(static_cast<char*>(mPaths.GetFirst()->GetElement()));
     mPaths.Remove(mPaths.GetFirst());

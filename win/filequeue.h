@@ -31,6 +31,14 @@ public:
      *  @throws NvErrorCode  when the folder cannot be read */
     std::size_t AddFolder(const char* inPath);
 
+    enum class Named { km_Queued, km_AlreadyQueued, km_NoGIFs };
+
+    /** Appends what a name given by the user stands for: an existing file, whatever its name holds; the files
+     *  of an existing folder; else the files that match it as a pattern.
+     *  @return              km_NoGIFs: a folder or a pattern without any file named like a GIF
+     *  @throws NvErrorCode  10 no such file; 12 neither file nor folder; 14 and others: no way to look */
+    Named AddName(const char* inName);
+
     bool IsEmpty() const { return mPaths.GetFirst() == nullptr; }
 
     /** Removes the first path and hands it to the caller. The queue is not empty. */

@@ -80,25 +80,6 @@ MizerBrain::MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings
       mTotals(inPrefs, inShell),
       mLog(inPrefs, inShell) {}
 
-MizerBrain::Named MizerBrain::AddNameToQueue(const char* inName) {
-    std::string name = inName;
-    switch (WnGetFileKind(inName)) {
-    case WnFileKind::km_RegularFile:
-        return AddFileToQueue(inName) ? Named::km_Queued : Named::km_AlreadyQueued;
-    case WnFileKind::km_Other:
-        NvThrow(NvErrorCode::km_WrongPermission);
-    case WnFileKind::km_Folder:
-        if (!WnIsSeparator(name.back()))
-            name += WnGetSeparator();
-        break;
-    case WnFileKind::km_Missing:
-        if (name.find_first_of("*?") == std::string::npos)
-            NvThrow(NvErrorCode::km_FileNotFound);
-        break;
-    }
-    return AddFolderToQueue(name.c_str()) != 0 ? Named::km_Queued : Named::km_NoGIFs;
-}
-
 void MizerBrain::ProcessQueue() {
     if (mBusy)
         return;

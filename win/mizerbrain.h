@@ -30,13 +30,8 @@ public:
     bool AddFileToQueue(const char* inPath) { return mQueue.AddFile(inPath); }
     std::size_t AddFolderToQueue(const char* inPath) { return mQueue.AddFolder(inPath); }
 
-    enum class Named { km_Queued, km_AlreadyQueued, km_NoGIFs };
-
-    /** Queues what a name given by the user stands for: an existing file, whatever its name holds; the files
-     *  of an existing folder; else the files that match it as a pattern.
-     *  @return              km_NoGIFs: a folder or a pattern without any file named like a GIF
-     *  @throws NvErrorCode  10 no such file; 12 neither file nor folder; 14 and others: no way to look */
-    Named AddNameToQueue(const char* inName);
+    using Named = FileQueue::Named;
+    Named AddNameToQueue(const char* inName) { return mQueue.AddName(inName); }
 
     /** Processes the queue from its head. Does nothing while a batch is running.
      *  @throws NvErrorCode  3 cancelled, with the queue empty; else what one file raised */

@@ -7,6 +7,7 @@
 #include "nvcode2/nvinterlace.h"
 #include "nvcode2/nvquantoctree.h"
 #include "win/pvprogress.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -64,6 +65,11 @@ void MakeIndicesSound(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable) {
 
 } // namespace
 
+std::uint64_t PvUsualMemoryLimit() {
+    constexpr std::uint64_t km_AtLeast = std::uint64_t{1} << 30;
+    return std::max(WnGetPhysicalMemory() / 2, km_AtLeast);
+}
+
 PvFrameReader::PvFrameReader(const char* inPath) {
     Open(inPath);
     CheckFrames();
@@ -111,6 +117,13 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
         mRestoresPrevious ? 256 * std::uint64_t{GetFrameCount()} : mColorsOfAllFrames;
     return frames + frames / 8 + GetFrameCount() * km_PerFrame + 4 * largest + screen * km_PerScreenPixel +
            canvasColors * km_PerCanvasColor + NvQuantOctree::EstimateMemory(colors);
+}
+
+std::uint64_t PvFrameReader::EstimatePlayMemory() const {
+    constexpr std::uint64_t km_PerFrame = 64;       // where it lies in the file
+    constexpr std::uint64_t km_PerScreenPixel = 16; // a canvas with what it restores
+    return std::uint64_t{GetScreenWidth()} * GetScreenHeight() * km_PerScreenPixel +
+           4 * mPixelsOfLargestFrame + GetFrameCount() * km_PerFrame;
 }
 
 std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {

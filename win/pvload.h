@@ -8,6 +8,10 @@
 
 class PvProgress;
 
+/** Bytes that the work on one file may need when nobody set another limit: half the physical memory, at least
+ *  1 GiB. */
+std::uint64_t PvUsualMemoryLimit();
+
 /** Reads the frames of a GIF file one by one, each made sound: its mask says what a viewer draws, and every
  * index its pixels use has an entry in its table, whatever the file held. */
 class PvFrameReader {
@@ -26,6 +30,9 @@ public:
     /** Bytes that optimizing this file will need at the same time, at most: every frame, its working copies,
      * the colours to choose the palette from and the canvases that the result is checked on. */
     std::uint64_t EstimateMemory() const;
+
+    /** The same for reading one frame after another onto a canvas. */
+    std::uint64_t EstimatePlayMemory() const;
 
     /** @throws NvErrorCode  28 and 18 for corrupt image data, 2 */
     std::unique_ptr<NvGIFFrame> ReadFrame(std::uint32_t inIndex);

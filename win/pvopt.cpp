@@ -1,6 +1,5 @@
 #include "win/pvopt.h"
 
-#include <algorithm>
 #include <cmath>
 #include <new>
 #include <utility>
@@ -11,14 +10,8 @@
 #include "win/pvwrite.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
-#include "wnatom/wnsystem.h"
 
 namespace {
-
-std::uint64_t DefaultMemoryLimit() {
-    constexpr std::uint64_t km_AtLeast = std::uint64_t{1} << 30;
-    return std::max(WnGetPhysicalMemory() / 2, km_AtLeast);
-}
 
 /** The tolerance to try after one whose result does not look well enough. */
 std::uint32_t NextTolerance(std::uint32_t inTolerance) {
@@ -46,7 +39,7 @@ struct PvOptimizer::Candidate {
 PvOptimizer::PvOptimizer(const WnPref& inPrefs, PvOptHost& inHost, const PvOptSettings& inSettings)
     : mPrefs(inPrefs), mHost(inHost), mSettings(inSettings) {
     if (mSettings.mMemoryLimit == 0)
-        mSettings.mMemoryLimit = DefaultMemoryLimit();
+        mSettings.mMemoryLimit = PvUsualMemoryLimit();
 }
 
 std::uint32_t PvOptimizer::OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize) {

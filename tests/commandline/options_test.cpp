@@ -66,6 +66,8 @@ TEST(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"a", "--max-memory"}, "option '--max-memory' needs a value: MIB"},
         {{"--max-memory=0", "a"}, "option '--max-memory' cannot be '0'"},
         {{"--max-memory=12k", "a"}, "option '--max-memory' cannot be '12k'"},
+        {{"--contact-sheet=", "a"}, "option '--contact-sheet' cannot be ''"},
+        {{"--contact-sheet", "a"}, "no file named"},
         {{"--max-memory=", "a"}, "option '--max-memory' cannot be ''"},
         {{"--max-memory=99999999999", "a"}, "option '--max-memory' cannot be '99999999999'"},
         {{"--\x1b[31m"}, "unknown option '--\\x1b[31m'"},

@@ -1,0 +1,117 @@
+#include "term/contactsheet.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "nvcode2/nvfile.h"
+#include "nvcode2/nvprogressindicator.h"
+#include "term/interrupt.h"
+#include "term/names.h"
+#include "win/errorwords.h"
+#include "win/filequeue.h"
+#include "win/pvcontactsheet.h"
+#include "wnatom/wnsafefile.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+class StopOnInterrupt : public NvProgressIndicator {
+public:
+    bool Progress(std::uint32_t /*inDone*/, std::uint32_t /*inTotal*/) override {
+        return !TermIsInterrupted();
+    }
+};
+
+bool IsEmptyFile(const char* inPath) {
+    NvFile file(inPath);
+    file.Open(NvFile::km_ReadPerm);
+    return file.GetLength() == 0;
+}
+
+/** @return whether the file is on the sheet now; else why not was told, where it needs telling */
+bool AddFile(const char* inPath, PvContactSheet& ioSheet, TermPassedOver& ioPassedOver,
+             TermMessages& ioMessages) {
+    try {
+        if (MizerIsNamedBackup(inPath))
+            ioPassedOver.Tell(inPath, MizerSkip::km_Backup);
+        else if (!MizerIsNamedGIF(inPath))
+            ioPassedOver.Tell(inPath, MizerSkip::km_NotNamedGIF);
+        else if (IsEmptyFile(inPath))
+            ioPassedOver.Tell(inPath, MizerSkip::km_Empty);
+        else
+            return ioSheet.AddFile(inPath), true;
+    } catch (const NvErrorCode& error) {
+        if (error.GetCode() == NvErrorCode::km_Cancelled)
+            throw;
+        ioMessages.FileError(inPath, MizerErrorWords(error));
+    }
+    return false;
+}
+
+std::string MakeRow(const std::string& inRow, const std::string& inColumn, const std::string& inFile) {
+    std::array<char, 64> numbers{};
+    std::snprintf(numbers.data(), numbers.size(), "%7s %7s  ", inRow.c_str(), inColumn.c_str());
+    return numbers.data() + inFile + "\n";
+}
+
+void PrintPlaces(const std::vector<std::string>& inFiles, std::size_t inColumns, TermMessages& ioMessages) {
+    std::string table = MakeRow("Row", "Column", "File");
+    for (std::size_t i = 0; i < inFiles.size(); ++i)
+        table += MakeRow(std::to_string(i / inColumns + 1), std::to_string(i % inColumns + 1),
+                         TermPrintable(inFiles[i]));
+    std::fwrite(table.data(), 1, table.size(), stdout);
+    if (std::fflush(stdout) == 0)
+        return;
+    if (errno == EPIPE)
+        TermEndOfClosedPipe();
+    ioMessages.Error(std::string("standard output: ") + std::strerror(errno));
+}
+
+/** Also when a run of ours made it: what is there may be somebody's only copy. */
+void CheckAbsent(const char* inPath) {
+    if (WnGetFileKind(inPath) != WnFileKind::km_Missing)
+        NvThrow(NvErrorCode::km_FileExists);
+}
+
+/** Draws the queued files. The sheet's file is begun first, so that nobody waits for one that cannot be
+ *  written. */
+void Draw(FileQueue& ioQueue, const TermSettings& inSettings, TermMessages& ioMessages) {
+    const char* const path = inSettings.mContactSheet.c_str();
+    CheckAbsent(path);
+    WnSafeFile file(path);
+    StopOnInterrupt indicator;
+    PvContactSheet sheet(inSettings.mMemoryLimit, &indicator);
+    TermPassedOver passedOver(inSettings, ioMessages);
+    std::vector<std::string> files;
+    while (!ioQueue.IsEmpty()) {
+        const auto name = ioQueue.TakeFirst();
+        if (AddFile(name.get(), sheet, passedOver, ioMessages))
+            files.emplace_back(name.get());
+    }
+    if (files.empty())
+        return ioMessages.FileError(inSettings.mContactSheet, "not made: there is nothing to show on it");
+    sheet.Write(file.GetTemporaryPath());
+    if (!file.CommitUnlessPresent())
+        NvThrow(NvErrorCode::km_FileExists);
+    if (inSettings.mDetail != TermDetail::km_Quiet)
+        PrintPlaces(files, sheet.GetColumnCount(), ioMessages);
+}
+
+} // namespace
+
+void TermDrawContactSheet(const TermSettings& inSettings, TermMessages& ioMessages) {
+    ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
+    TermCatchInterrupts();
+    FileQueue queue;
+    TermQueueNames(inSettings.mNames, ioMessages, [&](const char* inName) { return queue.AddName(inName); });
+    try {
+        Draw(queue, inSettings, ioMessages);
+    } catch (const NvErrorCode& error) {
+        if (error.GetCode() == NvErrorCode::km_Cancelled)
+            ioMessages.Error("cancelled", TermExit::km_Cancelled);
+        else
+            ioMessages.FileError(inSettings.mContactSheet, MizerErrorWords(error));
+    }
+}
