@@ -118,7 +118,7 @@ bool ShareExactColours(NvAnimation& ioAnimation, PvProgress& ioProgress) {
             hasShared && std::includes(shared.begin(), shared.end(), colours.begin(), colours.end());
         // A full shared table has no entry to spare for a frame's transparent pixels unless the frame leaves
         // one unused.
-        const bool hasSpare = shared.size() < km_TableLimit || colours.size() < km_TableLimit;
+        const bool hasSpare = !needsSpare || shared.size() < km_TableLimit || colours.size() < km_TableLimit;
         if (fits && hasSpare)
             UseSharedTable(frame, global.mColorTable);
         else
