@@ -38,8 +38,7 @@ void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     TermShell shell(inSettings, ioMessages, results);
     bool cancelled = false;
     {
-        MizerBrain brain(prefs, shell,
-                         {.mMemoryLimit = inSettings.mMemoryLimit}); // stores the totals when it goes
+        MizerBrain brain(prefs, shell, inSettings.mOptimizer); // stores the totals when it goes
         TermQueueNames(inSettings.mNames, ioMessages,
                        [&](const char* inName) { return brain.AddNameToQueue(inName); });
         cancelled = ProcessAll(brain);

@@ -82,7 +82,7 @@ void Draw(FileQueue& ioQueue, const TermSettings& inSettings, TermMessages& ioMe
     CheckAbsent(path);
     WnSafeFile file(path);
     StopOnInterrupt indicator;
-    PvContactSheet sheet(inSettings.mMemoryLimit, &indicator);
+    PvContactSheet sheet(inSettings.mOptimizer.mMemoryLimit, &indicator);
     TermPassedOver passedOver(inSettings, ioMessages);
     std::vector<std::string> files;
     while (!ioQueue.IsEmpty()) {

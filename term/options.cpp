@@ -25,13 +25,24 @@ bool SetTask(Settings& ioSettings, TermTask inTask) {
     return true;
 }
 
+/** @return whether the whole text is a number from inLeast to inMost */
+bool ReadNumber(Argument inText, std::uint32_t inLeast, std::uint32_t inMost, std::uint32_t& outNumber) {
+    const char* end = inText.data() + inText.size();
+    const auto [stop, error] = std::from_chars(inText.data(), end, outNumber);
+    return error == std::errc() && stop == end && inLeast <= outNumber && outNumber <= inMost;
+}
+
 bool SetMemoryLimit(Settings& ioSettings, Argument inMebibytes) {
     constexpr std::uint64_t mebibyte = 1 << 20;
     std::uint32_t count = 0;
-    const char* end = inMebibytes.data() + inMebibytes.size();
-    const auto [stop, error] = std::from_chars(inMebibytes.data(), end, count);
-    ioSettings.mMemoryLimit = count * mebibyte;
-    return error == std::errc() && stop == end && count > 0;
+    if (!ReadNumber(inMebibytes, 1, UINT32_MAX, count))
+        return false;
+    ioSettings.mOptimizer.mMemoryLimit = count * mebibyte;
+    return true;
+}
+
+bool SetTolerance(Settings& ioSettings, Argument inLevels) {
+    return ReadNumber(inLevels, 0, km_DifferenceTolerance, ioSettings.mOptimizer.mTolerance);
 }
 
 bool SetContactSheet(Settings& ioSettings, Argument inPath) {
@@ -51,6 +62,14 @@ constexpr auto kOptions = std::to_array<TermOption>({
      "What is left stays at its place on the screen, whose size does not change. The frames of "
      "animations are always cut so.",
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 1); }},
+    {"lossless", 0, nullptr, "Picture", "change no displayed colour",
+     "Saves less: only colours that nothing uses, pixels that the screen shows already and the way the "
+     "data is packed. Without this a file is shown with at most 128 colours.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mOptimizer.mIsLossless = true; }},
+    {"tolerance", 0, "N", "Picture", "leave less changed between frames, 0 to 28",
+     "A pixel of an animation is not drawn again where the screen shows a colour that differs by at most N "
+     "of 255 in red, green and blue. The usual 28 gives way by itself in a file where it would be seen.",
+     SetTolerance},
     {"max-memory", 0, "MIB", "Picture", "leave files alone that need more memory",
      "In MiB, per file. The usual limit is half of the machine's memory, at least 1024.", SetMemoryLimit},
     {"no-log", 0, nullptr, "Log", "write nothing to the results log", nullptr,
@@ -63,7 +82,9 @@ constexpr auto kOptions = std::to_array<TermOption>({
      SetContactSheet},
     {"quiet", 'q', nullptr, "Output", "print errors only", nullptr,
      [](Settings& ioSettings, Argument) { return SetDetail(ioSettings, TermDetail::km_Quiet); }},
-    {"verbose", 'v', nullptr, "Output", "tell also which files were passed over", nullptr,
+    {"verbose", 'v', nullptr, "Output", "tell also how close the result looks",
+     "For each file made smaller, how its most changed frame compares with the original: structural "
+     "similarity (1 is the same) and the largest difference of a colour. Names files passed over, too.",
      [](Settings& ioSettings, Argument) { return SetDetail(ioSettings, TermDetail::km_Verbose); }},
     {nullptr, 'h', nullptr, "Output", "show a short help", nullptr,
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_BriefHelp); }},

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "win/pvopt.h"
+
 enum class TermTask { km_Process, km_BriefHelp, km_FullHelp, km_Version };
 
 /** How much the program tells: errors only, a line per file, or what was passed over too. */
@@ -17,8 +19,8 @@ struct TermSettings {
     TermDetail mDetail = TermDetail::km_Normal;
     std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
     std::string mContactSheet;                         ///< the file to draw one on; empty: process the names
-    std::uint64_t mMemoryLimit = 0;                    ///< bytes that one file may need; 0: the usual limit
-    std::vector<std::string> mNames;                   ///< as typed, in order
+    PvOptSettings mOptimizer;
+    std::vector<std::string> mNames; ///< as typed, in order
 };
 
 /** One option. The parser and the help text both come from the table of these. */

@@ -30,6 +30,15 @@ std::string Count(std::uint64_t inCount, const char* inOne, const char* inMany) 
     return std::to_string(inCount) + " " + (inCount == 1 ? inOne : inMany);
 }
 
+/** The line below a file's row, indented to the column of names. */
+std::string MakeDetail(const MizerFileResult& inResult) {
+    std::array<char, 128> text{};
+    std::snprintf(text.data(), text.size(), "%43s%s, similarity %.3f, largest difference %u\n", "",
+                  Count(inResult.mFrameCount, "frame", "frames").c_str(), inResult.mWorstLook.mSsim,
+                  static_cast<unsigned>(inResult.mWorstLook.mMaxError));
+    return text.data();
+}
+
 } // namespace
 
 void TermResults::Add(const MizerFileResult& inResult) {
@@ -45,6 +54,8 @@ void TermResults::Add(const MizerFileResult& inResult) {
                   std::to_string(inResult.GetSaved()),
                   MizerPercentage(inResult.GetSaved(), inResult.mOriginalSize),
                   TermPrintable(inResult.mPath)));
+    if (mDetail == TermDetail::km_Verbose && inResult.mStatus == MizerStatus::km_Smaller)
+        Print(MakeDetail(inResult));
 }
 
 void TermResults::PrintTotal() {

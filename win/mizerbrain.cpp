@@ -177,6 +177,8 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     ioResult.mNewSize = OptimizeGIFFile(ioResult.mPath.c_str(), ioResult.mOriginalSize, outcome);
     ioResult.mError = outcome.mLoadError;
     ioResult.mGateReason = outcome.mGateReason;
+    ioResult.mFrameCount = outcome.mFrameCount;
+    ioResult.mWorstLook = outcome.mWorstLook;
     if (ioResult.mNewSize < ioResult.mOriginalSize)
         ioResult.mStatus = MizerStatus::km_Smaller;
     else

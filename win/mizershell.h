@@ -5,6 +5,7 @@
 #include <string>
 
 #include "nvcode2/nverrorcode.h"
+#include "win/pvlook.h"
 
 /** The seam between the batch and whatever shows it: a window, a terminal, a recorder in the tests.
  *  The batch driver never knows which. */
@@ -44,6 +45,9 @@ struct MizerFileResult {
     bool mBackupFailed = false; ///< mError is about the backup, not the file itself
     std::string
         mGateReason; ///< what a viewer would have noticed in a smaller file that was not kept; or empty
+
+    std::uint32_t mFrameCount = 0;
+    PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
 
     std::uint32_t GetSaved() const { return mOriginalSize - mNewSize; }
 };
