@@ -1,0 +1,128 @@
+#include "nvcode2/nvthumbnail.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "nvcode2/nvprogressindicator.h"
+#include "tests/image/images.h"
+#include "tests/support/codeof.h"
+#include "tests/support/frames.h"
+
+namespace {
+
+using testing::ElementsAre;
+using Colors = std::vector<NvColor>;
+
+constexpr NvColor km_Light{250, 200, 150};
+constexpr NvColor km_Dark{50, 100, 150};
+
+const NvColorTable& Table() {
+    static const NvColorTable table = MakeTable({km_Black, km_Red, km_Green, km_Blue, {10, 20, 30}});
+    return table;
+}
+
+/** What a thumbnail shows of a screen as large as the first of these frames, after the last of them. */
+class Screen {
+public:
+    explicit Screen(const std::vector<std::string>& inRows, std::uint32_t inDisposal = 0)
+        : mPlayer(static_cast<std::uint32_t>(inRows[0].size()), static_cast<std::uint32_t>(inRows.size())) {
+        Show(inRows, 0, 0, inDisposal);
+    }
+
+    Screen& Show(const std::vector<std::string>& inRows, std::uint16_t inLeft, std::uint16_t inTop,
+                 std::uint32_t inDisposal = 0) {
+        const auto frame = MakeFrame(inRows, Table(), inLeft, inTop);
+        frame->GetInfo().mDisposal = inDisposal;
+        mPlayer.ShowFrame(*frame);
+        return *this;
+    }
+
+    Colors Render(const NvThumbnail& inThumbnail) const {
+        const NvRGBImage image = inThumbnail.Render(mPlayer);
+        EXPECT_EQ(image.GetBounds(), inThumbnail.Fit(mPlayer.GetScreenWidth(), mPlayer.GetScreenHeight()));
+        const std::vector<std::uint8_t> bytes = BytesOf(image);
+        Colors colors;
+        for (std::size_t i = 0; i < bytes.size(); i += 3)
+            colors.push_back({bytes[i], bytes[i + 1], bytes[i + 2]});
+        return colors;
+    }
+
+    const NvGIFPlayer& GetPlayer() const { return mPlayer; }
+
+private:
+    NvGIFPlayer mPlayer;
+};
+
+TEST(Thumbnail, FitsItsBoxWithItsProportions) {
+    struct {
+        std::uint32_t mWidth, mHeight, mBoxWidth, mBoxHeight;
+        std::int32_t mFitWidth, mFitHeight;
+    } const cases[] = {
+        {1, 1, 128, 128, 1, 1},        {128, 128, 128, 128, 128, 128},
+        {128, 5, 128, 128, 128, 5},    {129, 128, 128, 128, 128, 127},
+        {256, 100, 128, 128, 128, 50}, {100, 300, 128, 128, 43, 128},
+        {300, 300, 128, 64, 64, 64},   {300, 150, 128, 64, 128, 64},
+        {300, 100, 128, 64, 128, 43},  {65535, 1, 128, 128, 128, 1},
+        {1, 65535, 128, 128, 1, 128},  {65535, 65535, 300, 200, 200, 200},
+        {65535, 300, 1, 1, 1, 1},      {600, 400, 65535, 65535, 600, 400},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(NvThumbnail(c.mBoxWidth, c.mBoxHeight).Fit(c.mWidth, c.mHeight),
+                  (NvRect{0, 0, c.mFitWidth, c.mFitHeight}))
+            << c.mWidth << " x " << c.mHeight;
+    EXPECT_DEATH(NvThumbnail(0, 1), "inBoxWidth && inBoxHeight");
+    EXPECT_DEATH(NvThumbnail(1, 1, {km_Light, km_Dark, 0}), "inBackdrop.mSquare");
+}
+
+TEST(Thumbnail, TheBackdropShowsWhereNothingIsDrawn) {
+    const NvThumbnail thumbnail(10, 10, {km_Light, km_Dark, 2});
+    EXPECT_THAT(Screen({"...1.", ".....", "....."}).Render(thumbnail),
+                ElementsAre(km_Light, km_Light, km_Dark, km_Red, km_Light,  //
+                            km_Light, km_Light, km_Dark, km_Dark, km_Light, //
+                            km_Dark, km_Dark, km_Light, km_Light, km_Dark));
+    EXPECT_THAT(Screen({"."}).Render(NvThumbnail(1, 1, {km_Dark, km_Dark, 1})), ElementsAre(km_Dark));
+}
+
+TEST(Thumbnail, ShowsWhatIsDisplayed) {
+    const NvThumbnail thumbnail(2, 2, {km_Light, km_Light, 1});
+    Screen cleared({"11", "11"});
+    cleared.Show({"2"}, 0, 0, 2).Show({"3"}, 1, 1);
+    EXPECT_THAT(cleared.Render(thumbnail), ElementsAre(km_Light, km_Red, km_Red, km_Blue));
+    Screen restored({"11", "1."});
+    restored.Show({"22", "22"}, 0, 0, 3).Show({"3"}, 1, 0);
+    EXPECT_THAT(restored.Render(thumbnail), ElementsAre(km_Red, km_Blue, km_Red, km_Light));
+}
+
+TEST(Thumbnail, ReducedPixelsCountAsMuchAsTheyCover) {
+    const NvThumbnail thumbnail(1, 1, {{255, 255, 255}, km_Dark, 8});
+    EXPECT_THAT(Screen({"12", "12"}).Render(thumbnail), ElementsAre(NvColor{128, 128, 0}));
+    EXPECT_THAT(Screen({"1.", ".."}).Render(thumbnail), ElementsAre(NvColor{255, 191, 191}));
+    EXPECT_THAT(Screen({"1."}).Render(thumbnail), ElementsAre(NvColor{255, 127, 127}));
+    // however the parts are rounded, one colour on itself stays that colour
+    const NvColor color{10, 20, 30};
+    for (std::size_t undrawn = 0; undrawn <= 7; ++undrawn)
+        EXPECT_THAT(Screen({std::string(undrawn, '.') + std::string(7 - undrawn, '4')})
+                        .Render(NvThumbnail(1, 1, {color, color, 1})),
+                    ElementsAre(color))
+            << undrawn;
+}
+
+TEST(Thumbnail, SquaresStayWholeAtAnyReduction) {
+    const std::vector<std::string> rows(7, std::string(70, '.'));
+    EXPECT_THAT(Screen(rows).Render(NvThumbnail(10, 10, {km_Light, km_Dark, 3})),
+                ElementsAre(km_Light, km_Light, km_Light, km_Dark, km_Dark, km_Dark, km_Light, km_Light,
+                            km_Light, km_Dark));
+}
+
+TEST(Thumbnail, CanBeStopped) {
+    struct : NvProgressIndicator {
+        bool Progress(std::uint32_t inDone, std::uint32_t) override { return inDone < 2; }
+    } indicator;
+    const Screen screen({"12", "12", "12"});
+    EXPECT_EQ(CodeOf([&] { NvThumbnail(2, 2).Render(screen.GetPlayer(), &indicator); }),
+              NvErrorCode::km_Cancelled);
+}
+
+} // namespace

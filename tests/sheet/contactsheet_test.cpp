@@ -1,0 +1,257 @@
+// What is on a contact sheet, as another reader sees it.
+
+#include "win/pvcontactsheet.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <gmock/gmock.h>
+
+#include "nvcode2/nvprogressindicator.h"
+#include "tests/support/codeof.h"
+#include "tests/support/testfolder.h"
+#include "tests/support/testgif.h"
+#include "win/pvload.h"
+
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+constexpr std::int32_t km_Paper = 0xFFFFFF;
+constexpr std::int32_t km_Card = 0xEEEEEE;
+constexpr std::int32_t km_Outline = 0xADADAD;
+constexpr std::int32_t km_Light = 0xFFFFFF;
+constexpr std::int32_t km_Dark = 0xD8D8D8;
+
+// Layout of a sheet, in pixels.
+constexpr std::uint32_t km_FirstPlace = 8 + 6;
+constexpr std::uint32_t km_PlacePitch = 128 + 6;
+constexpr std::uint32_t km_CardPitch = 408 + 8;
+
+/** One that says stop at a certain report. */
+class StopAt : public NvProgressIndicator {
+public:
+    explicit StopAt(std::uint32_t inReport) : mReport(inReport) {}
+    bool Progress(std::uint32_t /*inDone*/, std::uint32_t /*inTotal*/) override { return mSeen++ != mReport; }
+    std::uint32_t mSeen = 0;
+
+private:
+    std::uint32_t mReport;
+};
+
+class ContactSheet : public testing::Test {
+protected:
+    std::string Write(const TestGIF& inGIF, const std::string& inName = "in.gif") {
+        return WriteTestFile(mFolder / inName, EncodeGIF(inGIF));
+    }
+    void Add(const TestGIF& inGIF) { mSheet.AddFile(Write(inGIF).c_str()); }
+
+    /** Writes the sheet and reads it back, with giflib and with our own reader. */
+    void Finish() {
+        const std::string path = mFolder / "sheet.gif";
+        mSheet.Write(path.c_str());
+        const TestGIF gif = ReadGIF(path);
+        EXPECT_EQ(gif.mFrames.size(), 1u);
+        mWidth = gif.mWidth;
+        mHeight = gif.mHeight;
+        mPixels = Play(gif)[0];
+
+        PvFrameReader reader(path.c_str());
+        const auto frame = reader.ReadFrame(0);
+        const NvConstPixelLock pixels(frame->GetImage());
+        const std::vector<std::uint8_t> indices(pixels.Row(0), pixels.Row(mHeight));
+        EXPECT_TRUE(indices == gif.mFrames[0].mPixels);
+    }
+
+    std::int32_t At(std::uint32_t inX, std::uint32_t inY) const { return mPixels[inY * mWidth + inX]; }
+
+    /** Colours of a part of the sheet, row by row. */
+    std::vector<std::int32_t> Area(std::uint32_t inLeft, std::uint32_t inTop, std::uint32_t inWidth,
+                                   std::uint32_t inHeight) const {
+        std::vector<std::int32_t> colors;
+        for (std::uint32_t y = 0; y < inHeight; ++y)
+            for (std::uint32_t x = 0; x < inWidth; ++x)
+                colors.push_back(At(inLeft + x, inTop + y));
+        return colors;
+    }
+
+    /** The colours in the middles of a card's three places. */
+    std::vector<std::int32_t> Places(std::uint32_t inColumn, std::uint32_t inMiddle) const {
+        std::vector<std::int32_t> colors;
+        for (std::uint32_t place = 0; place < 3; ++place)
+            colors.push_back(
+                At(km_FirstPlace + inColumn * km_CardPitch + place * km_PlacePitch + 64, inMiddle));
+        return colors;
+    }
+
+    TestFolder mFolder;
+    PvContactSheet mSheet;
+    std::uint32_t mWidth = 0;
+    std::uint32_t mHeight = 0;
+    TestCanvas mPixels;
+};
+
+TEST_F(ContactSheet, APictureLiesInTheMiddleOfItsPlaceWithALineAround) {
+    Add(Movie({Picture("123 45.")}));
+    Finish();
+    EXPECT_EQ(mWidth, 8 + km_CardPitch);
+    EXPECT_EQ(mHeight, 8u + (6 + 2 + 6) + 8);
+    constexpr std::uint32_t left = km_FirstPlace + 64 - 1;
+    EXPECT_THAT(Area(left - 2, 8 + 6 - 2, 7, 6),
+                ElementsAreArray<std::int32_t>(
+                    {km_Card, km_Card,    km_Card,    km_Card,    km_Card,    km_Card,    km_Card, //
+                     km_Card, km_Outline, km_Outline, km_Outline, km_Outline, km_Outline, km_Card, //
+                     km_Card, km_Outline, 0xFF0000,   0x00FF00,   0xFFFF00,   km_Outline, km_Card, //
+                     km_Card, km_Outline, 0x0000FF,   0xFF00FF,   km_Light,   km_Outline, km_Card, //
+                     km_Card, km_Outline, km_Outline, km_Outline, km_Outline, km_Outline, km_Card, //
+                     km_Card, km_Card,    km_Card,    km_Card,    km_Card,    km_Card,    km_Card}));
+    EXPECT_THAT(Area(left + 10, 8, 329, 14), Each(km_Card)) << "its other places";
+    EXPECT_THAT(Area(0, 0, mWidth, 8), Each(km_Paper));
+    EXPECT_THAT(Area(0, 0, 8, mHeight), Each(km_Paper));
+    EXPECT_THAT(Area(mWidth - 8, 0, 8, mHeight), Each(km_Paper));
+    EXPECT_THAT(Area(0, mHeight - 8, mWidth, 8), Each(km_Paper));
+}
+
+TEST_F(ContactSheet, ShowsTheFirstTheMiddleAndTheLastFrame) {
+    const std::vector<std::pair<std::size_t, std::vector<std::int32_t>>> cases = {
+        {1, {0, -1, -1}}, {2, {0, -1, 1}}, {3, {0, 1, 2}}, {4, {0, 1, 3}}, {5, {0, 2, 4}}, {9, {0, 4, 8}},
+    };
+    const TestTable table = Movie({}).mTable;
+    for (const auto& [count, frames] : cases) {
+        std::vector<TestFrame> pictures;
+        for (std::size_t i = 0; i < count; ++i)
+            pictures.push_back(Picture(std::string(1, static_cast<char>('0' + i))));
+        PvContactSheet sheet;
+        std::swap(mSheet, sheet);
+        Add(Movie(pictures));
+        Finish();
+        std::vector<std::int32_t> expected;
+        for (const std::int32_t frame : frames)
+            expected.push_back(frame < 0 ? km_Card
+                                         : static_cast<std::int32_t>(table[static_cast<std::size_t>(frame)]));
+        EXPECT_EQ(Places(0, mHeight / 2), expected) << count << " frames";
+    }
+}
+
+TEST_F(ContactSheet, TransparencyAndDisposalShowAsInAViewer) {
+    std::vector<TestFrame> frames = {Picture("11 11"), Picture("2", 0, 0), Picture("3", 1, 1)};
+    frames[1].mDisposal = 2;
+    Add(Movie(frames));
+    Finish();
+    const std::uint32_t last = km_FirstPlace + 2 * km_PlacePitch + 63;
+    EXPECT_THAT(Area(last, 8 + 6, 2, 2), ElementsAre(km_Light, 0xFF0000, 0xFF0000, 0xFFFF00));
+
+    PvContactSheet sheet;
+    std::swap(mSheet, sheet);
+    TestFrame nothing;
+    nothing.mWidth = nothing.mHeight = 20;
+    nothing.mPixels.assign(400, 0);
+    nothing.mTransparent = 0;
+    Add(Movie({nothing}));
+    Finish();
+    const std::uint32_t left = km_FirstPlace + 64 - 10;
+    for (std::uint32_t y = 0; y < 20; ++y)
+        for (std::uint32_t x = 0; x < 20; ++x)
+            ASSERT_EQ(At(left + x, 14 + y), (x / 8 + y / 8) % 2 ? km_Dark : km_Light) << x << ", " << y;
+}
+
+TEST_F(ContactSheet, FilesFillRowsAndEachRowIsAsTallAsItsTallest) {
+    for (int i = 0; i < 5; ++i) {
+        std::string rows = std::string(1, static_cast<char>('1' + i));
+        for (int y = 0; y < 2 * i; ++y)
+            rows += std::string(" ") + static_cast<char>('1' + i);
+        Add(Movie({Picture(rows)})); // 1, 3, 5, 7 and 9 pixels high
+    }
+    EXPECT_EQ(mSheet.GetFileCount(), 5u);
+    EXPECT_EQ(mSheet.GetColumnCount(), 2u);
+    Finish();
+    EXPECT_EQ(mWidth, 8 + 2 * km_CardPitch);
+    EXPECT_EQ(mHeight, 8u + (12 + 3 + 8) + (12 + 7 + 8) + (12 + 9 + 8));
+    EXPECT_EQ(Places(0, 15)[0], 0xFF0000);
+    EXPECT_EQ(Places(1, 15)[0], 0x00FF00);
+    EXPECT_EQ(Places(0, 40)[0], 0xFFFF00);
+    EXPECT_EQ(Places(1, 40)[0], 0x0000FF);
+    EXPECT_EQ(Places(0, 68)[0], 0xFF00FF);
+    EXPECT_THAT(Area(8 + km_CardPitch, 58, 408, 29), Each(km_Paper)) << "no card without a file";
+}
+
+TEST_F(ContactSheet, LargePicturesAreReducedInTheirOwnColours) {
+    TestFrame frame;
+    frame.mWidth = 512;
+    frame.mHeight = 256;
+    for (std::uint32_t y = 0; y < 256; ++y)
+        for (std::uint32_t x = 0; x < 512; ++x)
+            frame.mPixels.push_back(static_cast<std::uint8_t>(x / 32 * 16 + y / 16));
+    for (std::uint32_t i = 0; i < 256; ++i) // red grows to the right, green downwards, blue falls
+        frame.mLocalTable.push_back((i / 16 * 17) << 16 | (i % 16 * 17) << 8 | (255 - i / 16 * 17));
+    TestGIF gif;
+    gif.mWidth = 512;
+    gif.mHeight = 256;
+    gif.mFrames = {frame};
+    Add(gif);
+    Finish();
+    EXPECT_EQ(mHeight, 8u + (6 + 64 + 6) + 8);
+    int worst = 0;
+    for (std::uint32_t y = 0; y < 64; ++y) {
+        for (std::uint32_t x = 0; x < 128; ++x) {
+            const auto expected = static_cast<std::int32_t>(frame.mLocalTable[x / 8 * 16 + y / 4]);
+            const std::int32_t shown = At(km_FirstPlace + x, 14 + y);
+            for (const int shift : {0, 8, 16})
+                worst = std::max(worst, std::abs((shown >> shift & 0xFF) - (expected >> shift & 0xFF)));
+        }
+    }
+    EXPECT_LT(worst, 17) << "less than a step of the picture";
+}
+
+TEST_F(ContactSheet, AFileThatFailsIsNotOnIt) {
+    Add(Movie({Picture("12")}));
+    Finish();
+    const std::string before = ReadTestFile(mFolder / "sheet.gif");
+    const std::string torn = EncodeGIF(Movie({Picture("34"), Picture("56")}));
+    WriteTestFile(mFolder / "torn.gif", torn.substr(0, torn.size() - 6));
+    WriteTestFile(mFolder / "text.gif", "no picture");
+    EXPECT_EQ(CodeOf([&] { mSheet.AddFile((mFolder / "torn.gif").c_str()); }), NvErrorCode::km_EndOfFile);
+    EXPECT_EQ(CodeOf([&] { mSheet.AddFile((mFolder / "text.gif").c_str()); }), NvErrorCode::km_NotGIF);
+    Finish();
+    EXPECT_EQ(ReadTestFile(mFolder / "sheet.gif"), before);
+}
+
+TEST_F(ContactSheet, TheMemoryLimitHoldsForFileAndSheet) {
+    TestGIF wide = Movie({Picture("1")});
+    wide.mWidth = wide.mHeight = 60000;
+    const std::string widePath = Write(wide, "wide.gif");
+    const std::string smallPath = Write(Movie({Picture("1")}), "small.gif");
+    PvContactSheet sheet(std::uint64_t{4} << 20);
+    EXPECT_EQ(CodeOf([&] { sheet.AddFile(widePath.c_str()); }), NvErrorCode::km_OutOfMemory);
+    std::uint32_t code = 0;
+    for (int i = 0; i < 1000 && code == 0; ++i)
+        code = CodeOf([&] { sheet.AddFile(smallPath.c_str()); });
+    EXPECT_EQ(code, NvErrorCode::km_OutOfMemory);
+    EXPECT_GT(sheet.GetFileCount(), 5u);
+    EXPECT_LT(sheet.GetFileCount(), 50u);
+    std::swap(mSheet, sheet);
+    Finish();
+}
+
+TEST_F(ContactSheet, CanBeStoppedAnywhere) {
+    const std::string path = Write(Movie({Picture("12 34 56"), Picture("1 2")}));
+    const std::string target = mFolder / "sheet.gif";
+    const auto draw = [&](StopAt& ioIndicator) {
+        PvContactSheet sheet(0, &ioIndicator);
+        sheet.AddFile(path.c_str());
+        sheet.Write(target.c_str());
+    };
+    StopAt never(0xFFFFFFFF);
+    draw(never);
+    std::filesystem::remove(target);
+    ASSERT_GT(never.mSeen, 20u);
+    for (std::uint32_t report = 0; report < never.mSeen; ++report) {
+        StopAt stop(report);
+        ASSERT_EQ(CodeOf([&] { draw(stop); }), NvErrorCode::km_Cancelled) << report;
+        ASSERT_FALSE(std::filesystem::exists(target));
+    }
+}
+
+} // namespace
