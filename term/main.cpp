@@ -15,8 +15,8 @@
 namespace {
 
 void Print(const std::string& inText, TermMessages& ioMessages) {
-    std::fwrite(inText.data(), 1, inText.size(), stdout);
-    if (std::fflush(stdout) != 0)
+    const bool isWritten = std::fwrite(inText.data(), 1, inText.size(), stdout) == inText.size();
+    if (!isWritten || std::fflush(stdout) != 0)
         ioMessages.Error(std::string("standard output: ") + std::strerror(errno));
 }
 

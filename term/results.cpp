@@ -78,8 +78,8 @@ void TermResults::Print(const std::string& inLine) {
         std::fwrite(heading.data(), 1, heading.size(), stdout);
         mHasHeading = true;
     }
-    std::fwrite(inLine.data(), 1, inLine.size(), stdout);
-    if (std::fflush(stdout) == 0)
+    const bool isWritten = std::fwrite(inLine.data(), 1, inLine.size(), stdout) == inLine.size();
+    if (isWritten && std::fflush(stdout) == 0)
         return;
     if (errno == EPIPE)
         mPipeClosed = true;
