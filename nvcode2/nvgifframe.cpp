@@ -163,6 +163,8 @@ void NvGIFFrame::SetUndrawnPixels(std::uint8_t inIndex) {
     const NvConstPixelLock mask(mMask);
     for (std::uint32_t y = 0; y < mHeight; ++y) {
         std::uint8_t* row = pixels.Row(y);
-        NvForEachClearBit(mask.Row(y), mWidth, [&](std::uint32_t x) { row[x] = inIndex; });
+        NvForEachRun(mask.Row(y), mWidth, false, [&](std::uint32_t inFirst, std::uint32_t inEnd) {
+            std::memset(row + inFirst, inIndex, inEnd - inFirst);
+        });
     }
 }

@@ -11,9 +11,11 @@
 
 #include "nvcode2/nvallocate.h"
 #include "nvcode2/nvbitmapimage.h"
+#include "nvcode2/nvbytes.h"
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvindexcounter.h"
 #include "nvcode2/nvmakeinvcolormap.h"
+#include "nvcode2/nvmaskrow.h"
 #include "nvcode2/nvresize.h"
 
 namespace {
@@ -25,6 +27,14 @@ IndexMap IdentityMap() {
     IndexMap map;
     std::iota(map.begin(), map.end(), std::uint8_t{0});
     return map;
+}
+
+/** A bit for each of eight pixels that is not inIndex, the first pixel's on top. */
+std::uint8_t OthersOfEight(const std::uint8_t* inPixels, std::uint8_t inIndex) {
+    const std::uint64_t others =
+        NvFindZeroBytes(NvLoadBigEndian(inPixels) ^ NvEightOf(inIndex)) ^ NvEightOf(0x80);
+    // Each factor's bit moves one byte's top bit into the top byte, and no two meet on the way.
+    return static_cast<std::uint8_t>((others >> 7) * 0x0102040810204080U >> 56);
 }
 
 } // namespace
@@ -135,15 +145,17 @@ NvBitmapImage NvIndexedImage::MakeMask(std::uint8_t inIndex) const {
     NvBitmapImage mask(mWidth, mHeight);
     const NvConstPixelLock pixels(*this);
     const NvPixelLock bits(mask);
+    const std::uint32_t wholeBytes = mWidth / 8;
     for (std::uint32_t y = 0; y < mHeight; ++y) {
         const std::uint8_t* const row = pixels.Row(y);
         std::uint8_t* const maskRow = bits.Row(y);
-        for (std::uint32_t x = 0; x < mWidth; x += 8) {
-            const std::uint32_t count = std::min(mWidth - x, 8u);
-            unsigned byte = 0;
-            for (std::uint32_t i = 0; i < count; ++i)
-                byte = byte << 1 | (row[x + i] != inIndex ? 1u : 0u);
-            maskRow[x / 8] = static_cast<std::uint8_t>(byte << (8 - count));
+        for (std::uint32_t i = 0; i < wholeBytes; ++i)
+            maskRow[i] = OthersOfEight(row + i * 8, inIndex);
+        if (mWidth % 8 != 0) {
+            std::array<std::uint8_t, 8> last;
+            last.fill(inIndex);
+            std::copy(row + wholeBytes * 8, row + mWidth, last.begin());
+            maskRow[wholeBytes] = OthersOfEight(last.data(), inIndex);
         }
     }
     return mask;
@@ -180,10 +192,14 @@ void NvIndexedImage::BuildMaskedHistogram(std::uint32_t* outHistogram, const NvB
 
     const NvConstPixelLock pixels(*this);
     const NvConstPixelLock mask(*inMask);
-    const unsigned flip = inMask->GetPolarity() == 0 ? 0 : 0xFF;
+    const bool setBit = inMask->GetPolarity() == 0;
     NvIndexCounter counter;
-    for (std::uint32_t y = 0; y < height; ++y)
-        counter.AddMasked(pixels.Row(y), mask.Row(y), flip, width);
+    for (std::uint32_t y = 0; y < height; ++y) {
+        const std::uint8_t* const row = pixels.Row(y);
+        NvForEachRun(mask.Row(y), width, setBit, [&](std::uint32_t inFirst, std::uint32_t inEnd) {
+            counter.AddRun(row + inFirst, inEnd - inFirst);
+        });
+    }
     counter.Write(outHistogram, mColorTable.GetSize());
 }
 

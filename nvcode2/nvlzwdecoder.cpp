@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "nvcode2/nvassert.h"
+#include "nvcode2/nvbytes.h"
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvfilereader.h"
 
@@ -14,14 +15,6 @@ namespace {
 std::uint64_t InPlace(std::uint32_t inPixel, std::uint32_t inPlace) {
     const std::uint32_t place = std::endian::native == std::endian::little ? inPlace : 7 - inPlace;
     return std::uint64_t{inPixel} << (8 * place);
-}
-
-/** Eight bytes as a number, the first the lowest. */
-std::uint64_t LoadLittleEndian(const std::uint8_t* inBytes) {
-    std::uint64_t number = 0;
-    for (std::uint32_t i = 0; i < 8; ++i)
-        number |= std::uint64_t{inBytes[i]} << (8 * i);
-    return number;
 }
 
 } // namespace
@@ -154,7 +147,7 @@ inline std::uint32_t LZWDecoder::ReadCode(BitBuffer& ioBits, std::uint32_t inCod
 // result holds less only when the data end.
 LZWDecoder::BitBuffer LZWDecoder::Refill(BitBuffer inBits, std::uint32_t inCodeSize) {
     if (mBlockEnd - mBlockNext >= 8) {
-        inBits.mBits |= LoadLittleEndian(&mBlock[mBlockNext]) << inBits.mCount;
+        inBits.mBits |= NvLoadLittleEndian(&mBlock[mBlockNext]) << inBits.mCount;
         mBlockNext += (63 - inBits.mCount) / 8;
         inBits.mCount |= 56;
         return inBits;

@@ -5,11 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <numeric>
 #include <vector>
 
+#include "nvcode2/nvbytes.h"
 #include "nvcode2/nverrorcode.h"
 
 /** The strings an LZW encoder has met since its last clear: which code stands for "string of a prefix code,
@@ -55,9 +55,7 @@ public:
         const std::uint8_t pixel = inPixels[0];
         outCode = pixel;
         const auto areAlike = [pixel](const std::uint8_t* inEight) {
-            std::uint64_t eight = 0;
-            std::memcpy(&eight, inEight, km_WorthwhileRun);
-            return eight == pixel * 0x0101010101010101U;
+            return NvLoadLittleEndian(inEight) == NvEightOf(pixel);
         };
         if (inCount < km_WorthwhileRun || !areAlike(inPixels) || mLongestRuns[pixel] == pixel)
             return 1;

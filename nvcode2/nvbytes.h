@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+
+/** Eight bytes at any address as one number, spelled so that compilers see the single load or store it is. */
+
+/** The first byte is the lowest. */
+inline std::uint64_t NvLoadLittleEndian(const std::uint8_t* inBytes) {
+    using Word = std::uint64_t;
+    return Word{inBytes[0]} | Word{inBytes[1]} << 8 | Word{inBytes[2]} << 16 | Word{inBytes[3]} << 24 |
+           Word{inBytes[4]} << 32 | Word{inBytes[5]} << 40 | Word{inBytes[6]} << 48 | Word{inBytes[7]} << 56;
+}
+
+/** The first byte is the highest. */
+inline std::uint64_t NvLoadBigEndian(const std::uint8_t* inBytes) {
+    using Word = std::uint64_t;
+    return Word{inBytes[7]} | Word{inBytes[6]} << 8 | Word{inBytes[5]} << 16 | Word{inBytes[4]} << 24 |
+           Word{inBytes[3]} << 32 | Word{inBytes[2]} << 40 | Word{inBytes[1]} << 48 | Word{inBytes[0]} << 56;
+}
+
+/** A byte eight times over. */
+constexpr std::uint64_t NvEightOf(std::uint8_t inByte) {
+    return inByte * 0x0101010101010101U;
+}
+
+/** Which of eight bytes are zero: 0x80 in the place of each, 0 in the others.
+ *  After "Hacker's Delight", 2nd edition, 6-1. */
+constexpr std::uint64_t NvFindZeroBytes(std::uint64_t inBytes) {
+    constexpr std::uint64_t km_AllButTop = NvEightOf(0x7F);
+    return ~(((inBytes & km_AllButTop) + km_AllButTop) | inBytes | km_AllButTop);
+}
