@@ -21,8 +21,8 @@ public:
     /** A transparent canvas of the logical screen's size. @throws std::bad_alloc */
     NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight);
 
-    /** Does to the canvas what the frame shown last asks for when its time is over. What is on the canvas then lies under the
-     *  next frame. ShowFrame does it too, unless it has been done. */
+    /** Does to the canvas what the frame shown last asks for when its time is over. What is on the canvas
+     * then lies under the next frame. ShowFrame does it too, unless it has been done. */
     void DisposeOfLastFrame();
 
     /** Disposes of the frame shown before and draws the next one. Every drawn index must be in the frame's
