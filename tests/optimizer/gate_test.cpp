@@ -9,7 +9,7 @@ namespace {
 
 /** Small, and twice as long as it has to be. */
 TestGIF Original() {
-    TestGIF gif = Movie({Picture("0123 1230 2301"), Picture(".... .45. ...."), Picture("6.6 .6.", 1, 1)});
+    TestGIF gif = Movie({Picture("0123 1230 2301"), Picture("45", 1, 1), Picture("6.6 .6.", 1, 1)});
     gif.mTable.resize(256, 0x123456);
     gif.mFrames[1].mDisposal = 2;
     gif.mFrames[2].mUserInput = true;
@@ -45,10 +45,18 @@ const Change km_Noticed[] = {
     {"aspect", [](TestGIF& io) { io.mAspect = 0; }, "the pixel aspect ratio would change"},
     {"one pixel not drawn", [](TestGIF& io) { io.mFrames[0].mTransparent = 3; },
      "frame 1 would cover other pixels"},
-    {"one pixel drawn", [](TestGIF& io) { io.mFrames[2].mPixels[4] = 6, io.mFrames[2].mPixels[1] = 6; },
+    {"one pixel drawn", [](TestGIF& io) { io.mFrames[2].mPixels[1] = 6; },
      "frame 3 would cover other pixels"},
     {"more erased", [](TestGIF& io) { io.mFrames[0].mDisposal = 2; }, "frame 2 would cover other pixels"},
     {"less erased", [](TestGIF& io) { io.mFrames[1].mDisposal = 1; }, "frame 3 would cover other pixels"},
+    {"pixels outside of the original's frame",
+     [](TestGIF& io) {
+         io.mFrames[2].mLeft = io.mFrames[2].mTop = 0;
+         io.mFrames[2].mWidth = 4;
+         io.mFrames[2].mHeight = 3;
+         io.mFrames[2].mPixels = Picture("7777 .6.6 ..6.").mPixels;
+     },
+     "frame 3 would show other colours"},
     {"colours of the screen", [](TestGIF& io) { io.mTable[0] = io.mTable[1] = io.mTable[2] = 0x77FF77; },
      "frame 1 would show other colours"},
     {"colours of a small frame", [](TestGIF& io) { io.mFrames[2].mLocalTable.assign(16, 0xFF0000); },
@@ -86,7 +94,7 @@ TEST_F(GateTest, WhatNobodyNoticesPasses) {
         {"background", [](TestGIF& io) { io.mBackground = 9; }, ""},
         {"an empty comment", [](TestGIF& io) { io.mComments.insert(io.mComments.begin(), ""); }, ""},
         {"disposal of the last frame", [](TestGIF& io) { io.mFrames.back().mDisposal = 2; }, ""},
-        {"a pixel drawn over its like", [](TestGIF& io) { io.mFrames[1].mPixels[0] = 0; }, ""},
+        {"a pixel drawn over its like", [](TestGIF& io) { io.mFrames[2].mPixels[3] = 3; }, ""},
     };
     for (const Change& change : unnoticed) {
         SCOPED_TRACE(change.mName);

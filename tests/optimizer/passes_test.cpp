@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include "nvcode2/nvgiffile.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
 
@@ -22,8 +23,7 @@ TestFrame Textured(TestTexture inTexture, std::uint32_t inSize, std::uint32_t in
     return frame;
 }
 
-/** Frames that repeat most of what stands there already, one of them put back: every step has work to do, and
- *  both passes find something. */
+/** Frames that repeat most of what stands there already, one of them put back: every step has work to do. */
 TestGIF Wasteful() {
     TestGIF gif =
         Movie({Textured(TestTexture::km_Dither, 40, 8, 1), Textured(TestTexture::km_Dither, 40, 8, 1),
@@ -61,35 +61,96 @@ protected:
     }
 };
 
-TEST_F(PassesTest, TheBackupIsAskedForOnceWithTheOriginalStillThere) {
-    const TestGIF gif = Wasteful();
-    const std::string path = Write(gif);
-    EXPECT_LT(Optimize(path), EncodeGIF(gif).size());
-    EXPECT_THAT(mHost.mBackups, ElementsAre(EncodeGIF(gif)));
-    EXPECT_TRUE(std::ranges::is_sorted(mHost.mProgress)) << "progress never goes back";
-    EXPECT_LT(mHost.mProgress.back(), 1.0);
-    ExpectNothingLeftOver();
+/** Looks at the file when the second pass begins and when a backup is asked for. */
+class WatchingHost : public TestHost {
+public:
+    explicit WatchingHost(std::string inPath) : mPath(std::move(inPath)) {}
+
+    void BackupFile(const char* inPath) override {
+        mBackupAt = mProgress.back();
+        TestHost::BackupFile(inPath);
+    }
+    bool ReportProgress(double inFraction) override {
+        if (inFraction >= km_SecondPass && mSizeBetween == 0)
+            mSizeBetween = std::filesystem::file_size(mPath);
+        return TestHost::ReportProgress(inFraction);
+    }
+
+    static constexpr double km_SecondPass = 0.75;
+    std::string mPath;
+    double mBackupAt = 0.0;
+    std::uintmax_t mSizeBetween = 0;
+};
+
+TEST_F(PassesTest, WhenBothPassesReplaceThereIsOneBackupOfTheOriginal) {
+    TestGIF gif = Movie({Textured(TestTexture::km_Noise, 60, 8, 2)});
+    for (std::uint32_t i = 0; i < 16; ++i)
+        gif.mTable[i] = 0x404040 + 4 * i * 0x010101; // near enough for pixels to change places
+    WatchingHost host(Write(gif));
+    const std::string original = EncodeGIF(gif);
+    PvOptimizer optimizer(mPrefs, host);
+    const std::uint32_t size =
+        optimizer.OptimizeGIFFile(host.mPath.c_str(), static_cast<std::uint32_t>(original.size()));
+    EXPECT_LT(host.mSizeBetween, original.size());
+    EXPECT_LT(size, host.mSizeBetween);
+    EXPECT_THAT(host.mBackups, ElementsAre(original));
+    EXPECT_TRUE(std::ranges::is_sorted(host.mProgress)) << "progress never goes back";
+    EXPECT_LT(host.mProgress.back(), 1.0);
 }
 
 TEST_F(PassesTest, TheSecondPassAloneMayReplaceAndMakesTheBackupThen) {
-    class Host : public TestHost {
-    public:
-        void BackupFile(const char* inPath) override {
-            mAt = mProgress.back();
-            TestHost::BackupFile(inPath);
-        }
-        double mAt = 0.0;
-    } host;
     const TestGIF gif = OnlyToBeCropped();
-    const std::string path = Write(gif);
+    WatchingHost host(Write(gif));
+    const std::string original = EncodeGIF(gif);
     PvOptimizer optimizer(mPrefs, host);
-    EXPECT_LT(optimizer.OptimizeGIFFile(path.c_str(), static_cast<std::uint32_t>(EncodeGIF(gif).size())),
-              EncodeGIF(gif).size());
-    EXPECT_THAT(host.mBackups, ElementsAre(EncodeGIF(gif)));
-    EXPECT_GE(host.mAt, 0.75) << "the second pass";
-    const TestComparison comparison = CompareGIFs(gif, ReadGIF(path));
-    EXPECT_EQ(comparison.mDifference, "");
-    EXPECT_EQ(ReadGIF(path).mFrames[1].mDisposal, 3u) << "the second pass restores as before";
+    EXPECT_LT(optimizer.OptimizeGIFFile(host.mPath.c_str(), static_cast<std::uint32_t>(original.size())),
+              original.size());
+    EXPECT_EQ(host.mSizeBetween, original.size());
+    EXPECT_THAT(host.mBackups, ElementsAre(original));
+    EXPECT_GE(host.mBackupAt, WatchingHost::km_SecondPass);
+    const TestGIF result = ReadGIF(host.mPath);
+    EXPECT_EQ(CompareGIFs(gif, result).mDifference, "");
+    EXPECT_EQ(result.mFrames[1].mDisposal, 3u) << "what restores goes on restoring";
+}
+
+TEST_F(PassesTest, ASmallChangeBecomesASmallFrameOfNarrowCodes) {
+    TestGIF gif;
+    gif.mWidth = gif.mHeight = 40;
+    gif.mTable = Greys(128);
+    gif.mBackground = 70;
+    gif.mFrames = {Textured(TestTexture::km_Gradient, 40, 100, 1),
+                   Textured(TestTexture::km_Gradient, 40, 100, 1)};
+    for (const std::size_t at : {410, 411, 450, 451})
+        gif.mFrames[1].mPixels[at] = 90; // light, where the picture is dark
+    const std::string path = Write(gif);
+    Optimize(path);
+
+    const TestGIF result = ReadGIF(path);
+    EXPECT_EQ(CompareGIFs(gif, result).mDifference, "");
+    const TestFrame& change = result.mFrames[1];
+    EXPECT_EQ(std::to_string(change.mLeft) + "," + std::to_string(change.mTop), "10,10");
+    EXPECT_EQ(std::to_string(change.mWidth) + "x" + std::to_string(change.mHeight), "2x2");
+    EXPECT_EQ(change.mPixels, std::vector<std::uint8_t>(4, change.mPixels[0]));
+    EXPECT_EQ(result.mTable.at(result.mBackground), gif.mTable[70]);
+
+    NvGIFFile file;
+    file.Open(NvFileLocator(path.c_str()), NvFile::km_ReadPerm);
+    const auto info = file.ReadFrameInfo(1);
+    EXPECT_EQ(static_cast<const NvGIFFrameInfo&>(*info).mMinimumCodeSize, 2)
+        << "a colour that both frames use stands at the front of the table";
+}
+
+TEST_F(PassesTest, TheToleranceIs28Levels) {
+    for (const std::uint32_t grey : {0x808080u, 0x818181u}) {
+        TestGIF gif =
+            Movie({Textured(TestTexture::km_Noise, 12, 1, 1), Textured(TestTexture::km_Noise, 12, 1, 1)});
+        gif.mTable.assign(256, 0x646464);
+        gif.mTable[255] = grey;
+        gif.mFrames[1].mPixels.assign(144, 255);
+        const std::string path = Write(gif);
+        Optimize(path);
+        EXPECT_EQ(Play(ReadGIF(path))[1][77], grey == 0x808080 ? 0x646464 : 0x818181);
+    }
 }
 
 TEST_F(PassesTest, AFileThatCannotShrinkKeepsItsBytesAndNeedsNoBackup) {
@@ -110,6 +171,37 @@ TEST_F(PassesTest, AFileThatCannotShrinkKeepsItsBytesAndNeedsNoBackup) {
     EXPECT_EQ(ReadTestFile(path), bytes);
     EXPECT_EQ(statusAfter.st_ino, status.st_ino) << "it is not even rewritten";
     EXPECT_THAT(mHost.mBackups, IsEmpty());
+}
+
+TEST_F(PassesTest, TheVersionIs89aWhenAnythingInTheResultNeedsIt) {
+    const TestGIF still = Movie({Textured(TestTexture::km_Dither, 40, 8, 1)});
+    const auto with = [&](auto inChange) {
+        TestGIF gif = still;
+        inChange(gif);
+        return gif;
+    };
+    const struct {
+        const char* mName;
+        TestGIF mGIF;
+        const char* mVersion;
+    } cases[] = {
+        {"a still picture", still, "GIF87a"},
+        {"transparency", with([](TestGIF& io) { io.mFrames[0].mTransparent = 1; }), "GIF89a"},
+        {"a comment", with([](TestGIF& io) { io.mComments = {"x"}; }), "GIF89a"},
+        {"a loop", with([](TestGIF& io) { io.mLoop = 0; }), "GIF89a"},
+        {"user input", with([](TestGIF& io) { io.mFrames[0].mUserInput = true; }), "GIF89a"},
+        {"two frames, whose disposal is now said",
+         with([](TestGIF& io) { io.mFrames.push_back(io.mFrames[0]); }), "GIF89a"},
+    };
+    for (const auto& [name, gif, version] : cases) {
+        SCOPED_TRACE(name);
+        std::string bytes = EncodeGIF(gif);
+        bytes[4] = '7';
+        const std::string path = WriteTestFile(mFolder / "pictures/test.gif", bytes);
+        EXPECT_LT(Optimize(path), bytes.size());
+        EXPECT_EQ(ReadTestFile(path).substr(0, 6), version);
+        EXPECT_EQ(CompareGIFs(gif, ReadGIF(path)).mDifference, "");
+    }
 }
 
 TEST_F(PassesTest, StoppedAtAnyMomentTheFileIsTheOriginalOrAWholeResult) {
