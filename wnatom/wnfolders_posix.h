@@ -2,7 +2,7 @@
 
 #include <string>
 
-/** The base directories of the XDG specification and what is needed to fill them. POSIX only. */
+/** The base directories as freedesktop.org names them, and what is needed to fill them. POSIX only. */
 
 /** An absolute path from the environment; empty when unset, empty or relative. */
 std::string WnGetPathFromEnvironment(const char* inVariable);
