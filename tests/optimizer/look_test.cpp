@@ -1,0 +1,133 @@
+// What the eye judges by: undrawn pixels drawn unseen, structure kept, and a mode that changes nothing.
+
+#include <cmath>
+
+#include "nvcode2/nvgifplayer.h"
+#include "tests/optimizer/optimizertest.h"
+#include "tests/support/randomgif.h"
+#include "win/pvfill.h"
+#include "win/pvload.h"
+#include "win/pvlook.h"
+#include "win/pvlzwestimate.h"
+
+namespace {
+
+class LookTest : public OptimizerTest {
+protected:
+    static std::uint64_t BitsOf(const NvAnimation& inAnimation) {
+        PvLZWEstimator estimator;
+        std::uint64_t bits = 0;
+        for (const NvGIFFrame& frame : inAnimation)
+            bits += estimator.EstimateFrame(frame);
+        return bits;
+    }
+
+    /** How two stills of one size look beside each other. */
+    static PvFrameLook Compare(const TestGIF& inFirst, const TestGIF& inSecond) {
+        NvGIFPlayer first(inFirst.mWidth, inFirst.mHeight);
+        NvGIFPlayer second(inFirst.mWidth, inFirst.mHeight);
+        first.ShowFrame(MakeAnimation(inFirst)->GetFrame(0));
+        second.ShowFrame(MakeAnimation(inSecond)->GetFrame(0));
+        return PvLookMeter(inFirst.mWidth, inFirst.mHeight).Measure(first, second);
+    }
+};
+
+/** A still of greys, each pixel's level by inLevel(x, y). */
+template <typename Level>
+TestGIF GreyPicture(std::uint32_t inWidth, std::uint32_t inHeight, Level inLevel) {
+    TestFrame frame;
+    frame.mWidth = inWidth;
+    frame.mHeight = inHeight;
+    for (std::uint32_t y = 0; y < inHeight; ++y)
+        for (std::uint32_t x = 0; x < inWidth; ++x)
+            frame.mPixels.push_back(static_cast<std::uint8_t>(inLevel(x, y)));
+    TestGIF gif = Movie({frame});
+    gif.mTable = Greys(256);
+    return gif;
+}
+
+TEST_F(LookTest, UndrawnPixelsAreDrawnWhereThatIsShorterAndNobodySeesIt) {
+    std::uint64_t before = 0;
+    std::uint64_t after = 0;
+    for (std::uint32_t seed = 0; seed < 150; ++seed) {
+        SCOPED_TRACE(seed);
+        PvProgress progress(mHost);
+        NvColor background;
+        const auto animation = LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress, background);
+        const std::vector<TestCanvas> shown = Play(Describe(*animation));
+        const std::uint64_t bits = BitsOf(*animation);
+        FillUndrawnPixels(*animation, progress);
+        EXPECT_EQ(Play(Describe(*animation)), shown);
+        EXPECT_LE(BitsOf(*animation), bits);
+        before += bits;
+        after += BitsOf(*animation);
+    }
+    EXPECT_LT(after, before);
+}
+
+TEST_F(LookTest, SimilarityIsOneForTheSameFollowsContrastAndPassesOverFlatShifts) {
+    const TestGIF stripes =
+        GreyPicture(40, 40, [](std::uint32_t x, std::uint32_t) { return x % 4 < 2 ? 100 : 140; });
+    const PvFrameLook same = Compare(stripes, stripes);
+    EXPECT_DOUBLE_EQ(same.mSsim, 1.0);
+    EXPECT_EQ(same.mMaxError, 0u);
+    EXPECT_EQ(same.mContrastWindows, 81u) << "9 by 9 windows of 8 pixels, every 4";
+
+    // Turned into their mean the stripes lose all structure: (2 m m + C1) C2 / ((2 m m + C1) (20^2 + C2)).
+    const TestGIF flat = GreyPicture(40, 40, [](std::uint32_t, std::uint32_t) { return 120; });
+    const PvFrameLook lost = Compare(stripes, flat);
+    EXPECT_NEAR(lost.mSsim, 58.5225 / (400.0 + 58.5225), 1e-9);
+    EXPECT_EQ(lost.mMaxError, 20u);
+    EXPECT_NEAR(lost.mPsnr, 10.0 * std::log10(255.0 * 255.0 / 400.0), 1e-9);
+
+    const TestGIF lighter = GreyPicture(40, 40, [](std::uint32_t, std::uint32_t) { return 148; });
+    const PvFrameLook shift = Compare(flat, lighter);
+    EXPECT_EQ(shift.mContrastWindows, 0u);
+    EXPECT_LT(shift.mSsim, 1.0);
+}
+
+/** Soft stripes that drift over a grey ground, a step a frame. */
+TestGIF SoftMotion() {
+    TestGIF gif;
+    for (std::uint32_t i = 0; i < 12; ++i) {
+        const TestGIF still = GreyPicture(64, 64, [i](std::uint32_t x, std::uint32_t y) {
+            return 128 + std::lround(13.0 * std::sin((x + y / 2 + 2 * i) * 0.35));
+        });
+        if (i == 0)
+            gif = still;
+        else
+            gif.mFrames.push_back(still.mFrames[0]);
+        gif.mFrames.back().mDelay = 5;
+    }
+    return gif;
+}
+
+TEST_F(LookTest, ToleranceGivesWayWhereItWouldTearAPicture) {
+    const TestGIF original = SoftMotion();
+    const std::string path = Write(original);
+    ASSERT_LT(Optimize(path), EncodeGIF(original).size());
+    EXPECT_GT(mOutcome.mWorstLook.mContrastSsim, 0.8);
+    EXPECT_LT(CompareGIFs(original, ReadGIF(path)).mWorstChannel, 28) << "the whole tolerance tears it";
+}
+
+TEST_F(LookTest, LosslessChangesNoDisplayedPixel) {
+    mSettings.mIsLossless = true;
+    std::uint32_t smaller = 0;
+    for (std::uint32_t seed = 2000; seed < 2150; ++seed) {
+        SCOPED_TRACE(seed);
+        const TestGIF original = RandomGIF(seed);
+        const std::string path = Write(original);
+        const std::size_t size = EncodeGIF(original).size();
+        const bool isSmaller = Optimize(path) < size;
+        EXPECT_EQ(mOutcome.mGateReason, "");
+        if (!isSmaller)
+            continue;
+        ++smaller;
+        const TestComparison comparison = CompareGIFs(original, ReadGIF(path));
+        EXPECT_EQ(comparison.mDifference, "");
+        EXPECT_EQ(comparison.mDiffering, 0u);
+    }
+    EXPECT_GT(smaller, 100u);
+}
+
+} // namespace
