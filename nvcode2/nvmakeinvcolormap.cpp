@@ -1,6 +1,7 @@
 #include "nvcode2/nvmakeinvcolormap.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <limits>
@@ -13,7 +14,13 @@
 namespace {
 
 constexpr std::uint32_t km_CellsPerAxis = 32;
-constexpr std::size_t km_Levels = 5; // boxes of 32, 16, 8, 4 and 2 cells a side are divided
+constexpr std::size_t km_Levels = 6;      // boxes of 32, 16, 8, 4, 2 and 1 cells a side
+constexpr std::uint32_t km_BrickSide = 4; // boxes of so many cells a side are searched cell by cell
+
+// A squared distance has 18 bits. In a word without sign the others hold a candidate's place, so that one
+// comparison finds the nearest candidate and among equals the first.
+constexpr int km_PlaceBits = 13;
+constexpr std::size_t km_MostInBrick = std::size_t{1} << km_PlaceBits;
 
 /** The colour a cell stands for. Each rule rises with the component, so the colours of a box lie between
  *  those of its first and its last cell. */
@@ -21,6 +28,10 @@ NvColor CellColor(std::uint32_t inRed, std::uint32_t inGreen, std::uint32_t inBl
     return {static_cast<std::uint8_t>(inRed * 8 + inRed / 4),
             static_cast<std::uint8_t>(inGreen * 8 + inGreen / 4),
             static_cast<std::uint8_t>(inBlue * 8 + inBlue % 8)};
+}
+
+constexpr std::int32_t Square(std::int32_t inNumber) {
+    return inNumber * inNumber;
 }
 
 /** A cube of cells, by its first cell. */
@@ -47,7 +58,8 @@ struct Candidate {
 };
 
 /** Divides the grid into ever smaller boxes and keeps, for each, the entries that may be nearest to one of
- *  its cells, until one is left.
+ *  its cells, until one is left, as it is in a box
+ *  of one cell at the latest, or the box is small enough to search.
  *
  *  The difference between a point's squared distances to two entries is linear in the point, so over a box
  *  it is extreme at a corner, and one test tells whether an entry is beaten in all of the box. The beater
@@ -71,13 +83,11 @@ private:
         for (std::uint32_t octant = 0; octant < 8; ++octant) {
             const Box box = inBox.Octant(octant);
             const Candidate nearest = FindNearest(box, ioCandidates);
-            if (box.side == 1) {
-                FillBox(box, nearest.index);
-                continue;
-            }
             const auto kept = room.first(Keep(box, nearest, ioCandidates, room.data()));
             if (kept.size() == 1)
                 FillBox(box, nearest.index);
+            else if (box.side == km_BrickSide && kept.size() <= km_MostInBrick)
+                SearchBrick(box, kept);
             else
                 DivideBox(box, kept, inLevel + 1);
         }
@@ -123,6 +133,37 @@ private:
             count += behind < 0 || (behind == 0 && candidate.index <= inBest.index);
         }
         return count;
+    }
+
+    /** Finds the nearest candidate of every cell. Plain loops over all cells, with nothing to decide in
+     *  between, are what compilers turn into vector instructions. */
+    void SearchBrick(const Box& inBox, std::span<const Candidate> inCandidates) {
+        constexpr std::uint32_t slice = km_BrickSide * km_BrickSide; // cells of one red level
+        std::array<std::int32_t, slice * km_BrickSide> best;         // distance, then place
+        best.fill(std::numeric_limits<std::int32_t>::max());
+        for (std::size_t place = 0; place < inCandidates.size(); ++place) {
+            const NvColor color = inCandidates[place].color;
+            std::array<std::int32_t, km_BrickSide> red, green, blue;
+            for (std::uint32_t i = 0; i < km_BrickSide; ++i) {
+                const NvColor cell = CellColor(inBox.red + i, inBox.green + i, inBox.blue + i);
+                red[i] = Square(cell.red - color.red) << km_PlaceBits;
+                green[i] = Square(cell.green - color.green) << km_PlaceBits;
+                blue[i] = Square(cell.blue - color.blue) << km_PlaceBits | static_cast<std::int32_t>(place);
+            }
+            std::array<std::int32_t, slice> greenBlue;
+            for (std::size_t i = 0; i < slice; ++i)
+                greenBlue[i] = green[i / km_BrickSide] + blue[i % km_BrickSide];
+            for (std::size_t r = 0; r < km_BrickSide; ++r)
+                for (std::size_t i = 0; i < slice; ++i)
+                    best[r * slice + i] = std::min(best[r * slice + i], red[r] + greenBlue[i]);
+        }
+        for (std::uint32_t i = 0; i < best.size(); ++i) {
+            const std::uint32_t cell = (inBox.red + i / slice) << 10 |
+                                       (inBox.green + i / km_BrickSide % km_BrickSide) << 5 |
+                                       (inBox.blue + i % km_BrickSide);
+            const std::size_t place = static_cast<std::uint32_t>(best[i]) % km_MostInBrick;
+            mInvMap[cell] = static_cast<std::uint8_t>(inCandidates[place].index);
+        }
     }
 
     void FillBox(const Box& inBox, std::uint32_t inIndex) {

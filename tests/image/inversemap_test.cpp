@@ -57,6 +57,7 @@ TEST(InverseMap, EqualsAPlainSearch) {
         tables.push_back(GridTable(size, 2, 8, 32, random));  // ties halfway between cells
         tables.push_back(GridTable(size, 100, 1, 9, random)); // far from most cells
     }
+    tables.push_back(GridTable(9000, 96, 1, 32, random)); // more at one place than there ever should be
     NvColorTable palette;
     palette.MakeGrayRamp(0xFF);
     tables.push_back(palette);
