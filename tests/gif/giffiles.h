@@ -1,16 +1,14 @@
 #pragma once
 
-#include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "nvcode2/nvgiffile.h"
 #include "nvcode2/nvindexedimage.h"
 #include "tests/image/images.h"
 #include "tests/support/codeof.h"
 #include "tests/support/gifbytes.h"
+#include "tests/support/randomgif.h"
 #include "tests/support/testfolder.h"
 
 /** A GIF file on disk for a reader under test. */
@@ -72,27 +70,15 @@ inline NvGIFFrameInfo PlainInfoFor(const NvIndexedImage& inImage) {
     return info;
 }
 
-/** What a file stores of a record, in the order of its declaration; then the padded local table, packed. */
-inline std::vector<std::uint32_t> FieldsOf(const NvGIFFrameInfo& inInfo) {
-    const NvColorTable& table = inInfo.mColorTable;
-    std::vector<std::uint32_t> fields{inInfo.mLeft,
-                                      inInfo.mTop,
-                                      inInfo.mWidth,
-                                      inInfo.mHeight,
-                                      inInfo.mHasLocalTable,
-                                      inInfo.mSortFlag,
-                                      inInfo.mInterlaced,
-                                      inInfo.mHasGraphicControl,
-                                      inInfo.mDelay,
-                                      inInfo.mUserInput,
-                                      inInfo.mDisposal,
-                                      inInfo.mHasTransparency,
-                                      inInfo.mTransparentIndex};
-    for (const NvColor& color : ColorsOf(table))
-        fields.push_back(NvPackColor(color));
-    if (table.GetSize() > 0)
-        fields.resize(fields.size() - table.GetSize() + std::max(std::bit_ceil(table.GetSize()), 2U));
-    return fields;
+/** A random GIF whose data are complete, with every index in its table. */
+inline TestGIF SoundRandomGIF(std::uint32_t inSeed) {
+    TestGIF gif = RandomGIF(inSeed);
+    for (TestFrame& frame : gif.mFrames) {
+        frame.mDelivered.reset();
+        for (std::uint8_t& pixel : frame.mPixels)
+            pixel = static_cast<std::uint8_t>(pixel % gif.TableOf(frame).size());
+    }
+    return gif;
 }
 
 /** Opens a file and reads all of its frames; the code of the error that this raises, or 0. */
