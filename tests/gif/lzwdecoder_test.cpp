@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <numeric>
 #include <random>
 #include <string>
 
@@ -55,6 +56,9 @@ const StreamCase km_Streams[] = {
 TEST(LZWDecoder, ReadsWhatRealFilesHoldAndNoMore) {
     const TestFolder folder;
     LZWCodec codec(folder / "stream");
+    Indices pixels(2000); // strings of an earlier frame must not show in later ones
+    std::iota(pixels.begin(), pixels.end(), std::uint8_t{0});
+    codec.Decode(ReferenceLZWEncode(8, pixels), {2000, 1, 2000, false});
     for (const StreamCase& row : km_Streams) {
         SCOPED_TRACE(row.mName);
         const std::string stream = static_cast<char>(row.mMinimumCodeSize) + PackLZWCodes(row.mCodes);
@@ -72,6 +76,22 @@ TEST(LZWDecoder, PiecesOfAnySizeAreOneStream) {
     LZWCodec codec(folder / "stream");
     // 332 = clear 4, pixel 1, end 5 in 3 bits each, in sub-blocks of one byte
     EXPECT_EQ(codec.Decode("\x02\x01\x4C\x01\x01\x00"s, {1, 1, 1, false}).mPixels, Indices{1});
+    std::mt19937 random(5);
+    Indices pixels(3000);
+    std::ranges::generate(pixels, [&] { return static_cast<std::uint8_t>(RandomBelow(random, 200)); });
+    const std::string whole = ReferenceLZWEncode(8, pixels);
+    std::string codes;
+    for (std::size_t at = 1; whole[at] != 0; at += 1 + static_cast<unsigned char>(whole[at]))
+        codes += whole.substr(at + 1, static_cast<unsigned char>(whole[at]));
+    for (std::uint32_t longest = 1; longest < 40; ++longest) {
+        std::string pieces = whole.substr(0, 1);
+        for (std::size_t at = 0; at < codes.size();) {
+            const std::string piece = codes.substr(at, 1 + RandomBelow(random, longest));
+            pieces += static_cast<char>(piece.size()) + piece;
+            at += piece.size();
+        }
+        EXPECT_TRUE(codec.Decode(pieces + '\0', {3000, 1, 3000, false}).mPixels == pixels) << longest;
+    }
     EXPECT_EQ(codec.Decode("\x02\x02\x4C"s, {1, 1, 1, false}).mError, 18u) << "cut inside a sub-block";
     EXPECT_EQ(codec.Decode("\x02\x01\x44"s, {9, 1, 9, false}).mError, 18u) << "cut between sub-blocks";
     EXPECT_EQ(codec.Decode(""s, {1, 1, 1, false}).mError, 18u);
