@@ -80,8 +80,17 @@ public:
             AddRun(inPrefix, inPixel, inCode);
     }
 
+    /** Strings added since the last Clear. */
+    std::uint32_t GetCount() const { return mUsedCount; }
+
     /** Takes back the last Add. */
-    void RemoveLast() { mCodes[mUsedSlots[--mUsedCount]] = 0; }
+    void RemoveLast() {
+        const std::uint32_t slot = mUsedSlots[--mUsedCount];
+        const std::uint32_t pixel = slot / km_MaxCodes;
+        if (mLongestRuns[pixel] == mCodes[slot])
+            RemoveRun(pixel);
+        mCodes[slot] = 0;
+    }
 
     void Clear() {
         for (std::uint32_t i = 0; i < mUsedCount; ++i)
@@ -111,6 +120,12 @@ private:
             codes.clear(); // what is there is of the time before the last clear
         codes.push_back(static_cast<std::uint16_t>(inCode));
         mLongestRuns[inPixel] = static_cast<std::uint16_t>(inCode);
+    }
+
+    void RemoveRun(std::uint32_t inPixel) {
+        std::vector<std::uint16_t>& codes = mRunCodes[inPixel];
+        codes.pop_back();
+        mLongestRuns[inPixel] = codes.empty() ? static_cast<std::uint16_t>(inPixel) : codes.back();
     }
 
     void ForgetRuns() { std::iota(mLongestRuns.begin(), mLongestRuns.end(), std::uint16_t{0}); }

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "nvcode2/nvlzwstringtable.h"
+#include "win/pvlzwparser.h"
 
 class NvGIFFrame;
 
@@ -26,5 +26,5 @@ public:
     std::uint64_t EstimateFrame(const NvGIFFrame& inFrame);
 
 private:
-    NvLZWStringTable mTable;
+    PvLZWParser mParser;
 };

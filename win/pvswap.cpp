@@ -8,8 +8,27 @@
 #include "win/pvprogress.h"
 
 namespace {
+
 constexpr float km_MaxWork = 24800000.0F; // candidates times pixels
+
+bool AreTooMany(std::uint32_t inCandidates, const NvGIFFrame& inFrame) {
+    const auto width = static_cast<float>(inFrame.GetWidth());
+    const auto height = static_cast<float>(inFrame.GetHeight());
+    return static_cast<float>(inCandidates) > km_MaxWork / width / height;
 }
+
+std::int32_t SparedIndex(const NvGIFFrame& inFrame) {
+    return inFrame.HasTransparency() ? std::int32_t{inFrame.GetTransparentIndex()} : km_SpareNothing;
+}
+
+std::uint32_t PostDitherSparing(NvGIFFrame& ioFrame, std::int32_t inSparedIndex) {
+    NvIndexedImage* image = &ioFrame.GetImage();
+    return inSparedIndex == km_SpareNothing
+               ? PostDither(image)
+               : PostDitherTransparent(image, static_cast<std::uint8_t>(inSparedIndex));
+}
+
+} // namespace
 
 std::uint32_t PvPixelSwapper::CountSwapCandidates(const NvGIFFrame& inFrame) {
     const NvIndexedImage& image = inFrame.GetImage();
@@ -24,10 +43,7 @@ std::uint32_t PvPixelSwapper::CountSwapCandidates(const NvGIFFrame& inFrame) {
 }
 
 bool PvPixelSwapper::HasTooManyCandidates(const NvGIFFrame& inFrame) {
-    const auto width = static_cast<float>(inFrame.GetWidth());
-    const auto height = static_cast<float>(inFrame.GetHeight());
-    const float limit = km_MaxWork / width / height;
-    return static_cast<float>(CountSwapCandidates(inFrame)) > limit;
+    return AreTooMany(CountSwapCandidates(inFrame), inFrame);
 }
 
 PvPixelSwapper::Result PvPixelSwapper::SwapPixelPairs(NvGIFFrame& ioFrame) {
@@ -39,43 +55,27 @@ PvPixelSwapper::Result PvPixelSwapper::SwapPixelPairs(NvGIFFrame& ioFrame, std::
 }
 
 PvPixelSwapper::Result PvPixelSwapper::Swap(NvGIFFrame& ioFrame, std::int32_t inSparedIndex) {
-    if (!HasTooManyCandidates(ioFrame))
-        return {Search(ioFrame, inSparedIndex), false};
-    NvIndexedImage* image = &ioFrame.GetImage();
-    if (inSparedIndex == km_SpareNothing)
-        return {PostDither(image), true};
-    return {PostDitherTransparent(image, static_cast<std::uint8_t>(inSparedIndex)), true};
+    if (HasTooManyCandidates(ioFrame))
+        return {PostDitherSparing(ioFrame, inSparedIndex), true};
+    return {Search(ioFrame, inSparedIndex), false};
 }
 
-// Most frames have no candidate at all, so the frame is first estimated when one turns up.
 std::uint32_t PvPixelSwapper::Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex) {
     NvIndexedImage& image = ioFrame.GetImage();
     const NvColor* colors = image.GetColorTable().GetColors();
     const NvPixelLock pixels(image);
     std::uint32_t exchanged = 0;
-    std::uint64_t best = 0; // bits; 0: not measured yet
+    bool hasBegun = false;
     NvForEachPairPosition(image.GetWidth(), image.GetHeight(), [&](std::uint32_t y, std::uint32_t x) {
-        std::uint8_t* pixel = pixels.Row(y) + x;
-        if (!NvIsSwappablePair(pixel, image.GetRowBytes(), colors, inSparedIndex))
+        if (!NvIsSwappablePair(pixels.Row(y) + x, image.GetRowBytes(), colors, inSparedIndex))
             return;
-        if (best == 0)
-            best = mEstimator.EstimateFrame(ioFrame);
-        std::swap(pixel[0], pixel[1]);
-        const std::uint64_t size = mEstimator.EstimateFrame(ioFrame);
-        if (size >= best) {
-            std::swap(pixel[0], pixel[1]);
-            return;
-        }
-        best = size;
-        ++exchanged;
+        if (!hasBegun)
+            mSearch.Begin(pixels.Row(0), image.GetWidth(), image.GetHeight(), image.GetColorTable().GetSize(),
+                          ioFrame.GetInfo().mInterlaced != 0);
+        hasBegun = true;
+        exchanged += mSearch.ExchangeIfShorter(x, y) ? 1 : 0;
     });
     return exchanged;
-}
-
-PvPixelSwapper::Result PvPixelSwapper::SwapFrame(NvGIFFrame& ioFrame) {
-    if (ioFrame.HasTransparency())
-        return SwapPixelPairs(ioFrame, ioFrame.GetTransparentIndex());
-    return SwapPixelPairs(ioFrame);
 }
 
 std::uint64_t PvPixelSwapper::SwapAllFrames(NvAnimation& ioAnimation, PvProgress& ioProgress) {
@@ -83,18 +83,22 @@ std::uint64_t PvPixelSwapper::SwapAllFrames(NvAnimation& ioAnimation, PvProgress
     for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, ioAnimation.GetFrameCount());
         NvGIFFrame& frame = ioAnimation.GetFrame(i);
-        if (!HasTooManyCandidates(frame)) {
-            exchanged += SwapFrame(frame).mExchanged;
-            continue;
-        }
-        const std::uint64_t before = mEstimator.EstimateFrame(frame);
-        NvIndexedImage original;
-        original.CopyFrom(frame.GetImage());
-        const Result result = SwapFrame(frame);
-        if (result.mPostDithered && mEstimator.EstimateFrame(frame) >= before)
-            frame.SetImage(std::move(original));
-        else
-            exchanged += result.mExchanged;
+        const std::uint32_t candidates = CountSwapCandidates(frame);
+        if (AreTooMany(candidates, frame))
+            exchanged += PostDitherIfShorter(frame);
+        else if (candidates > 0) // most frames have none, sparing an index or not
+            exchanged += Search(frame, SparedIndex(frame));
     }
     return exchanged;
+}
+
+std::uint32_t PvPixelSwapper::PostDitherIfShorter(NvGIFFrame& ioFrame) {
+    const std::uint64_t before = mEstimator.EstimateFrame(ioFrame);
+    NvIndexedImage original;
+    original.CopyFrom(ioFrame.GetImage());
+    const std::uint32_t exchanged = PostDitherSparing(ioFrame, SparedIndex(ioFrame));
+    if (mEstimator.EstimateFrame(ioFrame) < before)
+        return exchanged;
+    ioFrame.SetImage(std::move(original));
+    return 0;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "win/pvlzwestimate.h"
+#include "win/pvswapsearch.h"
 
 class NvAnimation;
 class NvGIFFrame;
@@ -44,7 +45,8 @@ public:
 private:
     Result Swap(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
     std::uint32_t Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
-    Result SwapFrame(NvGIFFrame& ioFrame);
+    std::uint32_t PostDitherIfShorter(NvGIFFrame& ioFrame);
 
+    PvSwapSearch mSearch;
     PvLZWEstimator mEstimator;
 };

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "win/pvlzwparser.h"
+
+/** Answers the swap search's question: does a frame's LZW data become shorter when two neighbouring pixels
+ * change places?
+ *
+ *  The answers are those that encoding the whole frame each time would give, at a fraction of the work:
+ *  - The data's length grows with its misses (see PvLZWParser), so misses are compared.
+ *  - What lies before the pair stays as it is. A parse is kept standing before the pair and only rolled
+ *    forward; a trial is undone by taking back the strings that it added.
+ *  - Where a table was emptied, what follows depends on the reset position and the pixels from there on
+ *    alone. So the segment that begins at a reset position is remembered, and a trial that has come to its
+ *    first reset goes on from segment to segment. Segments that begin at different positions soon meet.
+ *
+ *  Invariants, for a pair at positions q and q + 1 of the stream:
+ *  - mSegments holds what is true of the pixels as they are. A trial neither asks for nor stores segments
+ *    that begin at q + 1 or before, since they read the pair. When an exchange is kept, those of them that
+ *    reach q are dropped; a segment reads the pixel at its end too, which is the one that missed.
+ *  - The parse stands in the present stream, has read the pixels before mNext, and mNext is at most q at
+ * every trial: an exchange kept at q leaves it true.
+ *  - mMisses is the number of misses of the stream as it is. */
+class PvSwapSearch {
+public:
+    /** Starts on a frame.
+     *
+     *  @param ioPixels      borrowed until the next Begin; exchanges that are kept change them. Rows without
+     * gaps
+     *  @param inColorCount  decides the code width as for the writer; every pixel is below it
+     *  @param inInterlaced  rows count in the order in which an interlaced frame stores them
+     *  @throws NvErrorCode  21 for a colour count that no table can have, 2 */
+    void Begin(std::uint8_t* ioPixels, std::uint32_t inWidth, std::uint32_t inHeight,
+               std::uint32_t inColorCount, bool inInterlaced);
+
+    /** Exchanges a pixel and its right neighbour if that makes the frame's LZW data shorter.
+     *
+     *  @param inX  column of the left one, not the last
+     *  @param inY  row, not the first
+     *  @return     whether they changed places */
+    bool ExchangeIfShorter(std::uint32_t inX, std::uint32_t inY);
+
+    /** Pixels read for all frames so far, for measurements. */
+    std::uint64_t GetPixelSteps() const { return mPixelSteps; }
+
+private:
+    /** What follows a reset position, or the stream's begin, up to the next one. */
+    struct Segment {
+        std::uint32_t mEnd = 0; // the next reset position, the stream's length when there is none
+        std::uint32_t mMisses = 0;
+    };
+
+    void MoveTo(std::uint32_t inPosition);
+    bool KeepIfFewer(std::uint32_t inPair, std::uint32_t inPresentEnd);
+    std::uint64_t CountMisses(std::uint32_t inReset, std::uint32_t inUnchanged, std::uint64_t inToBeat);
+    const Segment& SegmentFrom(std::uint32_t inReset);
+    Segment ParseSegment(std::uint32_t inReset);
+    void ForgetSegmentsOver(std::uint32_t inPair);
+
+    std::uint8_t* mFrame = nullptr;        // as handed in
+    std::uint8_t* mStream = nullptr;       // the same in file order: mFrame or mInterlaced
+    std::vector<std::uint8_t> mInterlaced; // copy of an interlaced frame in file order
+    std::vector<std::uint32_t> mRowStart;  // of each row in the stream
+    std::uint32_t mWidth = 0;
+    std::uint32_t mLength = 0; // of the stream
+    std::uint64_t mMisses = 0;
+
+    PvLZWParser mParser;
+    std::uint32_t mSegmentStart = 0; // where the parser's table was empty last, less than any pair's position
+    std::uint64_t mMissesBefore = 0; // of the segments before that one
+    std::uint32_t mNext = 0;         // the pixel that the parser reads next
+
+    PvLZWParser mAhead;                         // parses the segments
+    std::map<std::uint32_t, Segment> mSegments; // by where they begin
+    std::uint64_t mPixelSteps = 0;
+};
