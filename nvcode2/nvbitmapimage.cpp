@@ -154,7 +154,7 @@ void NvBitmapImage::Combine(const NvBitmapImage& inMask, NvMaskRule inRule) {
 template <typename Mix>
 void NvBitmapImage::MixMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
                               std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget, Mix inMix) const {
-    if (inMaskRect.top >= inMaskRect.bottom)
+    if (inMaskRect.IsEmpty())
         return;
     AssertInside(inMaskRect);
     NvAssertLayout(inTarget.layout);

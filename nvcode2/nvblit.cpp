@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <utility>
 
 #include "nvcode2/nvassert.h"
@@ -32,6 +33,12 @@ void ChangeRows(Byte* ioPixelPtr, std::uint32_t inRowBytes, std::uint32_t inWidt
         return;
     for (std::uint32_t y = 0; y < inHeight; ++y)
         inRow(ioPixelPtr + std::size_t{y} * inRowBytes);
+}
+
+/** Moves bytes to where others were taken out before them. @return where the next ones go */
+Byte* CloseGap(const Byte* inBytes, std::size_t inCount, Byte* outBytes) {
+    std::memmove(outBytes, inBytes, inCount);
+    return outBytes + inCount;
 }
 
 /** A 4-bit sample of a run. */
@@ -115,8 +122,8 @@ void NvDropChannel(Byte* ioPixelPtr, std::uint32_t inCount, std::uint32_t inChan
     NvAssert(ioPixelPtr || !inCount);
     Byte* out = ioPixelPtr;
     for (std::uint32_t i = 0; i < inCount; ++i, ioPixelPtr += inChannels) {
-        out = std::copy(ioPixelPtr, ioPixelPtr + inChannel, out);
-        out = std::copy(ioPixelPtr + inChannel + 1, ioPixelPtr + inChannels, out);
+        out = CloseGap(ioPixelPtr, inChannel, out);
+        out = CloseGap(ioPixelPtr + inChannel + 1, inChannels - inChannel - 1, out);
     }
 }
 
@@ -127,7 +134,7 @@ void NvKeepChannels(Byte* ioPixelPtr, std::uint32_t inCount, std::uint32_t inCha
         return;
     Byte* out = ioPixelPtr;
     for (std::uint32_t i = 0; i < inCount; ++i, ioPixelPtr += inChannels)
-        out = std::copy(ioPixelPtr, ioPixelPtr + inKeptChannels, out);
+        out = CloseGap(ioPixelPtr, inKeptChannels, out);
 }
 
 void NvInvert(Byte* ioPixelPtr, std::uint32_t inRowBytes, std::uint32_t inWidth, std::uint32_t inHeight) {

@@ -54,7 +54,8 @@ public:
     std::uint32_t GetCode() const { return mCode; }
     /** errno of the runtime call behind the error, or 0. */
     std::int32_t GetSystemError() const { return mSystemError; }
-    /** Length-prefixed and NUL-terminated: one length byte, then at most 255 characters. */
+    /** Who raised it, for report hooks and debuggers: people are told the code. Length-prefixed and
+     *  NUL-terminated: one length byte, then at most 255 characters. */
     const unsigned char* GetFileName() const { return mFileName.data(); }
     std::uint32_t GetLine() const { return mLine; }
 

@@ -54,7 +54,8 @@ public:
 
     bool IsOpen() const { return mIsOpen; }
 
-    /** The permission of the last successful Open, 0 before the first. */
+    /** The permission of the last successful Open, 0 before the first. For whoever is handed an open file; no
+     *  caller yet in the program. */
     std::uint16_t GetPermission() const { return mFilePerm; }
 
     /** Reads up to inCount bytes from the position on. Reading 0 bytes does nothing.

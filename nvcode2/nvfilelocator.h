@@ -6,7 +6,10 @@
 /** Names a file by its full path: a NUL-terminated 8-bit string of any length, kept as given.
  *
  *  The path is split at its last separator, a backslash or a slash; what follows is the file's name. A name
- *  with a backslash in it, which other systems allow, therefore counts as a folder and a name. */
+ *  with a backslash in it, which other systems allow, therefore counts as a folder and a name.
+ *
+ *  The program sets whole paths; taking a name out, exchanging it and clearing the path have no caller yet
+ *  and are for dialogs, which keep a folder while its files change. */
 class NvFileLocator {
 public:
     /** Names no file yet. */

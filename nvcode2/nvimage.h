@@ -33,8 +33,9 @@ struct NvPixelTarget {
 /** An image: a size, a resolution and what its file format said of it. How pixels are kept is for the
  *  classes below to say; what a class cannot do raises 37.
  *
- *  The optimizer needs only some of the operations. The others (pasting, handing format information over,
- *  mirroring and the like) are what any program that shows or edits pictures asks of them.
+ *  The program needs only some of the operations. The others (handing format information over, mirroring,
+ *  filling, inverting, combining and blending through masks and the like) are what any program that shows or
+ *  edits pictures asks of them.
  *
  *  Images are not copied by accident: Clone and CopyFrom copy pixels, moving hands them over. A moved-from
  *  image may only be destroyed or assigned to. */

@@ -6,17 +6,14 @@
 #include "nvcode2/nvrgbimage.h"
 
 /** Converts between the indexed, the mask and the RGB image. A mask's set pixels are white, the others
- *  black; format information is not converted.
- *
- *  No caller yet in the program, whose pictures stay indexed: this is the way in and out for other
- *  formats. */
+ *  black; format information is not converted. */
 class NvImageConverter {
 public:
     /** inIndicator, borrowed for the converter's life, hears of every row and may stop a conversion with
      *  code 3; may be null. */
     explicit NvImageConverter(NvProgressIndicator* inIndicator = nullptr) : mIndicator(inIndicator) {}
 
-    /** Indices through their table. */
+    /** Indices through their table. No caller yet in the program: the way out to other formats. */
     NvRGBImage ToRGB(const NvRealImage& inImage) const;
     /** The nearest colours of a palette of at least one entry, as its inverse map finds them. An indexed
      *  image that has this very palette keeps its indices. */

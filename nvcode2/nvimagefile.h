@@ -42,6 +42,8 @@ public:
     std::uint32_t GetWrittenLength() const { return mWrittenLength; }
 
     std::uint32_t GetNumberOfFrames() const { return mNumberOfFrames; }
+    /** The frame sought, or the next one to be written. No caller yet in the program, which counts for
+     * itself. */
     std::uint32_t GetCurrentFrameIndex() const { return mCurrentFrameIndex; }
     std::uint32_t GetScreenWidth() const { return mScreenWidth; }   ///< pixels
     std::uint32_t GetScreenHeight() const { return mScreenHeight; } ///< pixels

@@ -42,7 +42,8 @@ public:
     bool FindContentBounds(NvRect& outBounds) const override;
     /** Rewrites the pixels and takes the table. Preconditions: both non-null, at least one new entry. */
     void MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap) override;
-    /** Averages colours and maps them back to the table, which must not be empty. */
+    /** Averages colours and maps them back to the table, which must not be empty. No caller yet in the
+     *  program, whose thumbnails are made of whole canvases. */
     std::unique_ptr<NvImage> NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
                                              NvProgressIndicator* inIndicator) const override;
     /** Makes the mask of the pixels whose index is another than inIndex; with the transparent index of a
@@ -50,7 +51,7 @@ public:
     virtual NvBitmapImage MakeMask(std::uint8_t inIndex) const;
 
     /** The index at column inH, row inV. Preconditions: inside the image, not locked. For single pixels;
-     *  loops lock the image. */
+     *  loops lock the image. No caller yet in the program, which has no single pixels. */
     std::uint8_t GetPixel(std::uint32_t inH, std::uint32_t inV) const;
 
     /** Counts every pixel. Raises 27 for a null histogram, 21 when the image has no pixels or is locked. */

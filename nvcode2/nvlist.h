@@ -6,7 +6,8 @@
 /** A doubly linked list of untyped element pointers. It owns its nodes, never the elements.
  *
  *  Indices count from 0 and are reached by walking from the first node, as is the count: a loop over all
- *  elements walks the nodes instead (GetFirst, then Node::GetNext). */
+ *  elements walks the nodes instead (GetFirst, then Node::GetNext). The program appends, walks and removes;
+ *  inserting, indices and the way back are there because a list without them is none. */
 class NvList {
 public:
     /** One place in the list; valid until it is removed. */

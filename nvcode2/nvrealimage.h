@@ -95,7 +95,7 @@ public:
     /** Writes colours through a mask: where it is set, the caller's colour goes into the caller's pixels.
      *  Classes other than the mask raise 37.
      *
-     *  @param inMaskRect       the part of the mask; one without rows does nothing
+     *  @param inMaskRect       the part of the mask; an empty one does nothing
      *  @param inColors         packed RGB pixels for that part, red first
      *  @param inColorRowBytes  from one row of them to the next
      *  @param inTarget         where the part's top left pixel and so on go */

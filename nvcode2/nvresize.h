@@ -6,8 +6,8 @@
 
 class NvProgressIndicator;
 
-/** Resamples pixels to another size, smaller or larger, into the caller's memory. For the images' own
- *  NewResizedImage; the optimizer never changes a picture's size.
+/** Resamples pixels to another size, smaller or larger, into the caller's memory. For thumbnails
+ *  and the images' own NewResizedImage; the optimizer never changes a picture's size.
  *
  *  An output pixel is the average of the area of the input it covers, each input pixel counting by the
  *  part of it that is covered, divided by the covered area and rounded to nearest, halves up. The weights

@@ -11,8 +11,8 @@ class NvProgressIndicator;
 
 /** A true-colour image: red, green and blue bytes per pixel, rows without padding.
  *
- *  The optimizer works on indices alone and has no use for it; it is where pictures of other formats come
- *  from and where pictures to be shown go. */
+ *  The optimizer works on indices alone and has no use for it; thumbnails and contact sheets are put together
+ *  in it. */
 class NvRGBImage : public NvRealImage {
 public:
     /** 0 by 0 pixels. */

@@ -11,7 +11,10 @@ class NvStringResources;
  *  One buffer of exactly length + 2 bytes serves both: a length byte, the characters, a NUL. The text may be
  *  longer than 255 characters; its length byte then says 255. There is no spare capacity, so every change of
  *  length allocates. Indices count characters from 0. Every constructor and every operation that makes or
- *  resizes a string raises 2 when memory is short; the string is then unchanged. */
+ *  resizes a string raises 2 when memory is short; the string is then unchanged.
+ *
+ *  No caller yet in the program on this platform: window code takes its texts from resources and hands them
+ * to calls that want the one form or the other. */
 class NvString {
 public:
     NvString();

@@ -11,7 +11,7 @@ struct NvStringBlock {
     std::int32_t mSystemError = 0; ///< the system's last error, 0 when there is none
 };
 
-/** A module with texts in it, found by number. NvString loads itself from one. */
+/** A module with texts in it, found by number. NvString loads itself from one. Like it, for window code. */
 class NvStringResources {
 public:
     /** FindBlock's system error when memory ran out. */

@@ -187,10 +187,17 @@ TEST(RealImage, PastesFitOrFail) {
 }
 
 TEST(RealImage, WhatAClassLacksIsRefused) {
-    const NvRealImage image = MakeImage(1, 1, 8, 1);
+    NvRealImage image = MakeImage(1, 1, 8, 1);
     std::uint8_t data[3];
+    const NvRect all{0, 0, 1, 1};
     EXPECT_EQ(CodeOf([&] { image.Clone(); }), 37u);
-    EXPECT_DEATH(image.ReadRGB({0, 0, 1, 1}, data, 3, {}), "\"0\"");
+    EXPECT_EQ(CodeOf([&] { image.Invert(); }), 37u);
+    EXPECT_EQ(CodeOf([&] { image.NewResizedImage(2, 2, nullptr); }), 37u);
+    NvRect bounds;
+    EXPECT_DEATH(image.ReadRGB(all, data, 3, {}), "\"0\"");
+    EXPECT_DEATH(image.FindContentBounds(bounds), "\"0\"");
+    EXPECT_DEATH(image.Combine(NvBitmapImage(1, 1), NvMaskRule::km_Both), "\"0\"");
+    EXPECT_DEATH(image.MapToTable(nullptr, nullptr), "\"0\"");
 }
 
 } // namespace

@@ -53,6 +53,7 @@ TEST(Transfer, MaskedWritesChangeExactlyTheSetPixels) {
     }
     const NvBitmapImage mask(4, 4);
     mask.WriteMasked({0, 3, 4, 3}, nullptr, 0, {});
+    mask.WriteMasked({2, 0, 2, 4}, nullptr, 0, {});
 }
 
 TEST(Transfer, BlendsRoundStepsAlikeInBothDirections) {
