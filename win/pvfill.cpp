@@ -3,25 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 #include "nvcode2/nvanimation.h"
+#include "nvcode2/nvbytes.h"
 #include "nvcode2/nvgifplayer.h"
 #include "nvcode2/nvinterlace.h"
-#include "nvcode2/nvlzwstringtable.h"
+#include "nvcode2/nvmaskrow.h"
+#include "win/pvgreedyparser.h"
+#include "win/pvlzwparser.h"
 #include "win/pvprogress.h"
 
 namespace {
 
 using Pixels = std::vector<std::uint8_t>;
-
-/** A frame's pixels in the order in which the file stores them, each with what it may be instead. */
-struct PixelChoices {
-    Pixels mPresent;
-    Pixels mOther;                // equal to mPresent where there is no choice
-    std::uint32_t mPixelBits = 2; // of the frame's codes
-};
 
 /** The entry of a colour table that has exactly a given colour. */
 class ColourLookup {
@@ -62,194 +57,73 @@ private:
     std::array<Slot, km_Slots> mSlots;
 };
 
-/** Codes that LZW needs for a stream of pixels: the fewer, the shorter the data, whatever their widths. Stops
- * counting when they are as many as another choice needs. */
-std::uint64_t CountCodes(const Pixels& inPixels, std::uint32_t inPixelBits, std::uint64_t inToBeat,
-                         NvLZWStringTable& ioTable) {
-    const std::uint32_t firstFreeCode = (1U << inPixelBits) + 2;
-    ioTable.Begin(inPixelBits);
-    std::uint32_t nextCode = firstFreeCode;
-    std::uint64_t codes = 1;
-    std::uint32_t prefix = inPixels[0];
-    for (std::size_t i = 1; i < inPixels.size() && codes < inToBeat; ++i) {
-        const std::uint32_t pixel = inPixels[i];
-        if (const std::uint32_t code = ioTable.Find(prefix, pixel)) {
-            prefix = code;
-            continue;
-        }
-        ioTable.Add(prefix, pixel, nextCode++);
-        ++codes;
-        if (nextCode == NvLZWStringTable::km_MaxCodes) {
-            ioTable.Clear();
-            nextCode = firstFreeCode;
-        }
-        prefix = pixel;
-    }
-    return codes;
-}
-
-/** Parses a stream of choices into the longest strings the table knows, and settles each pixel on the way.
- *
- *  At every place all strings that the choices allow are followed at once, up to a number. Where none goes
- * on, the longest is taken; the next pixel is settled so that the string after it becomes long too. */
-class GreedyParser {
-public:
-    GreedyParser(const PixelChoices& inChoices, NvLZWStringTable& ioTable)
-        : mChoices(inChoices), mTable(ioTable) {}
-
-    /** @param outPixels  the settled pixels, as many as the choices
-     *  @return           the number of codes; the pixels are not all settled when that is inToBeat */
-    std::uint64_t Parse(std::uint64_t inToBeat, Pixels& outPixels) {
-        const std::size_t count = mChoices.mPresent.size();
-        const std::uint32_t firstFreeCode = (1U << mChoices.mPixelBits) + 2;
-        outPixels = mChoices.mPresent;
-        mTable.Begin(mChoices.mPixelBits);
-        std::uint32_t nextCode = firstFreeCode;
-        std::uint64_t codes = 1;
-        std::size_t start = 0;
-        Explore(start, mChoices.mPresent[0], mChoices.mOther[0], mBest);
-        while (codes < inToBeat) {
-            const Step& last = mBest.mSteps[mBest.mLongest];
-            SettleString(start, outPixels);
-            start += mBest.mLength;
-            if (start == count)
-                break;
-            ++codes;
-            const std::uint32_t prefix = last.mNode;
-            const std::uint8_t pixel = ChooseNext(prefix, start, nextCode);
-            mTable.Add(prefix, pixel, nextCode++);
-            if (nextCode == NvLZWStringTable::km_MaxCodes) {
-                mTable.Clear();
-                nextCode = firstFreeCode;
-                Explore(start, pixel, pixel, mBest);
-            }
-        }
-        return codes;
-    }
-
-private:
-    // More find hardly anything; two alone lose half a percent.
-    static constexpr std::size_t km_StringsFollowed = 8;
-
-    struct Step {
-        std::uint32_t mNode;   // code of the string up to here
-        std::uint32_t mParent; // the step before, in the same list
-        std::uint8_t mPixel;
-    };
-
-    /** All strings from one place, and the longest of them. */
-    struct Exploration {
-        std::vector<Step> mSteps;
-        std::uint32_t mLongest = 0; // its last step
-        std::size_t mLength = 0;    // pixels
-    };
-
-    /** Follows every string that starts with one of two pixels. */
-    void Explore(std::size_t inStart, std::uint8_t inFirst, std::uint8_t inSecond,
-                 Exploration& outFound) const {
-        std::vector<Step>& steps = outFound.mSteps;
-        steps.clear();
-        steps.push_back({inFirst, 0, inFirst});
-        if (inSecond != inFirst)
-            steps.push_back({inSecond, 0, inSecond});
-        std::size_t begin = 0; // of the strings of the length reached
-        std::size_t place = inStart + 1;
-        for (; place < mChoices.mPresent.size(); ++place) {
-            const std::size_t end = steps.size();
-            for (std::size_t i = begin; i < end && steps.size() - end < km_StringsFollowed; ++i)
-                ExtendString(i, place, steps);
-            if (steps.size() == end)
-                break;
-            begin = end;
-        }
-        outFound.mLongest = static_cast<std::uint32_t>(begin);
-        outFound.mLength = place - inStart;
-    }
-
-    void ExtendString(std::size_t inStep, std::size_t inPlace, std::vector<Step>& ioSteps) const {
-        const std::uint32_t node = ioSteps[inStep].mNode;
-        const std::uint8_t present = mChoices.mPresent[inPlace];
-        const std::uint8_t other = mChoices.mOther[inPlace];
-        if (const std::uint32_t code = mTable.Find(node, present))
-            ioSteps.push_back({code, static_cast<std::uint32_t>(inStep), present});
-        if (other == present)
-            return;
-        if (const std::uint32_t code = mTable.Find(node, other))
-            ioSteps.push_back({code, static_cast<std::uint32_t>(inStep), other});
-    }
-
-    // The string about to be added may be the very one that the next needs, as in every run, so it is in the
-    // table while each choice of its last pixel is tried.
-    std::uint8_t ChooseNext(std::uint32_t inPrefix, std::size_t inPlace, std::uint32_t inCode) {
-        const std::uint8_t present = mChoices.mPresent[inPlace];
-        const std::uint8_t other = mChoices.mOther[inPlace];
-        ExploreWith(inPrefix, present, inPlace, inCode, mBest);
-        if (other == present)
-            return present;
-        ExploreWith(inPrefix, other, inPlace, inCode, mOther);
-        if (mOther.mLength <= mBest.mLength)
-            return present;
-        std::swap(mBest, mOther);
-        return other;
-    }
-
-    void ExploreWith(std::uint32_t inPrefix, std::uint8_t inPixel, std::size_t inPlace, std::uint32_t inCode,
-                     Exploration& outFound) {
-        mTable.Add(inPrefix, inPixel, inCode);
-        Explore(inPlace, inPixel, inPixel, outFound);
-        mTable.RemoveLast();
-    }
-
-    void SettleString(std::size_t inStart, Pixels& outPixels) const {
-        std::uint32_t step = mBest.mLongest;
-        for (std::size_t i = mBest.mLength; i-- > 0; step = mBest.mSteps[step].mParent)
-            outPixels[inStart + i] = mBest.mSteps[step].mPixel;
-    }
-
-    const PixelChoices& mChoices;
-    NvLZWStringTable& mTable;
-    Exploration mBest;
-    Exploration mOther;
+/** A stretch of pixels that have a choice. */
+struct ChoiceRun {
+    std::uint32_t mBegin;
+    std::uint32_t mEnd;
 };
 
-/** Takes the other choice in every run of at most a number of pixels that have one. */
-void FillShortRuns(const PixelChoices& inChoices, std::size_t inLongest, Pixels& outPixels) {
-    const std::size_t count = inChoices.mPresent.size();
-    const auto hasChoice = [&](std::size_t inPlace) {
-        return inChoices.mOther[inPlace] != inChoices.mPresent[inPlace];
-    };
-    outPixels = inChoices.mPresent;
-    for (std::size_t begin = 0; begin < count;) {
-        std::size_t end = begin;
-        while (end < count && hasChoice(end))
+std::vector<ChoiceRun> FindChoiceRuns(const PvPixelChoices& inChoices) {
+    const auto count = static_cast<std::uint32_t>(inChoices.mPresent.size());
+    const std::uint8_t* present = inChoices.mPresent.data();
+    const std::uint8_t* other = inChoices.mOther.data();
+    std::vector<ChoiceRun> runs;
+    for (std::uint32_t begin = 0; begin < count;) {
+        if (begin + 8 <= count && NvLoadLittleEndian(present + begin) == NvLoadLittleEndian(other + begin)) {
+            begin += 8;
+            continue;
+        }
+        std::uint32_t end = begin;
+        while (end < count && present[end] != other[end])
             ++end;
-        if (end - begin <= inLongest)
-            std::copy(inChoices.mOther.begin() + static_cast<std::ptrdiff_t>(begin),
-                      inChoices.mOther.begin() + static_cast<std::ptrdiff_t>(end),
-                      outPixels.begin() + static_cast<std::ptrdiff_t>(begin));
+        if (end > begin)
+            runs.push_back({begin, end});
         begin = std::max(end, begin + 1);
     }
+    return runs;
 }
 
 /** Finds the choices that need the fewest codes among a few. */
 class FillChooser {
 public:
     /** @return  the pixels, valid until the next call; null when nothing beats the present ones */
-    const Pixels* Choose(const PixelChoices& inChoices) {
-        mFewest = CountCodes(inChoices.mPresent, inChoices.mPixelBits, UINT64_MAX, mTable);
+    const Pixels* Choose(const PvPixelChoices& inChoices) {
+        mParser.Begin(inChoices.mPixelBits);
+        mFewest = CountCodes(inChoices.mPresent, UINT64_MAX);
         mHasBetter = false;
-        Consider(inChoices.mOther, inChoices.mPixelBits);
-        for (const std::size_t longest : {std::size_t{4}, std::size_t{16}, std::size_t{64}}) {
-            FillShortRuns(inChoices, longest, mTried);
-            Consider(mTried, inChoices.mPixelBits);
-        }
-        Keep(GreedyParser(inChoices, mTable).Parse(mFewest, mTried), mTried);
+        Consider(inChoices.mOther);
+        ConsiderShortRuns(inChoices);
+        Keep(mGreedyParser.Parse(inChoices, mFewest, mTried), mTried);
         return mHasBetter ? &mBest : nullptr;
     }
 
 private:
-    void Consider(const Pixels& inPixels, std::uint32_t inPixelBits) {
-        Keep(CountCodes(inPixels, inPixelBits, mFewest, mTable), inPixels);
+    /** Codes that LZW needs for a stream: the fewer, the shorter the data, whatever their widths. */
+    std::uint64_t CountCodes(const Pixels& inPixels, std::uint64_t inToBeat) {
+        const auto count = static_cast<std::uint32_t>(inPixels.size());
+        return mParser.CountMisses(inPixels.data(), count, inToBeat - 1) + 1;
+    }
+
+    void Consider(const Pixels& inPixels) { Keep(CountCodes(inPixels, mFewest), inPixels); }
+
+    /** Tries the other choice in every run of at most a number of pixels, for a few such numbers. */
+    void ConsiderShortRuns(const PvPixelChoices& inChoices) {
+        const std::vector<ChoiceRun> runs = FindChoiceRuns(inChoices);
+        mTried = inChoices.mPresent;
+        std::uint32_t shortest = 1; // that was not tried yet
+        for (const std::uint32_t longest : {4U, 16U, 64U}) {
+            bool hasChanged = false;
+            for (const ChoiceRun& run : runs) {
+                const std::uint32_t length = run.mEnd - run.mBegin;
+                if (length < shortest || length > longest)
+                    continue;
+                std::copy_n(inChoices.mOther.data() + run.mBegin, length, mTried.data() + run.mBegin);
+                hasChanged = true;
+            }
+            if (hasChanged)
+                Consider(mTried);
+            shortest = longest + 1;
+        }
     }
 
     void Keep(std::uint64_t inCodes, const Pixels& inPixels) {
@@ -260,7 +134,8 @@ private:
         mHasBetter = true;
     }
 
-    NvLZWStringTable mTable;
+    PvLZWParser mParser;
+    PvGreedyParser mGreedyParser;
     std::uint64_t mFewest = 0; // codes
     bool mHasBetter = false;
     Pixels mBest;
@@ -278,28 +153,30 @@ std::uint32_t IndexEnd(const NvIndexedImage& inImage) {
 }
 
 /** @return whether any pixel has a choice */
-bool CollectChoices(const NvGIFFrame& inFrame, const NvGIFPlayer& inCanvas, PixelChoices& outChoices) {
+bool CollectChoices(const NvGIFFrame& inFrame, const NvGIFPlayer& inCanvas, PvPixelChoices& outChoices) {
     const NvIndexedImage& image = inFrame.GetImage();
     const NvGIFFrameInfo& info = inFrame.GetInfo();
     const std::uint32_t width = image.GetWidth();
     outChoices.mPixelBits = std::max(NvColorTable::GetBitsNeeded(IndexEnd(image)), 2U);
     const ColourLookup lookup(image.GetColorTable(), 1U << outChoices.mPixelBits);
-    outChoices.mPresent.clear();
-    outChoices.mOther.clear();
-    bool anyChoice = false;
+    outChoices.mPresent.resize(std::size_t{width} * image.GetHeight());
+    std::uint8_t* next = outChoices.mPresent.data();
     const NvConstPixelLock pixels(image);
+    NvForEachRowInFileOrder(image.GetHeight(), info.mInterlaced != 0,
+                            [&](std::uint32_t y) { next = std::copy_n(pixels.Row(y), width, next); });
+
+    outChoices.mOther = outChoices.mPresent;
+    next = outChoices.mOther.data();
+    bool anyChoice = false;
     const NvConstPixelLock mask(inFrame.GetMask());
     NvForEachRowInFileOrder(image.GetHeight(), info.mInterlaced != 0, [&](std::uint32_t y) {
-        const std::uint8_t* row = pixels.Row(y);
-        const std::uint8_t* bits = mask.Row(y);
         const NvGIFPlayer::Pixel* canvas = inCanvas.Row(info.mTop + y) + info.mLeft;
-        outChoices.mPresent.insert(outChoices.mPresent.end(), row, row + width);
-        for (std::uint32_t x = 0; x < width; ++x) {
-            std::uint8_t other = row[x];
-            if (!(bits[x / 8] & (0x80U >> x % 8)) && canvas[x] != 0 && lookup.Find(canvas[x], other))
-                anyChoice = true;
-            outChoices.mOther.push_back(other);
-        }
+        NvForEachRun(mask.Row(y), width, false, [&](std::uint32_t inFirst, std::uint32_t inEnd) {
+            for (std::uint32_t x = inFirst; x < inEnd; ++x)
+                if (canvas[x] != 0 && lookup.Find(canvas[x], next[x]))
+                    anyChoice = true;
+        });
+        next += width;
     });
     return anyChoice;
 }
@@ -307,20 +184,16 @@ bool CollectChoices(const NvGIFFrame& inFrame, const NvGIFPlayer& inCanvas, Pixe
 /** Stores the settled pixels; those that are no longer the transparent index are drawn from now on. */
 void StorePixels(NvGIFFrame& ioFrame, const Pixels& inPixels) {
     const std::uint32_t width = ioFrame.GetWidth();
-    const std::uint8_t transparent = ioFrame.GetTransparentIndex();
     {
         const NvPixelLock pixels(ioFrame.GetImage());
-        const NvPixelLock mask(ioFrame.GetMask());
         const std::uint8_t* next = inPixels.data();
-        NvForEachRowInFileOrder(
-            ioFrame.GetHeight(), ioFrame.GetInfo().mInterlaced != 0, [&](std::uint32_t y) {
-                std::copy_n(next, width, pixels.Row(y));
-                for (std::uint32_t x = 0; x < width; ++x)
-                    if (next[x] != transparent)
-                        NvBitmapImage::SetBit(mask.Row(y), ioFrame.GetMask().GetRowBytes(), x, 0, 1);
-                next += width;
-            });
+        NvForEachRowInFileOrder(ioFrame.GetHeight(), ioFrame.GetInfo().mInterlaced != 0,
+                                [&](std::uint32_t y) {
+                                    std::copy_n(next, width, pixels.Row(y));
+                                    next += width;
+                                });
     }
+    ioFrame.GetMask() = ioFrame.GetImage().MakeMask(ioFrame.GetTransparentIndex());
     ioFrame.GetInfo().mHasTransparency = ioFrame.IsFullyDrawn() ? 0 : 1;
 }
 
@@ -329,7 +202,7 @@ void StorePixels(NvGIFFrame& ioFrame, const Pixels& inPixels) {
 void FillUndrawnPixels(NvAnimation& ioAnimation, PvProgress& ioProgress) {
     NvGIFPlayer canvas(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight());
     FillChooser chooser;
-    PixelChoices choices;
+    PvPixelChoices choices;
     for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, ioAnimation.GetFrameCount());
         NvGIFFrame& frame = ioAnimation.GetFrame(i);
