@@ -83,7 +83,7 @@ public:
     /** Strings added since the last Clear. */
     std::uint32_t GetCount() const { return mUsedCount; }
 
-    /** Takes back the last Add. */
+    /** Takes back the last Add, but not what FindRun learned from it: FindRun serves again after a Clear. */
     void RemoveLast() {
         const std::uint32_t slot = mUsedSlots[--mUsedCount];
         const std::uint32_t pixel = slot / km_MaxCodes;
