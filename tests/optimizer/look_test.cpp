@@ -53,7 +53,8 @@ TEST_F(LookTest, UndrawnPixelsAreDrawnWhereThatIsShorterAndNobodySeesIt) {
         SCOPED_TRACE(seed);
         PvProgress progress(mHost);
         NvColor background;
-        const auto animation = LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress, background);
+        const auto animation =
+            LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress, background);
         const std::vector<TestCanvas> shown = Play(Describe(*animation));
         const std::uint64_t bits = BitsOf(*animation);
         FillUndrawnPixels(*animation, progress);
