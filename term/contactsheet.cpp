@@ -34,14 +34,16 @@ bool IsEmptyFile(const char* inPath) {
 bool AddFile(const char* inPath, PvContactSheet& ioSheet, TermPassedOver& ioPassedOver,
              TermMessages& ioMessages) {
     try {
-        if (MizerIsNamedBackup(inPath))
+        if (MizerIsNamedBackup(inPath)) {
             ioPassedOver.Tell(inPath, MizerSkip::km_Backup);
-        else if (!MizerIsNamedGIF(inPath))
+        } else if (!MizerIsNamedGIF(inPath)) {
             ioPassedOver.Tell(inPath, MizerSkip::km_NotNamedGIF);
-        else if (IsEmptyFile(inPath))
+        } else if (IsEmptyFile(inPath)) {
             ioPassedOver.Tell(inPath, MizerSkip::km_Empty);
-        else
-            return ioSheet.AddFile(inPath), true;
+        } else {
+            ioSheet.AddFile(inPath);
+            return true;
+        }
     } catch (const NvErrorCode& error) {
         if (error.GetCode() == NvErrorCode::km_Cancelled)
             throw;
