@@ -43,8 +43,7 @@ struct MizerFileResult {
     std::uint32_t mNewSize = 0;      ///< bytes
     std::optional<NvErrorCode> mError;
     bool mBackupFailed = false; ///< mError is about the backup, not the file itself
-    std::string
-        mGateReason; ///< what a viewer would have noticed in a smaller file that was not kept; or empty
+    std::string mGateReason;    ///< why a smaller file was not kept, see PvOutcome; or empty
 
     std::uint32_t mFrameCount = 0;
     PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller

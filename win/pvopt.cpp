@@ -10,6 +10,7 @@
 #include "win/pvwrite.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -53,13 +54,15 @@ std::uint32_t PvOptimizer::OptimizeGIFFile(const char* inPath, std::uint32_t inO
 
 std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOriginalSize) {
     PvProgress progress(mHost);
+    mState = WnGetFileState(inPath);
     std::optional<Candidate> candidate = ChooseFirstPass(inPath, inOriginalSize, progress);
     if (mOutcome.mLoadError || !mOutcome.mGateReason.empty())
         return inOriginalSize;
     if (!candidate)
         return ReoptimizeGIFFile(inPath, inOriginalSize, false, progress);
     const std::uint32_t size = candidate->mSize;
-    Replace(inPath, *candidate, false);
+    if (!Replace(inPath, *candidate, false))
+        return inOriginalSize;
     candidate.reset();
     try {
         return ReoptimizeGIFFile(inPath, size, true, progress);
@@ -83,8 +86,6 @@ PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, P
         const bool mustChange = best->mComparison.HasLostStructure();
         if (mustChange || (nearer && nearer->Cost() <= best->Cost()))
             best = std::move(nearer);
-        if (!mustChange && !best->mComparison.HasLostStructure() && tolerance == 0)
-            break;
     }
     return best;
 }
@@ -113,9 +114,8 @@ std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t i
         return inSizeSoFar;
     const PvColourAllowance allowance = mPasses.RunSecond(*animation, background, PassOptions(0), ioProgress);
     std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeSoFar, *animation, allowance);
-    if (!candidate)
+    if (!candidate || !Replace(inPath, *candidate, inIsBackedUp))
         return inSizeSoFar;
-    Replace(inPath, *candidate, inIsBackedUp);
     return candidate->mSize;
 }
 
@@ -166,10 +166,25 @@ std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inP
     return candidate;
 }
 
-void PvOptimizer::Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp) {
+// Somebody may have saved the picture anew while it was worked on: theirs is not to be replaced by what was
+// made from the old one. What is left is the moment between the last look and the rename.
+bool PvOptimizer::Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp) {
+    const auto isChanged = [&] {
+        if (WnGetFileState(inPath) == mState)
+            return false;
+        mOutcome.mGateReason = "another program changed the file meanwhile";
+        return true;
+    };
+    if (isChanged())
+        return false;
     if (!inIsBackedUp) {
         mOutcome.mWorstLook = ioCandidate.mComparison.mWorstLook;
         mHost.BackupFile(inPath);
+        if (isChanged())
+            return false;
     }
+    const std::optional<WnFileState> state = WnGetFileState(ioCandidate.mFile->GetTemporaryPath());
     ioCandidate.mFile->Commit();
+    mState = state;
+    return true;
 }

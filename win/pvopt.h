@@ -10,6 +10,7 @@
 #include "win/pvlook.h"
 #include "win/pvpasses.h"
 #include "wnatom/wnscratch.h"
+#include "wnatom/wnsystem.h"
 
 class NvAnimation;
 class PvProgress;
@@ -43,8 +44,8 @@ struct PvOptSettings {
 /** What became of one file, beyond its size. */
 struct PvOutcome {
     std::optional<NvErrorCode> mLoadError; ///< why the file could not be read as a GIF; it was left alone
-    std::string
-        mGateReason; ///< what a viewer would have noticed in the rejected result; empty: nothing rejected
+    std::string mGateReason; ///< why a smaller result was not kept: what a viewer would have noticed, or that
+                             ///< the file was changed by others meanwhile; empty: nothing was rejected
     std::uint32_t mFrameCount = 0;
     PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
 };
@@ -85,12 +86,13 @@ private:
                                            NvAnimation& ioAnimation, const PvColourAllowance& inAllowance);
     std::unique_ptr<NvAnimation> Load(const char* inPath, PvProgress& ioProgress, NvColor& outBackground);
     PvPassOptions PassOptions(std::uint32_t inTolerance) const;
-    void Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp);
+    bool Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp);
 
     const WnPref& mPrefs;
     PvOptHost& mHost;
     PvOptSettings mSettings;
     PvOutcome mOutcome;
+    std::optional<WnFileState> mState;     // of the file in hand, when it was loaded or last replaced
     std::optional<WnScratchFile> mScratch; // made for the first measurement, kept for all files
     PvPasses mPasses;
 };

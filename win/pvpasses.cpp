@@ -17,8 +17,9 @@ constexpr std::uint32_t km_MaxColours = 256;
 // Merging nearly equal colours within a frame moves a channel by at most 2.
 constexpr double km_SimilarColourError = 2.0;
 
-// A canvas is put together from parts of several frames, so its mean may lie above that of each of them.
-constexpr double km_PaletteErrorFactor = 2.0;
+// A canvas is put together from parts of several frames, so its mean may lie above that of each of them by
+// this much of it.
+constexpr double km_CanvasErrorShare = 1.0;
 
 // Animations are always cropped: nobody sees it. A single image changes its place in the screen, so that is
 // for the user to decide.
@@ -42,8 +43,9 @@ PvColourAllowance RebuildColours(NvAnimation& ioAnimation, const PvPassOptions& 
     OrderSharedTable(ioAnimation, PvPaletteLimit(km_Mode));
 
     PvColourAllowance allowance;
-    allowance.mMeanError =
-        flattenError + km_SimilarColourError + km_PaletteErrorFactor * paletteError + inOptions.mTolerance;
+    allowance.mMeanError = flattenError + km_SimilarColourError + paletteError;
+    if (ioAnimation.GetFrameCount() > 1)
+        allowance.mMeanError += km_CanvasErrorShare * paletteError + inOptions.mTolerance;
     return allowance;
 }
 

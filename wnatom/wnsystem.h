@@ -22,6 +22,15 @@ struct WnFileIdentity {
     auto operator<=>(const WnFileIdentity&) const = default; // NOLINT(modernize-use-nullptr): its generated 0
 };
 
+/** What tells that a file is still the one it was, as it was: writing to it or putting another in its place
+ *  changes this, renaming it does not. */
+struct WnFileState {
+    WnFileIdentity mIdentity;
+    std::uint64_t mSize = 0;    ///< bytes
+    std::int64_t mModified = 0; ///< time of the last write, in the file system's finest units
+    bool operator==(const WnFileState&) const = default;
+};
+
 enum class WnFileKind { km_Missing, km_RegularFile, km_Folder, km_Other };
 
 /** What stands at a path, symbolic links followed. A link to nothing is km_Other: something is there, but
@@ -31,6 +40,9 @@ WnFileKind WnGetFileKind(const char* inPath);
 
 /** Identity of the file that a path leads to, links followed; nothing when there is none. */
 std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath);
+
+/** State of the file that a path leads to, links followed; nothing when there is none. */
+std::optional<WnFileState> WnGetFileState(const char* inPath);
 
 /** Names of the regular files (links followed) directly inside a folder, in bytewise order.
  *  @throws NvErrorCode 14 without the right to read the folder, else by the runtime's error number */

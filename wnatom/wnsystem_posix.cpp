@@ -63,11 +63,20 @@ WnFileKind WnGetFileKind(const char* inPath) {
 }
 
 std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath) {
+    const std::optional<WnFileState> state = WnGetFileState(inPath);
+    return state ? std::optional(state->mIdentity) : std::nullopt;
+}
+
+std::optional<WnFileState> WnGetFileState(const char* inPath) {
+    constexpr std::int64_t nanoseconds = 1'000'000'000;
     struct stat status {};
     if (stat(inPath, &status) != 0)
         return std::nullopt;
-    return WnFileIdentity{static_cast<std::uint64_t>(status.st_dev),
-                          static_cast<std::uint64_t>(status.st_ino)};
+    WnFileState state;
+    state.mIdentity = {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
+    state.mSize = static_cast<std::uint64_t>(status.st_size);
+    state.mModified = status.st_mtim.tv_sec * nanoseconds + status.st_mtim.tv_nsec;
+    return state;
 }
 
 std::vector<std::string> WnListFiles(const char* inFolder) {

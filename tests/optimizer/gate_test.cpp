@@ -129,7 +129,13 @@ public:
             std::exchange(mMeddle, nullptr)();
         return TestHost::ReportProgress(inFraction);
     }
+    void BackupFile(const char* inPath) override {
+        TestHost::BackupFile(inPath);
+        if (mMeddleAtBackup)
+            std::exchange(mMeddleAtBackup, nullptr)();
+    }
     std::function<void()> mMeddle;
+    std::function<void()> mMeddleAtBackup;
 };
 
 TEST_F(GateTest, AFileThatWouldLookDifferentStaysByteForByte) {
@@ -151,6 +157,24 @@ TEST_F(GateTest, AFileThatWouldLookDifferentStaysByteForByte) {
         EXPECT_TRUE(host.mBackups.empty());
         EXPECT_THAT(Names("pictures"), testing::ElementsAre("test.gif"));
         EXPECT_THAT(Names("scratch"), testing::IsEmpty());
+    }
+}
+
+// The picture is the same, so nothing but the file itself can tell.
+TEST_F(GateTest, AFileSavedAnewMeanwhileStaysAsItWasSaved) {
+    const std::string saved = EncodeGIF(Original()) + "with a note behind the trailer";
+    for (const bool atBackup : {false, true}) {
+        SCOPED_TRACE(atBackup);
+        const std::string path = Write(Original());
+        MeddlingHost host;
+        const auto save = [&] { WriteTestFile(path, saved); };
+        (atBackup ? host.mMeddleAtBackup : host.mMeddle) = save;
+        PvOptimizer optimizer(mPrefs, host);
+        const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path));
+        EXPECT_EQ(optimizer.OptimizeGIFFile(path.c_str(), size), size);
+        EXPECT_EQ(optimizer.GetOutcome().mGateReason, "another program changed the file meanwhile");
+        EXPECT_EQ(ReadTestFile(path), saved);
+        EXPECT_THAT(Names("pictures"), testing::ElementsAre("test.gif"));
     }
 }
 
