@@ -25,12 +25,14 @@ struct TermSettings {
 
 /** One option. The parser and the help text both come from the table of these. */
 struct TermOption {
-    const char* mName;     ///< after "--"
-    char mShort;           ///< after "-", or 0
-    const char* mArgument; ///< what it takes, in capitals, or null
-    const char* mGroup;    ///< heading in the help
-    const char* mBrief;    ///< one line
-    const char* mMore;     ///< the rest of the full help, or null
+    const char* mName; ///< after "--"
+    char mShort;       ///< after "-", or 0
+    /** What it takes, or null. Shells complete a FILE or OUT, a DIR, or one of several words: "auto|never".
+     */
+    const char* mArgument;
+    const char* mGroup; ///< heading in the help
+    const char* mBrief; ///< one line
+    const char* mMore;  ///< the rest of the full help, or null
     /** @return false when the argument makes no sense */
     bool (*mApply)(TermSettings& ioSettings, const std::string& inArgument);
 };

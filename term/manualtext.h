@@ -1,0 +1,29 @@
+#pragma once
+
+#include <span>
+
+/** What the help and the man page say beside the options. Texts are plain words without line breaks: whoever
+ *  shows them fills the lines. */
+
+struct TermManualItem {
+    const char* mTerm;
+    const char* mText;
+};
+
+struct TermManualSection {
+    const char* mHeading;
+    const char* mProse; ///< a paragraph above the items, or null
+    std::span<const TermManualItem> mItems;
+};
+
+/** "parvigif [OPTION]... NAME..." */
+const char* TermGetSynopsis();
+
+/** What the program does, in one sentence. */
+const char* TermGetPurpose();
+
+/** Paragraphs that stand before the options. */
+std::span<const char* const> TermGetIntroduction();
+
+/** What stands behind the options. */
+std::span<const TermManualSection> TermGetManualSections();

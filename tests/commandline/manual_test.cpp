@@ -1,0 +1,93 @@
+// The man page, the completions and the user guide know the same options as the program.
+
+#include <array>
+#include <cstdio>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "term/options.h"
+#include "tests/support/testfolder.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAreArray;
+
+std::string OutputOf(const std::string& inCommand) {
+    std::FILE* pipe = popen(inCommand.c_str(), "r");
+    std::string text;
+    std::array<char, 4096> buffer{};
+    for (std::size_t count = 0; (count = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+        text.append(buffer.data(), count);
+    EXPECT_EQ(pclose(pipe), 0) << inCommand;
+    return text;
+}
+
+std::string Made(const std::string& inKind) {
+    return OutputOf("'" PARVIGIF_MANUAL "' " + inKind);
+}
+
+/** What bash offers for the last of some words. */
+std::vector<std::string> BashOffers(const TestFolder& inFolder, const std::string& inWords) {
+    WriteTestFile(inFolder / "run", Made("bash") + "COMP_WORDS=(parvigif " + inWords +
+                                        ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_parvigif\n"
+                                        "printf '%s\\n' \"${COMPREPLY[@]}\"\n");
+    std::istringstream lines(OutputOf("cd '" + inFolder.GetPath() + "' && bash ./run"));
+    std::vector<std::string> offers;
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty())
+            offers.push_back(line);
+    }
+    return offers;
+}
+
+TEST(Manual, EveryOptionIsOnTheManPageAndInEachShell) {
+    const std::string page = Made("man"), zsh = Made("zsh"), fish = Made("fish");
+    std::vector<std::string> typed;
+    for (const TermOption& option : TermGetOptions()) {
+        std::string zshName, fishName;
+        if (option.mShort) {
+            const std::string letter(1, option.mShort);
+            typed.push_back("-" + letter);
+            zshName = "-" + letter;
+            fishName = " -s " + letter;
+            EXPECT_THAT(page, HasSubstr("\n\\fB\\-" + letter + "\\fR"));
+        }
+        if (option.mName) {
+            const std::string name = option.mName;
+            typed.push_back("--" + name);
+            zshName = "--" + name;
+            fishName += " -l " + name;
+            std::string escaped = "\\fB--" + name + "\\fR";
+            for (std::size_t at = 0; (at = escaped.find('-', at)) != std::string::npos; at += 2)
+                escaped.insert(at, "\\");
+            EXPECT_THAT(page, HasSubstr(escaped));
+        }
+        EXPECT_THAT(zsh, HasSubstr(zshName + (option.mArgument ? option.mName ? "=" : "+" : "")));
+        EXPECT_THAT(fish, HasSubstr("complete -c parvigif" + fishName + " "));
+    }
+    EXPECT_THAT(BashOffers(TestFolder(), "-"), UnorderedElementsAreArray(typed));
+}
+
+TEST(Manual, BashOffersPicturesFoldersAndValues) {
+    const TestFolder folder;
+    WriteTestFile(folder / "my a.GIF", "");
+    WriteTestFile(folder / "b.txt", "");
+    WriteTestFile(folder / "d/c.gif", "");
+    EXPECT_THAT(BashOffers(folder, "--lossless ''"), ElementsAre("d", "my a.GIF"));
+    EXPECT_THAT(BashOffers(folder, "--contact-sheet b"), ElementsAre("b.txt"));
+    EXPECT_THAT(BashOffers(folder, "--contact-sheet = b"), ElementsAre("b.txt"));
+    EXPECT_THAT(BashOffers(folder, "--tolerance ''"), IsEmpty());
+    EXPECT_THAT(BashOffers(folder, "-- -"), IsEmpty());
+}
+
+TEST(Manual, TheGuideListsTheOptionsOfThisProgram) {
+    EXPECT_EQ(ReadTestFile(OPTIONS_PAGE), Made("options"))
+        << "after a change to the table: cmake --build --preset linux --target options_page";
+}
+
+} // namespace
