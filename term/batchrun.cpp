@@ -34,16 +34,17 @@ void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     for (const auto& [name, value] : inSettings.mPreferences)
         prefs.Override(name.c_str(), value);
 
-    TermResults results(inSettings.mDetail);
+    TermResults results(inSettings);
     TermShell shell(inSettings, ioMessages, results);
     bool cancelled = false;
     {
         MizerBrain brain(prefs, shell, inSettings.mOptimizer); // stores the totals when it goes
-        TermQueueNames(inSettings.mNames, ioMessages,
-                       [&](const char* inName) { return brain.AddNameToQueue(inName); });
+        TermQueueNames(
+            inSettings.mNames, ioMessages, [&](const char* inName) { return brain.AddNameToQueue(inName); },
+            &results);
         cancelled = ProcessAll(brain);
     }
-    results.PrintTotal();
+    results.PrintTotal(cancelled);
     if (results.IsPipeClosed())
         TermEndOfClosedPipe();
     if (results.GetWriteError() != 0)

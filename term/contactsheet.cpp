@@ -30,16 +30,23 @@ bool IsEmptyFile(const char* inPath) {
     return file.GetLength() == 0;
 }
 
+void TellPassedOver(const char* inPath, MizerSkip inReason, TermPassedOver& ioPassedOver) {
+    MizerFileResult result;
+    result.mStatus = MizerStatus::km_Skipped;
+    result.mSkip = inReason;
+    ioPassedOver.Tell(inPath, TermOutcomeWords(result));
+}
+
 /** @return whether the file is on the sheet now; else why not was told, where it needs telling */
 bool AddFile(const char* inPath, PvContactSheet& ioSheet, TermPassedOver& ioPassedOver,
              TermMessages& ioMessages) {
     try {
         if (MizerIsNamedBackup(inPath)) {
-            ioPassedOver.Tell(inPath, MizerSkip::km_Backup);
+            TellPassedOver(inPath, MizerSkip::km_Backup, ioPassedOver);
         } else if (!MizerIsNamedGIF(inPath)) {
-            ioPassedOver.Tell(inPath, MizerSkip::km_NotNamedGIF);
+            TellPassedOver(inPath, MizerSkip::km_NotNamedGIF, ioPassedOver);
         } else if (IsEmptyFile(inPath)) {
-            ioPassedOver.Tell(inPath, MizerSkip::km_Empty);
+            TellPassedOver(inPath, MizerSkip::km_Empty, ioPassedOver);
         } else {
             ioSheet.AddFile(inPath);
             return true;

@@ -4,8 +4,20 @@
 
 namespace {
 
+void TellFailure(const std::string& inName, const NvErrorCode& inError, const std::string& inWords,
+                 TermMessages& ioMessages, TermListener* inListener) {
+    ioMessages.FileError(inName, inWords);
+    if (!inListener)
+        return;
+    MizerFileResult result;
+    result.mPath = inName;
+    result.mStatus = MizerStatus::km_Failed;
+    result.mError = inError;
+    inListener->FileDone(result, inWords);
+}
+
 void QueueName(const std::string& inName, TermMessages& ioMessages,
-               const std::function<FileQueue::Named(const char*)>& inQueue) {
+               const std::function<FileQueue::Named(const char*)>& inQueue, TermListener* inListener) {
     try {
         switch (inQueue(inName.c_str())) {
         case FileQueue::Named::km_Queued:
@@ -14,20 +26,21 @@ void QueueName(const std::string& inName, TermMessages& ioMessages,
             ioMessages.FileNote(inName, "skipped: the same file was named before");
             break;
         case FileQueue::Named::km_NoGIFs:
-            ioMessages.FileError(inName, "no GIF file there (code 10)");
+            TellFailure(inName, NvErrorCode(NvErrorCode::km_FileNotFound, __FILE__, __LINE__),
+                        "no GIF file there (code 10)", ioMessages, inListener);
             break;
         }
     } catch (const NvErrorCode& error) {
-        ioMessages.FileError(inName, MizerErrorWords(error));
+        TellFailure(inName, error, MizerErrorWords(error), ioMessages, inListener);
     }
 }
 
 } // namespace
 
 void TermQueueNames(const std::vector<std::string>& inNames, TermMessages& ioMessages,
-                    const std::function<FileQueue::Named(const char*)>& inQueue) {
+                    const std::function<FileQueue::Named(const char*)>& inQueue, TermListener* inListener) {
     for (const std::string& name : inNames)
-        QueueName(name, ioMessages, inQueue);
+        QueueName(name, ioMessages, inQueue, inListener);
 }
 
 TermPassedOver::TermPassedOver(const TermSettings& inSettings, TermMessages& ioMessages)
@@ -35,13 +48,7 @@ TermPassedOver::TermPassedOver(const TermSettings& inSettings, TermMessages& ioM
       mVerbose(inSettings.mDetail == TermDetail::km_Verbose),
       mTypedNames(inSettings.mNames.begin(), inSettings.mNames.end()) {}
 
-void TermPassedOver::Tell(const std::string& inPath, MizerSkip inReason) {
-    if (!mVerbose && !mTypedNames.contains(inPath))
-        return;
-    const char* reason = "skipped: its name does not end in GIF";
-    if (inReason == MizerSkip::km_Backup)
-        reason = "skipped: a backup";
-    else if (inReason == MizerSkip::km_Empty)
-        reason = "skipped: empty";
-    mMessages.FileNote(inPath, reason);
+void TermPassedOver::Tell(const std::string& inPath, const std::string& inWords) {
+    if (mVerbose || mTypedNames.contains(inPath))
+        mMessages.FileNote(inPath, inWords);
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "term/listener.h"
 #include "term/messages.h"
 #include "term/options.h"
 #include "win/filequeue.h"
@@ -13,9 +14,11 @@
 /** Queues what the names on the command line stand for; those that lead nowhere, or to a file named before,
  *  are told.
  *
- *  @param inQueue  FileQueue::AddName of the queue to fill */
+ *  @param inQueue     FileQueue::AddName of the queue to fill
+ *  @param inListener  hears of each name that cannot be queued; borrowed, or null */
 void TermQueueNames(const std::vector<std::string>& inNames, TermMessages& ioMessages,
-                    const std::function<FileQueue::Named(const char*)>& inQueue);
+                    const std::function<FileQueue::Named(const char*)>& inQueue,
+                    TermListener* inListener = nullptr);
 
 /** Tells of files that are not worked on. A folder may hold a thousand of them: unless everything is to be
  *  told, only what was named itself deserves a line. */
@@ -24,7 +27,8 @@ public:
     /** @param ioMessages  borrowed */
     TermPassedOver(const TermSettings& inSettings, TermMessages& ioMessages);
 
-    void Tell(const std::string& inPath, MizerSkip inReason);
+    /** @param inWords  why, see TermOutcomeWords */
+    void Tell(const std::string& inPath, const std::string& inWords);
 
 private:
     TermMessages& mMessages;

@@ -80,6 +80,10 @@ constexpr auto kOptions = std::to_array<TermOption>({
      "Draws the first, the middle and the last frame of every file side by side, file by file from the top "
      "left, and prints which is where. An OUT that exists is never replaced.",
      SetContactSheet},
+    {"json", 0, nullptr, "Output", "print results as JSON, an object per line",
+     "An object for each file as it is done, then one for all of them; the user guide tells their fields. "
+     "With --quiet, too.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mIsJson = true; }},
     {"quiet", 'q', nullptr, "Output", "print errors only", nullptr,
      [](Settings& ioSettings, Argument) { return SetDetail(ioSettings, TermDetail::km_Quiet); }},
     {"verbose", 'v', nullptr, "Output", "tell also how close the result looks",

@@ -20,6 +20,7 @@ struct TermSettings {
     std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
     std::string mContactSheet;                         ///< the file to draw one on; empty: process the names
     PvOptSettings mOptimizer;
+    bool mIsJson = false;            ///< results as JSON Lines instead of the table
     std::vector<std::string> mNames; ///< as typed, in order
 };
 

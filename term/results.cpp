@@ -26,7 +26,7 @@ std::string FormatPercentage(std::uint64_t inPart, std::uint64_t inWhole) {
     return text.data();
 }
 
-std::string Count(std::uint64_t inCount, const char* inOne, const char* inMany) {
+std::string Counted(std::uint64_t inCount, const char* inOne, const char* inMany) {
     return std::to_string(inCount) + " " + (inCount == 1 ? inOne : inMany);
 }
 
@@ -34,50 +34,85 @@ std::string Count(std::uint64_t inCount, const char* inOne, const char* inMany) 
 std::string MakeDetail(const MizerFileResult& inResult) {
     std::array<char, 128> text{};
     std::snprintf(text.data(), text.size(), "%43s%s, similarity %.3f, largest difference %u\n", "",
-                  Count(inResult.mFrameCount, "frame", "frames").c_str(), inResult.mWorstLook.mSsim,
+                  Counted(inResult.mFrameCount, "frame", "frames").c_str(), inResult.mWorstLook.mSsim,
                   static_cast<unsigned>(inResult.mWorstLook.mMaxError));
     return text.data();
 }
 
 } // namespace
 
-void TermResults::Add(const MizerFileResult& inResult) {
-    if (inResult.mStatus == MizerStatus::km_Failed)
-        ++mFailed;
-    if (inResult.mStatus != MizerStatus::km_Smaller && inResult.mStatus != MizerStatus::km_Unchanged)
-        return;
-    ++mFiles;
-    mSmaller += inResult.mStatus == MizerStatus::km_Smaller ? 1 : 0;
-    mOriginalBytes += inResult.mOriginalSize;
-    mNewBytes += inResult.mNewSize;
-    Print(MakeRow(std::to_string(inResult.mOriginalSize), std::to_string(inResult.mNewSize),
-                  std::to_string(inResult.GetSaved()),
-                  MizerPercentage(inResult.GetSaved(), inResult.mOriginalSize),
-                  TermPrintable(inResult.mPath)));
-    if (mDetail == TermDetail::km_Verbose && inResult.mStatus == MizerStatus::km_Smaller)
-        Print(MakeDetail(inResult));
+void TermResults::FileDone(const MizerFileResult& inResult, const std::string& inWords) {
+    Count(inResult);
+    if (mIsJson)
+        Print(TermJsonFile(inResult, inWords));
+    else
+        PrintRows(inResult);
 }
 
-void TermResults::PrintTotal() {
-    if (mFiles == 0)
+void TermResults::Count(const MizerFileResult& inResult) {
+    switch (inResult.mStatus) {
+    case MizerStatus::km_Smaller:
+        ++mCounts.mSmaller;
+        break;
+    case MizerStatus::km_Unchanged:
+        ++mCounts.mUnchanged;
+        break;
+    case MizerStatus::km_Skipped:
+        ++mCounts.mSkipped;
         return;
-    std::string what = Count(mFiles, "file", "files") + ", " + std::to_string(mSmaller) + " made smaller";
-    if (mFailed != 0)
-        what += "; " + std::to_string(mFailed) + " failed";
-    const std::uint64_t saved = mOriginalBytes - mNewBytes;
-    Print(MakeRow(std::to_string(mOriginalBytes), std::to_string(mNewBytes), std::to_string(saved),
-                  FormatPercentage(saved, mOriginalBytes), what));
+    case MizerStatus::km_Failed:
+        ++mCounts.mFailed;
+        return;
+    case MizerStatus::km_Cancelled:
+        return;
+    }
+    mCounts.mOriginalBytes += inResult.mOriginalSize;
+    mCounts.mNewBytes += inResult.mNewSize;
+}
+
+void TermResults::PrintRows(const MizerFileResult& inResult) {
+    if (inResult.mStatus != MizerStatus::km_Smaller && inResult.mStatus != MizerStatus::km_Unchanged)
+        return;
+    PrintRow(MakeRow(std::to_string(inResult.mOriginalSize), std::to_string(inResult.mNewSize),
+                     std::to_string(inResult.GetSaved()),
+                     MizerPercentage(inResult.GetSaved(), inResult.mOriginalSize),
+                     TermPrintable(inResult.mPath)));
+    if (mDetail == TermDetail::km_Verbose && inResult.mStatus == MizerStatus::km_Smaller)
+        PrintRow(MakeDetail(inResult));
+}
+
+void TermResults::PrintTotal(bool inIsCancelled) {
+    mCounts.mIsCancelled = inIsCancelled;
+    if (mIsJson)
+        Print(TermJsonSummary(mCounts));
+    else if (mCounts.mSmaller + mCounts.mUnchanged != 0)
+        PrintTotalRow();
+}
+
+void TermResults::PrintTotalRow() {
+    std::string what = Counted(mCounts.mSmaller + mCounts.mUnchanged, "file", "files") + ", " +
+                       std::to_string(mCounts.mSmaller) + " made smaller";
+    if (mCounts.mFailed != 0)
+        what += "; " + std::to_string(mCounts.mFailed) + " failed";
+    PrintRow(MakeRow(std::to_string(mCounts.mOriginalBytes), std::to_string(mCounts.mNewBytes),
+                     std::to_string(mCounts.GetSaved()),
+                     FormatPercentage(mCounts.GetSaved(), mCounts.mOriginalBytes), what));
+}
+
+/** A line of the table, below its heading. */
+void TermResults::PrintRow(const std::string& inLine) {
+    if (mDetail == TermDetail::km_Quiet)
+        return;
+    if (!mHasHeading)
+        Print(MakeRow("Before", "After", "Saved", "", "File"));
+    mHasHeading = true;
+    Print(inLine);
 }
 
 /** Flushed line by line: a long batch is watched through pipes too. */
 void TermResults::Print(const std::string& inLine) {
-    if (mDetail == TermDetail::km_Quiet || mPipeClosed)
+    if (mPipeClosed)
         return;
-    if (!mHasHeading) {
-        const std::string heading = MakeRow("Before", "After", "Saved", "", "File");
-        std::fwrite(heading.data(), 1, heading.size(), stdout);
-        mHasHeading = true;
-    }
     const bool isWritten = std::fwrite(inLine.data(), 1, inLine.size(), stdout) == inLine.size();
     if (isWritten && std::fflush(stdout) == 0)
         return;

@@ -3,18 +3,21 @@
 #include <cstdint>
 #include <string>
 
+#include "term/json.h"
+#include "term/listener.h"
 #include "term/options.h"
 #include "win/mizershell.h"
 
-/** The result table on standard output: a line per file, then one for all of them. */
-class TermResults {
+/** The results on standard output: a line per file, then one for all of them. */
+class TermResults : public TermListener {
 public:
-    explicit TermResults(TermDetail inDetail) : mDetail(inDetail) {}
+    explicit TermResults(const TermSettings& inSettings)
+        : mIsJson(inSettings.mIsJson), mDetail(inSettings.mDetail) {}
 
-    /** Prints the line of a file that was measured and tried; others are none of the table's business. */
-    void Add(const MizerFileResult& inResult);
+    /** The table has lines for files that were measured and tried; JSON has them all. */
+    void FileDone(const MizerFileResult& inResult, const std::string& inWords) override;
 
-    void PrintTotal();
+    void PrintTotal(bool inIsCancelled);
 
     /** Whether whoever reads the table has gone away. */
     bool IsPipeClosed() const { return mPipeClosed; }
@@ -23,15 +26,16 @@ public:
     int GetWriteError() const { return mWriteError; }
 
 private:
+    void Count(const MizerFileResult& inResult);
+    void PrintRows(const MizerFileResult& inResult);
+    void PrintTotalRow();
+    void PrintRow(const std::string& inLine);
     void Print(const std::string& inLine);
 
+    bool mIsJson;
     TermDetail mDetail;
     bool mHasHeading = false;
     bool mPipeClosed = false;
     int mWriteError = 0;
-    std::uint64_t mFiles = 0;
-    std::uint64_t mSmaller = 0;
-    std::uint64_t mFailed = 0;
-    std::uint64_t mOriginalBytes = 0;
-    std::uint64_t mNewBytes = 0;
+    TermCounts mCounts;
 };

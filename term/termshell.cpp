@@ -1,11 +1,18 @@
 #include "term/termshell.h"
 
+#include <utility>
+
 #include "term/interrupt.h"
-#include "win/errorwords.h"
 #include "wnatom/wnsystem.h"
 
-TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults)
-    : mMessages(ioMessages), mResults(ioResults), mPassedOver(inSettings, ioMessages) {}
+TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
+                     std::vector<TermListener*> inOthers)
+    : mMessages(ioMessages),
+      mResults(ioResults),
+      mListeners(std::move(inOthers)),
+      mPassedOver(inSettings, ioMessages) {
+    mListeners.insert(mListeners.begin(), &ioResults);
+}
 
 bool TermShell::PumpEvents() {
     return TermIsInterrupted() || mResults.IsPipeClosed();
@@ -26,24 +33,21 @@ std::string TermShell::GetDataFolder() {
     return WnGetDataFolder();
 }
 
+void TermShell::BeforeReplace(const char* inPath) {
+    for (TermListener* listener : mListeners)
+        listener->BeforeReplace(inPath);
+}
+
 void TermShell::FileDone(const MizerFileResult& inResult) {
-    mResults.Add(inResult);
-    switch (inResult.mStatus) {
-    case MizerStatus::km_Smaller:
-    case MizerStatus::km_Cancelled:
-        break;
-    case MizerStatus::km_Unchanged:
-        if (!inResult.mGateReason.empty())
-            mMessages.FileNote(inResult.mPath,
-                               "left as it was, the smaller file would have looked different: " +
-                                   TermPrintable(inResult.mGateReason));
-        break;
-    case MizerStatus::km_Skipped:
-        mPassedOver.Tell(inResult.mPath, inResult.mSkip);
-        break;
-    case MizerStatus::km_Failed:
-        mMessages.FileError(inResult.mPath, (inResult.mBackupFailed ? "no backup could be made: " : "") +
-                                                MizerErrorWords(*inResult.mError));
-        break;
-    }
+    const std::string words = TermOutcomeWords(inResult);
+    for (TermListener* listener : mListeners)
+        listener->FileDone(inResult, words);
+    if (words.empty())
+        return;
+    if (inResult.mStatus == MizerStatus::km_Failed)
+        mMessages.FileError(inResult.mPath, words);
+    else if (inResult.mStatus == MizerStatus::km_Skipped)
+        mPassedOver.Tell(inResult.mPath, words);
+    else
+        mMessages.FileNote(inResult.mPath, words);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "term/messages.h"
 #include "term/names.h"
@@ -10,8 +11,9 @@
 /** The batch seen from a terminal or a pipe: plain lines as files are done. */
 class TermShell : public MizerShell {
 public:
-    /** All three are borrowed for the shell's life. */
-    TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults);
+    /** All are borrowed for the shell's life. The results hear of the files first, then the others. */
+    TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
+              std::vector<TermListener*> inOthers = {});
 
     bool PumpEvents() override;
     bool ShowProgress(double inFraction) override;
@@ -20,11 +22,13 @@ public:
     void EnableCommands(bool /*inEnable*/) override {}
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
     std::string GetDataFolder() override;
+    void BeforeReplace(const char* inPath) override;
     void FileDone(const MizerFileResult& inResult) override;
     void PostQuit() override {}
 
 private:
     TermMessages& mMessages;
     TermResults& mResults;
+    std::vector<TermListener*> mListeners; // mResults among them
     TermPassedOver mPassedOver;
 };

@@ -171,6 +171,7 @@ std::uint32_t MizerBrain::GetFileSizeOnDisk(const char* inPath, std::optional<Nv
 void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     mTotals.SetOriginalSize(ioResult.mOriginalSize);
     mBackupFailed = false;
+    mBackupPath.clear();
     if (PumpMessages())
         ThrowCancelled(kCancelledBeforeFile);
     PvOutcome outcome;
@@ -179,10 +180,12 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     ioResult.mGateReason = outcome.mGateReason;
     ioResult.mFrameCount = outcome.mFrameCount;
     ioResult.mWorstLook = outcome.mWorstLook;
-    if (ioResult.mNewSize < ioResult.mOriginalSize)
+    if (ioResult.mNewSize < ioResult.mOriginalSize) {
         ioResult.mStatus = MizerStatus::km_Smaller;
-    else
+        ioResult.mBackupPath = mBackupPath;
+    } else {
         ioResult.mStatus = ioResult.mError ? MizerStatus::km_Failed : MizerStatus::km_Unchanged;
+    }
     RecordResult(ioResult);
     PumpMessages();
 }
@@ -214,24 +217,26 @@ std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOr
 
 void MizerBrain::BackupFile(const char* inPath) {
     RemoveLeftoversBeside(inPath);
-    if (!IsOn("BACKUP", 1))
-        return;
-    try {
-        WriteBackup(inPath);
-    } catch (const NvErrorCode&) {
-        mBackupFailed = true; // the person should know which of the two files it is about
-        throw;
+    if (IsOn("BACKUP", 1)) {
+        try {
+            mBackupPath = WriteBackup(inPath);
+        } catch (const NvErrorCode&) {
+            mBackupFailed = true; // the person should know which of the two files it is about
+            throw;
+        }
     }
+    mShell.BeforeReplace(inPath);
 }
 
-void MizerBrain::WriteBackup(const char* inPath) {
+/** @return where the original is kept now */
+std::string MizerBrain::WriteBackup(const char* inPath) {
     const std::string backup = std::string(inPath) + ".BAK";
     const WnFileKind present = WnGetFileKind(backup.c_str());
     if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
         NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);
     const bool overwrite = IsOn("OBACK", 0);
     if (present == WnFileKind::km_RegularFile && !overwrite)
-        return; // the first backup holds the oldest original
+        return backup; // the first backup holds the oldest original
 
     const std::vector<unsigned char> bytes = ReadWholeFile(inPath);
     WnSafeFile file(backup.c_str(), inPath);
@@ -240,6 +245,7 @@ void MizerBrain::WriteBackup(const char* inPath) {
         file.Commit();
     else
         file.CommitUnlessPresent();
+    return backup;
 }
 
 void MizerBrain::RemoveLeftoversBeside(const char* inPath) {

@@ -77,14 +77,15 @@ private:
     bool MeasureFile(MizerFileResult& ioResult);
     void OptimizeFile(MizerFileResult& ioResult);
     void RecordResult(const MizerFileResult& inResult);
-    void WriteBackup(const char* inPath);
+    std::string WriteBackup(const char* inPath);
     void RemoveLeftoversBeside(const char* inPath);
     bool IsOn(const char* inPreference, std::uint32_t inDefault) const;
 
     bool mCancelFlag = false;
     bool mQuitRequested = false;
     bool mBusy = false;
-    bool mBackupFailed = false; // of the file in hand
+    bool mBackupFailed = false; // these two of the file in hand
+    std::string mBackupPath;
     WnPref& mPrefs;
     MizerShell& mShell;
     PvOptSettings mSettings;

@@ -45,6 +45,8 @@ struct MizerFileResult {
     bool mBackupFailed = false; ///< mError is about the backup, not the file itself
     std::string mGateReason;    ///< why a smaller file was not kept, see PvOutcome; or empty
 
+    std::string mBackupPath; ///< where the original is kept, of a file made smaller; or empty
+
     std::uint32_t mFrameCount = 0;
     PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
 
@@ -76,6 +78,10 @@ public:
 
     /** Folder of the results log, without a closing separator. */
     virtual std::string GetDataFolder() = 0;
+
+    /** Called just before a file is first replaced, when its backup stands: it still holds its original
+     * bytes. */
+    virtual void BeforeReplace(const char* /*inPath*/) {}
 
     /** Called once for each file that was taken from the queue, also before its error leaves the batch. */
     virtual void FileDone(const MizerFileResult& inResult) = 0;
