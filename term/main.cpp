@@ -1,8 +1,5 @@
 // parvigif: makes GIF files smaller in place, from the command line.
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <new>
 #include <string>
 
@@ -11,26 +8,36 @@
 #include "term/help.h"
 #include "term/messages.h"
 #include "term/options.h"
+#include "term/print.h"
+#include "term/restore.h"
+#include "term/storecommands.h"
 
 namespace {
 
-void Print(const std::string& inText, TermMessages& ioMessages) {
-    const bool isWritten = std::fwrite(inText.data(), 1, inText.size(), stdout) == inText.size();
-    if (!isWritten || std::fflush(stdout) != 0)
-        ioMessages.Error(std::string("standard output: ") + std::strerror(errno));
-}
-
 void Run(const TermSettings& inSettings, TermMessages& ioMessages) {
+    TermStorePreferences(inSettings, ioMessages);
     switch (inSettings.mTask) {
     case TermTask::km_Process:
         return inSettings.mContactSheet.empty() ? TermRunBatch(inSettings, ioMessages)
                                                 : TermDrawContactSheet(inSettings, ioMessages);
+    case TermTask::km_Restore:
+        return TermRestore(inSettings, ioMessages);
+    case TermTask::km_Store:
+        return;
+    case TermTask::km_ListPreferences:
+        return TermListPreferences(ioMessages);
+    case TermTask::km_Totals:
+        return TermPrintTotals(ioMessages);
+    case TermTask::km_ShowLog:
+        return TermShowLog(inSettings, ioMessages);
+    case TermTask::km_ClearLog:
+        return TermClearLog(inSettings, ioMessages);
     case TermTask::km_BriefHelp:
-        return Print(TermBriefHelp(), ioMessages);
+        return TermPrint(TermBriefHelp(), ioMessages);
     case TermTask::km_FullHelp:
-        return Print(TermFullHelp(), ioMessages);
+        return TermPrint(TermFullHelp(), ioMessages);
     case TermTask::km_Version:
-        return Print(TermVersion(), ioMessages);
+        return TermPrint(TermVersion(), ioMessages);
     }
 }
 

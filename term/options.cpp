@@ -5,6 +5,8 @@
 #include <charconv>
 #include <optional>
 
+#include "win/mizerpreferences.h"
+
 namespace {
 
 using Settings = TermSettings;
@@ -20,8 +22,14 @@ bool SetDetail(Settings& ioSettings, TermDetail inDetail) {
     return true;
 }
 
+bool IsHelp(TermTask inTask) {
+    return inTask == TermTask::km_BriefHelp || inTask == TermTask::km_FullHelp ||
+           inTask == TermTask::km_Version;
+}
+
 bool SetTask(Settings& ioSettings, TermTask inTask) {
-    ioSettings.mTask = inTask;
+    if (IsHelp(inTask) || !IsHelp(ioSettings.mTask))
+        ioSettings.mTask = inTask;
     return true;
 }
 
@@ -45,6 +53,18 @@ bool SetTolerance(Settings& ioSettings, Argument inLevels) {
     return ReadNumber(inLevels, 0, km_DifferenceTolerance, ioSettings.mOptimizer.mTolerance);
 }
 
+/** NAME=VALUE */
+bool StorePreference(Settings& ioSettings, Argument inText) {
+    const std::size_t equals = std::min(inText.find('='), inText.size());
+    const MizerPreference* preference = MizerFindPreference(inText.substr(0, equals));
+    std::uint32_t value = 0;
+    if (!preference || equals == inText.size() ||
+        !ReadNumber(inText.substr(equals + 1), 0, preference->mLargest, value))
+        return false;
+    ioSettings.mStored[preference->mName] = value;
+    return true;
+}
+
 bool SetContactSheet(Settings& ioSettings, Argument inPath) {
     ioSettings.mContactSheet = inPath;
     return !inPath.empty();
@@ -58,6 +78,10 @@ constexpr auto kOptions = std::to_array<TermOption>({
     {"overwrite-backups", 0, nullptr, "Backups", "replace a backup that exists",
      "Without this, the first backup stays, so that it holds the oldest original.",
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 1); }},
+    {"restore", 0, nullptr, "Backups", "put backups back in the place of NAMEs",
+     "Every backup is read as a GIF before it replaces the picture in one step; it stays. Of a folder or a "
+     "pattern, the pictures that have one.",
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Restore); }},
     {"allow-crop", 0, nullptr, "Picture", "cut transparent borders off single images",
      "What is left stays at its place on the screen, whose size does not change. The frames of "
      "animations are always cut so.",
@@ -76,6 +100,18 @@ constexpr auto kOptions = std::to_array<TermOption>({
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 0); }},
     {"log-results-only", 0, nullptr, "Log", "log only files that were made smaller", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOGALL", 0); }},
+    {"show-log", 0, nullptr, "Log", "print the results log and stop", nullptr,
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ShowLog); }},
+    {"clear-log", 0, nullptr, "Log", "empty the results log and stop", nullptr,
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ClearLog); }},
+    {"totals", 0, nullptr, "Log", "print what all runs have saved and stop", nullptr,
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Totals); }},
+    {"preferences", 0, nullptr, "Preferences", "print the preferences and stop",
+     "Each with its value and whether that is machine-wide, this user's, or built in.",
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ListPreferences); }},
+    {"set", 0, "NAME=VALUE", "Preferences", "store a preference for all runs to come",
+     "A switch such as BACKUP is 0 or 1. May be given several times, with or without NAMEs to work on.",
+     StorePreference},
     {"contact-sheet", 0, "OUT", "Output", "change no file, show all of them on a new GIF",
      "Draws the first, the middle and the last frame of every file side by side, file by file from the top "
      "left, and prints which is where. An OUT that exists is never replaced.",
@@ -180,6 +216,17 @@ private:
     std::string mError;
 };
 
+/** @return what is wrong with how many names there are, or nothing */
+std::string CheckNames(const Settings& inSettings) {
+    const bool needsNames =
+        inSettings.mTask == TermTask::km_Process || inSettings.mTask == TermTask::km_Restore;
+    if (needsNames && inSettings.mNames.empty())
+        return "no file named";
+    if (!needsNames && !inSettings.mNames.empty())
+        return "no file can be worked on here: '" + inSettings.mNames.front() + "'";
+    return {};
+}
+
 } // namespace
 
 std::span<const TermOption> TermGetOptions() {
@@ -191,10 +238,13 @@ bool TermParseArguments(const std::vector<std::string>& inArguments, TermSetting
     outSettings = TermSettings();
     Parser parser(inArguments, outSettings);
     parser.Parse();
-    if (outSettings.mTask != TermTask::km_Process)
+    if (IsHelp(outSettings.mTask)) {
+        outSettings.mStored.clear();
         return true;
-    outError = parser.GetError();
-    if (outError.empty() && outSettings.mNames.empty())
-        outError = "no file named";
+    }
+    if (outSettings.mTask == TermTask::km_Process && outSettings.mNames.empty() &&
+        !outSettings.mStored.empty())
+        outSettings.mTask = TermTask::km_Store;
+    outError = parser.GetError().empty() ? CheckNames(outSettings) : parser.GetError();
     return outError.empty();
 }

@@ -8,7 +8,18 @@
 
 #include "win/pvopt.h"
 
-enum class TermTask { km_Process, km_BriefHelp, km_FullHelp, km_Version };
+enum class TermTask {
+    km_Process,
+    km_Restore,
+    km_Store, ///< only what --set asks for, which every other task but help does, too
+    km_ListPreferences,
+    km_Totals,
+    km_ShowLog,
+    km_ClearLog,
+    km_BriefHelp,
+    km_FullHelp,
+    km_Version
+};
 
 /** How much the program tells: errors only, a line per file, or what was passed over too. */
 enum class TermDetail { km_Quiet, km_Normal, km_Verbose };
@@ -18,6 +29,7 @@ struct TermSettings {
     TermTask mTask = TermTask::km_Process;
     TermDetail mDetail = TermDetail::km_Normal;
     std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
+    std::map<std::string, std::uint32_t> mStored;      ///< preferences to store
     std::string mContactSheet;                         ///< the file to draw one on; empty: process the names
     PvOptSettings mOptimizer;
     bool mIsJson = false;            ///< results as JSON Lines instead of the table

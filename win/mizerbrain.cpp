@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "nvcode2/nvfile.h"
+#include "win/mizerrestore.h"
+#include "win/wholefile.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
@@ -22,30 +24,6 @@ constexpr std::uint32_t kCancelledBetweenFiles = 612;
 
 [[noreturn]] void ThrowCancelled(std::uint32_t inLine) {
     throw NvErrorCode(NvErrorCode::km_Cancelled, kSource, inLine);
-}
-
-/** All bytes of a file. Code 1 when it cannot be read, whatever the reason. */
-std::vector<unsigned char> ReadWholeFile(const char* inPath) {
-    try {
-        NvFile file(inPath);
-        file.Open(NvFile::km_ReadPerm);
-        std::vector<unsigned char> bytes(file.GetLength());
-        for (std::size_t at = 0; at < bytes.size();)
-            at += file.Read(bytes.data() + at, static_cast<std::uint32_t>(bytes.size() - at));
-        file.Close();
-        return bytes;
-    } catch (const NvErrorCode& error) {
-        NvThrowWithSystemError(NvErrorCode::km_Failure, error.GetSystemError());
-    } catch (const std::bad_alloc&) {
-        NvThrow(NvErrorCode::km_OutOfMemory);
-    }
-}
-
-void WriteWholeFile(const char* inPath, const std::vector<unsigned char>& inBytes) {
-    NvFile file(inPath);
-    file.Open(NvFile::km_WritePerm);
-    file.Write(inBytes.data(), static_cast<std::uint32_t>(inBytes.size()));
-    file.Close();
 }
 
 std::string GetFolderOf(const std::string& inPath) {
@@ -230,7 +208,7 @@ void MizerBrain::BackupFile(const char* inPath) {
 
 /** @return where the original is kept now */
 std::string MizerBrain::WriteBackup(const char* inPath) {
-    const std::string backup = std::string(inPath) + ".BAK";
+    const std::string backup = MizerBackupName(inPath);
     const WnFileKind present = WnGetFileKind(backup.c_str());
     if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
         NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);
@@ -238,9 +216,9 @@ std::string MizerBrain::WriteBackup(const char* inPath) {
     if (present == WnFileKind::km_RegularFile && !overwrite)
         return backup; // the first backup holds the oldest original
 
-    const std::vector<unsigned char> bytes = ReadWholeFile(inPath);
+    const std::vector<unsigned char> bytes = MizerReadWholeFile(inPath);
     WnSafeFile file(backup.c_str(), inPath);
-    WriteWholeFile(file.GetTemporaryPath(), bytes);
+    MizerWriteWholeFile(file.GetTemporaryPath(), bytes);
     if (overwrite)
         file.Commit();
     else

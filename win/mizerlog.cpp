@@ -12,18 +12,6 @@ namespace {
 
 constexpr std::size_t kBufferSize = 64 * 1024; // no entry is longer, so each is one write
 
-/** "month/day/year  hour:minute:second File: "path" \n" without zero padding. */
-std::string MakeEntryHead(std::chrono::sys_seconds inTime, const char* inPath) {
-    const auto day = std::chrono::floor<std::chrono::days>(inTime);
-    const std::chrono::year_month_day date(day);
-    const std::chrono::hh_mm_ss time(inTime - day);
-    return std::to_string(static_cast<unsigned>(date.month())) + "/" +
-           std::to_string(static_cast<unsigned>(date.day())) + "/" +
-           std::to_string(static_cast<int>(date.year())) + "  " + std::to_string(time.hours().count()) + ":" +
-           std::to_string(time.minutes().count()) + ":" + std::to_string(time.seconds().count()) +
-           " File: \"" + inPath + "\" \n";
-}
-
 } // namespace
 
 MizerLog::MizerLog(const WnPref& inPrefs, MizerShell& inShell) : mPrefs(inPrefs), mShell(inShell) {}
@@ -53,9 +41,9 @@ void MizerLog::OpenLog() {
         std::setvbuf(mStream.get(), nullptr, _IOFBF, kBufferSize);
 }
 
-void MizerLog::ClearLog() {
+bool MizerLog::ClearLog() {
     CloseLog();
-    OpenOrTell("w");
+    return OpenOrTell("w") != nullptr;
 }
 
 std::string MizerLog::GetPath() const {
@@ -72,14 +60,25 @@ MizerLog::Stream MizerLog::OpenOrTell(const char* inMode) {
     return stream;
 }
 
+std::string MizerEntryHead(std::chrono::sys_seconds inTime, const char* inPath) {
+    const auto day = std::chrono::floor<std::chrono::days>(inTime);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss time(inTime - day);
+    return std::to_string(static_cast<unsigned>(date.month())) + "/" +
+           std::to_string(static_cast<unsigned>(date.day())) + "/" +
+           std::to_string(static_cast<int>(date.year())) + "  " + std::to_string(time.hours().count()) + ":" +
+           std::to_string(time.minutes().count()) + ":" + std::to_string(time.seconds().count()) +
+           " File: \"" + inPath + "\" \n";
+}
+
 std::string MizerSmallerEntry(std::chrono::sys_seconds inTime, const char* inPath,
                               std::uint32_t inOriginalSize, std::uint32_t inNewSize) {
     const std::uint32_t saved = inOriginalSize - inNewSize;
-    return MakeEntryHead(inTime, inPath) + "     " + std::to_string(saved) + " bytes saved (" +
+    return MizerEntryHead(inTime, inPath) + "     " + std::to_string(saved) + " bytes saved (" +
            std::to_string(inOriginalSize) + " - " + std::to_string(inNewSize) + ") " +
            MizerPercentage(saved, inOriginalSize) + "\n";
 }
 
 std::string MizerUnchangedEntry(std::chrono::sys_seconds inTime, const char* inPath) {
-    return MakeEntryHead(inTime, inPath) + "    File Unchanged.\n";
+    return MizerEntryHead(inTime, inPath) + "    File Unchanged.\n";
 }

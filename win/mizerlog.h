@@ -26,8 +26,9 @@ public:
     void OpenLog();
     void CloseLog() { mStream.reset(); }
 
-    /** Empties the log; the next entry opens it again. */
-    void ClearLog();
+    /** Empties the log; the next entry opens it again. @return whether it is empty now; else the user was
+     * told why */
+    bool ClearLog();
 
     /** Computed afresh each time, since the data folder may come and go. */
     std::string GetPath() const;
@@ -44,6 +45,10 @@ private:
     MizerShell& mShell;
     Stream mStream; // null while the log is closed
 };
+
+/** What every entry starts with: "month/day/year  hour:minute:second File: "path" \n" without zero padding.
+ */
+std::string MizerEntryHead(std::chrono::sys_seconds inTime, const char* inPath);
 
 /** The log's entries; times are UTC, sizes bytes. */
 std::string MizerSmallerEntry(std::chrono::sys_seconds inTime, const char* inPath,

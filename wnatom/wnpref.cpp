@@ -53,6 +53,16 @@ bool WnPref::ReadDWord(const char* inName, std::uint32_t& outValue) const {
     return ReadFromRoots(GetKeyPath(), [&](const WnPrefKey& key) { return key.ReadDWord(inName, outValue); });
 }
 
+WnPref::Origin WnPref::FindDWord(const char* inName, std::uint32_t& outValue) const {
+    NvAssert(inName);
+    for (const WnPrefKey::Root root : kRoots) {
+        WnPrefKey key(GetKeyPath());
+        if (key.OpenKey(root, WnPrefKey::km_Read) && key.ReadDWord(inName, outValue))
+            return root == WnPrefKey::km_Machine ? Origin::km_Machine : Origin::km_User;
+    }
+    return Origin::km_None;
+}
+
 bool WnPref::ReadDWordDefault(const char* inName, std::uint32_t& outValue, std::uint32_t inDefault) const {
     if (ReadDWord(inName, outValue))
         return true;

@@ -22,6 +22,13 @@ public:
     /** @return false, with outValue untouched, when neither root has a number of that name. */
     bool ReadDWord(const char* inName, std::uint32_t& outValue) const;
 
+    /** Who has the say on a value. */
+    enum class Origin { km_None, km_Machine, km_User };
+
+    /** A stored number, whatever overrides it, and where it stands. @return km_None, with outValue untouched,
+     * when neither root has one. */
+    Origin FindDWord(const char* inName, std::uint32_t& outValue) const;
+
     /** Like ReadDWord, but a missing value gives inDefault. @return whether there was one. */
     bool ReadDWordDefault(const char* inName, std::uint32_t& outValue, std::uint32_t inDefault) const;
 

@@ -54,7 +54,8 @@ TEST(Options, TheLastOfTwoCounts) {
 TEST(Options, HelpAndVersionWinOverMistakes) {
     EXPECT_EQ(Parse({"--no-such", "-h"}).mTask, TermTask::km_BriefHelp);
     EXPECT_EQ(Parse({"--help", "-Z"}).mTask, TermTask::km_FullHelp);
-    EXPECT_EQ(Parse({"--version"}).mTask, TermTask::km_Version);
+    EXPECT_EQ(Parse({"--version", "--totals"}).mTask, TermTask::km_Version);
+    EXPECT_THAT(Parse({"--set=LOG=0", "-h"}).mStored, IsEmpty());
 }
 
 TEST(Program, AWrongCommandLineIsOneLineAndStatus2) {
@@ -71,6 +72,11 @@ TEST(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"--max-memory=12k", "a"}, "option '--max-memory' cannot be '12k'"},
         {{"--contact-sheet=", "a"}, "option '--contact-sheet' cannot be ''"},
         {{"--contact-sheet", "a"}, "no file named"},
+        {{"--restore"}, "no file named"},
+        {{"--totals", "a.gif"}, "no file can be worked on here: 'a.gif'"},
+        {{"--set", "BACKUP=2"}, "option '--set' cannot be 'BACKUP=2'"},
+        {{"--set", "BACKUP"}, "option '--set' cannot be 'BACKUP'"},
+        {{"--set", "HUE=1"}, "option '--set' cannot be 'HUE=1'"},
         {{"--max-memory=", "a"}, "option '--max-memory' cannot be ''"},
         {{"--max-memory=99999999999", "a"}, "option '--max-memory' cannot be '99999999999'"},
         {{"--\x1b[31m"}, "unknown option '--\\x1b[31m'"},

@@ -1,0 +1,125 @@
+#include "term/restore.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "term/interrupt.h"
+#include "term/print.h"
+#include "term/termshell.h"
+#include "win/errorwords.h"
+#include "win/filequeue.h"
+#include "win/mizerlog.h"
+#include "win/mizerrestore.h"
+#include "wnatom/wnpref.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+class Restorer {
+public:
+    Restorer(const TermSettings& inSettings, TermMessages& ioMessages)
+        : mSettings(inSettings),
+          mMessages(ioMessages),
+          mResults(inSettings),
+          mShell(inSettings, ioMessages, mResults) {
+        for (const auto& [name, value] : inSettings.mPreferences)
+            mPrefs.Override(name.c_str(), value);
+    }
+
+    void RestoreName(const std::string& inName) {
+        try {
+            const WnFileKind kind = WnGetFileKind(inName.c_str());
+            if (kind == WnFileKind::km_Folder)
+                RestoreFolder(inName);
+            else if (kind != WnFileKind::km_Missing || HasBackup(inName))
+                RestoreFile(inName);
+            else
+                RestorePattern(inName);
+        } catch (const NvErrorCode& error) {
+            mMessages.FileError(inName, MizerErrorWords(error));
+        }
+    }
+
+private:
+    static bool HasBackup(const std::string& inPath) {
+        return WnGetFileKind(MizerBackupName(inPath).c_str()) != WnFileKind::km_Missing;
+    }
+
+    /** Also pictures that are missing, of which the backup is all that is left. */
+    void RestoreFolder(std::string inFolder) {
+        if (!WnIsSeparator(inFolder.back()))
+            inFolder += WnGetSeparator();
+        bool hasAny = false;
+        for (const std::string& name : WnListFiles(inFolder.c_str())) {
+            const std::string picture = name.substr(0, name.size() - std::min<std::size_t>(4, name.size()));
+            if (name != MizerBackupName(picture) || !MizerIsNamedGIF(picture.c_str()))
+                continue;
+            hasAny = true;
+            RestoreFile(inFolder + picture);
+        }
+        if (!hasAny)
+            mMessages.FileError(inFolder, "no backup there (code 10)");
+    }
+
+    void RestorePattern(const std::string& inPattern) {
+        FileQueue queue;
+        queue.AddName(inPattern.c_str());
+        bool hasAny = false;
+        while (!queue.IsEmpty()) {
+            const std::string path = queue.TakeFirst().get();
+            if (!MizerIsNamedGIF(path.c_str()) || !HasBackup(path))
+                continue;
+            hasAny = true;
+            RestoreFile(path);
+        }
+        if (!hasAny)
+            mMessages.FileError(inPattern, "no backup there (code 10)");
+    }
+
+    void RestoreFile(const std::string& inPath) {
+        if (TermIsInterrupted())
+            return;
+        try {
+            Tell(inPath, MizerRestore(inPath, mSettings.mOptimizer.mMemoryLimit));
+        } catch (const NvErrorCode& error) {
+            mMessages.FileError(inPath, "not restored: " + MizerErrorWords(error));
+        }
+    }
+
+    void Tell(const std::string& inPath, MizerRestored inWhat) {
+        switch (inWhat) {
+        case MizerRestored::km_NoBackup:
+            return mMessages.FileError(inPath, "no backup: there is no " +
+                                                   TermPrintable(MizerBackupName(inPath)) + " (code 10)");
+        case MizerRestored::km_OtherImage:
+            return mMessages.FileError(inPath, "not restored: it is another picture than its backup, of "
+                                               "another size or number of frames; move it away first");
+        case MizerRestored::km_Restored:
+            break;
+        }
+        const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+        mLog.WriteLogEntry(MizerRestoredEntry(now, inPath.c_str()));
+        if (mSettings.mDetail != TermDetail::km_Quiet)
+            TermPrint("restored  " + TermPrintable(inPath) + "\n", mMessages);
+    }
+
+    const TermSettings& mSettings;
+    TermMessages& mMessages;
+    TermResults mResults;
+    TermShell mShell;
+    WnPref mPrefs{"Parvigif", "1.x"};
+    MizerLog mLog{mPrefs, mShell};
+};
+
+} // namespace
+
+void TermRestore(const TermSettings& inSettings, TermMessages& ioMessages) {
+    ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
+    TermCatchInterrupts();
+    Restorer restorer(inSettings, ioMessages);
+    for (const std::string& name : inSettings.mNames)
+        restorer.RestoreName(name);
+    if (TermIsInterrupted())
+        ioMessages.Error("cancelled", TermExit::km_Cancelled);
+}

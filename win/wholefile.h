@@ -1,0 +1,9 @@
+#pragma once
+
+#include <vector>
+
+/** All bytes of a file. @throws NvErrorCode  1 when it cannot be read, whatever the reason; 2 */
+std::vector<unsigned char> MizerReadWholeFile(const char* inPath);
+
+/** Writes over the file from its start. @throws NvErrorCode  those of NvFile */
+void MizerWriteWholeFile(const char* inPath, const std::vector<unsigned char>& inBytes);
