@@ -21,6 +21,11 @@ void NvGIFGlobalInfo::AppendComment(std::string inText) {
     comment.release();
 }
 
+NvColor NvGIFGlobalInfo::GetBackgroundColor() const {
+    const bool namesOne = mHasGlobalTable && mBackgroundIndex < mColorTable.GetSize();
+    return namesOne ? mColorTable.GetColor(mBackgroundIndex) : NvColor{};
+}
+
 std::unique_ptr<NvImgFmtFrameInfo> NvGIFFrameInfo::Clone() const {
     return std::make_unique<NvGIFFrameInfo>(*this);
 }

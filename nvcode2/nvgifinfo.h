@@ -33,6 +33,9 @@ public:
     /** Adds a comment behind the others. */
     void AppendComment(std::string inText);
 
+    /** The colour that the background index names, black when it names none. */
+    NvColor GetBackgroundColor() const;
+
     std::uint32_t mVersionFlag = 0;       ///< nonzero: "89a", zero: "87a"
     std::uint8_t mHasGlobalTable = 0;     ///< 0 or 1; the table itself is mColorTable
     std::uint8_t mColorResolution = 0;    ///< bits per channel of the original, 1 to 8; 0 when never set

@@ -143,14 +143,11 @@ std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {
 }
 
 std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
-                                           PvProgress& ioProgress, NvColor& outBackground) {
+                                           PvProgress& ioProgress) {
     PvFrameReader reader(inPath);
     if (reader.EstimateMemory() > inMemoryLimit)
         NvThrow(NvErrorCode::km_OutOfMemory);
     const std::shared_ptr<NvGIFGlobalInfo> info = reader.ShareGlobalInfo();
-    const bool hasBackground = info->mHasGlobalTable && info->mBackgroundIndex < info->mColorTable.GetSize();
-    outBackground = hasBackground ? info->mColorTable.GetColor(info->mBackgroundIndex) : NvColor{};
-
     auto animation = std::make_unique<NvAnimation>(info, reader.GetScreenWidth(), reader.GetScreenHeight());
     for (std::uint32_t i = 0; i < reader.GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, reader.GetFrameCount());

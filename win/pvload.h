@@ -51,8 +51,7 @@ private:
 /** Loads a whole GIF file.
  *
  *  @param inMemoryLimit  bytes the file may need
- *  @param outBackground  the colour of the global table's background entry, black when there is none
  *  @throws NvErrorCode   2 when the file would need more memory than that, before its pixels are read; 3 when
  * the progress was told to stop; otherwise those of PvFrameReader */
 std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
-                                           PvProgress& ioProgress, NvColor& outBackground);
+                                           PvProgress& ioProgress);

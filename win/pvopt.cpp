@@ -1,10 +1,13 @@
 #include "win/pvopt.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <new>
 #include <utility>
 
 #include "nvcode2/nvanimation.h"
+#include "nvcode2/nvfile.h"
 #include "win/pvload.h"
 #include "win/pvprogress.h"
 #include "win/pvwrite.h"
@@ -21,19 +24,44 @@ std::uint32_t NextTolerance(std::uint32_t inTolerance) {
     return inTolerance > 8 ? 8 : 0;
 }
 
+/** @throws NvErrorCode  those of NvFile */
+void CopyWholeFile(const char* inFrom, const char* inTo) {
+    NvFile source(inFrom);
+    NvFile target(inTo);
+    source.Open(NvFile::km_ReadPerm);
+    target.Open(NvFile::km_WritePerm);
+    std::array<std::uint8_t, 65536> buffer;
+    for (std::uint32_t left = source.GetLength(); left > 0;) {
+        const std::uint32_t count = source.Read(buffer.data(), buffer.size());
+        target.Write(buffer.data(), count);
+        left -= std::min(left, count);
+    }
+    target.Close();
+}
+
 } // namespace
 
 /** A result, written beside the file it may replace and found fit to do so. */
 struct PvOptimizer::Candidate {
+    std::unique_ptr<NvAnimation> mAnimation; // what was written; may be given up for lack of room
+    double mMovedPixels = 0.0;               // see PvColourAllowance
     std::unique_ptr<WnSafeFile> mFile;
     std::uint32_t mSize = 0; // bytes
     PvComparison mComparison;
 
-    /** Lower is better: a percent of similarity may cost four percent of size, about what lossy GIF tools
-     * trade them for on real files. */
+    // A percent of similarity may cost four percent of size, about what lossy GIF tools trade them for on
+    // real files.
+    static constexpr double km_SizePerSimilarity = 4.0;
+
+    /** Lower is better. */
     double Cost() const {
-        constexpr double km_SizePerSimilarity = 4.0;
         return std::log(static_cast<double>(mSize)) - km_SizePerSimilarity * mComparison.mMeanStructure;
+    }
+
+    /** A size, in bytes, at which no candidate can be better, even one that looks like the original. */
+    std::uint32_t HopelessSize() const {
+        const double size = std::exp(Cost() + km_SizePerSimilarity) + 2.0; // rounding must not decide
+        return static_cast<std::uint32_t>(std::min<double>(size, UINT32_MAX));
     }
 };
 
@@ -59,13 +87,16 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
     if (mOutcome.mLoadError || !mOutcome.mGateReason.empty())
         return inOriginalSize;
     if (!candidate)
-        return ReoptimizeGIFFile(inPath, inOriginalSize, false, progress);
+        return ReoptimizeGIFFile(inPath, inOriginalSize, nullptr, false, progress);
     const std::uint32_t size = candidate->mSize;
     if (!Replace(inPath, *candidate, false))
         return inOriginalSize;
+    if (candidate->mMovedPixels == 0.0)
+        return size; // the second pass only goes on where the first exchanged pixels
+    const std::unique_ptr<NvAnimation> written = std::move(candidate->mAnimation);
     candidate.reset();
     try {
-        return ReoptimizeGIFFile(inPath, size, true, progress);
+        return ReoptimizeGIFFile(inPath, size, written.get(), true, progress);
     } catch (const NvErrorCode&) {
         return size; // the first pass's result is in place and whole
     } catch (const std::bad_alloc&) {
@@ -82,9 +113,14 @@ PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, P
     std::optional<Candidate> best = RunFirstPass(inPath, inOriginalSize, tolerance, ioProgress);
     while (best && tolerance > 0 && mOutcome.mFrameCount > 1 && best->mComparison.MayLookBetter()) {
         tolerance = NextTolerance(tolerance);
-        std::optional<Candidate> nearer = RunFirstPass(inPath, inOriginalSize, tolerance, ioProgress);
+        best->mAnimation.reset(); // there is room for one
         const bool mustChange = best->mComparison.HasLostStructure();
-        if (mustChange || (nearer && nearer->Cost() <= best->Cost()))
+        const std::uint32_t sizeToBeat =
+            mustChange ? inOriginalSize : std::min(inOriginalSize, best->HopelessSize());
+        std::optional<Candidate> nearer = RunFirstPass(inPath, sizeToBeat, tolerance, ioProgress);
+        if (!nearer && !mustChange)
+            break; // a still smaller tolerance leaves still more to draw
+        if (mustChange || nearer->Cost() <= best->Cost())
             best = std::move(nearer);
     }
     return best;
@@ -92,27 +128,33 @@ PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, P
 
 /** @return nothing when the result is not smaller or not fit to replace the file */
 std::optional<PvOptimizer::Candidate> PvOptimizer::RunFirstPass(const char* inPath,
-                                                                std::uint32_t inOriginalSize,
+                                                                std::uint32_t inSizeToBeat,
                                                                 std::uint32_t inTolerance,
                                                                 PvProgress& ioProgress) {
-    NvColor background;
     ioProgress.BeginStep(0.2);
-    const std::unique_ptr<NvAnimation> animation = Load(inPath, ioProgress, background);
+    std::unique_ptr<NvAnimation> animation = Load(inPath, ioProgress);
     if (!animation)
         return std::nullopt;
-    const PvColourAllowance allowance =
-        mPasses.RunFirst(*animation, background, PassOptions(inTolerance), ioProgress);
-    return MakeCandidate(inPath, inOriginalSize, *animation, allowance);
+    const PvColourAllowance allowance = mPasses.RunFirst(*animation, PassOptions(inTolerance), ioProgress);
+    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeToBeat, *animation, allowance);
+    if (candidate)
+        candidate->mAnimation = std::move(animation);
+    return candidate;
 }
 
-std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp,
+// What the first pass wrote need not be read again: the frames still in memory are those on the disk. Nor is
+// it written again unless the second pass found more pixels to exchange, since all else it does is done.
+std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar,
+                                             NvAnimation* ioWritten, bool inIsBackedUp,
                                              PvProgress& ioProgress) {
-    NvColor background;
     ioProgress.BeginStep(0.85);
-    const std::unique_ptr<NvAnimation> animation = Load(inPath, ioProgress, background);
+    const std::unique_ptr<NvAnimation> loaded = ioWritten ? nullptr : Load(inPath, ioProgress);
+    NvAnimation* animation = ioWritten ? ioWritten : loaded.get();
     if (!animation)
         return inSizeSoFar;
-    const PvColourAllowance allowance = mPasses.RunSecond(*animation, background, PassOptions(0), ioProgress);
+    const PvColourAllowance allowance = mPasses.RunSecond(*animation, PassOptions(0), ioProgress);
+    if (inIsBackedUp && allowance.mMovedPixels == 0.0)
+        return inSizeSoFar;
     std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeSoFar, *animation, allowance);
     if (!candidate || !Replace(inPath, *candidate, inIsBackedUp))
         return inSizeSoFar;
@@ -131,11 +173,9 @@ PvPassOptions PvOptimizer::PassOptions(std::uint32_t inTolerance) const {
 
 // A file that is no sound GIF is left alone, with the reason kept; only a lack of memory, which says nothing
 // about the file, and a wish to stop go further.
-std::unique_ptr<NvAnimation> PvOptimizer::Load(const char* inPath, PvProgress& ioProgress,
-                                               NvColor& outBackground) {
+std::unique_ptr<NvAnimation> PvOptimizer::Load(const char* inPath, PvProgress& ioProgress) {
     try {
-        std::unique_ptr<NvAnimation> animation =
-            LoadAnimation(inPath, mSettings.mMemoryLimit, ioProgress, outBackground);
+        std::unique_ptr<NvAnimation> animation = LoadAnimation(inPath, mSettings.mMemoryLimit, ioProgress);
         mOutcome.mFrameCount = animation->GetFrameCount();
         return animation;
     } catch (const NvErrorCode& error) {
@@ -158,7 +198,8 @@ std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inP
         return std::nullopt;
     WnCheckReplaceable(inPath);
     candidate.mFile = std::make_unique<WnSafeFile>(inPath);
-    WriteOptimizedGIF(candidate.mFile->GetTemporaryPath(), ioAnimation);
+    CopyWholeFile(mScratch->GetPath(), candidate.mFile->GetTemporaryPath());
+    candidate.mMovedPixels = inAllowance.mMovedPixels;
     candidate.mComparison = PvCompareGIFs(inPath, candidate.mFile->GetTemporaryPath(), inAllowance);
     mOutcome.mGateReason = candidate.mComparison.mReason;
     if (!mOutcome.mGateReason.empty())

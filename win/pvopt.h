@@ -15,7 +15,6 @@
 class NvAnimation;
 class PvProgress;
 class WnPref;
-struct NvColor;
 
 /** What the optimizer asks of the program around it. */
 class PvOptHost {
@@ -76,15 +75,15 @@ private:
     struct Candidate;
 
     std::uint32_t RunBothPasses(const char* inPath, std::uint32_t inOriginalSize);
-    std::uint32_t ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp,
-                                    PvProgress& ioProgress);
+    std::uint32_t ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, NvAnimation* ioWritten,
+                                    bool inIsBackedUp, PvProgress& ioProgress);
     std::optional<Candidate> ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize,
                                              PvProgress& ioProgress);
-    std::optional<Candidate> RunFirstPass(const char* inPath, std::uint32_t inOriginalSize,
+    std::optional<Candidate> RunFirstPass(const char* inPath, std::uint32_t inSizeToBeat,
                                           std::uint32_t inTolerance, PvProgress& ioProgress);
     std::optional<Candidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
                                            NvAnimation& ioAnimation, const PvColourAllowance& inAllowance);
-    std::unique_ptr<NvAnimation> Load(const char* inPath, PvProgress& ioProgress, NvColor& outBackground);
+    std::unique_ptr<NvAnimation> Load(const char* inPath, PvProgress& ioProgress);
     PvPassOptions PassOptions(std::uint32_t inTolerance) const;
     bool Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp);
 

@@ -66,23 +66,25 @@ PvColourAllowance RebuildTables(NvAnimation& ioAnimation, const PvPassOptions& i
 
 } // namespace
 
-PvColourAllowance PvPasses::RunFirst(NvAnimation& ioAnimation, const NvColor& inBackground,
-                                     const PvPassOptions& inOptions, PvProgress& ioProgress) {
+PvColourAllowance PvPasses::RunFirst(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                                     PvProgress& ioProgress) {
+    const NvColor background = ioAnimation.GetGlobalInfo().GetBackgroundColor();
     PvColourAllowance allowance = inOptions.mIsLossless ? RebuildTables(ioAnimation, inOptions, ioProgress)
                                                         : RebuildColours(ioAnimation, inOptions, ioProgress);
     ioProgress.BeginStep(0.65);
     FillUndrawnPixels(ioAnimation, ioProgress);
     ioProgress.BeginStep(0.75);
-    Finish(ioAnimation, inBackground, inOptions, allowance, ioProgress);
+    Finish(ioAnimation, background, inOptions, allowance, ioProgress);
     return allowance;
 }
 
-PvColourAllowance PvPasses::RunSecond(NvAnimation& ioAnimation, const NvColor& inBackground,
-                                      const PvPassOptions& inOptions, PvProgress& ioProgress) {
+PvColourAllowance PvPasses::RunSecond(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                                      PvProgress& ioProgress) {
+    const NvColor background = ioAnimation.GetGlobalInfo().GetBackgroundColor();
     PvColourAllowance allowance;
     Crop(ioAnimation, inOptions);
     ioProgress.BeginStep(0.95);
-    Finish(ioAnimation, inBackground, inOptions, allowance, ioProgress);
+    Finish(ioAnimation, background, inOptions, allowance, ioProgress);
     return allowance;
 }
 

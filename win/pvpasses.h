@@ -21,15 +21,14 @@ class PvPasses {
 public:
     /** The first pass: one small palette, nothing drawn that the screen shows already, tight frames.
      *
-     *  @param inBackground  the colour that the background index named when the file was loaded
      *  @return              how far the colours may be from the original's by now
      *  @throws NvErrorCode  3 when the progress was told to stop */
-    PvColourAllowance RunFirst(NvAnimation& ioAnimation, const NvColor& inBackground,
-                               const PvPassOptions& inOptions, PvProgress& ioProgress);
+    PvColourAllowance RunFirst(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                               PvProgress& ioProgress);
 
     /** The second pass, over what is on the disk after the first: crops and exchanges pixels once more. */
-    PvColourAllowance RunSecond(NvAnimation& ioAnimation, const NvColor& inBackground,
-                                const PvPassOptions& inOptions, PvProgress& ioProgress);
+    PvColourAllowance RunSecond(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                                PvProgress& ioProgress);
 
 private:
     void Finish(NvAnimation& ioAnimation, const NvColor& inBackground, const PvPassOptions& inOptions,

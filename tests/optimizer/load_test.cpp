@@ -15,8 +15,7 @@ class LoadTest : public OptimizerTest {
 protected:
     std::unique_ptr<NvAnimation> Load(const std::string& inPath, std::uint64_t inMemoryLimit = km_Plenty) {
         PvProgress progress(mHost);
-        NvColor background;
-        return LoadAnimation(inPath.c_str(), inMemoryLimit, progress, background);
+        return LoadAnimation(inPath.c_str(), inMemoryLimit, progress);
     }
 };
 
@@ -124,10 +123,7 @@ TEST_F(LoadTest, WhatTheFileSaysBesidesPixelsIsKept) {
 TEST_F(LoadTest, BackgroundIsTheEntryNamedOrBlack) {
     TestGIF gif = FourGreys({WithOwnTable(Picture("00"))});
     const auto backgroundOf = [&] {
-        PvProgress progress(mHost);
-        NvColor background{1, 2, 3};
-        LoadAnimation(Write(gif).c_str(), km_Plenty, progress, background);
-        return NvPackColor(background);
+        return NvPackColor(Load(Write(gif))->GetGlobalInfo().GetBackgroundColor());
     };
     gif.mBackground = 2;
     EXPECT_EQ(backgroundOf(), 0xAAAAAAu);

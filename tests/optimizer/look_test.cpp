@@ -52,9 +52,7 @@ TEST_F(LookTest, UndrawnPixelsAreDrawnWhereThatIsShorterAndNobodySeesIt) {
     for (std::uint32_t seed = 0; seed < 150; ++seed) {
         SCOPED_TRACE(seed);
         PvProgress progress(mHost);
-        NvColor background;
-        const auto animation =
-            LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress, background);
+        const auto animation = LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress);
         const std::vector<TestCanvas> shown = Play(Describe(*animation));
         const std::uint64_t bits = BitsOf(*animation);
         FillUndrawnPixels(*animation, progress);
