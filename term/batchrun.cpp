@@ -1,12 +1,15 @@
 #include "term/batchrun.h"
 
 #include <cstring>
+#include <memory>
 
+#include "term/filter.h"
 #include "term/interrupt.h"
-#include "term/names.h"
+#include "term/outputplan.h"
 #include "term/results.h"
 #include "term/termshell.h"
 #include "win/mizerbrain.h"
+#include "win/mizerdelivery.h"
 #include "wnatom/wnpref.h"
 
 namespace {
@@ -25,30 +28,70 @@ bool ProcessAll(MizerBrain& ioBrain) {
     }
 }
 
+/** A trial and a filter leave no trace of their own. */
+void SetPreferences(const TermSettings& inSettings, WnPref& ioPrefs) {
+    for (const auto& [name, value] : inSettings.mPreferences)
+        ioPrefs.Override(name.c_str(), value);
+    if (!inSettings.mIsDryRun && !inSettings.IsFilter())
+        return;
+    ioPrefs.KeepStoreAsItIs();
+    ioPrefs.Override("LOG", 0);
+    ioPrefs.Override("BACKUP", 0);
+}
+
+/** Where results go when not over their originals; null and a told error when they cannot go there. */
+std::unique_ptr<MizerDelivery> MakeDelivery(const TermInputs& inInputs, const TermSettings& inSettings,
+                                            TermMessages& ioMessages) {
+    if (inSettings.mIsDryRun)
+        return std::make_unique<MizerDryRun>();
+    if (inSettings.mOutputFolder.empty())
+        return nullptr;
+    auto output = std::make_unique<MizerOutputFolder>(inSettings.mOutputFolder);
+    const std::string objection =
+        TermPlanOutput(inSettings.mOutputFolder, inInputs, inSettings.mIsRecursive, *output);
+    if (objection.empty())
+        return output;
+    ioMessages.Error(TermPrintable(objection), TermExit::km_Usage);
+    return nullptr;
+}
+
+/** @return whether it was cancelled */
+bool RunBrain(const TermInputs& inInputs, const TermSettings& inSettings, const MizerOptions& inOptions,
+              TermShell& ioShell) {
+    WnPref prefs("Parvigif", "1.x");
+    SetPreferences(inSettings, prefs);
+    MizerBrain brain(prefs, ioShell, inSettings.mOptimizer, inOptions); // stores the totals when it goes
+    for (const TermInput& input : inInputs.mFiles)
+        brain.AddFileToQueue(input.mPath.c_str());
+    return ProcessAll(brain);
+}
+
 } // namespace
+
+void TermProcessInputs(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
+                       TermResults& ioResults) {
+    const auto delivery = MakeDelivery(inInputs, inSettings, ioMessages);
+    if (ioMessages.GetExit() == TermExit::km_Usage)
+        return;
+    const MizerOptions options = {delivery.get(), inSettings.mLeastSaving, inSettings.mKeepsTimes};
+    TermShell shell(inSettings, ioMessages, ioResults);
+    if (inSettings.IsFilter())
+        shell.SetShownName(inInputs.mFiles.front().mPath, inInputs.mFiles.front().mPlace);
+    const bool cancelled = RunBrain(inInputs, inSettings, options, shell);
+    ioResults.PrintTotal(cancelled);
+    if (ioResults.IsPipeClosed())
+        TermEndOfClosedPipe();
+    if (ioResults.GetWriteError() != 0)
+        ioMessages.Error(std::string("standard output: ") + std::strerror(ioResults.GetWriteError()));
+    if (cancelled)
+        ioMessages.Error("cancelled", TermExit::km_Cancelled);
+}
 
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
+    if (inSettings.IsFilter())
+        return TermRunFilter(inSettings, ioMessages);
     TermCatchInterrupts();
-    WnPref prefs("Parvigif", "1.x");
-    for (const auto& [name, value] : inSettings.mPreferences)
-        prefs.Override(name.c_str(), value);
-
     TermResults results(inSettings);
-    TermShell shell(inSettings, ioMessages, results);
-    bool cancelled = false;
-    {
-        MizerBrain brain(prefs, shell, inSettings.mOptimizer); // stores the totals when it goes
-        TermQueueNames(
-            inSettings.mNames, ioMessages, [&](const char* inName) { return brain.AddNameToQueue(inName); },
-            &results);
-        cancelled = ProcessAll(brain);
-    }
-    results.PrintTotal(cancelled);
-    if (results.IsPipeClosed())
-        TermEndOfClosedPipe();
-    if (results.GetWriteError() != 0)
-        ioMessages.Error(std::string("standard output: ") + std::strerror(results.GetWriteError()));
-    if (cancelled)
-        ioMessages.Error("cancelled", TermExit::km_Cancelled);
+    TermProcessInputs(TermListInputs(inSettings, ioMessages, &results), inSettings, ioMessages, results);
 }

@@ -86,7 +86,7 @@ void CheckAbsent(const char* inPath) {
 
 /** Draws the queued files. The sheet's file is begun first, so that nobody waits for one that cannot be
  *  written. */
-void Draw(FileQueue& ioQueue, const TermSettings& inSettings, TermMessages& ioMessages) {
+void Draw(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages) {
     const char* const path = inSettings.mContactSheet.c_str();
     CheckAbsent(path);
     WnSafeFile file(path);
@@ -94,10 +94,9 @@ void Draw(FileQueue& ioQueue, const TermSettings& inSettings, TermMessages& ioMe
     PvContactSheet sheet(inSettings.mOptimizer.mMemoryLimit, &indicator);
     TermPassedOver passedOver(inSettings, ioMessages);
     std::vector<std::string> files;
-    while (!ioQueue.IsEmpty()) {
-        const auto name = ioQueue.TakeFirst();
-        if (AddFile(name.get(), sheet, passedOver, ioMessages))
-            files.emplace_back(name.get());
+    for (const TermInput& input : inInputs.mFiles) {
+        if (AddFile(input.mPath.c_str(), sheet, passedOver, ioMessages))
+            files.push_back(input.mPath);
     }
     if (files.empty())
         return ioMessages.FileError(inSettings.mContactSheet, "not made: there is nothing to show on it");
@@ -113,10 +112,9 @@ void Draw(FileQueue& ioQueue, const TermSettings& inSettings, TermMessages& ioMe
 void TermDrawContactSheet(const TermSettings& inSettings, TermMessages& ioMessages) {
     ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
     TermCatchInterrupts();
-    FileQueue queue;
-    TermQueueNames(inSettings.mNames, ioMessages, [&](const char* inName) { return queue.AddName(inName); });
+    const TermInputs inputs = TermListInputs(inSettings, ioMessages);
     try {
-        Draw(queue, inSettings, ioMessages);
+        Draw(inputs, inSettings, ioMessages);
     } catch (const NvErrorCode& error) {
         if (error.GetCode() == NvErrorCode::km_Cancelled)
             ioMessages.Error("cancelled", TermExit::km_Cancelled);

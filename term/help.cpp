@@ -56,6 +56,8 @@ std::string AllOptions(bool inFull) {
     std::string text;
     std::string_view group;
     for (const TermOption& option : TermGetOptions()) {
+        if (option.mIsRare && !inFull)
+            continue;
         if (group != option.mGroup) {
             group = option.mGroup;
             text += "\n" + std::string(group) + "\n";
@@ -84,7 +86,7 @@ std::string Usage() {
 } // namespace
 
 std::string TermBriefHelp() {
-    return Usage() + AllOptions(false) + "\nThe whole help: parvigif --help\n";
+    return Usage() + AllOptions(false) + "\nThese are the usual ones; parvigif --help tells of all.\n";
 }
 
 std::string TermFullHelp() {

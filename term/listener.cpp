@@ -16,6 +16,13 @@ const char* SkipWords(MizerSkip inReason) {
     }
 }
 
+/** What the error is about, when it is not the file itself. */
+std::string FailedPlace(const MizerFileResult& inResult) {
+    if (inResult.mBackupFailed)
+        return "no backup could be made: ";
+    return inResult.mDeliveryFailed ? "not written to the output folder: " : "";
+}
+
 } // namespace
 
 std::string TermOutcomeWords(const MizerFileResult& inResult) {
@@ -25,8 +32,7 @@ std::string TermOutcomeWords(const MizerFileResult& inResult) {
     case MizerStatus::km_Skipped:
         return SkipWords(inResult.mSkip);
     case MizerStatus::km_Failed:
-        return (inResult.mBackupFailed ? "no backup could be made: " : "") +
-               MizerErrorWords(*inResult.mError);
+        return FailedPlace(inResult) + MizerErrorWords(*inResult.mError);
     default:
         return "";
     }

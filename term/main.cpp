@@ -11,6 +11,7 @@
 #include "term/print.h"
 #include "term/restore.h"
 #include "term/storecommands.h"
+#include "win/errorwords.h"
 
 namespace {
 
@@ -52,6 +53,8 @@ int main(int inCount, char** inArguments) {
             Run(settings, messages);
         else
             messages.Error(TermPrintable(error) + " (see 'parvigif --help')", TermExit::km_Usage);
+    } catch (const NvErrorCode& failure) {
+        messages.Error(MizerErrorWords(failure));
     } catch (const std::bad_alloc&) {
         messages.Error("Out of Availible Memory");
     }

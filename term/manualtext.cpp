@@ -5,9 +5,10 @@
 namespace {
 
 constexpr auto kIntroduction = std::to_array<const char*>({
-    "A NAME is a GIF file, a folder (its GIF files, not those of its subfolders), or a pattern with * and ? "
-    "in "
-    "quotes. A file is replaced only when the new one is smaller and plays the same: screen, frames, timing, "
+    "A NAME is a GIF file, a folder (its GIF files, with -r those of its subfolders too), or a pattern with "
+    "* "
+    "and ? in quotes. A NAME of - reads one picture from standard input and writes it to standard output.",
+    "A file is replaced only when the new one is smaller and plays the same: screen, frames, timing, "
     "loop and shape are checked on the finished file. Colours may change a little: a file made smaller has "
     "at "
     "most 128 of them, and what differs by up to 28 steps of 255 from the frame before counts as equal.",
@@ -38,6 +39,9 @@ constexpr auto kExamples = std::to_array<TermManualItem>({
     {"parvigif banner.gif", "make one file smaller, keep banner.gif.BAK"},
     {"parvigif --no-backup pics/", "all GIF files of a folder, without backups"},
     {"parvigif 'pics/icon-*.gif'", "those that match"},
+    {"parvigif -nr pics", "tell what could be saved in a whole tree"},
+    {"parvigif -r -o web pics", "write the tree anew to web, leave pics alone"},
+    {"parvigif - <in.gif >out.gif", "as part of a pipeline"},
 });
 
 constexpr auto kSections = std::to_array<TermManualSection>({

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -8,17 +7,25 @@
 #include "term/listener.h"
 #include "term/messages.h"
 #include "term/options.h"
-#include "win/filequeue.h"
 #include "win/mizershell.h"
 
-/** Queues what the names on the command line stand for; those that lead nowhere, or to a file named before,
- *  are told.
+/** A file that the command line asks for. */
+struct TermInput {
+    std::string mPath;
+    std::string mPlace; ///< path below the folder that was named; of a file or a pattern, the file's name
+};
+
+struct TermInputs {
+    std::vector<TermInput> mFiles;
+    std::vector<std::string> mFolders; ///< those that were named
+};
+
+/** What the names on the command line and in the file of names stand for, in their order, each file once.
+ *  Names that lead nowhere, or to a file named before, are told.
  *
- *  @param inQueue     FileQueue::AddName of the queue to fill
- *  @param inListener  hears of each name that cannot be queued; borrowed, or null */
-void TermQueueNames(const std::vector<std::string>& inNames, TermMessages& ioMessages,
-                    const std::function<FileQueue::Named(const char*)>& inQueue,
-                    TermListener* inListener = nullptr);
+ *  @param inListener  hears of each name that leads nowhere; borrowed, or null */
+TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessages,
+                          TermListener* inListener = nullptr);
 
 /** Tells of files that are not worked on. A folder may hold a thousand of them: unless everything is to be
  *  told, only what was named itself deserves a line. */
@@ -27,7 +34,6 @@ public:
     /** @param ioMessages  borrowed */
     TermPassedOver(const TermSettings& inSettings, TermMessages& ioMessages);
 
-    /** @param inWords  why, see TermOutcomeWords */
     void Tell(const std::string& inPath, const std::string& inWords);
 
 private:

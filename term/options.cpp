@@ -65,19 +65,50 @@ bool StorePreference(Settings& ioSettings, Argument inText) {
     return true;
 }
 
-bool SetContactSheet(Settings& ioSettings, Argument inPath) {
-    ioSettings.mContactSheet = inPath;
-    return !inPath.empty();
+/** "2000", bytes, or "1.5%". */
+bool SetLeastSaving(Settings& ioSettings, Argument inText) {
+    if (!inText.ends_with('%'))
+        return ReadNumber(inText, 0, UINT32_MAX, ioSettings.mLeastSaving.mBytes);
+    const char* end = inText.data() + inText.size() - 1;
+    double& percentage = ioSettings.mLeastSaving.mPercentage;
+    const auto [stop, error] = std::from_chars(inText.data(), end, percentage);
+    return error == std::errc() && stop == end && percentage >= 0 && percentage <= 100;
+}
+
+bool SetText(std::string& outText, Argument inText) {
+    outText = inText;
+    return !inText.empty();
 }
 
 constexpr auto kOptions = std::to_array<TermOption>({
+    {"recursive", 'r', nullptr, "Files", "enter the subfolders of folders, too",
+     "Links to folders are not followed.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mIsRecursive = true; }},
+    {"files-from", 0, "FILE", "Files", "read more names from FILE, one to a line",
+     "'-' stands for standard input: find pics -name '*.gif' | parvigif --files-from -",
+     [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mNamesFile, inPath); }},
+    {"null", '0', nullptr, "Files", "those names end in a NUL, as of find -print0", nullptr,
+     [](Settings& ioSettings, Argument) { return ioSettings.mNamesEndInNul = true; }, true},
+    {"min-saving", 0, "N[%]", "Files", "leave files that would gain less than N bytes",
+     "Or less than N percent of their size: --min-saving 2%. Such a file stays byte for byte as it is.",
+     SetLeastSaving},
+    {"dry-run", 'n', nullptr, "Results", "only tell what a run would save",
+     "Does all the work on private copies. Changes no file, makes no backup, writes no log, counts nothing.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mIsDryRun = true; }},
+    {"output", 'o', "DIR", "Results", "write the new files to DIR, change no original",
+     "DIR is made when it is missing. A folder's files go there under their names, with -r in the same "
+     "subfolders. Files that do not get smaller are copied as they are, so that DIR holds them all. What "
+     "stands in DIR already is never replaced.",
+     [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mOutputFolder, inPath); }},
+    {"keep-times", 0, nullptr, "Results", "keep the files' modification times", nullptr,
+     [](Settings& ioSettings, Argument) { return ioSettings.mKeepsTimes = true; }, true},
     {"no-backup", 0, nullptr, "Backups", "do not keep the original as NAME.BAK",
      "Without this, the original of every file that is made smaller stands beside it, with .BAK "
      "appended to its whole name.",
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "BACKUP", 0); }},
     {"overwrite-backups", 0, nullptr, "Backups", "replace a backup that exists",
      "Without this, the first backup stays, so that it holds the oldest original.",
-     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 1); }},
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 1); }, true},
     {"restore", 0, nullptr, "Backups", "put backups back in the place of NAMEs",
      "Every backup is read as a GIF before it replaces the picture in one step; it stays. Of a folder or a "
      "pattern, the pictures that have one.",
@@ -85,7 +116,7 @@ constexpr auto kOptions = std::to_array<TermOption>({
     {"allow-crop", 0, nullptr, "Picture", "cut transparent borders off single images",
      "What is left stays at its place on the screen, whose size does not change. The frames of "
      "animations are always cut so.",
-     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 1); }},
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 1); }, true},
     {"lossless", 0, nullptr, "Picture", "change no displayed colour",
      "Saves less: only colours that nothing uses, pixels that the screen shows already and the way the "
      "data is packed. Without this a file is shown with at most 128 colours.",
@@ -95,27 +126,28 @@ constexpr auto kOptions = std::to_array<TermOption>({
      "of 255 in red, green and blue. The usual 28 gives way by itself in a file where it would be seen.",
      SetTolerance},
     {"max-memory", 0, "MIB", "Picture", "leave files alone that need more memory",
-     "In MiB, per file. The usual limit is half of the machine's memory, at least 1024.", SetMemoryLimit},
-    {"no-log", 0, nullptr, "Log", "write nothing to the results log", nullptr,
+     "In MiB, per file. The usual limit is half of the machine's memory, at least 1024.", SetMemoryLimit,
+     true},
+    {"no-log", 0, nullptr, "Log and preferences", "write nothing to the results log", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 0); }},
-    {"log-results-only", 0, nullptr, "Log", "log only files that were made smaller", nullptr,
-     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOGALL", 0); }},
-    {"show-log", 0, nullptr, "Log", "print the results log and stop", nullptr,
+    {"log-results-only", 0, nullptr, "Log and preferences", "log only files that were made smaller", nullptr,
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOGALL", 0); }, true},
+    {"show-log", 0, nullptr, "Log and preferences", "print the results log and stop", nullptr,
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ShowLog); }},
-    {"clear-log", 0, nullptr, "Log", "empty the results log and stop", nullptr,
-     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ClearLog); }},
-    {"totals", 0, nullptr, "Log", "print what all runs have saved and stop", nullptr,
+    {"clear-log", 0, nullptr, "Log and preferences", "empty the results log and stop", nullptr,
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ClearLog); }, true},
+    {"totals", 0, nullptr, "Log and preferences", "print what all runs have saved and stop", nullptr,
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Totals); }},
-    {"preferences", 0, nullptr, "Preferences", "print the preferences and stop",
+    {"preferences", 0, nullptr, "Log and preferences", "print the preferences and stop",
      "Each with its value and whether that is machine-wide, this user's, or built in.",
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ListPreferences); }},
-    {"set", 0, "NAME=VALUE", "Preferences", "store a preference for all runs to come",
+    {"set", 0, "NAME=VALUE", "Log and preferences", "store a preference for all runs to come",
      "A switch such as BACKUP is 0 or 1. May be given several times, with or without NAMEs to work on.",
      StorePreference},
     {"contact-sheet", 0, "OUT", "Output", "change no file, show all of them on a new GIF",
      "Draws the first, the middle and the last frame of every file side by side, file by file from the top "
      "left, and prints which is where. An OUT that exists is never replaced.",
-     SetContactSheet},
+     [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mContactSheet, inPath); }},
     {"json", 0, nullptr, "Output", "print results as JSON, an object per line",
      "An object for each file as it is done, then one for all of them; the user guide tells their fields. "
      "With --quiet, too.",
@@ -220,11 +252,41 @@ private:
 std::string CheckNames(const Settings& inSettings) {
     const bool needsNames =
         inSettings.mTask == TermTask::km_Process || inSettings.mTask == TermTask::km_Restore;
-    if (needsNames && inSettings.mNames.empty())
+    const std::vector<std::string>& names = inSettings.mNames;
+    const bool hasNames = !names.empty() || !inSettings.mNamesFile.empty();
+    if (needsNames && !hasNames)
         return "no file named";
-    if (!needsNames && !inSettings.mNames.empty())
-        return "no file can be worked on here: '" + inSettings.mNames.front() + "'";
+    if (!needsNames && hasNames)
+        return "no file can be worked on here: '" + (names.empty() ? inSettings.mNamesFile : names.front()) +
+               "'";
+    const bool hasStandardInput = std::find(names.begin(), names.end(), "-") != names.end();
+    if (hasStandardInput && (names.size() > 1 || !inSettings.mNamesFile.empty()))
+        return "'-' must be the only name";
     return {};
+}
+
+/** @return which two ways of working do not go together, in words, or nothing */
+std::string CheckModes(const Settings& inSettings) {
+    std::vector<std::string> modes;
+    const auto add = [&](bool inIsAsked, const char* inName) {
+        if (inIsAsked)
+            modes.emplace_back(inName);
+    };
+    const bool restores = inSettings.mTask == TermTask::km_Restore;
+    add(inSettings.IsFilter() && !inSettings.mIsDryRun, "-");
+    add(restores, "--restore");
+    add(inSettings.mIsDryRun, "--dry-run");
+    add(!inSettings.mOutputFolder.empty(), "--output");
+    add(!inSettings.mContactSheet.empty(), "--contact-sheet");
+    add(restores && inSettings.mIsRecursive, "--recursive");
+    add(restores && !inSettings.mNamesFile.empty(), "--files-from");
+    return modes.size() < 2 ? "" : "'" + modes[0] + "' does not go with '" + modes[1] + "'";
+}
+
+/** @return what is wrong with all arguments together, or nothing */
+std::string CheckSettings(const Settings& inSettings) {
+    const std::string error = CheckNames(inSettings);
+    return error.empty() ? CheckModes(inSettings) : error;
 }
 
 } // namespace
@@ -243,8 +305,8 @@ bool TermParseArguments(const std::vector<std::string>& inArguments, TermSetting
         return true;
     }
     if (outSettings.mTask == TermTask::km_Process && outSettings.mNames.empty() &&
-        !outSettings.mStored.empty())
+        outSettings.mNamesFile.empty() && !outSettings.mStored.empty())
         outSettings.mTask = TermTask::km_Store;
-    outError = parser.GetError().empty() ? CheckNames(outSettings) : parser.GetError();
+    outError = parser.GetError().empty() ? CheckSettings(outSettings) : parser.GetError();
     return outError.empty();
 }

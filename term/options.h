@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "win/mizerbrain.h"
 #include "win/pvopt.h"
 
 enum class TermTask {
@@ -34,6 +35,16 @@ struct TermSettings {
     PvOptSettings mOptimizer;
     bool mIsJson = false;            ///< results as JSON Lines instead of the table
     std::vector<std::string> mNames; ///< as typed, in order
+    std::string mNamesFile;          ///< holds more names, one to a line; "-": standard input; empty: none
+    bool mNamesEndInNul = false;     ///< in that file
+    bool mIsRecursive = false;
+    bool mIsDryRun = false;
+    bool mKeepsTimes = false;
+    std::string mOutputFolder; ///< where results go; empty: over their originals
+    MizerLeastSaving mLeastSaving;
+
+    /** Whether one picture comes in on standard input and goes out on standard output. */
+    bool IsFilter() const { return mNames.size() == 1 && mNames[0] == "-"; }
 };
 
 /** One option. The parser and the help text both come from the table of these. */
@@ -48,6 +59,7 @@ struct TermOption {
     const char* mMore;  ///< the rest of the full help, or null
     /** @return false when the argument makes no sense */
     bool (*mApply)(TermSettings& ioSettings, const std::string& inArgument);
+    bool mIsRare = false; ///< left out of the short help, which has to fit a screen
 };
 
 /** Grouped, in the order of the help. */

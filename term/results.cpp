@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 
 #include "term/messages.h"
 #include "win/mizertotals.h"
@@ -40,6 +39,12 @@ std::string MakeDetail(const MizerFileResult& inResult) {
 }
 
 } // namespace
+
+TermResults::TermResults(const TermSettings& inSettings)
+    : mStream(inSettings.IsFilter() ? stderr : stdout),
+      mIsJson(inSettings.mIsJson),
+      mDetail(inSettings.mDetail),
+      mIsDryRun(inSettings.mIsDryRun) {}
 
 void TermResults::FileDone(const MizerFileResult& inResult, const std::string& inWords) {
     Count(inResult);
@@ -91,7 +96,8 @@ void TermResults::PrintTotal(bool inIsCancelled) {
 
 void TermResults::PrintTotalRow() {
     std::string what = Counted(mCounts.mSmaller + mCounts.mUnchanged, "file", "files") + ", " +
-                       std::to_string(mCounts.mSmaller) + " made smaller";
+                       std::to_string(mCounts.mSmaller) +
+                       (mIsDryRun ? " could be made smaller" : " made smaller");
     if (mCounts.mFailed != 0)
         what += "; " + std::to_string(mCounts.mFailed) + " failed";
     PrintRow(MakeRow(std::to_string(mCounts.mOriginalBytes), std::to_string(mCounts.mNewBytes),
@@ -113,8 +119,8 @@ void TermResults::PrintRow(const std::string& inLine) {
 void TermResults::Print(const std::string& inLine) {
     if (mPipeClosed)
         return;
-    const bool isWritten = std::fwrite(inLine.data(), 1, inLine.size(), stdout) == inLine.size();
-    if (isWritten && std::fflush(stdout) == 0)
+    const bool isWritten = std::fwrite(inLine.data(), 1, inLine.size(), mStream) == inLine.size();
+    if (isWritten && std::fflush(mStream) == 0)
         return;
     if (errno == EPIPE)
         mPipeClosed = true;

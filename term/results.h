@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 #include "term/json.h"
@@ -8,11 +9,11 @@
 #include "term/options.h"
 #include "win/mizershell.h"
 
-/** The results on standard output: a line per file, then one for all of them. */
+/** The results: a line per file, then one for all of them. On standard output, where pictures do not go
+ * there. */
 class TermResults : public TermListener {
 public:
-    explicit TermResults(const TermSettings& inSettings)
-        : mIsJson(inSettings.mIsJson), mDetail(inSettings.mDetail) {}
+    explicit TermResults(const TermSettings& inSettings);
 
     /** The table has lines for files that were measured and tried; JSON has them all. */
     void FileDone(const MizerFileResult& inResult, const std::string& inWords) override;
@@ -32,8 +33,10 @@ private:
     void PrintRow(const std::string& inLine);
     void Print(const std::string& inLine);
 
+    std::FILE* mStream;
     bool mIsJson;
     TermDetail mDetail;
+    bool mIsDryRun;
     bool mHasHeading = false;
     bool mPipeClosed = false;
     int mWriteError = 0;

@@ -39,6 +39,15 @@ void TermShell::BeforeReplace(const char* inPath) {
 }
 
 void TermShell::FileDone(const MizerFileResult& inResult) {
+    const auto name = mShownNames.find(inResult.mPath);
+    if (name == mShownNames.end())
+        return Tell(inResult);
+    MizerFileResult shown = inResult;
+    shown.mPath = name->second;
+    Tell(shown);
+}
+
+void TermShell::Tell(const MizerFileResult& inResult) {
     const std::string words = TermOutcomeWords(inResult);
     for (TermListener* listener : mListeners)
         listener->FileDone(inResult, words);

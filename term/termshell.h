@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,9 @@ public:
     TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
               std::vector<TermListener*> inOthers = {});
 
+    /** Calls one file by another name in all that is said about it. */
+    void SetShownName(const std::string& inPath, const std::string& inName) { mShownNames[inPath] = inName; }
+
     bool PumpEvents() override;
     bool ShowProgress(double inFraction) override;
     bool HasPanel() const override { return false; }
@@ -27,8 +31,11 @@ public:
     void PostQuit() override {}
 
 private:
+    void Tell(const MizerFileResult& inResult);
+
     TermMessages& mMessages;
     TermResults& mResults;
     std::vector<TermListener*> mListeners; // mResults among them
     TermPassedOver mPassedOver;
+    std::map<std::string, std::string> mShownNames;
 };

@@ -3,15 +3,18 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
 #include <new>
 #include <stdexcept>
-#include <vector>
+#include <system_error>
 
 #include "nvcode2/nvfile.h"
+#include "win/mizerdelivery.h"
 #include "win/mizerrestore.h"
 #include "win/wholefile.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
+#include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
@@ -51,10 +54,12 @@ private:
     MizerBrain& mBrain;
 };
 
-MizerBrain::MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings& inSettings)
+MizerBrain::MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings& inSettings,
+                       const MizerOptions& inOptions)
     : mPrefs(inPrefs),
       mShell(inShell),
       mSettings(inSettings),
+      mOptions(inOptions),
       mTotals(inPrefs, inShell),
       mLog(inPrefs, inShell) {}
 
@@ -120,6 +125,7 @@ void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
         ioResult.mStatus = cancelled ? MizerStatus::km_Cancelled : MizerStatus::km_Failed;
         ioResult.mError = error;
         ioResult.mBackupFailed = mBackupFailed;
+        ioResult.mDeliveryFailed = mDeliveryFailed;
         mShell.FileDone(ioResult);
         throw;
     }
@@ -148,12 +154,12 @@ std::uint32_t MizerBrain::GetFileSizeOnDisk(const char* inPath, std::optional<Nv
 
 void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     mTotals.SetOriginalSize(ioResult.mOriginalSize);
-    mBackupFailed = false;
+    mBackupFailed = mDeliveryFailed = false;
     mBackupPath.clear();
     if (PumpMessages())
         ThrowCancelled(kCancelledBeforeFile);
     PvOutcome outcome;
-    ioResult.mNewSize = OptimizeGIFFile(ioResult.mPath.c_str(), ioResult.mOriginalSize, outcome);
+    ioResult.mNewSize = WorkOnFile(ioResult.mPath.c_str(), ioResult.mOriginalSize, outcome);
     ioResult.mError = outcome.mLoadError;
     ioResult.mGateReason = outcome.mGateReason;
     ioResult.mFrameCount = outcome.mFrameCount;
@@ -166,6 +172,74 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     }
     RecordResult(ioResult);
     PumpMessages();
+}
+
+std::uint32_t MizerBrain::WorkOnFile(const char* inPath, std::uint32_t inOriginalSize,
+                                     PvOutcome& outOutcome) {
+    std::error_code ignored; // a file without a time has none to keep
+    const auto time = std::filesystem::last_write_time(inPath, ignored);
+    std::string place = inPath;
+    const bool needsCopy = mOptions.mDelivery || mOptions.mLeastSaving.IsSet();
+    const std::uint32_t newSize = needsCopy ? WorkOnCopy(inPath, inOriginalSize, outOutcome, place)
+                                            : OptimizeGIFFile(inPath, inOriginalSize, outOutcome);
+    const bool isWritten = mOptions.mDelivery ? !place.empty() : newSize < inOriginalSize;
+    if (mOptions.mKeepsTimes && isWritten)
+        std::filesystem::last_write_time(place, time, ignored);
+    return newSize;
+}
+
+/** Leaves the file alone until both passes are through, so that nothing is replaced that is not worth it. */
+std::uint32_t MizerBrain::WorkOnCopy(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome,
+                                     std::string& outPlace) {
+    if (mOptions.mDelivery)
+        TryToDeliver([&] { mOptions.mDelivery->Prepare(inPath); });
+    const auto state = WnGetFileState(inPath);
+    const WnScratchFile copy;
+    MizerCopyFile(inPath, copy.GetPath());
+    mCopyPath = copy.GetPath();
+    std::uint32_t newSize = inOriginalSize;
+    try {
+        newSize = OptimizeGIFFile(copy.GetPath(), inOriginalSize, outOutcome);
+    } catch (const NvErrorCode& error) {
+        if (error.GetCode() != NvErrorCode::km_Cancelled)
+            DeliverResult(inPath, inPath);
+        throw;
+    }
+    if (WnGetFileState(inPath) != state) {
+        outOutcome.mGateReason = "another program changed the file meanwhile";
+        newSize = inOriginalSize;
+    }
+    if (!mOptions.mLeastSaving.IsReached(inOriginalSize, newSize))
+        newSize = inOriginalSize;
+    outPlace = DeliverResult(inPath, newSize < inOriginalSize ? copy.GetPath() : inPath);
+    return newSize;
+}
+
+std::string MizerBrain::DeliverResult(const char* inPath, const char* inResultPath) {
+    std::string place;
+    if (mOptions.mDelivery) {
+        TryToDeliver([&] { place = mOptions.mDelivery->Deliver(inPath, inResultPath); });
+        if (!place.empty())
+            RemoveLeftoversBeside(place.c_str());
+    } else if (inResultPath != inPath) {
+        WnCheckReplaceable(inPath);
+        WnSafeFile file(inPath);
+        MizerCopyFile(inResultPath, file.GetTemporaryPath());
+        BackupFile(inPath);
+        file.Commit();
+        place = inPath;
+    }
+    return place;
+}
+
+void MizerBrain::TryToDeliver(const std::function<void()>& inStep) {
+    try {
+        inStep();
+    } catch (const NvErrorCode&) {
+        mDeliveryFailed =
+            mOptions.mDelivery->HasPlaces(); // the person should know which of the two places it is about
+        throw;
+    }
 }
 
 void MizerBrain::RecordResult(const MizerFileResult& inResult) {
@@ -194,6 +268,8 @@ std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOr
 }
 
 void MizerBrain::BackupFile(const char* inPath) {
+    if (inPath == mCopyPath)
+        return;
     RemoveLeftoversBeside(inPath);
     if (IsOn("BACKUP", 1)) {
         try {
@@ -216,9 +292,8 @@ std::string MizerBrain::WriteBackup(const char* inPath) {
     if (present == WnFileKind::km_RegularFile && !overwrite)
         return backup; // the first backup holds the oldest original
 
-    const std::vector<unsigned char> bytes = MizerReadWholeFile(inPath);
     WnSafeFile file(backup.c_str(), inPath);
-    MizerWriteWholeFile(file.GetTemporaryPath(), bytes);
+    MizerCopyFile(inPath, file.GetTemporaryPath());
     if (overwrite)
         file.Commit();
     else

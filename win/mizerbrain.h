@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -10,7 +11,27 @@
 #include "win/mizertotals.h"
 #include "win/pvopt.h"
 
+class MizerDelivery;
 class WnPref;
+
+/** What a file must gain at least to be worth replacing. */
+struct MizerLeastSaving {
+    std::uint32_t mBytes = 0;
+    double mPercentage = 0; ///< of the original size
+
+    bool IsSet() const { return mBytes != 0 || mPercentage > 0; }
+    bool IsReached(std::uint32_t inOriginalSize, std::uint32_t inNewSize) const {
+        const std::uint32_t saved = inOriginalSize - inNewSize;
+        return saved >= mBytes && saved >= mPercentage / 100.0 * inOriginalSize;
+    }
+};
+
+/** How a batch treats the files it makes smaller. */
+struct MizerOptions {
+    MizerDelivery* mDelivery = nullptr; ///< borrowed; null: results take the places of their originals
+    MizerLeastSaving mLeastSaving;      ///< files that gain less stay as they are
+    bool mKeepsTimes = false;           ///< new files have the modification times of their originals
+};
 
 /** The batch driver: a queue of files, made smaller one at a time, with log, totals and panel.
  *
@@ -20,7 +41,8 @@ class WnPref;
 class MizerBrain : private PvOptHost {
 public:
     /** The first two are borrowed for the driver's life. Reads and shows the totals to date. */
-    MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings& inSettings = {});
+    MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings& inSettings = {},
+               const MizerOptions& inOptions = {});
 
     /** Closes the log and stores the totals. */
     ~MizerBrain() override = default;
@@ -76,6 +98,11 @@ private:
     void ProcessNamedGIF(MizerFileResult& ioResult);
     bool MeasureFile(MizerFileResult& ioResult);
     void OptimizeFile(MizerFileResult& ioResult);
+    std::uint32_t WorkOnFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome);
+    std::uint32_t WorkOnCopy(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome,
+                             std::string& outPlace);
+    std::string DeliverResult(const char* inPath, const char* inResultPath);
+    void TryToDeliver(const std::function<void()>& inStep);
     void RecordResult(const MizerFileResult& inResult);
     std::string WriteBackup(const char* inPath);
     void RemoveLeftoversBeside(const char* inPath);
@@ -84,11 +111,14 @@ private:
     bool mCancelFlag = false;
     bool mQuitRequested = false;
     bool mBusy = false;
-    bool mBackupFailed = false; // these two of the file in hand
+    bool mBackupFailed = false; // these four of the file in hand
+    bool mDeliveryFailed = false;
     std::string mBackupPath;
+    std::string mCopyPath; // the private copy that is worked on, if any
     WnPref& mPrefs;
     MizerShell& mShell;
     PvOptSettings mSettings;
+    MizerOptions mOptions;
     FileQueue mQueue;
     MizerTotals mTotals;
     MizerLog mLog;

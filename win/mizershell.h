@@ -42,8 +42,9 @@ struct MizerFileResult {
     std::uint32_t mOriginalSize = 0; ///< bytes; 0 when it was not measured
     std::uint32_t mNewSize = 0;      ///< bytes
     std::optional<NvErrorCode> mError;
-    bool mBackupFailed = false; ///< mError is about the backup, not the file itself
-    std::string mGateReason;    ///< why a smaller file was not kept, see PvOutcome; or empty
+    bool mBackupFailed = false;   ///< mError is about the backup, not the file itself
+    bool mDeliveryFailed = false; ///< mError is about the place that the result should have gone to
+    std::string mGateReason;      ///< why a smaller file was not kept, see PvOutcome; or empty
 
     std::string mBackupPath; ///< where the original is kept, of a file made smaller; or empty
 

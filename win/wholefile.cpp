@@ -27,3 +27,7 @@ void MizerWriteWholeFile(const char* inPath, const std::vector<unsigned char>& i
     file.Write(inBytes.data(), static_cast<std::uint32_t>(inBytes.size()));
     file.Close();
 }
+
+void MizerCopyFile(const char* inFromPath, const char* inToPath) {
+    MizerWriteWholeFile(inToPath, MizerReadWholeFile(inFromPath));
+}

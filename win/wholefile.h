@@ -7,3 +7,6 @@ std::vector<unsigned char> MizerReadWholeFile(const char* inPath);
 
 /** Writes over the file from its start. @throws NvErrorCode  those of NvFile */
 void MizerWriteWholeFile(const char* inPath, const std::vector<unsigned char>& inBytes);
+
+/** One after the other. */
+void MizerCopyFile(const char* inFromPath, const char* inToPath);

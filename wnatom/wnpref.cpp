@@ -83,6 +83,8 @@ bool WnPref::ReadString(const char* inName, char* outBuffer, std::size_t inBuffe
 
 bool WnPref::WriteDWord(const char* inName, std::uint32_t inValue) {
     NvAssert(inName);
+    if (mKeepsStore)
+        return true;
     return WriteToRoots(GetKeyPath(), [&](WnPrefKey& key) { return key.WriteDWord(inName, inValue); });
 }
 
@@ -93,11 +95,15 @@ bool WnPref::WriteString(const char* inName, const char* inData, std::size_t inS
         text.pop_back();
     if (text.find_first_of(std::string_view("\0\r\n", 3)) != std::string::npos)
         return false;
+    if (mKeepsStore)
+        return true;
     return WriteToRoots(GetKeyPath(), [&](WnPrefKey& key) { return key.WriteString(inName, text); });
 }
 
 bool WnPref::AddToDWord(const char* inName, std::uint32_t inDelta) {
     NvAssert(inName);
+    if (mKeepsStore)
+        return true;
     // A root that has no such value yet continues what a reader saw so far, not 0: otherwise the first write
     // to the machine-wide root would hide a user's total.
     std::uint32_t seen = 0;

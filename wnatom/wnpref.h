@@ -49,7 +49,11 @@ public:
     /** A value for this object's life that wins over the stored one and is never stored. */
     void Override(const char* inName, std::uint32_t inValue);
 
+    /** From now on writes answer true and store nothing. */
+    void KeepStoreAsItIs() { mKeepsStore = true; }
+
 private:
     std::string mKeyPath;
+    bool mKeepsStore = false;
     std::map<std::string, std::uint32_t, std::less<>> mOverrides;
 };

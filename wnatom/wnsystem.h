@@ -48,6 +48,10 @@ std::optional<WnFileState> WnGetFileState(const char* inPath);
  *  @throws NvErrorCode 14 without the right to read the folder, else by the runtime's error number */
 std::vector<std::string> WnListFiles(const char* inFolder);
 
+/** The same for the folders inside it; links to folders are left out, so that a walk never runs in a circle.
+ */
+std::vector<std::string> WnListFolders(const char* inFolder);
+
 /** Whether the character parts a path, and the one to write. */
 bool WnIsSeparator(char inCharacter);
 char WnGetSeparator();

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,6 +31,23 @@ std::string GetPrivateTemporaryFolder() {
     if (inSystemError == EACCES)
         NvThrowWithSystemError(NvErrorCode::km_OpenDenied, inSystemError);
     ThrowRuntimeError(inSystemError);
+}
+
+/** The entries of a folder that are of one type, by their names.
+ *  @param inFlags  of fstatat: whether a link counts as what it leads to */
+std::vector<std::string> ListEntries(const char* inFolder, mode_t inType, int inFlags) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(inFolder), &closedir);
+    if (!folder)
+        ThrowOpenError(errno);
+    std::vector<std::string> names;
+    while (const dirent* entry = readdir(folder.get())) {
+        struct stat status {};
+        if (fstatat(dirfd(folder.get()), entry->d_name, &status, inFlags) == 0 &&
+            (status.st_mode & S_IFMT) == inType)
+            names.emplace_back(entry->d_name);
+    }
+    std::sort(names.begin(), names.end()); // std::string compares its characters as unsigned bytes
+    return names;
 }
 
 } // namespace
@@ -80,16 +98,12 @@ std::optional<WnFileState> WnGetFileState(const char* inPath) {
 }
 
 std::vector<std::string> WnListFiles(const char* inFolder) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(inFolder), &closedir);
-    if (!folder)
-        ThrowOpenError(errno);
-    std::vector<std::string> names;
-    while (const dirent* entry = readdir(folder.get())) {
-        struct stat status {};
-        if (fstatat(dirfd(folder.get()), entry->d_name, &status, 0) == 0 && S_ISREG(status.st_mode))
-            names.emplace_back(entry->d_name);
-    }
-    std::sort(names.begin(), names.end()); // std::string compares its characters as unsigned bytes
+    return ListEntries(inFolder, S_IFREG, 0);
+}
+
+std::vector<std::string> WnListFolders(const char* inFolder) {
+    std::vector<std::string> names = ListEntries(inFolder, S_IFDIR, AT_SYMLINK_NOFOLLOW);
+    std::erase_if(names, [](const std::string& name) { return name == "." || name == ".."; });
     return names;
 }
 

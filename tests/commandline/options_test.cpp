@@ -22,8 +22,8 @@ TermSettings Parse(const std::vector<std::string>& inArguments) {
 }
 
 TEST(Options, NamesAndOptionsMayMixUntilTheDoubleDash) {
-    const TermSettings settings = Parse({"a", "-q", "b", "--no-log", "-", "--", "-v", "--", "--help"});
-    EXPECT_THAT(settings.mNames, ElementsAre("a", "b", "-", "-v", "--", "--help"));
+    const TermSettings settings = Parse({"a", "-q", "b", "--no-log", "--", "-v", "--", "--help"});
+    EXPECT_THAT(settings.mNames, ElementsAre("a", "b", "-v", "--", "--help"));
     EXPECT_EQ(settings.mDetail, TermDetail::km_Quiet);
     EXPECT_EQ(settings.mTask, TermTask::km_Process);
 }
@@ -77,6 +77,12 @@ TEST(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"--set", "BACKUP=2"}, "option '--set' cannot be 'BACKUP=2'"},
         {{"--set", "BACKUP"}, "option '--set' cannot be 'BACKUP'"},
         {{"--set", "HUE=1"}, "option '--set' cannot be 'HUE=1'"},
+        {{"-", "a"}, "'-' must be the only name"},
+        {{"-o", "out", "-"}, "'-' does not go with '--output'"},
+        {{"-n", "-o", "out", "a"}, "'--dry-run' does not go with '--output'"},
+        {{"--restore", "-n", "a"}, "'--restore' does not go with '--dry-run'"},
+        {{"--min-saving=101%", "a"}, "option '--min-saving' cannot be '101%'"},
+        {{"--min-saving=%", "a"}, "option '--min-saving' cannot be '%'"},
         {{"--max-memory=", "a"}, "option '--max-memory' cannot be ''"},
         {{"--max-memory=99999999999", "a"}, "option '--max-memory' cannot be '99999999999'"},
         {{"--\x1b[31m"}, "unknown option '--\\x1b[31m'"},
@@ -90,15 +96,18 @@ TEST(Program, AWrongCommandLineIsOneLineAndStatus2) {
     }
 }
 
-TEST(Program, HelpShowsEveryOptionInEightyColumns) {
+TEST(Program, TheWholeHelpShowsEveryOptionAndTheShortOneFitsAScreen) {
     const TestFolder folder;
     const ProgramResult full = ProgramRunner(folder.GetPath()).Run({"--help"});
     const ProgramResult brief = ProgramRunner(folder.GetPath()).Run({"-h"});
-    for (const ProgramResult& help : {full, brief}) {
+    for (const bool isFull : {true, false}) {
+        const ProgramResult& help = isFull ? full : brief;
         EXPECT_EQ(help.mStatus, 0);
         EXPECT_EQ(help.mErr, "");
         EXPECT_THAT(help.mOut, testing::StartsWith("Usage: parvigif [OPTION]... NAME...\n"));
         for (const TermOption& option : TermGetOptions()) {
+            if (option.mIsRare && !isFull)
+                continue;
             if (option.mName) {
                 EXPECT_THAT(help.mOut, HasSubstr(std::string(" --") + option.mName + " "));
             }

@@ -1,0 +1,72 @@
+#include "term/filter.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "term/batchrun.h"
+#include "term/interrupt.h"
+#include "term/standardstreams.h"
+#include "win/errorwords.h"
+#include "wnatom/wnscratch.h"
+
+namespace {
+
+/** @return 0, else the errno of what failed; with inFrom at its end in the first case */
+int CopyStream(std::FILE* inFrom, std::FILE* inTo) {
+    std::array<char, 64 * 1024> buffer{};
+    while (const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), inFrom)) {
+        if (TermIsInterrupted())
+            return EINTR;
+        if (std::fwrite(buffer.data(), 1, size, inTo) != size)
+            return errno;
+    }
+    return std::ferror(inFrom) || std::fflush(inTo) != 0 ? errno : 0;
+}
+
+/** The same with a file on one side. */
+int CopyFile(const char* inPath, const char* inMode, std::FILE* inStream) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(inPath, inMode), &std::fclose);
+    if (!file)
+        return errno;
+    return *inMode == 'r' ? CopyStream(file.get(), inStream) : CopyStream(inStream, file.get());
+}
+
+void WritePicture(const char* inPath, TermMessages& ioMessages) {
+    const int error = CopyFile(inPath, "rb", stdout);
+    if (error == EPIPE)
+        TermEndOfClosedPipe();
+    else if (error != 0)
+        ioMessages.Error(std::string("standard output: ") + std::strerror(error));
+}
+
+void Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
+    const WnScratchFile picture;
+    const int error = CopyFile(picture.GetPath(), "wb", stdin);
+    if (error != 0 && !TermIsInterrupted())
+        return ioMessages.Error(std::string("standard input: ") + std::strerror(error));
+    TermInputs inputs;
+    inputs.mFiles = {{picture.GetPath(), "-"}};
+    TermResults results(inSettings);
+    TermProcessInputs(inputs, inSettings, ioMessages, results);
+    if (!inSettings.mIsDryRun && !TermIsInterrupted())
+        WritePicture(picture.GetPath(), ioMessages);
+}
+
+} // namespace
+
+void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages) {
+    if (TermIsTerminal(stdout) && !inSettings.mIsDryRun)
+        return ioMessages.Error("'-' writes a picture to standard output: send it to a file or a program",
+                                TermExit::km_Usage);
+    TermCarryBytes();
+    std::ungetc(std::getc(stdin), stdin); // nothing is begun before the first byte, so Ctrl-C just ends
+    TermCatchInterrupts();
+    try {
+        Filter(inSettings, ioMessages);
+    } catch (const NvErrorCode& error) {
+        ioMessages.Error(MizerErrorWords(error)); // no place for the picture
+    }
+}

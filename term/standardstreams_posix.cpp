@@ -1,0 +1,9 @@
+#include "term/standardstreams.h"
+
+#include <unistd.h>
+
+bool TermIsTerminal(std::FILE* inStream) {
+    return isatty(fileno(inStream)) != 0;
+}
+
+void TermCarryBytes() {}

@@ -1,0 +1,158 @@
+// Runs that leave the originals alone, or find their files elsewhere than on the command line.
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "samples/samplepictures.h"
+#include "tests/support/programrun.h"
+
+namespace {
+
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+/** A tree: ball.gif, sub/icon.gif, sub/deep/bad.gif (no GIF), sub/notes.txt. */
+class Modes : public testing::Test {
+protected:
+    Modes() {
+        fs::create_directories(mFolder / "in/sub/deep");
+        for (const SamplePicture& picture : GetSamplePictures()) {
+            if (picture.mFileName == std::string("ball.gif"))
+                picture.mDraw(mFolder / "in/ball.gif");
+            if (picture.mFileName == std::string("icon.gif"))
+                picture.mDraw(mFolder / "in/sub/icon.gif");
+        }
+        WriteTestFile(mFolder / "in/sub/deep/bad.gif", "junk");
+        WriteTestFile(mFolder / "in/sub/notes.txt", "x");
+        fs::create_directory_symlink("..", mFolder / "in/sub/circle");
+        mBefore = TakeStock("in");
+    }
+
+    /** Every regular file below a folder: its name, its bytes. */
+    std::map<std::string, std::string> TakeStock(const std::string& inFolder) const {
+        std::map<std::string, std::string> stock;
+        for (const auto& entry : fs::recursive_directory_iterator(mFolder / inFolder)) {
+            if (entry.is_regular_file())
+                stock[fs::relative(entry.path(), mFolder / inFolder)] = ReadTestFile(entry.path());
+        }
+        return stock;
+    }
+
+    bool HasTraces() const {
+        return fs::exists(mRunner.GetOwnFolder() / "state") || fs::exists(mRunner.GetOwnFolder() / "user") ||
+               !fs::is_empty(mRunner.GetOwnFolder() / "tmp");
+    }
+
+    /** Runs the program with a file as its standard input. */
+    ProgramResult RunOn(const std::string& inFile, const std::vector<std::string>& inArguments) {
+        mRunner.mBeforeStart = [this, inFile] {
+            return dup2(open((mFolder / inFile).c_str(), O_RDONLY), STDIN_FILENO) == STDIN_FILENO;
+        };
+        return mRunner.Run(inArguments);
+    }
+
+    TestFolder mFolder;
+    ProgramRunner mRunner{mFolder.GetPath()};
+    std::map<std::string, std::string> mBefore;
+};
+
+TEST_F(Modes, ADryRunTellsWhatARunSavesAndLeavesNoTrace) {
+    const ProgramResult dry = mRunner.Run({"-n", "-r", "in"});
+    EXPECT_EQ(TakeStock("in"), mBefore);
+    EXPECT_FALSE(HasTraces());
+    EXPECT_THAT(dry.mOut, HasSubstr("  2 files, 2 could be made smaller; 1 failed\n"));
+    const ProgramResult real = mRunner.Run({"-r", "in"});
+    EXPECT_EQ(dry.mErr, real.mErr);
+    EXPECT_EQ(dry.mStatus, real.mStatus);
+    EXPECT_EQ(dry.mOut.substr(0, dry.mOut.find("2 files")), real.mOut.substr(0, real.mOut.find("2 files")));
+}
+
+TEST_F(Modes, ADryRunTellsOfAFileThatCannotBeReplaced) {
+    fs::permissions(mFolder / "in/ball.gif", fs::perms::owner_read);
+    EXPECT_THAT(mRunner.Run({"-n", "in/ball.gif"}).mErr, HasSubstr("read-only (code 5)"));
+}
+
+TEST_F(Modes, AnOutputFolderGetsEveryFileAndNoOriginalChanges) {
+    const ProgramResult result = mRunner.Run({"-r", "-o", "out/new", "--keep-times", "in"});
+    EXPECT_EQ(TakeStock("in"), mBefore);
+    EXPECT_EQ(result.mStatus, 1);
+    EXPECT_EQ(result.mErr, "parvigif: in/sub/deep/bad.gif: not a GIF file (code 32)\n");
+    const auto results = TakeStock("out/new");
+    ASSERT_EQ(results.size(), 3u);
+    EXPECT_LT(results.at("ball.gif").size(), mBefore["ball.gif"].size());
+    EXPECT_LT(results.at("sub/icon.gif").size(), mBefore["sub/icon.gif"].size());
+    EXPECT_EQ(results.at("sub/deep/bad.gif"), "junk") << "as it is, so that nothing is missing";
+    EXPECT_EQ(fs::last_write_time(mFolder / "out/new/ball.gif"),
+              fs::last_write_time(mFolder / "in/ball.gif"));
+
+    EXPECT_THAT(
+        mRunner.Run({"-o", "out/new", "in/ball.gif"}).mErr,
+        HasSubstr("in/ball.gif: not written to the output folder: the file exists already (code 31)\n"));
+    EXPECT_EQ(TakeStock("out/new"), results);
+}
+
+TEST_F(Modes, AnOutputFolderThatCannotBeRightStopsTheRun) {
+    fs::create_directory_symlink(mFolder / "in", mFolder / "link");
+    WriteTestFile(mFolder / "in/other/ball.gif", mBefore["ball.gif"] + "x");
+    mBefore = TakeStock("in");
+    const std::vector<std::pair<std::vector<std::string>, const char*>> cases = {
+        {{"-r", "-o", "link/sub/out", "in"},
+         "the output folder 'link/sub/out' lies in 'in', whose files are to be read"},
+        {{"-o", "./link/", "in"}, "the output folder './link/' lies in 'in', whose files are to be read"},
+        {{"-o", "out", "in", "in/other"},
+         "'in/ball.gif' and 'in/other/ball.gif' would become one file in 'out'"},
+        {{"-o", "in/ball.gif", "in"}, "'--output' needs a folder, and 'in/ball.gif' is none"},
+    };
+    for (const auto& [arguments, text] : cases) {
+        const ProgramResult result = mRunner.Run(arguments);
+        EXPECT_EQ(result.mErr, std::string("parvigif: ") + text + "\n");
+        EXPECT_EQ(result.mStatus, 2);
+        EXPECT_EQ(TakeStock("in"), mBefore);
+        EXPECT_FALSE(fs::exists(mFolder / "out"));
+    }
+}
+
+TEST_F(Modes, AFilterWritesTheSmallerPictureOrTheSameBytes) {
+    const ProgramResult good = RunOn("in/ball.gif", {"-"});
+    EXPECT_EQ(good.mStatus, 0);
+    EXPECT_THAT(good.mErr, HasSubstr("  -\n"));
+    const ProgramResult bad = RunOn("in/sub/deep/bad.gif", {"-"});
+    EXPECT_EQ(bad.mOut, "junk");
+    EXPECT_EQ(bad.mErr, "parvigif: -: not a GIF file (code 32)\n");
+    EXPECT_EQ(bad.mStatus, 1);
+    EXPECT_FALSE(HasTraces());
+    mRunner.Run({"in/ball.gif"});
+    EXPECT_EQ(good.mOut, ReadTestFile(mFolder / "in/ball.gif"));
+}
+
+TEST_F(Modes, NamesMayComeFromAFile) {
+    using namespace std::string_literals;
+    WriteTestFile(mFolder / "lines", "in/ball.gif\n\nin/none.gif\nin/sub");
+    const ProgramResult lines = mRunner.Run({"-n", "--files-from", "lines"});
+    EXPECT_THAT(lines.mOut, HasSubstr("  2 files, 2 could"));
+    EXPECT_EQ(lines.mErr, "parvigif: in/none.gif: no such file or folder (code 10)\n");
+    fs::rename(mFolder / "in/ball.gif", mFolder / "in/a\nb.gif");
+    WriteTestFile(mFolder / "nuls", "in/a\nb.gif\0in/sub/icon.gif\0"s);
+    EXPECT_THAT(RunOn("nuls", {"-n0", "--files-from=-"}).mOut, HasSubstr("  2 files, 2 could"));
+    EXPECT_EQ(mRunner.Run({"--files-from=none"}).mErr, "parvigif: none: No such file or directory\n");
+}
+
+TEST_F(Modes, AFileThatGainsTooLittleStaysAsItIs) {
+    const auto time = fs::last_write_time(mFolder / "in/sub/icon.gif") - std::chrono::hours(1);
+    fs::last_write_time(mFolder / "in/sub/icon.gif", time);
+    const ProgramResult result =
+        mRunner.Run({"--min-saving=60.5%", "--keep-times", "in/ball.gif", "in/sub/icon.gif"});
+    EXPECT_THAT(result.mOut, HasSubstr("  2 files, 1 made smaller\n"));
+    EXPECT_EQ(ReadTestFile(mFolder / "in/ball.gif"), mBefore["ball.gif"]);
+    EXPECT_EQ(ReadTestFile(mFolder / "in/sub/icon.gif.BAK"), mBefore["sub/icon.gif"]);
+    EXPECT_EQ(fs::last_write_time(mFolder / "in/sub/icon.gif"), time);
+    EXPECT_THAT(mRunner.Run({"--min-saving", "1023", "in/ball.gif"}).mOut, HasSubstr("1 file, 0 made"));
+    EXPECT_THAT(mRunner.Run({"--min-saving", "1022", "in/ball.gif"}).mOut, HasSubstr("1 file, 1 made"));
+}
+
+} // namespace

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+/** Where the results of a batch go when they do not take the places of their originals. The optimizer then
+ *  works on a private copy of each file, and the original is only read. */
+class MizerDelivery {
+public:
+    virtual ~MizerDelivery() = default;
+
+    /** Whether an error is about the place for a result; else it is about the original. */
+    virtual bool HasPlaces() const = 0;
+
+    /** Called before the work on a file.
+     *  @throws NvErrorCode  why its result could not be delivered */
+    virtual void Prepare(const char* inPath) = 0;
+
+    /** @param inResultPath  the smaller file, or inPath itself when it could not be made smaller
+     *  @return              the path that the result has now, empty when it has none
+     *  @throws NvErrorCode  why it could not be delivered; nothing incomplete stands anywhere then */
+    virtual std::string Deliver(const char* inPath, const char* inResultPath) = 0;
+};
+
+/** A trial: nothing goes anywhere, but what would keep a real run from replacing the file is raised. */
+class MizerDryRun : public MizerDelivery {
+public:
+    bool HasPlaces() const override { return false; }
+    void Prepare(const char* /*inPath*/) override {}
+    std::string Deliver(const char* inPath, const char* inResultPath) override;
+};
+
+/** A folder that is given every file, smaller where possible. Nothing that stands there is ever replaced. */
+class MizerOutputFolder : public MizerDelivery {
+public:
+    /** Made when the first file goes there. */
+    explicit MizerOutputFolder(const std::string& inFolder);
+
+    /** Every file is planned before the batch begins.
+     *  @param inPlace  its path below the folder
+     *  @return         the file that was planned for that place before, or empty when it was free */
+    std::string Plan(const std::string& inPath, const std::string& inPlace);
+
+    bool HasPlaces() const override { return true; }
+
+    /** @throws NvErrorCode 31 when something stands at its place */
+    void Prepare(const char* inPath) override;
+    std::string Deliver(const char* inPath, const char* inResultPath) override;
+
+private:
+    std::string mFolder; // ends in a separator
+    std::map<std::string, std::string> mPathsByPlace;
+    std::map<std::string, std::string> mTargets; // by path
+};
