@@ -4,8 +4,10 @@
 #include <vector>
 
 #include "nvcode2/nvgeometry.h"
+#include "nvcode2/nvgifinfo.h"
 
 class NvGIFFrame;
+class NvIndexedImage;
 
 /** Plays an animation frame by frame onto a canvas, as browsers show it.
  *
@@ -29,6 +31,11 @@ public:
      * table. */
     void ShowFrame(const NvGIFFrame& inFrame);
 
+    /** The same for a frame as it was read, whole: every pixel is drawn but those of the transparent index;
+     * indices beyond the table are black. Spares whoever only looks at a frame making its mask.
+     *  @param inImage  with the table that the frame is shown with */
+    void ShowFrame(const NvIndexedImage& inImage, const NvGIFFrameInfo& inInfo);
+
     /** The first pixel of a row of what is displayed now; GetScreenWidth() pixels. */
     const Pixel* Row(std::uint32_t inY) const { return mCanvas.data() + std::size_t{inY} * mWidth; }
 
@@ -39,7 +46,11 @@ public:
     const NvRect& GetChangedRect() const { return mChangedRect; }
 
 private:
+    void BeginFrame(const NvGIFFrameInfo& inInfo);
     void Draw(const NvGIFFrame& inFrame);
+    Pixel* PlaceOf(const NvGIFFrameInfo& inInfo, std::uint32_t inRow) {
+        return mCanvas.data() + (std::size_t{inInfo.mTop} + inRow) * mWidth + inInfo.mLeft;
+    }
 
     std::uint32_t mWidth;
     std::uint32_t mHeight;

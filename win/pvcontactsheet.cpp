@@ -145,7 +145,7 @@ PvContactSheet::File PvContactSheet::Play(PvFrameReader& ioReader) const {
     NvGIFPlayer player(ioReader.GetScreenWidth(), ioReader.GetScreenHeight());
     File file;
     for (std::uint32_t i = 0; i < count; ++i) {
-        player.ShowFrame(*ioReader.ReadFrame(i));
+        ioReader.PlayFrame(i, player);
         const auto place = static_cast<std::size_t>(std::ranges::find(shown, i) - shown.begin());
         if (place < km_Places)
             file[place] = mThumbnail.Render(player, mIndicator);

@@ -41,16 +41,32 @@ std::string CompareFiles(const PvFrameReader& inOriginal, const PvFrameReader& i
     return {};
 }
 
+/** A stretch of rows, the bottom one excluded. */
+struct Rows {
+    std::uint32_t mTop = 0;
+    std::uint32_t mBottom = 0;
+
+    void Add(const Rows& inRows) {
+        const bool wasEmpty = mTop >= mBottom;
+        mTop = wasEmpty ? inRows.mTop : std::min(mTop, inRows.mTop);
+        mBottom = wasEmpty ? inRows.mBottom : std::max(mBottom, inRows.mBottom);
+    }
+};
+
+/** Those that the last frame may have changed on either canvas. */
+Rows ChangedRows(const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate) {
+    const NvRect changed = NvUnionRect(inOriginal.GetChangedRect(), inCandidate.GetChangedRect());
+    return {static_cast<std::uint32_t>(changed.top), static_cast<std::uint32_t>(changed.bottom)};
+}
+
 /** Compares two canvases row by row and keeps each row's result until the row changes again. */
 class CanvasComparison {
 public:
     explicit CanvasComparison(std::uint32_t inHeight) : mRows(inHeight) {}
 
-    /** Compares the rows that either player may have changed. */
-    void Update(const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate) {
-        const NvRect changed = NvUnionRect(inOriginal.GetChangedRect(), inCandidate.GetChangedRect());
-        for (auto y = static_cast<std::uint32_t>(changed.top); y < static_cast<std::uint32_t>(changed.bottom);
-             ++y)
+    /** Compares some rows again, those that changed. */
+    void Update(const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate, const Rows& inRows) {
+        for (std::uint32_t y = inRows.mTop; y < inRows.mBottom; ++y)
             SetRow(y, CompareRow(inOriginal.Row(y), inCandidate.Row(y), inOriginal.GetScreenWidth()));
     }
 
@@ -74,8 +90,10 @@ private:
         RowResult result;
         const auto* original = reinterpret_cast<const std::uint8_t*>(inOriginal);
         const auto* candidate = reinterpret_cast<const std::uint8_t*>(inCandidate);
-        for (std::size_t i = 0; i < std::size_t{inWidth} * 4; ++i)
-            result.mError += static_cast<std::uint64_t>(std::abs(original[i] - candidate[i]));
+        std::uint32_t error = 0; // 65535 pixels cannot exceed it; compilers know sums of 32 bits of this form
+        for (std::uint32_t i = 0; i < inWidth * 4; ++i)
+            error += static_cast<std::uint32_t>(std::abs(original[i] - candidate[i]));
+        result.mError = error;
         NvGIFPlayer::Pixel differing = 0;
         for (std::uint32_t x = 0; x < inWidth; ++x) {
             differing |= inOriginal[x] ^ inCandidate[x];
@@ -144,18 +162,19 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
     CanvasComparison comparison(ioOriginal.GetScreenHeight());
     PvLookMeter meter(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
     Looks looks;
+    Rows changedSinceMeasured;
     const std::uint32_t count = ioOriginal.GetFrameCount();
     const std::uint32_t measureEvery = (count + km_FramesMeasured - 1) / km_FramesMeasured;
     for (std::uint32_t i = 0; i < count; ++i) {
-        const std::unique_ptr<NvGIFFrame> original = ioOriginal.ReadFrame(i);
-        const std::unique_ptr<NvGIFFrame> candidate = ioCandidate.ReadFrame(i);
-        if (original->GetInfo().mDelay != candidate->GetInfo().mDelay)
+        const NvGIFFrameInfo& original = ioOriginal.PlayFrame(i, originalPlayer);
+        const NvGIFFrameInfo& candidate = ioCandidate.PlayFrame(i, candidatePlayer);
+        if (original.mDelay != candidate.mDelay)
             return InFrame(i, "would be shown for another time");
-        if (original->GetInfo().mUserInput != candidate->GetInfo().mUserInput)
+        if (original.mUserInput != candidate.mUserInput)
             return InFrame(i, "would wait differently for the user");
-        originalPlayer.ShowFrame(*original);
-        candidatePlayer.ShowFrame(*candidate);
-        comparison.Update(originalPlayer, candidatePlayer);
+        const Rows changed = ChangedRows(originalPlayer, candidatePlayer);
+        comparison.Update(originalPlayer, candidatePlayer, changed);
+        changedSinceMeasured.Add(changed);
         if (!comparison.SamePixelsCovered())
             return InFrame(i, "would cover other pixels");
         const double moved = comparison.CoveredPixels() == 0
@@ -164,8 +183,10 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
         // A pixel only ever trades places with one whose channels differ by at most 128.
         if (comparison.MeanError() > inAllowance.mMeanError + 128.0 * std::min(1.0, moved))
             return InFrame(i, "would show other colours");
-        if ((count - 1 - i) % measureEvery == 0)
-            looks.Add(meter.Measure(originalPlayer, candidatePlayer));
+        if ((count - 1 - i) % measureEvery == 0) {
+            const Rows rows = std::exchange(changedSinceMeasured, Rows{});
+            looks.Add(meter.Measure(originalPlayer, candidatePlayer, rows.mTop, rows.mBottom));
+        }
     }
     ioComparison.mWorstLook = looks.Worst();
     ioComparison.mMeanStructure = looks.MeanStructure();

@@ -4,12 +4,17 @@
 #include <utility>
 
 #include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvgifplayer.h"
 #include "nvcode2/nvinterlace.h"
 #include "nvcode2/nvquantoctree.h"
 #include "win/pvprogress.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
+
+std::uint64_t CountPixels(const NvIndexedImage& inImage) {
+    return std::uint64_t{inImage.GetWidth()} * inImage.GetHeight();
+}
 
 /** Clears the mask for the pixels behind the first inDelivered ones in the file's row order. */
 void MaskMissingPixels(std::uint64_t inDelivered, bool inInterlaced, NvBitmapImage& ioMask) {
@@ -129,15 +134,29 @@ std::uint64_t PvFrameReader::EstimatePlayMemory() const {
 std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {
     NvIndexedImage image;
     mFile.ReadFrame(inIndex, image);
-    std::unique_ptr<NvGIFFrameInfo> info = mFile.DetachFrameInfo();
-    NvColorTable* sharedTable = info->mHasLocalTable ? nullptr : &mFile.GetGlobalInfo()->mColorTable;
+    return MakeFrame(std::move(image), mFile.DetachFrameInfo());
+}
 
-    const std::uint64_t pixelCount = std::uint64_t{image.GetWidth()} * image.GetHeight();
-    NvBitmapImage mask = info->mHasTransparency ? image.MakeMask(info->mTransparentIndex)
-                                                : NvBitmapImage(image.GetWidth(), image.GetHeight(), 0, 1);
-    if (mFile.GetDeliveredPixels() < pixelCount)
-        MaskMissingPixels(mFile.GetDeliveredPixels(), info->mInterlaced != 0, mask);
-    auto frame = std::make_unique<NvGIFFrame>(std::move(image), std::move(mask), std::move(info));
+const NvGIFFrameInfo& PvFrameReader::PlayFrame(std::uint32_t inIndex, NvGIFPlayer& ioPlayer) {
+    mFile.ReadFrame(inIndex, mPlayed);
+    mPlayedInfo = mFile.DetachFrameInfo();
+    if (mFile.GetDeliveredPixels() < CountPixels(mPlayed))
+        ioPlayer.ShowFrame(*MakeFrame(std::move(mPlayed), std::make_unique<NvGIFFrameInfo>(*mPlayedInfo)));
+    else
+        ioPlayer.ShowFrame(mPlayed, *mPlayedInfo);
+    return *mPlayedInfo;
+}
+
+/** @param inImage  the pixels that mFile read last */
+std::unique_ptr<NvGIFFrame> PvFrameReader::MakeFrame(NvIndexedImage&& inImage,
+                                                     std::unique_ptr<NvGIFFrameInfo> inInfo) {
+    NvColorTable* sharedTable = inInfo->mHasLocalTable ? nullptr : &mFile.GetGlobalInfo()->mColorTable;
+    NvBitmapImage mask = inInfo->mHasTransparency
+                             ? inImage.MakeMask(inInfo->mTransparentIndex)
+                             : NvBitmapImage(inImage.GetWidth(), inImage.GetHeight(), 0, 1);
+    if (mFile.GetDeliveredPixels() < CountPixels(inImage))
+        MaskMissingPixels(mFile.GetDeliveredPixels(), inInfo->mInterlaced != 0, mask);
+    auto frame = std::make_unique<NvGIFFrame>(std::move(inImage), std::move(mask), std::move(inInfo));
     MakeIndicesSound(*frame, sharedTable);
     return frame;
 }

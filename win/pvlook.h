@@ -30,7 +30,14 @@ public:
      *  @param inHeight  of both canvases, pixels */
     PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight);
 
+    /** Measures two whole canvases. */
     PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond);
+
+    /** The same when only some rows may have changed since the last measurement; at the first all have.
+     *  @param inTop     the first of those rows
+     *  @param inBottom  one past the last of them */
+    PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, std::uint32_t inTop,
+                        std::uint32_t inBottom);
 
 private:
     /** Sums over the 4 x 4 pixels of a block. */
@@ -41,17 +48,36 @@ private:
         std::uint32_t mSecondSquares = 0;
         std::uint32_t mProducts = 0;
     };
-    using BlockRow = std::vector<Block>;
 
-    void SumBlockRow(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, std::uint32_t inBlockRow,
-                     BlockRow& outBlocks);
-    void LumaRow(const NvGIFPlayer::Pixel* inPixels, std::vector<std::uint8_t>& outLuma) const;
+    /** What a row of windows comes to. */
+    struct WindowRow {
+        double mSsim = 0.0;
+        double mContrastSsim = 0.0;
+        std::uint32_t mContrastWindows = 0;
+    };
+
+    /** Colour differences of a row's pixels that are covered in both canvases. */
+    struct RowErrors {
+        std::uint64_t mSquares = 0;
+        std::uint32_t mPixels = 0;
+        std::uint32_t mMax = 0;
+    };
+
+    void SumBlocks(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, std::uint32_t inBlockRow);
+    void SumWindows(std::uint32_t inWindowRow);
     static double WindowSsim(const Block& inSums, bool& outHasContrast);
+    static RowErrors CompareRow(const NvGIFPlayer::Pixel* inFirst, const NvGIFPlayer::Pixel* inSecond,
+                                std::uint32_t inWidth);
+    PvFrameLook Summarize() const;
 
     std::uint32_t mWidth;
     std::uint32_t mHeight;
     std::uint32_t mBlockColumns;
     std::uint32_t mBlockRows;
-    std::vector<std::uint8_t> mFirstLuma; // one row, padded to whole blocks
-    std::vector<std::uint8_t> mSecondLuma;
+    bool mHasMeasured = false;
+    std::vector<Block> mBlocks;          // row-major
+    std::vector<WindowRow> mWindowRows;  // each of two rows of blocks
+    std::vector<RowErrors> mErrors;      // by row
+    std::vector<std::uint8_t> mLuma;     // four rows of the first canvas, four of the second, in whole blocks
+    std::vector<std::uint32_t> mColumns; // sums over the four rows, in the order of Block's fields
 };

@@ -31,11 +31,15 @@ TEST(GIFPlayer, ShowsWhatAPlainPlayerShows) {
         const std::vector<TestCanvas> expected = Play(gif);
         const std::unique_ptr<NvAnimation> animation = MakeAnimation(gif);
         NvGIFPlayer player(gif.mWidth, gif.mHeight);
+        NvGIFPlayer maskless(gif.mWidth, gif.mHeight);
         TestCanvas before = CanvasOf(player);
         for (std::uint32_t i = 0; i < animation->GetFrameCount(); ++i) {
-            player.ShowFrame(animation->GetFrame(i));
+            const NvGIFFrame& frame = animation->GetFrame(i);
+            player.ShowFrame(frame);
             const TestCanvas now = CanvasOf(player);
             ASSERT_TRUE(now == expected[i]) << "frame " << i;
+            maskless.ShowFrame(frame.GetImage(), frame.GetInfo());
+            ASSERT_TRUE(CanvasOf(maskless) == expected[i]) << "frame " << i;
             const NvRect& rect = player.GetChangedRect();
             for (std::uint32_t at = 0; at < now.size(); ++at) {
                 const auto x = static_cast<std::int32_t>(at % gif.mWidth);

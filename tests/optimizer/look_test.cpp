@@ -85,6 +85,26 @@ TEST_F(LookTest, SimilarityIsOneForTheSameFollowsContrastAndPassesOverFlatShifts
     EXPECT_LT(shift.mSsim, 1.0);
 }
 
+TEST_F(LookTest, RowsThatStayedAreNotMeasuredAgain) {
+    for (std::uint32_t seed = 300; seed < 340; ++seed) {
+        SCOPED_TRACE(seed);
+        const TestGIF gif = RandomGIF(seed);
+        const std::unique_ptr<NvAnimation> animation = MakeAnimation(gif);
+        NvGIFPlayer player(gif.mWidth, gif.mHeight);
+        const NvGIFPlayer blank(gif.mWidth, gif.mHeight);
+        PvLookMeter meter(gif.mWidth, gif.mHeight);
+        for (const NvGIFFrame& frame : *animation) {
+            player.ShowFrame(frame);
+            const NvRect& rect = player.GetChangedRect();
+            const PvFrameLook look = meter.Measure(player, blank, static_cast<std::uint32_t>(rect.top),
+                                                   static_cast<std::uint32_t>(rect.bottom));
+            const PvFrameLook whole = PvLookMeter(gif.mWidth, gif.mHeight).Measure(player, blank);
+            EXPECT_EQ(look.mSsim, whole.mSsim);
+            EXPECT_EQ(look.mContrastWindows, whole.mContrastWindows);
+        }
+    }
+}
+
 /** Soft stripes that drift over a grey ground, a step a frame. */
 TestGIF SoftMotion() {
     TestGIF gif;
