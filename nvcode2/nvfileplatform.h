@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/** The operating system's file calls, one body per platform (nvfileplatform_posix.cpp); only NvFile uses it.
+/** The operating system's file calls, one body per platform; only NvFile uses it.
  *
  *  Files are binary and shared with everybody. Offsets and lengths are 64 bits, in bytes. Every function
  *  returns -1 with errno set when it fails, and goes on by itself after an interrupted call. */

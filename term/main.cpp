@@ -10,6 +10,7 @@
 #include "term/options.h"
 #include "term/print.h"
 #include "term/restore.h"
+#include "term/standardstreams.h"
 #include "term/storecommands.h"
 #include "win/errorwords.h"
 
@@ -45,6 +46,7 @@ void Run(const TermSettings& inSettings, TermMessages& ioMessages) {
 } // namespace
 
 int main(int inCount, char** inArguments) {
+    TermPrepareStreams();
     TermMessages messages;
     try {
         TermSettings settings;

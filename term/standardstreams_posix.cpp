@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+void TermPrepareStreams() {}
+
 bool TermIsTerminal(std::FILE* inStream) {
     return isatty(fileno(inStream)) != 0;
 }

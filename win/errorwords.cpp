@@ -1,5 +1,6 @@
 #include "win/errorwords.h"
 
+#include <cerrno>
 #include <cstring>
 
 #include "nvcode2/nverrorcode.h"
@@ -62,6 +63,8 @@ const char* WordsForCode(std::uint32_t inCode) {
 } // namespace
 
 std::string MizerErrorWords(const NvErrorCode& inError) {
+    if (inError.GetSystemError() == EBUSY)
+        return "another program has it open (code " + std::to_string(inError.GetCode()) + ")";
     const bool onlySystemKnows =
         inError.GetCode() == NvErrorCode::km_Failure && inError.GetSystemError() != 0;
     const std::string words =

@@ -2,7 +2,8 @@
 
 #include <string>
 
-/** A path for throw-away measurements: "TEMP.GIF" in a fresh folder that only this user can enter.
+/** A path for throw-away measurements: "TEMP.GIF" in a fresh folder that only this user can enter. On Windows
+ *  "C:\TEMP.GIF" comes first; the folder is for when that cannot be made or something stands there already.
  *  The file is removed with its folder at destruction, whether or not it was ever written. */
 class WnScratchFile {
 public:

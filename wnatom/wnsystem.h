@@ -12,7 +12,7 @@
 std::uint64_t WnGetPhysicalMemory();
 
 /** The per-user folder for the results log, without a closing separator; made when missing. When it cannot
- *  be made: a private folder below the temporary one. */
+ *  be made: a private folder below the temporary one; on Windows "C:\Windows". */
 std::string WnGetDataFolder();
 
 /** Which file a name leads to: two names with equal identities are one file. */

@@ -61,7 +61,7 @@ public:
 
 protected:
     std::uint32_t OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome&) override {
-        const std::string name = std::filesystem::path(inPath).filename();
+        const std::string name = std::filesystem::path(inPath).filename().string();
         mOptimized.push_back(name);
         if (const auto action = mActions.find(name); action != mActions.end())
             action->second();

@@ -73,7 +73,7 @@ TEST(Mirror, NothingToMirrorNeedsNoPointer) {
     NvMirrorPixels(nullptr, 0, 0, 5, 3);
     NvMirrorRows(nullptr, 0, 5, 0);
     std::uint8_t byte = 0;
-    EXPECT_DEATH(NvMirrorBytes(&byte, 0, 1, 1), "inRowBytes || !\\(inWidth && inHeight\\)");
+    EXPECT_DEATH(NvMirrorBytes(&byte, 0, 1, 1), "inRowBytes .. !\\(inWidth && inHeight\\)");
 }
 
 } // namespace

@@ -21,7 +21,7 @@ TEST(Samples, AreWhatTheProgramDraws) {
     }
     for (const auto& entry : std::filesystem::directory_iterator(SAMPLES_FOLDER)) {
         if (entry.path().extension() == ".gif") {
-            EXPECT_TRUE(drawn.contains(entry.path().filename())) << "nothing draws " << entry.path();
+            EXPECT_TRUE(drawn.contains(entry.path().filename().string())) << "nothing draws " << entry.path();
         }
     }
 }

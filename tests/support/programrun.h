@@ -15,13 +15,16 @@ struct ProgramResult {
     std::string mErr;
 };
 
-/** Runs the real program `parvigif` in a folder, with preferences, log and scratch files kept in another. */
+/** Runs the real program `parvigif` in a folder, with log and scratch files kept in another, and preferences
+ * that nobody else uses. */
 class ProgramRunner {
 public:
     /** The program's current folder is inFolder. */
-    explicit ProgramRunner(std::string inFolder) : mFolder(std::move(inFolder)) {}
+    explicit ProgramRunner(std::string inFolder);
 
     ProgramResult Run(const std::vector<std::string>& inArguments);
+
+    // What follows is there on POSIX only.
 
     /** Starts it with a descriptor as its standard output; its errors are collected by Finish. */
     pid_t Start(const std::vector<std::string>& inArguments, int inOutput);

@@ -6,16 +6,11 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
+#include "tests/support/testplatform.h"
 
 namespace fs = std::filesystem;
 
-TestFolder::TestFolder() {
-    std::string pattern = (fs::temp_directory_path() / "parvigif-test-XXXXXX").string();
-    if (!mkdtemp(pattern.data()))
-        throw std::runtime_error("no temporary folder for a test");
-    mPath = pattern;
-}
+TestFolder::TestFolder() : mPath(MakeTestFolder()) {}
 
 TestFolder::~TestFolder() {
     std::error_code ignored;
@@ -44,18 +39,9 @@ TestVariable::TestVariable(const char* inName, const std::string& inValue) : mNa
     mWasSet = old != nullptr;
     if (old)
         mOldValue = old;
-    setenv(inName, inValue.c_str(), 1);
+    SetTestVariable(inName, inValue.c_str());
 }
 
 TestVariable::~TestVariable() {
-    if (mWasSet)
-        setenv(mName.c_str(), mOldValue.c_str(), 1);
-    else
-        unsetenv(mName.c_str());
+    SetTestVariable(mName.c_str(), mWasSet ? mOldValue.c_str() : nullptr);
 }
-
-TestEnvironment::TestEnvironment(const TestFolder& inFolder)
-    : mMachine("XDG_CONFIG_DIRS", inFolder / "machine"),
-      mUser("XDG_CONFIG_HOME", inFolder / "user"),
-      mState("XDG_STATE_HOME", inFolder / "state"),
-      mTemporary("TMPDIR", inFolder.GetPath()) {}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 /** A fresh folder for one test, removed with all that is in it. */
@@ -13,7 +14,9 @@ public:
 
     std::string GetPath() const { return mPath.string(); }
     /** Path of a name inside the folder. */
-    std::string operator/(const std::string& inName) const { return (mPath / inName).string(); }
+    std::string operator/(const std::string& inName) const {
+        return (mPath / std::u8string(inName.begin(), inName.end())).string();
+    }
 
 private:
     std::filesystem::path mPath;
@@ -43,7 +46,12 @@ private:
 class TestEnvironment {
 public:
     explicit TestEnvironment(const TestFolder& inFolder);
+    ~TestEnvironment();
+    TestEnvironment(const TestEnvironment&) = delete;
+    TestEnvironment& operator=(const TestEnvironment&) = delete;
 
 private:
-    TestVariable mMachine, mUser, mState, mTemporary;
+    struct Settings;
+
+    std::unique_ptr<Settings> mSettings;
 };

@@ -7,6 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+ProgramRunner::ProgramRunner(std::string inFolder) : mFolder(std::move(inFolder)) {}
+
 ProgramResult ProgramRunner::Run(const std::vector<std::string>& inArguments) {
     const std::string output = mOwnFolder / "stdout";
     const int descriptor = open(output.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0666);

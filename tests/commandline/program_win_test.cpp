@@ -1,0 +1,97 @@
+// The program on Windows: names, locked files, log, totals and preferences as that system has them.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "nvcode2/nvwindows_win.h"
+#include "samples/samplepictures.h"
+#include "tests/support/programrun.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class WindowsProgram : public testing::Test {
+protected:
+    void SetUp() override {
+        for (const SamplePicture& picture : GetSamplePictures())
+            picture.mDraw(mFolder / picture.mFileName);
+    }
+    static std::uint32_t GetPreference(const char* inName) {
+        DWORD value = 0;
+        DWORD size = sizeof(value);
+        RegGetValueA(HKEY_CURRENT_USER, "Software\\Norvek\\Parvigif\\1.x", inName, RRF_RT_REG_DWORD, nullptr,
+                     &value, &size);
+        return value;
+    }
+    std::size_t SizeOf(const std::string& inName) const { return ReadTestFile(mFolder / inName).size(); }
+    bool Has(const std::string& inName) const {
+        return GetFileAttributesW(NvWidePath(mFolder / inName).c_str()) != INVALID_FILE_ATTRIBUTES;
+    }
+    void Copy(const std::string& inFrom, const std::string& inTo) const {
+        CopyFileW(NvWidePath(mFolder / inFrom).c_str(), NvWidePath(mFolder / inTo).c_str(), TRUE);
+    }
+
+    TestFolder mFolder;
+    ProgramRunner mRunner{mFolder.GetPath()};
+};
+
+TEST_F(WindowsProgram, AFolderIsMadeSmallerWithBackupsLogAndTotals) {
+    const std::size_t before = SizeOf("icon.gif");
+    const ProgramResult result = mRunner.Run({"."});
+    EXPECT_EQ(result.mStatus, 0) << result.mErr;
+    EXPECT_THAT(result.mOut, HasSubstr("  .\\icon.gif\n"));
+    EXPECT_THAT(result.mOut, HasSubstr("  6 files, 6 made smaller\n"));
+    EXPECT_LT(SizeOf("icon.gif"), before);
+    EXPECT_EQ(SizeOf("icon.gif.BAK"), before);
+    EXPECT_THAT(ReadTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"),
+                HasSubstr(" File: \".\\icon.gif\" \r\n     "));
+    EXPECT_EQ(GetPreference("FILESPROCESSED"), 6u);
+    EXPECT_GT(GetPreference("BYTESSAVED"), 10000u);
+}
+
+TEST_F(WindowsProgram, AStoredPreferenceHolds) {
+    const DWORD off = 0;
+    RegSetKeyValueA(HKEY_CURRENT_USER, "Software\\Norvek\\Parvigif\\1.x", "BACKUP", REG_DWORD, &off,
+                    sizeof(off));
+    EXPECT_EQ(mRunner.Run({"icon.gif"}).mStatus, 0);
+    EXPECT_FALSE(Has("icon.gif.BAK"));
+}
+
+TEST_F(WindowsProgram, NamesOfAnyScriptAndLength) {
+    const std::string name = "\xe6\x97\xa5 \xd0\xb6 \xf0\x9f\x90\xb1 '%.gif";
+    Copy("icon.gif", name);
+    const std::string deep = std::string(130, 'd') + "\\" + std::string(130, 'e');
+    CreateDirectoryW(NvWidePath(mFolder / std::string(130, 'd')).c_str(), nullptr);
+    CreateDirectoryW(NvWidePath(mFolder / deep).c_str(), nullptr);
+    Copy("tiles.gif", deep + "\\t.gif");
+
+    const ProgramResult result = mRunner.Run({name, deep});
+    EXPECT_EQ(result.mStatus, 0) << result.mErr;
+    EXPECT_THAT(result.mOut, HasSubstr("  " + name + "\n"));
+    EXPECT_TRUE(Has(name + ".BAK"));
+    EXPECT_THAT(result.mOut, HasSubstr("2 files, 2 made smaller"));
+    EXPECT_TRUE(Has(deep + "\\t.gif.BAK"));
+}
+
+TEST_F(WindowsProgram, WhatOthersHoldOrProtectStaysAsItIs) {
+    const std::string busy = ReadTestFile(mFolder / "icon.gif");
+    SetFileAttributesW(NvWiden(mFolder / "tiles.gif").c_str(), FILE_ATTRIBUTE_READONLY);
+    const HANDLE viewer = CreateFileW(NvWiden(mFolder / "icon.gif").c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                      nullptr, OPEN_EXISTING, 0, nullptr);
+    const ProgramResult result = mRunner.Run({"icon.gif", "tiles.gif", "ball.gif", "none.gif"});
+    CloseHandle(viewer);
+    SetFileAttributesW(NvWiden(mFolder / "tiles.gif").c_str(), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(result.mStatus, 1);
+    EXPECT_THAT(result.mErr, HasSubstr("parvigif: icon.gif: another program has it open (code 1)\n"));
+    EXPECT_THAT(result.mErr, HasSubstr("parvigif: tiles.gif: no permission to replace it"));
+    EXPECT_THAT(result.mErr, HasSubstr("parvigif: none.gif: no such file or folder (code 10)\n"));
+    EXPECT_EQ(ReadTestFile(mFolder / "icon.gif"), busy);
+    EXPECT_FALSE(Has("icon.gif.BAK"));
+    EXPECT_FALSE(Has("tiles.gif.BAK"));
+    EXPECT_TRUE(Has("ball.gif.BAK")) << "the rest of the batch goes on";
+}
+
+} // namespace

@@ -1,0 +1,116 @@
+// Files among pipes, devices, permissions, limits and descriptors.
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/core/filetest.h"
+
+namespace {
+
+TEST_F(FileTest, AFileHasNothingBelowIt) {
+    const std::string path = PathWith("");
+    NvFile below((path + "/file").c_str());
+    try {
+        below.Open(NvFile::km_ReadPerm);
+        FAIL() << "a file has nothing below it";
+    } catch (const NvErrorCode& error) {
+        EXPECT_EQ(error.GetCode(), 1u);
+        EXPECT_EQ(error.GetSystemError(), ENOTDIR);
+    }
+}
+
+TEST_F(FileTest, WithoutTheRightToOpenIsToldAsSuch) {
+    if (geteuid() == 0)
+        return; // nothing is denied to root
+    NvFile denied = FileWith("");
+    std::filesystem::permissions(denied.GetPath(), std::filesystem::perms::none);
+    EXPECT_EQ(CodeOf([&] { denied.Open(NvFile::km_ReadPerm); }), 14u);
+    EXPECT_EQ(CodeOf([&] { denied.Create(); }), 5u);
+}
+
+TEST_F(FileTest, OnlyRegularFilesAreRead) {
+    const std::string pipe = mFolder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& path : {pipe, mFolder.GetPath(), std::string("/dev/zero")}) {
+        NvFile file(path.c_str());
+        EXPECT_EQ(CodeOf([&] { file.Open(NvFile::km_ReadPerm); }), 1u) << path;
+    }
+    NvFile file(pipe.c_str());
+    EXPECT_EQ(CodeOf([&] { file.Open(NvFile::km_WritePerm); }), 1u) << "no reader";
+}
+
+TEST_F(FileTest, AFullDiskIsToldAsSuch) {
+    NvFile full("/dev/full");
+    full.Open(NvFile::km_WritePerm);
+    EXPECT_EQ(CodeOf([&] { full.Write("x", 1); }), 22u);
+
+    // A limit on the file's size stands for the disk that fills up in the middle of a write.
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small{1000, before.rlim_max};
+    NvFile file = FileWith("");
+    file.Open(NvFile::km_WritePerm);
+    const std::string bytes(1500, 'x');
+    auto* const handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const std::uint32_t code = CodeOf([&] { file.Write(bytes.data(), 1500); });
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(code, 22u);
+    EXPECT_EQ(file.GetLength(), 1000u);
+}
+
+TEST_F(FileTest, CloseOnCloseDecidesWhoClosesTheDescriptor) {
+    const std::string path = PathWith("abc");
+    for (const bool closes : {true, false}) {
+        for (const bool byDestructor : {true, false}) {
+            const int descriptor = ::open(path.c_str(), O_RDONLY);
+            ASSERT_NE(descriptor, -1);
+            {
+                NvFile file;
+                file.Open(NvFile::km_ReadPerm, closes, descriptor);
+                EXPECT_EQ(ReadText(file, 3), "abc");
+                if (!byDestructor)
+                    file.Close();
+            }
+            EXPECT_EQ(fcntl(descriptor, F_GETFD) == -1, closes);
+            if (!closes)
+                ::close(descriptor);
+        }
+    }
+}
+
+TEST_F(FileTest, AClosedFileLetsGoOfItsDescriptor) {
+    int reused = -1;
+    {
+        NvFile file = FileWith("abc");
+        file.Open(NvFile::km_ReadPerm);
+        file.Close();
+        reused = ::open(file.GetPath(), O_RDONLY); // takes the number that has become free
+    }
+    EXPECT_NE(fcntl(reused, F_GETFD), -1) << "closed twice";
+    ::close(reused);
+}
+
+TEST_F(FileTest, CreatedFilesBelongToTheirOwnerAlone) {
+    NvFile created((mFolder / "created").c_str());
+    created.Create();
+    NvFile written((mFolder / "written").c_str());
+    written.Open(NvFile::km_WritePerm);
+    for (const char* name : {"created", "written"}) {
+        struct stat status;
+        ASSERT_EQ(stat((mFolder / name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777u, 0600u) << name;
+    }
+    EXPECT_EQ(created.Delete(), 0);
+    EXPECT_FALSE(std::filesystem::exists(mFolder / "created"));
+    EXPECT_EQ(created.Delete(), -1) << "deleting what is not there is no error";
+}
+
+} // namespace

@@ -1,0 +1,85 @@
+// The preferences store on the registry: lookup order, writes to both roots, foreign values.
+
+#include <array>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "tests/support/testfolder.h"
+#include "wnatom/wnpref.h"
+
+namespace {
+
+constexpr const char* kKey = "Software\\Norvek\\Parvigif\\1.x";
+
+class Preferences : public testing::Test {
+protected:
+    static void Set(HKEY inRoot, const char* inName, DWORD inType, const void* inData, DWORD inSize) {
+        EXPECT_EQ(RegSetKeyValueA(inRoot, kKey, inName, inType, inData, inSize), ERROR_SUCCESS);
+    }
+    static void Set(HKEY inRoot, const char* inName, DWORD inValue) {
+        Set(inRoot, inName, REG_DWORD, &inValue, sizeof(inValue));
+    }
+    /** What a root holds by itself; 99 when that is no number. */
+    static DWORD Get(HKEY inRoot, const char* inName) {
+        DWORD value = 99;
+        DWORD size = sizeof(value);
+        RegGetValueA(inRoot, kKey, inName, RRF_RT_REG_DWORD, nullptr, &value, &size);
+        return value;
+    }
+    std::uint32_t Read(const char* inName) const {
+        std::uint32_t value = 0;
+        mPrefs.ReadDWordDefault(inName, value, 9);
+        return value;
+    }
+
+    TestFolder mFolder;
+    TestEnvironment mEnvironment{mFolder};
+    WnPref mPrefs{"Parvigif", "1.x"};
+};
+
+TEST_F(Preferences, MissingValuesGiveTheDefaultAndReadingMakesNoKey) {
+    EXPECT_EQ(Read("BACKUP"), 9u);
+    HKEY key = nullptr;
+    for (const HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER})
+        EXPECT_EQ(RegOpenKeyExA(root, kKey, 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(Preferences, TheMachineWideValueIsReadFirst) {
+    Set(HKEY_CURRENT_USER, "LOG", 1);
+    Set(HKEY_CURRENT_USER, "BACKUP", 0);
+    Set(HKEY_LOCAL_MACHINE, "LOG", 0);
+    EXPECT_EQ(Read("LOG"), 0u);
+    EXPECT_EQ(Read("BACKUP"), 0u) << "only the user's key has it";
+}
+
+TEST_F(Preferences, WritesAndAdditionsGoToBothRoots) {
+    EXPECT_TRUE(mPrefs.WriteDWord("OBACK", 4294967295u));
+    EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, "OBACK"), 4294967295u);
+    EXPECT_EQ(Get(HKEY_CURRENT_USER, "OBACK"), 4294967295u);
+
+    Set(HKEY_CURRENT_USER, "BYTESSAVED", 4294967290u);
+    EXPECT_TRUE(mPrefs.AddToDWord("BYTESSAVED", 10));
+    EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, "BYTESSAVED"), 4u) << "goes on from the user's total";
+    EXPECT_EQ(Get(HKEY_CURRENT_USER, "BYTESSAVED"), 4u);
+}
+
+TEST_F(Preferences, WhatIsNoNumberIsNotRead) {
+    Set(HKEY_LOCAL_MACHINE, "LOG", REG_SZ, "7", 2);
+    Set(HKEY_LOCAL_MACHINE, "LOGALL", REG_DWORD, "\1\0", 2);
+    Set(HKEY_CURRENT_USER, "LOGALL", 3);
+    EXPECT_EQ(Read("LOG"), 9u);
+    EXPECT_EQ(Read("LOGALL"), 3u);
+}
+
+TEST_F(Preferences, TextIsKeptWhole) {
+    const std::string text = "C:\\a = b; # \xc3\xa9 \xe6\x97\xa5";
+    EXPECT_TRUE(mPrefs.WriteString("NAME", text.c_str(), text.size() + 1));
+    std::array<char, 32> buffer{};
+    EXPECT_TRUE(mPrefs.ReadString("NAME", buffer.data(), buffer.size()));
+    EXPECT_EQ(buffer.data(), text);
+    EXPECT_FALSE(mPrefs.ReadString("NAME", buffer.data(), text.size())) << "no room for the NUL";
+}
+
+} // namespace

@@ -1,0 +1,86 @@
+// Folders, file identities, the data folder and scratch files on Windows.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvfile.h"
+#include "tests/support/codeof.h"
+#include "tests/support/testfolder.h"
+#include "wnatom/wnscratch.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(System, AFolderListsItsFilesInBytewiseOrderWithEitherSeparator) {
+    const TestFolder folder;
+    for (const char* name : {"b.gif", "A.gif", "\xe6\x97\xa5\xd0\xb6.gif", ".hidden.gif"})
+        WriteTestFile(folder / name, "x");
+    fs::create_directory(folder / "folder.gif");
+    for (const char* end : {"", "\\", "/"})
+        EXPECT_THAT(WnListFiles((folder.GetPath() + end).c_str()),
+                    testing::ElementsAre(".hidden.gif", "A.gif", "b.gif", "\xe6\x97\xa5\xd0\xb6.gif"));
+    EXPECT_THROW(WnListFiles((folder / "none").c_str()), NvErrorCode);
+}
+
+TEST(System, AFileHasOneIdentityInWhateverCaseItIsNamed) {
+    const TestFolder folder;
+    const std::string file = WriteTestFile(folder / "a.gif", "x");
+    const auto identity = WnGetFileIdentity(file.c_str());
+    EXPECT_TRUE(identity.has_value());
+    EXPECT_EQ(WnGetFileIdentity((folder / "A.GIF").c_str()), identity);
+    EXPECT_NE(WnGetFileIdentity(WriteTestFile(folder / "b.gif", "x").c_str()), identity);
+    EXPECT_EQ(WnGetFileIdentity((folder / "none").c_str()), std::nullopt);
+
+    const auto state = WnGetFileState(file.c_str());
+    WriteTestFile(file, "xx");
+    EXPECT_NE(WnGetFileState(file.c_str()), state);
+}
+
+TEST(System, KindsOfFiles) {
+    const TestFolder folder;
+    WriteTestFile(folder / "file", "x");
+    EXPECT_EQ(WnGetFileKind((folder / "file").c_str()), WnFileKind::km_RegularFile);
+    EXPECT_EQ(WnGetFileKind(folder.GetPath().c_str()), WnFileKind::km_Folder);
+    EXPECT_EQ(WnGetFileKind("C:\\"), WnFileKind::km_Folder);
+    EXPECT_EQ(WnGetFileKind("NUL"), WnFileKind::km_Other);
+    for (const std::string name : {"none", "none/x", "file/x", "*.gif", "a?b"})
+        EXPECT_EQ(WnGetFileKind((folder / name).c_str()), WnFileKind::km_Missing) << name;
+    EXPECT_EQ(WnGetFileKind(""), WnFileKind::km_Missing);
+}
+
+TEST(System, NeitherDevicesNorFoldersAreRead) {
+    const TestFolder folder;
+    for (const std::string& path : {std::string("NUL"), folder.GetPath()}) {
+        NvFile file(path.c_str());
+        EXPECT_EQ(CodeOf([&] { file.Open(NvFile::km_ReadPerm); }), 1u) << path;
+    }
+}
+
+TEST(System, TheDataFolderLiesInTheUsersFolderForApplicationData) {
+    const TestFolder folder;
+    const TestEnvironment environment(folder);
+    EXPECT_EQ(WnGetDataFolder(), folder / "state\\Norvek");
+    EXPECT_TRUE(fs::is_directory(folder / "state/Norvek"));
+}
+
+TEST(System, TheScratchFileIsTheFixedOneUnlessThatIsTaken) {
+    const TestFolder folder;
+    const TestEnvironment environment(folder);
+    std::string other;
+    {
+        const WnScratchFile fixed;
+        EXPECT_STREQ(fixed.GetPath(), "C:\\TEMP.GIF");
+        const WnScratchFile second;
+        other = second.GetPath();
+        EXPECT_TRUE(other.starts_with(folder / "parvigif-")) << other;
+        EXPECT_TRUE(other.ends_with("\\TEMP.GIF")) << other;
+        WriteTestFile(other, "x");
+    }
+    EXPECT_FALSE(fs::exists("C:\\TEMP.GIF"));
+    EXPECT_FALSE(fs::exists(fs::path(other).parent_path()));
+}
+
+} // namespace

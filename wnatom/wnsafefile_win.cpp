@@ -1,0 +1,221 @@
+#include "wnatom/wnsafefile.h"
+
+#include <array>
+#include <cerrno>
+#include <memory>
+#include <string_view>
+
+#include <aclapi.h>
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvwindows_win.h"
+#include "wnatom/wnfolders_win.h"
+
+// The temporary file stays open while it is in use, so a living run holds it against whoever opens it for
+// itself alone: that tells it from a leftover.
+
+namespace {
+
+constexpr std::wstring_view kPrefix = L".parvigif-";
+constexpr std::wstring_view kSuffix = L".tmp";
+constexpr DWORD kShareWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// Scanners and indexers look at new and changed files for a moment.
+constexpr int kRenameTries = 12;
+constexpr DWORD kRenamePause = 50; // milliseconds
+
+[[noreturn]] void ThrowLastError() {
+    ThrowRuntimeError(NvLastErrno());
+}
+
+/** A link's path becomes that of the file it leads to; raises 10 when it leads to nothing. Links among the
+ * folders do no harm. */
+std::string ResolveTarget(const char* inPath) {
+    const std::wstring path = NvWidePath(inPath);
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return inPath;
+    const NvWindowsHandle file(
+        CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kShareWithAll, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!file.IsValid())
+        ThrowLastError();
+    std::wstring resolved(GetFinalPathNameByHandleW(file.Get(), nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
+    const DWORD size = GetFinalPathNameByHandleW(file.Get(), resolved.data(),
+                                                 static_cast<DWORD>(resolved.size()), FILE_NAME_NORMALIZED);
+    if (size == 0 || size > resolved.size())
+        ThrowLastError();
+    resolved.resize(size);
+    return NvNarrow(resolved);
+}
+
+/** Creates a file of a name that was not there and returns its descriptor. */
+int CreateTemporary(const std::wstring& inFolder, std::string& outPath) {
+    for (;;) {
+        const std::wstring path =
+            inFolder + std::wstring(kPrefix) + WnGetRandomName() + std::wstring(kSuffix);
+        outPath = NvNarrow(path);
+        const HANDLE file = CreateFileW(NvWidePath(outPath).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                        kShareWithAll, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (file != INVALID_HANDLE_VALUE)
+            return _open_osfhandle(reinterpret_cast<std::intptr_t>(file), _O_BINARY | _O_NOINHERIT);
+        if (GetLastError() != ERROR_FILE_EXISTS)
+            ThrowLastError();
+    }
+}
+
+HANDLE HandleOf(int inDescriptor) {
+    return reinterpret_cast<HANDLE>(_get_osfhandle(inDescriptor));
+}
+
+/** Who may do what with the file, apart from what its folder says anyway. As far as the file system knows it.
+ */
+void CopyAccessList(std::wstring inFrom, std::wstring inTo) {
+    PACL list = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (GetNamedSecurityInfoW(inFrom.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                              &list, nullptr, &descriptor) != ERROR_SUCCESS)
+        return;
+    const std::unique_ptr<void, HLOCAL (*)(HLOCAL)> owned(descriptor, &LocalFree);
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    GetSecurityDescriptorControl(descriptor, &control, &revision);
+    const DWORD inheriting = (control & SE_DACL_PROTECTED) != 0 ? PROTECTED_DACL_SECURITY_INFORMATION
+                                                                : UNPROTECTED_DACL_SECURITY_INFORMATION;
+    SetNamedSecurityInfoW(inTo.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | inheriting, nullptr,
+                          nullptr, list, nullptr);
+}
+
+/** Hidden stays hidden, and the picture is as old as it was. */
+void CopyAttributes(const FILE_BASIC_INFO& inFrom, HANDLE inTo) {
+    constexpr DWORD kept = FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN |
+                           FILE_ATTRIBUTE_NOT_CONTENT_INDEXED | FILE_ATTRIBUTE_READONLY |
+                           FILE_ATTRIBUTE_SYSTEM;
+    FILE_BASIC_INFO info{}; // what is 0 stays
+    info.CreationTime = inFrom.CreationTime;
+    info.FileAttributes =
+        (inFrom.FileAttributes & kept) != 0 ? inFrom.FileAttributes & kept : FILE_ATTRIBUTE_NORMAL;
+    SetFileInformationByHandle(inTo, FileBasicInfo, &info, sizeof(info));
+}
+
+void TakeAttributesOf(const std::string& inModelPath, const std::string& inPath, int inDescriptor) {
+    const std::wstring model = NvWidePath(inModelPath);
+    FILE_BASIC_INFO info{};
+    {
+        const NvWindowsHandle file(CreateFileW(model.c_str(), FILE_READ_ATTRIBUTES, kShareWithAll, nullptr,
+                                               OPEN_EXISTING, 0, nullptr));
+        if (!file.IsValid() || !GetFileInformationByHandleEx(file.Get(), FileBasicInfo, &info, sizeof(info)))
+            return;
+    }
+    CopyAccessList(model, NvWidePath(inPath));
+    CopyAttributes(info, HandleOf(inDescriptor));
+}
+
+/** Whether trying again may help: another program had the file open, or was about to delete it. */
+bool IsHeldByOthers(DWORD inError) {
+    return inError == ERROR_SHARING_VIOLATION || inError == ERROR_ACCESS_DENIED ||
+           inError == ERROR_LOCK_VIOLATION;
+}
+
+/** @return 0, or the error of Windows */
+DWORD Rename(const std::string& inFrom, const std::string& inTo, DWORD inFlags) {
+    const std::wstring from = NvWidePath(inFrom);
+    const std::wstring to = NvWidePath(inTo);
+    for (int tries = kRenameTries;; --tries) {
+        if (MoveFileExW(from.c_str(), to.c_str(), inFlags | MOVEFILE_WRITE_THROUGH))
+            return ERROR_SUCCESS;
+        const DWORD error = GetLastError();
+        if (!IsHeldByOthers(error) || tries <= 1)
+            return error;
+        Sleep(kRenamePause);
+    }
+}
+
+/** Raises 5, or 1 with EBUSY, when Windows would not open it for inRights. */
+void CheckRights(const std::wstring& inPath, DWORD inRights) {
+    const NvWindowsHandle file(CreateFileW(inPath.c_str(), inRights, kShareWithAll, nullptr, OPEN_EXISTING,
+                                           FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    if (!file.IsValid())
+        ThrowLastError();
+}
+
+bool IsTemporaryName(std::wstring_view inName) {
+    return inName.size() == kPrefix.size() + km_RandomNameSize + kSuffix.size() &&
+           inName.starts_with(kPrefix) && inName.ends_with(kSuffix);
+}
+
+/** Fails, as it should, while a living run has the file open. A link would be removed, not what it leads to.
+ */
+void RemoveIfLeftOver(const std::string& inPath) {
+    const NvWindowsHandle file(CreateFileW(NvWidePath(inPath).c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
+                                           FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT,
+                                           nullptr));
+}
+
+} // namespace
+
+WnSafeFile::WnSafeFile(const char* inTargetPath, const char* inModelPath)
+    : mTargetPath(ResolveTarget(inTargetPath)), mModelPath(inModelPath ? inModelPath : mTargetPath) {
+    mDescriptor = CreateTemporary(WnGetFolderOf(NvWiden(mTargetPath)), mTemporaryPath);
+}
+
+WnSafeFile::~WnSafeFile() {
+    _close(mDescriptor);
+    if (!mCommitted)
+        DeleteFileW(NvWidePath(mTemporaryPath).c_str());
+}
+
+void WnSafeFile::Finish() {
+    TakeAttributesOf(mModelPath, mTemporaryPath, mDescriptor);
+    if (!FlushFileBuffers(HandleOf(mDescriptor)))
+        ThrowLastError();
+}
+
+void WnSafeFile::Commit() {
+    Finish();
+    if (const DWORD error = Rename(mTemporaryPath, mTargetPath, MOVEFILE_REPLACE_EXISTING))
+        ThrowRuntimeError(NvErrnoForWindows(error));
+    mCommitted = true;
+}
+
+bool WnSafeFile::CommitUnlessPresent() {
+    Finish();
+    const DWORD error = Rename(mTemporaryPath, mTargetPath, 0);
+    if (error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS)
+        return false;
+    if (error != ERROR_SUCCESS)
+        ThrowRuntimeError(NvErrnoForWindows(error));
+    mCommitted = true;
+    return true;
+}
+
+void WnCheckReplaceable(const char* inPath) {
+    const std::string target = ResolveTarget(inPath);
+    const std::wstring path = NvWidePath(target);
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        ThrowLastError();
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
+        NvThrowWithSystemError(NvErrorCode::km_PermissionDenied, EACCES);
+    CheckRights(path, GENERIC_WRITE | DELETE);
+    const std::string folder = NvNarrow(WnGetFolderOf(NvWiden(target)));
+    CheckRights(NvWidePath(folder.empty() ? "." : folder), FILE_ADD_FILE);
+}
+
+void WnRemoveLeftovers(const char* inFolder) {
+    std::string folder = inFolder;
+    if (!folder.ends_with('\\') && !folder.ends_with('/') && !folder.ends_with(':'))
+        folder += '\\';
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW(NvWidePath(folder + NvNarrow(kPrefix) + "*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE)
+        return;
+    do {
+        const bool isFile = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+        if (isFile && IsTemporaryName(entry.cFileName))
+            RemoveIfLeftOver(folder + NvNarrow(entry.cFileName));
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+}
