@@ -2,7 +2,6 @@
 
 #include <map>
 #include <string>
-#include <vector>
 
 #include "term/messages.h"
 #include "term/names.h"
@@ -12,9 +11,10 @@
 /** The batch seen from a terminal or a pipe: plain lines as files are done. */
 class TermShell : public MizerShell {
 public:
-    /** All are borrowed for the shell's life. The results hear of the files first, then the others. */
+    /** All are borrowed for the shell's life.
+     *  @param inListener  hears of the files; null: only the results do */
     TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
-              std::vector<TermListener*> inOthers = {});
+              TermListener* inListener = nullptr);
 
     /** Calls one file by another name in all that is said about it. */
     void SetShownName(const std::string& inPath, const std::string& inName) { mShownNames[inPath] = inName; }
@@ -26,7 +26,8 @@ public:
     void EnableCommands(bool /*inEnable*/) override {}
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
     std::string GetDataFolder() override;
-    void BeforeReplace(const char* inPath) override;
+    void BeforeReplace(const char* inPath) override { mListener.BeforeReplace(inPath); }
+    void ResultMade(const char* inResultPath) override { mListener.ResultMade(inResultPath); }
     void FileDone(const MizerFileResult& inResult) override;
     void PostQuit() override {}
 
@@ -35,7 +36,7 @@ private:
 
     TermMessages& mMessages;
     TermResults& mResults;
-    std::vector<TermListener*> mListeners; // mResults among them
+    TermListener& mListener;
     TermPassedOver mPassedOver;
     std::map<std::string, std::string> mShownNames;
 };
