@@ -46,7 +46,15 @@ NvGIFPlayer::NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeig
 
 void NvGIFPlayer::ShowFrame(const NvGIFFrame& inFrame) {
     BeginFrame(inFrame.GetInfo());
-    Draw(inFrame);
+    Draw(inFrame, PlaceOf(inFrame.GetInfo(), 0));
+}
+
+void NvGIFPlayer::ShowAlone(const NvGIFFrame& inFrame) {
+    std::fill(mCanvas.begin(), mCanvas.end(), Pixel{0});
+    mLastDisposal = NvGIFFrameInfo::km_DisposeUnspecified;
+    mDisposedRect = NvRect{};
+    mChangedRect = NvRect{0, 0, static_cast<std::int32_t>(mWidth), static_cast<std::int32_t>(mHeight)};
+    Draw(inFrame, mCanvas.data());
 }
 
 void NvGIFPlayer::ShowFrame(const NvIndexedImage& inImage, const NvGIFFrameInfo& inInfo) {
@@ -100,7 +108,7 @@ void NvGIFPlayer::DisposeOfLastFrame() {
     }
 }
 
-void NvGIFPlayer::Draw(const NvGIFFrame& inFrame) {
+void NvGIFPlayer::Draw(const NvGIFFrame& inFrame, Pixel* outPlace) const {
     const NvIndexedImage& image = inFrame.GetImage();
     const Colours colors = ColoursOf(image.GetColorTable());
     const NvConstPixelLock pixels(image);
@@ -109,7 +117,7 @@ void NvGIFPlayer::Draw(const NvGIFFrame& inFrame) {
     for (std::uint32_t y = 0; y < image.GetHeight(); ++y) {
         const std::uint8_t* indices = pixels.Row(y);
         const std::uint8_t* bits = mask.Row(y);
-        Pixel* row = PlaceOf(inFrame.GetInfo(), y);
+        Pixel* row = outPlace + std::size_t{y} * mWidth;
         for (std::uint32_t x = 0; x < width; x += 8) {
             const unsigned drawn = bits[x / 8];
             const std::uint32_t end = std::min(width - x, 8U);

@@ -36,6 +36,10 @@ public:
      *  @param inImage  with the table that the frame is shown with */
     void ShowFrame(const NvIndexedImage& inImage, const NvGIFFrameInfo& inInfo);
 
+    /** Shows nothing but one frame, no larger than the canvas, at the canvas's corner instead of its place.
+     */
+    void ShowAlone(const NvGIFFrame& inFrame);
+
     /** The first pixel of a row of what is displayed now; GetScreenWidth() pixels. */
     const Pixel* Row(std::uint32_t inY) const { return mCanvas.data() + std::size_t{inY} * mWidth; }
 
@@ -47,7 +51,7 @@ public:
 
 private:
     void BeginFrame(const NvGIFFrameInfo& inInfo);
-    void Draw(const NvGIFFrame& inFrame);
+    void Draw(const NvGIFFrame& inFrame, Pixel* outPlace) const;
     Pixel* PlaceOf(const NvGIFFrameInfo& inInfo, std::uint32_t inRow) {
         return mCanvas.data() + (std::size_t{inInfo.mTop} + inRow) * mWidth + inInfo.mLeft;
     }

@@ -1,5 +1,7 @@
 #include "nvcode2/nvquantremap.h"
 
+#include <cstdlib>
+
 #include "nvcode2/nvassert.h"
 #include "nvcode2/nvindexedimage.h"
 
@@ -33,6 +35,23 @@ NvIndexMap NvMakeRemap(const NvColorTable& inTable, const std::uint32_t* inHisto
         if (inHistogram[i] != 0)
             map[i] = NearestFlagged(inTarget, inFlags ? *inFlags : all, inTable.GetColor(i));
     return map;
+}
+
+double NvMeanRemapError(const NvColorTable& inTable, const std::uint32_t* inHistogram,
+                        const NvIndexMap& inMap, const NvColorTable& inTarget) {
+    std::uint64_t error = 0;
+    std::uint64_t pixels = 0;
+    for (std::uint32_t i = 0; i < inTable.GetSize(); ++i) {
+        if (inHistogram[i] == 0)
+            continue;
+        const NvColor& from = inTable.GetColor(i);
+        const NvColor& to = inTarget.GetColor(inMap[i]);
+        const int difference =
+            std::abs(from.red - to.red) + std::abs(from.green - to.green) + std::abs(from.blue - to.blue);
+        error += std::uint64_t{inHistogram[i]} * static_cast<std::uint64_t>(difference);
+        pixels += inHistogram[i];
+    }
+    return pixels == 0 ? 0.0 : static_cast<double>(error) / (3.0 * static_cast<double>(pixels));
 }
 
 void NvQuantRemap(NvIndexedImage& ioImage, const NvIndexMap& inMap, const NvColorTable& inTarget) {

@@ -22,5 +22,10 @@ using NvIndexMap = std::array<std::uint8_t, 256>;
 NvIndexMap NvMakeRemap(const NvColorTable& inTable, const std::uint32_t* inHistogram,
                        const NvColorTable& inTarget, const NvColorFlags* inFlags);
 
+/** Mean difference per channel, over the pixels counted, between colours and those they are mapped to; 0.0
+ *  without pixels. */
+double NvMeanRemapError(const NvColorTable& inTable, const std::uint32_t* inHistogram,
+                        const NvIndexMap& inMap, const NvColorTable& inTarget);
+
 /** Rewrites an image's pixels through a map and gives it the palette they then refer to. */
 void NvQuantRemap(NvIndexedImage& ioImage, const NvIndexMap& inMap, const NvColorTable& inTarget);

@@ -1,10 +1,12 @@
 #include "term/batchrun.h"
 
+#include <cstring>
 #include <memory>
 
 #include "term/filter.h"
 #include "term/interrupt.h"
 #include "term/outputplan.h"
+#include "term/results.h"
 #include "term/termshell.h"
 #include "win/mizerbrain.h"
 #include "win/mizerdelivery.h"
@@ -67,15 +69,22 @@ bool RunBrain(const TermInputs& inInputs, const TermSettings& inSettings, const 
 } // namespace
 
 void TermProcessInputs(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
-                       TermOutcomes& ioOutcomes) {
+                       TermResults& ioResults) {
     const auto delivery = MakeDelivery(inInputs, inSettings, ioMessages);
     if (ioMessages.GetExit() == TermExit::km_Usage)
         return;
     const MizerOptions options = {delivery.get(), inSettings.mLeastSaving, inSettings.mKeepsTimes};
-    TermShell shell(inSettings, ioMessages, ioOutcomes.GetResults(), &ioOutcomes);
+    TermShell shell(inSettings, ioMessages, ioResults);
     if (inSettings.IsFilter())
         shell.SetShownName(inInputs.mFiles.front().mPath, inInputs.mFiles.front().mPlace);
-    ioOutcomes.Finish(RunBrain(inInputs, inSettings, options, shell), ioMessages);
+    const bool cancelled = RunBrain(inInputs, inSettings, options, shell);
+    ioResults.PrintTotal(cancelled);
+    if (ioResults.IsPipeClosed())
+        TermEndOfClosedPipe();
+    if (ioResults.GetWriteError() != 0)
+        ioMessages.Error(std::string("standard output: ") + std::strerror(ioResults.GetWriteError()));
+    if (cancelled)
+        ioMessages.Error("cancelled", TermExit::km_Cancelled);
 }
 
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
@@ -83,8 +92,6 @@ void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     if (inSettings.IsFilter())
         return TermRunFilter(inSettings, ioMessages);
     TermCatchInterrupts();
-    TermOutcomes outcomes(inSettings);
-    if (outcomes.Begin(ioMessages))
-        TermProcessInputs(TermListInputs(inSettings, ioMessages, &outcomes), inSettings, ioMessages,
-                          outcomes);
+    TermResults results(inSettings);
+    TermProcessInputs(TermListInputs(inSettings, ioMessages, &results), inSettings, ioMessages, results);
 }

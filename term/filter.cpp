@@ -49,10 +49,8 @@ void Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
         return ioMessages.Error(std::string("standard input: ") + std::strerror(error));
     TermInputs inputs;
     inputs.mFiles = {{picture.GetPath(), "-"}};
-    TermOutcomes outcomes(inSettings);
-    if (!outcomes.Begin(ioMessages))
-        return;
-    TermProcessInputs(inputs, inSettings, ioMessages, outcomes);
+    TermResults results(inSettings);
+    TermProcessInputs(inputs, inSettings, ioMessages, results);
     if (!inSettings.mIsDryRun && !TermIsInterrupted())
         WritePicture(picture.GetPath(), ioMessages);
 }

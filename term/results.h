@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "term/counts.h"
+#include "term/json.h"
 #include "term/listener.h"
 #include "term/options.h"
 #include "win/mizershell.h"
@@ -27,6 +27,7 @@ public:
     int GetWriteError() const { return mWriteError; }
 
 private:
+    void Count(const MizerFileResult& inResult);
     void PrintRows(const MizerFileResult& inResult);
     void PrintTotalRow();
     void PrintRow(const std::string& inLine);

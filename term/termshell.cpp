@@ -1,14 +1,18 @@
 #include "term/termshell.h"
 
+#include <utility>
+
 #include "term/interrupt.h"
 #include "wnatom/wnsystem.h"
 
 TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
-                     TermListener* inListener)
+                     std::vector<TermListener*> inOthers)
     : mMessages(ioMessages),
       mResults(ioResults),
-      mListener(inListener ? *inListener : ioResults),
-      mPassedOver(inSettings, ioMessages) {}
+      mListeners(std::move(inOthers)),
+      mPassedOver(inSettings, ioMessages) {
+    mListeners.insert(mListeners.begin(), &ioResults);
+}
 
 bool TermShell::PumpEvents() {
     return TermIsInterrupted() || mResults.IsPipeClosed();
@@ -29,6 +33,11 @@ std::string TermShell::GetDataFolder() {
     return WnGetDataFolder();
 }
 
+void TermShell::BeforeReplace(const char* inPath) {
+    for (TermListener* listener : mListeners)
+        listener->BeforeReplace(inPath);
+}
+
 void TermShell::FileDone(const MizerFileResult& inResult) {
     const auto name = mShownNames.find(inResult.mPath);
     if (name == mShownNames.end())
@@ -40,7 +49,8 @@ void TermShell::FileDone(const MizerFileResult& inResult) {
 
 void TermShell::Tell(const MizerFileResult& inResult) {
     const std::string words = TermOutcomeWords(inResult);
-    mListener.FileDone(inResult, words);
+    for (TermListener* listener : mListeners)
+        listener->FileDone(inResult, words);
     if (words.empty())
         return;
     if (inResult.mStatus == MizerStatus::km_Failed)

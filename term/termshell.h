@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "term/messages.h"
 #include "term/names.h"
@@ -11,10 +12,9 @@
 /** The batch seen from a terminal or a pipe: plain lines as files are done. */
 class TermShell : public MizerShell {
 public:
-    /** All are borrowed for the shell's life.
-     *  @param inListener  hears of the files; null: only the results do */
+    /** All are borrowed for the shell's life. The results hear of the files first, then the others. */
     TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
-              TermListener* inListener = nullptr);
+              std::vector<TermListener*> inOthers = {});
 
     /** Calls one file by another name in all that is said about it. */
     void SetShownName(const std::string& inPath, const std::string& inName) { mShownNames[inPath] = inName; }
@@ -26,8 +26,7 @@ public:
     void EnableCommands(bool /*inEnable*/) override {}
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
     std::string GetDataFolder() override;
-    void BeforeReplace(const char* inPath) override { mListener.BeforeReplace(inPath); }
-    void ResultMade(const char* inResultPath) override { mListener.ResultMade(inResultPath); }
+    void BeforeReplace(const char* inPath) override;
     void FileDone(const MizerFileResult& inResult) override;
     void PostQuit() override {}
 
@@ -36,7 +35,7 @@ private:
 
     TermMessages& mMessages;
     TermResults& mResults;
-    TermListener& mListener;
+    std::vector<TermListener*> mListeners; // mResults among them
     TermPassedOver mPassedOver;
     std::map<std::string, std::string> mShownNames;
 };

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <new>
 #include <utility>
 
 #include "nvcode2/nvanimation.h"
 #include "nvcode2/nvfile.h"
 #include "win/pvload.h"
+#include "win/pvlookcost.h"
 #include "win/pvprogress.h"
 #include "win/pvwrite.h"
 #include "wnatom/wnpref.h"
@@ -49,18 +49,11 @@ struct PvOptimizer::Candidate {
     std::uint32_t mSize = 0; // bytes
     PvComparison mComparison;
 
-    // A percent of similarity may cost four percent of size, about what lossy GIF tools trade them for on
-    // real files.
-    static constexpr double km_SizePerSimilarity = 4.0;
-
-    /** Lower is better. */
-    double Cost() const {
-        return std::log(static_cast<double>(mSize)) - km_SizePerSimilarity * mComparison.mMeanStructure;
-    }
+    double Cost() const { return PvLookCost(mSize, mComparison.mMeanStructure); }
 
     /** A size, in bytes, at which no candidate can be better, even one that looks like the original. */
     std::uint32_t HopelessSize() const {
-        const double size = std::exp(Cost() + km_SizePerSimilarity) + 2.0; // rounding must not decide
+        const double size = PvSizeAtLookCost(Cost()) + 2.0; // rounding must not decide
         return static_cast<std::uint32_t>(std::min<double>(size, UINT32_MAX));
     }
 };

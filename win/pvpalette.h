@@ -19,10 +19,6 @@ enum class PvPaletteMode {
 /** Entries the shared table may have in a mode. */
 std::uint32_t PvPaletteLimit(PvPaletteMode inMode);
 
-/** Merges, within each frame, colours so near to each other that nobody tells them apart. Makes room in the
- * palette for colours that differ. */
-void MergeSimilarFrameColours(NvAnimation& ioAnimation);
-
 /** Builds a palette for all frames' drawn pixels, maps every frame to it and takes the local tables away.
  *
  *  @return  the largest mean error that a frame suffered, in levels per channel

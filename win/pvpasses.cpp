@@ -8,14 +8,12 @@
 #include "win/pvlossless.h"
 #include "win/pvpalette.h"
 #include "win/pvprogress.h"
+#include "win/pvsimilar.h"
 
 namespace {
 
 constexpr PvPaletteMode km_Mode = PvPaletteMode::km_Normal;
 constexpr std::uint32_t km_MaxColours = 256;
-
-// Merging nearly equal colours within a frame moves a channel by at most 2.
-constexpr double km_SimilarColourError = 2.0;
 
 // A canvas is put together from parts of several frames, so its mean may lie above that of each of them by
 // this much of it.
@@ -33,7 +31,7 @@ PvColourAllowance RebuildColours(NvAnimation& ioAnimation, const PvPassOptions& 
     ioProgress.BeginStep(0.25);
     const double flattenError = FlattenRestoredFrames(ioAnimation, ioProgress);
     Crop(ioAnimation, inOptions);
-    MergeSimilarFrameColours(ioAnimation);
+    const double mergeError = MergeSimilarFrameColours(ioAnimation);
     ioProgress.BeginStep(0.35);
     const double paletteError = BuildGlobalPalette(ioAnimation, km_Mode, ioProgress);
     MergeDuplicateColours(ioAnimation);
@@ -43,9 +41,9 @@ PvColourAllowance RebuildColours(NvAnimation& ioAnimation, const PvPassOptions& 
     OrderSharedTable(ioAnimation, PvPaletteLimit(km_Mode));
 
     PvColourAllowance allowance;
-    allowance.mMeanError = flattenError + km_SimilarColourError + paletteError;
+    allowance.mMeanError = flattenError + mergeError + paletteError;
     if (ioAnimation.GetFrameCount() > 1)
-        allowance.mMeanError += km_CanvasErrorShare * paletteError + inOptions.mTolerance;
+        allowance.mMeanError += km_CanvasErrorShare * (mergeError + paletteError) + inOptions.mTolerance;
     return allowance;
 }
 

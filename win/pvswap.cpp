@@ -1,10 +1,12 @@
 #include "win/pvswap.h"
 
+#include <memory>
 #include <utility>
 
 #include "nvcode2/nvanimation.h"
 #include "nvcode2/nvpixelpairs.h"
 #include "nvcode2/nvpostdither.h"
+#include "win/pvlookcost.h"
 #include "win/pvprogress.h"
 
 namespace {
@@ -84,21 +86,24 @@ std::uint64_t PvPixelSwapper::SwapAllFrames(NvAnimation& ioAnimation, PvProgress
         ioProgress.ReportFrame(i, ioAnimation.GetFrameCount());
         NvGIFFrame& frame = ioAnimation.GetFrame(i);
         const std::uint32_t candidates = CountSwapCandidates(frame);
-        if (AreTooMany(candidates, frame))
-            exchanged += PostDitherIfShorter(frame);
-        else if (candidates > 0) // most frames have none, sparing an index or not
-            exchanged += Search(frame, SparedIndex(frame));
+        if (candidates > 0) // most frames have none, sparing an index or not
+            exchanged += SwapIfWorthIt(frame, candidates);
     }
     return exchanged;
 }
 
-std::uint32_t PvPixelSwapper::PostDitherIfShorter(NvGIFFrame& ioFrame) {
-    const std::uint64_t before = mEstimator.EstimateFrame(ioFrame);
-    NvIndexedImage original;
-    original.CopyFrom(ioFrame.GetImage());
-    const std::uint32_t exchanged = PostDitherSparing(ioFrame, SparedIndex(ioFrame));
-    if (mEstimator.EstimateFrame(ioFrame) < before)
+std::uint32_t PvPixelSwapper::SwapIfWorthIt(NvGIFFrame& ioFrame, std::uint32_t inCandidates) {
+    const std::unique_ptr<NvImage> copy = ioFrame.Clone();
+    auto& original = static_cast<NvGIFFrame&>(*copy);
+    const std::uint32_t exchanged = AreTooMany(inCandidates, ioFrame)
+                                        ? PostDitherSparing(ioFrame, SparedIndex(ioFrame))
+                                        : Search(ioFrame, SparedIndex(ioFrame));
+    if (exchanged == 0)
+        return 0;
+    const auto before = static_cast<double>(mEstimator.EstimateFrame(original)) / 8;
+    const auto after = static_cast<double>(mEstimator.EstimateFrame(ioFrame)) / 8;
+    if (after < before && PvLookCost(after, PvFrameSimilarity(original, ioFrame)) < PvLookCost(before, 1.0))
         return exchanged;
-    ioFrame.SetImage(std::move(original));
+    ioFrame.SetImage(std::move(original.GetImage()));
     return 0;
 }

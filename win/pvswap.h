@@ -35,8 +35,9 @@ public:
     /** Works on a frame with transparency; the transparent index is never moved. */
     Result SwapPixelPairs(NvGIFFrame& ioFrame, std::uint8_t inTransparentIndex);
 
-    /** Works on every frame of an animation. What post-dithering made of a frame is kept only when it lowers
-     * that frame's estimate, for on many pictures it raises it.
+    /** Works on every frame of an animation. What became of a frame is kept only when it lowers that frame's
+     * estimate by more than the look it costs is worth (see PvLookCost): post-dithering raises it on many
+     * pictures, and exchanged pixels roughen what was smooth.
      *
      *  @return  pairs that changed places in all frames
      *  @throws NvErrorCode  3 when the progress was told to stop; some frames are then done, others not */
@@ -45,7 +46,7 @@ public:
 private:
     Result Swap(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
     std::uint32_t Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
-    std::uint32_t PostDitherIfShorter(NvGIFFrame& ioFrame);
+    std::uint32_t SwapIfWorthIt(NvGIFFrame& ioFrame, std::uint32_t inCandidates);
 
     PvSwapSearch mSearch;
     PvLZWEstimator mEstimator;

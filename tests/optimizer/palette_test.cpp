@@ -6,6 +6,7 @@
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
 #include "win/pvpalette.h"
+#include "win/pvsimilar.h"
 
 namespace {
 
@@ -95,15 +96,32 @@ TEST(Palette, AnAnimationThatDrawsNothingGetsOneEntry) {
     EXPECT_EQ(Describe(*animation).mTable, TestTable{0x000000});
 }
 
-TEST(Palette, OnlyColoursThatNobodyTellsApartMergeWithinAFrame) {
-    TestGIF gif = Movie({Picture("0123456..")});
-    gif.mTable = {0x646464, 0x666664, 0x676464, 0xFF0000, 0x646464, 0xFF0003, 0x00FF00};
+TEST(Palette, NearColoursMergeIntoTheirMean) {
+    TestGIF gif = Movie({Picture("0001123456..")});
+    gif.mTable = {0x646464, 0x666664, 0x6A6464, 0xFF0000, 0x646464, 0xFF0008, 0x00FF00};
     gif.mTable.resize(16, 0x0000FF); // also the colour under the undrawn pixels
     const auto animation = MakeAnimation(gif);
-    MergeSimilarFrameColours(*animation);
-    const NvGIFFrame& frame = animation->GetFrame(0);
-    EXPECT_EQ(Rows(frame), "0012034..");
-    EXPECT_EQ(frame.GetImage().GetColorTable().GetSize(), 5u);
+    EXPECT_NEAR(MergeSimilarFrameColours(*animation), 12 / 30.0, 1e-9);
+    // The most used colour leads; entries 1 and 4 are near it, entry 2 is not.
+    EXPECT_EQ(Rows(animation->GetFrame(0)), "0000012034..");
+    const NvColorTable& table = animation->GetFrame(0).GetImage().GetColorTable();
+    EXPECT_EQ(table.GetSize(), 5u);
+    EXPECT_EQ(NvPackColor(table.GetColor(0)), NvPackColor({101, 101, 100}));
+}
+
+TEST(Palette, ColoursFurtherApartMergeWhereThatSavesMoreThanItShows) {
+    for (const std::uint32_t size : {8u, 128u}) {
+        SCOPED_TRACE(size);
+        TestRandom random(1);
+        TestFrame grain;
+        grain.mWidth = grain.mHeight = size;
+        grain.mPixels = RandomPixels(random, TestTexture::km_Noise, size, size, 2);
+        TestGIF gif = Movie({grain});
+        gif.mTable = {0x646464, 0x666666};
+        const auto animation = MakeAnimation(gif);
+        MergeSimilarFrameColours(*animation);
+        EXPECT_EQ(animation->GetFrame(0).GetImage().GetColorTable().GetSize(), size == 128 ? 1u : 2u);
+    }
 }
 
 TEST(Palette, ARepeatedColourGoesToItsFirstOccurrence) {

@@ -130,32 +130,36 @@ TEST(Swap, MoreCandidatesThanTheSearchTakesOnArePostDithered) {
     }
 }
 
-TEST(Swap, PostDitheredPixelsAreKeptOnlyWhenTheyMakeTheFrameShorter) {
+// Luma is what the eye sees structure in: the same pixels change places unseen between equally bright colours
+// and roughen the picture between greys.
+TEST(Swap, ExchangedPixelsAreKeptOnlyWhenTheyMakeTheFrameShorterAndDoNotShow) {
     PvPixelSwapper swapper;
     TestHost host;
     PvProgress progress(host);
     int kept = 0;
     int putBack = 0;
-    for (std::uint32_t seed = 0; seed < 6; ++seed) {
+    for (std::uint32_t seed = 0; seed < 12; ++seed) {
+        SCOPED_TRACE(seed);
         TestRandom random(seed);
+        const bool shows = seed % 3 == 2;
         SwapReference reference;
         reference.mWidth = reference.mHeight = 300;
-        reference.mColors = {0x202020, 0x282828, 0x303030, 0x383838};
+        reference.mColors = shows ? TestTable{0x202020, 0x2A2A2A, 0x343434, 0x3E3E3E} : EquallyBright(4);
         reference.mPixels = RandomPixels(random, seed % 2 ? TestTexture::km_Noise : TestTexture::km_Dither,
-                                         300, 300, 2 + seed / 2);
-        reference.mTransparent = seed < 4 ? -1 : 1;
+                                         300, 300, 2 + seed / 4);
+        reference.mTransparent = seed < 8 ? -1 : 1;
         const auto animation = MakeStill(reference);
         ASSERT_TRUE(PvPixelSwapper::HasTooManyCandidates(animation->GetFrame(0)));
         SwapReference dithered = reference;
         dithered.PostDither();
-        const bool isShorter = dithered.Estimate() < reference.Estimate();
+        const bool isBetter = !shows && dithered.Estimate() < reference.Estimate();
         const std::uint64_t exchanged = swapper.SwapAllFrames(*animation, progress);
-        EXPECT_EQ(PixelsOf(animation->GetFrame(0)), isShorter ? dithered.mPixels : reference.mPixels) << seed;
-        EXPECT_EQ(exchanged > 0, isShorter);
-        ++(isShorter ? kept : putBack);
+        EXPECT_EQ(PixelsOf(animation->GetFrame(0)), isBetter ? dithered.mPixels : reference.mPixels);
+        EXPECT_EQ(exchanged > 0, isBetter);
+        ++(isBetter ? kept : putBack);
     }
     EXPECT_GT(kept, 0);
-    EXPECT_GT(putBack, 0);
+    EXPECT_GT(putBack, 4);
 }
 
 } // namespace

@@ -103,6 +103,13 @@ TestTable Greys(std::uint32_t inSize) {
     return table;
 }
 
+TestTable EquallyBright(std::uint32_t inSize) {
+    TestTable table;
+    for (std::uint32_t i = 0; i < inSize; ++i)
+        table.push_back((64 + 3 * i) << 16 | 64 << 8 | (255 - 8 * i));
+    return table;
+}
+
 std::string EncodeGIF(const TestGIF& inGIF) {
     const bool hasTable = !inGIF.mTable.empty();
     std::string bytes =

@@ -53,6 +53,9 @@ TestGIF Movie(std::vector<TestFrame> inFrames);
 /** inSize greys from black to white. */
 TestTable Greys(std::uint32_t inSize);
 
+/** Up to 32 colours from blue to brown that differ in all but their luma. */
+TestTable EquallyBright(std::uint32_t inSize);
+
 /** The bytes of the file, compressed as a plain encoder does it. */
 std::string EncodeGIF(const TestGIF& inGIF);
 

@@ -1,0 +1,19 @@
+#pragma once
+
+class NvGIFFrame;
+
+/** What a result costs the person who gets it; lower is better.
+ *
+ *  A percent of similarity may cost four percent of size, about what lossy GIF tools trade them for on real
+ *  files. Below a few KiB size hardly counts: a small file fills a disk block and a packet anyway, and a
+ *  small picture is looked at closely.
+ *
+ *  @param inBytes       how large the file is, or the frame stands for
+ *  @param inSimilarity  structural similarity to the original, 1.0 for the same picture */
+double PvLookCost(double inBytes, double inSimilarity);
+
+/** The size in bytes at which even a result that looks like the original has this cost; 0 if none has. */
+double PvSizeAtLookCost(double inCost);
+
+/** Structural similarity of two frames of the same size, undrawn pixels as mid grey. */
+double PvFrameSimilarity(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond);
