@@ -2,11 +2,14 @@
 
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "term/filter.h"
 #include "term/interrupt.h"
 #include "term/outputplan.h"
+#include "term/panel.h"
 #include "term/results.h"
+#include "term/terminal.h"
 #include "term/termshell.h"
 #include "win/mizerbrain.h"
 #include "win/mizerdelivery.h"
@@ -55,15 +58,27 @@ std::unique_ptr<MizerDelivery> MakeDelivery(const TermInputs& inInputs, const Te
     return nullptr;
 }
 
+bool WantsPanel(const TermSettings& inSettings) {
+    const bool readsInput = inSettings.IsFilter() || inSettings.mNamesFile == "-";
+    return inSettings.mDetail != TermDetail::km_Quiet && !inSettings.mIsJson && TermCanDraw(readsInput);
+}
+
 /** @return whether it was cancelled */
 bool RunBrain(const TermInputs& inInputs, const TermSettings& inSettings, const MizerOptions& inOptions,
               TermShell& ioShell) {
     WnPref prefs("Parvigif", "1.x");
     SetPreferences(inSettings, prefs);
+    std::optional<TermPanel> panel;
+    if (WantsPanel(inSettings))
+        ioShell.SetPanel(&panel.emplace(inInputs));
     MizerBrain brain(prefs, ioShell, inSettings.mOptimizer, inOptions); // stores the totals when it goes
+    if (panel)
+        ioShell.SetPanel(&*panel, [&] { brain.Pause(); });
     for (const TermInput& input : inInputs.mFiles)
         brain.AddFileToQueue(input.mPath.c_str());
-    return ProcessAll(brain);
+    const bool cancelled = ProcessAll(brain);
+    ioShell.SetPanel(nullptr);
+    return cancelled;
 }
 
 } // namespace

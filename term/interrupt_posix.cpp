@@ -1,32 +1,37 @@
 #include "term/interrupt.h"
 
 #include <csignal>
-#include <initializer_list>
 
-#include <signal.h>
+#include "term/signals_posix.h"
+#include "term/terminal.h"
 
 namespace {
 
 volatile std::sig_atomic_t gInterrupted = 0;
+volatile std::sig_atomic_t gAsked = 0;
 
-extern "C" void NoteInterrupt(int /*inSignal*/) {
+/** The second one ends the program as if nothing caught it, so that the caller sees what did. Every file is
+ *  whole at every moment. */
+extern "C" void NoteInterrupt(int inSignal) {
+    if (gAsked) {
+        TermLetGoOfTerminal();
+        TermRaiseWithDefault(inSignal);
+    }
+    gAsked = 1;
+    gInterrupted = 1;
+}
+
+/** A terminal that goes away tells so twice: once itself, once through its shell. */
+extern "C" void NoteHangup(int /*inSignal*/) {
     gInterrupted = 1;
 }
 
 } // namespace
 
 void TermCatchInterrupts() {
-    struct sigaction action {};
-    action.sa_handler = NoteInterrupt;
-    // Reset: the second one finds the default, which ends the program. Restart: no file operation fails of
-    // it.
-    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction present {};
-        sigaction(signal, nullptr, &present);
-        if (present.sa_handler != SIG_IGN) // nohup, or a background job of a simple shell, wants it so
-            sigaction(signal, &action, nullptr);
-    }
+    TermCatchSignal(SIGINT, NoteInterrupt);
+    TermCatchSignal(SIGTERM, NoteInterrupt);
+    TermCatchSignal(SIGHUP, NoteHangup);
     std::signal(SIGPIPE, SIG_IGN);
 }
 

@@ -14,19 +14,47 @@ TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, T
     mListeners.insert(mListeners.begin(), &ioResults);
 }
 
+void TermShell::SetPanel(TermPanel* inPanel, std::function<void()> inOnPause) {
+    mPanel = inPanel;
+    mOnPause = std::move(inOnPause);
+}
+
 bool TermShell::PumpEvents() {
+    RefreshPanel();
     return TermIsInterrupted() || mResults.IsPipeClosed();
 }
 
-bool TermShell::ShowProgress(double /*inFraction*/) {
+bool TermShell::ShowProgress(double inFraction) {
+    if (mPanel)
+        mPanel->SetFileFraction(inFraction);
+    RefreshPanel();
     return TermIsInterrupted();
 }
 
-void TermShell::ShowMessage(const char* inText, const char* /*inCaption*/, Icon inIcon) {
+/** A pause only waits, so it may come in the middle of a file, too. */
+void TermShell::RefreshPanel() {
+    if (!mPanel)
+        return;
+    mPanel->Refresh();
+    if (mPanel->IsPauseAsked() && mOnPause)
+        mOnPause();
+}
+
+void TermShell::SetPanelText(MizerControl inControl, const char* inText) {
+    mPanel->SetText(inControl, inText);
+}
+
+void TermShell::ShowMessage(const char* inText, const char* inCaption, Icon inIcon) {
+    if (mPanel && inIcon == Icon::km_None)
+        return mPanel->WaitForKey(inCaption, std::string(inText) + " (any key)");
+    if (mPanel)
+        mPanel->Hide();
     if (inIcon == Icon::km_Stop)
         mMessages.Warning(inText);
     else
         mMessages.Note(inText);
+    if (mPanel)
+        mPanel->PutBack();
 }
 
 std::string TermShell::GetDataFolder() {
@@ -38,13 +66,26 @@ void TermShell::BeforeReplace(const char* inPath) {
         listener->BeforeReplace(inPath);
 }
 
+std::string TermShell::GetShownName(const std::string& inPath) const {
+    const auto name = mShownNames.find(inPath);
+    return name == mShownNames.end() ? inPath : name->second;
+}
+
+void TermShell::FileStarted(const char* inPath) {
+    if (mPanel)
+        mPanel->StartFile(inPath, GetShownName(inPath));
+}
+
 void TermShell::FileDone(const MizerFileResult& inResult) {
-    const auto name = mShownNames.find(inResult.mPath);
-    if (name == mShownNames.end())
-        return Tell(inResult);
     MizerFileResult shown = inResult;
-    shown.mPath = name->second;
+    shown.mPath = GetShownName(inResult.mPath);
+    if (mPanel)
+        mPanel->Hide();
     Tell(shown);
+    if (!mPanel || inResult.mStatus == MizerStatus::km_Cancelled)
+        return;
+    mPanel->EndFile();
+    mPanel->PutBack();
 }
 
 void TermShell::Tell(const MizerFileResult& inResult) {

@@ -1,15 +1,18 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "term/messages.h"
 #include "term/names.h"
+#include "term/panel.h"
 #include "term/results.h"
 #include "win/mizershell.h"
 
-/** The batch seen from a terminal or a pipe: plain lines as files are done. */
+/** The batch seen from a terminal or a pipe: plain lines as files are done, and a panel below them where
+ * there is one. */
 class TermShell : public MizerShell {
 public:
     /** All are borrowed for the shell's life. The results hear of the files first, then the others. */
@@ -19,18 +22,25 @@ public:
     /** Calls one file by another name in all that is said about it. */
     void SetShownName(const std::string& inPath, const std::string& inName) { mShownNames[inPath] = inName; }
 
+    /** @param inPanel    borrowed until the next call, or null
+     *  @param inOnPause  what the key for a pause does */
+    void SetPanel(TermPanel* inPanel, std::function<void()> inOnPause = {});
+
     bool PumpEvents() override;
     bool ShowProgress(double inFraction) override;
-    bool HasPanel() const override { return false; }
-    void SetPanelText(MizerControl /*inControl*/, const char* /*inText*/) override {}
+    bool HasPanel() const override { return mPanel != nullptr; }
+    void SetPanelText(MizerControl inControl, const char* inText) override;
     void EnableCommands(bool /*inEnable*/) override {}
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
     std::string GetDataFolder() override;
+    void FileStarted(const char* inPath) override;
     void BeforeReplace(const char* inPath) override;
     void FileDone(const MizerFileResult& inResult) override;
     void PostQuit() override {}
 
 private:
+    std::string GetShownName(const std::string& inPath) const;
+    void RefreshPanel();
     void Tell(const MizerFileResult& inResult);
 
     TermMessages& mMessages;
@@ -38,4 +48,6 @@ private:
     std::vector<TermListener*> mListeners; // mResults among them
     TermPassedOver mPassedOver;
     std::map<std::string, std::string> mShownNames;
+    TermPanel* mPanel = nullptr;
+    std::function<void()> mOnPause;
 };

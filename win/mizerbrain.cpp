@@ -115,6 +115,7 @@ void MizerBrain::ProcessFile(const char* inPath) {
 }
 
 void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
+    mShell.FileStarted(ioResult.mPath.c_str());
     mTotals.StartFile(ioResult.mPath.c_str());
     if (!MeasureFile(ioResult))
         return;

@@ -80,6 +80,9 @@ public:
     /** Folder of the results log, without a closing separator. */
     virtual std::string GetDataFolder() = 0;
 
+    /** Called when the work on a file begins, with its whole path, before the panel's texts about it. */
+    virtual void FileStarted(const char* /*inPath*/) {}
+
     /** Called just before a file is first replaced, when its backup stands: it still holds its original
      * bytes. */
     virtual void BeforeReplace(const char* /*inPath*/) {}
