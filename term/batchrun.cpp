@@ -1,6 +1,5 @@
 #include "term/batchrun.h"
 
-#include <cstring>
 #include <memory>
 #include <optional>
 
@@ -84,22 +83,15 @@ bool RunBrain(const TermInputs& inInputs, const TermSettings& inSettings, const 
 } // namespace
 
 void TermProcessInputs(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
-                       TermResults& ioResults) {
+                       TermOutcomes& ioOutcomes) {
     const auto delivery = MakeDelivery(inInputs, inSettings, ioMessages);
     if (ioMessages.GetExit() == TermExit::km_Usage)
         return;
     const MizerOptions options = {delivery.get(), inSettings.mLeastSaving, inSettings.mKeepsTimes};
-    TermShell shell(inSettings, ioMessages, ioResults);
+    TermShell shell(inSettings, ioMessages, ioOutcomes.GetResults(), &ioOutcomes);
     if (inSettings.IsFilter())
         shell.SetShownName(inInputs.mFiles.front().mPath, inInputs.mFiles.front().mPlace);
-    const bool cancelled = RunBrain(inInputs, inSettings, options, shell);
-    ioResults.PrintTotal(cancelled);
-    if (ioResults.IsPipeClosed())
-        TermEndOfClosedPipe();
-    if (ioResults.GetWriteError() != 0)
-        ioMessages.Error(std::string("standard output: ") + std::strerror(ioResults.GetWriteError()));
-    if (cancelled)
-        ioMessages.Error("cancelled", TermExit::km_Cancelled);
+    ioOutcomes.Finish(RunBrain(inInputs, inSettings, options, shell), ioMessages);
 }
 
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
@@ -107,6 +99,8 @@ void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     if (inSettings.IsFilter())
         return TermRunFilter(inSettings, ioMessages);
     TermCatchInterrupts();
-    TermResults results(inSettings);
-    TermProcessInputs(TermListInputs(inSettings, ioMessages, &results), inSettings, ioMessages, results);
+    TermOutcomes outcomes(inSettings);
+    if (outcomes.Begin(ioMessages))
+        TermProcessInputs(TermListInputs(inSettings, ioMessages, &outcomes), inSettings, ioMessages,
+                          outcomes);
 }

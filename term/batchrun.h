@@ -3,11 +3,11 @@
 #include "term/messages.h"
 #include "term/names.h"
 #include "term/options.h"
-#include "term/results.h"
+#include "term/outcomes.h"
 
 /** Makes the named files smaller and prints what became of them. */
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages);
 
 /** The same for files that are found already. Each is called by its place when the program is a filter. */
 void TermProcessInputs(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
-                       TermResults& ioResults);
+                       TermOutcomes& ioOutcomes);

@@ -49,8 +49,10 @@ void Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
         return ioMessages.Error(std::string("standard input: ") + std::strerror(error));
     TermInputs inputs;
     inputs.mFiles = {{picture.GetPath(), "-"}};
-    TermResults results(inSettings);
-    TermProcessInputs(inputs, inSettings, ioMessages, results);
+    TermOutcomes outcomes(inSettings);
+    if (!outcomes.Begin(ioMessages))
+        return;
+    TermProcessInputs(inputs, inSettings, ioMessages, outcomes);
     if (!inSettings.mIsDryRun && !TermIsInterrupted())
         WritePicture(picture.GetPath(), ioMessages);
 }

@@ -7,22 +7,6 @@
 
 namespace {
 
-const char* StatusName(MizerStatus inStatus) {
-    switch (inStatus) {
-    case MizerStatus::km_Smaller:
-        return "smaller";
-    case MizerStatus::km_Unchanged:
-        return "unchanged";
-    case MizerStatus::km_Skipped:
-        return "skipped";
-    case MizerStatus::km_Failed:
-        return "failed";
-    case MizerStatus::km_Cancelled:
-        return "cancelled";
-    }
-    return "";
-}
-
 std::string Format(const char* inFormat, double inNumber) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), inFormat, inNumber);
@@ -90,7 +74,7 @@ std::string TermJsonFile(const MizerFileResult& inResult, const std::string& inW
     const bool isSmaller = inResult.mStatus == MizerStatus::km_Smaller;
     Object object("file");
     object.AddPath("path", inResult.mPath);
-    object.Add("status", TermJsonString(StatusName(inResult.mStatus)));
+    object.Add("status", TermJsonString(TermStatusName(inResult.mStatus)));
     if (inResult.mOriginalSize != 0) {
         AddSizes(object, inResult.mOriginalSize, inResult.mNewSize);
     } else {

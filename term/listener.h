@@ -9,8 +9,10 @@ class TermListener {
 public:
     virtual ~TermListener() = default;
 
-    /** Called just before a file is first replaced: it still holds its original bytes. */
+    /** Called just before a file is first replaced, or would be: it still holds its original bytes. */
     virtual void BeforeReplace(const char* /*inPath*/) {}
+    /** Called when a smaller file is complete; it may be gone after the call. */
+    virtual void ResultMade(const char* /*inResultPath*/) {}
 
     /** Called once for each file, and for each name that leads to none (km_Failed, without sizes).
      *  @param inWords  what there is to tell beyond the numbers, see TermOutcomeWords */

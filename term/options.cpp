@@ -75,6 +75,14 @@ bool SetLeastSaving(Settings& ioSettings, Argument inText) {
     return error == std::errc() && stop == end && percentage >= 0 && percentage <= 100;
 }
 
+bool SetReportLimit(Settings& ioSettings, Argument inMebibytes) {
+    std::uint32_t count = 0;
+    if (!ReadNumber(inMebibytes, 0, 1024, count))
+        return false;
+    ioSettings.mReportLimit = std::uint64_t{count} << 20;
+    return true;
+}
+
 bool SetText(std::string& outText, Argument inText) {
     outText = inText;
     return !inText.empty();
@@ -148,6 +156,13 @@ constexpr auto kOptions = std::to_array<TermOption>({
      "Draws the first, the middle and the last frame of every file side by side, file by file from the top "
      "left, and prints which is where. An OUT that exists is never replaced.",
      [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mContactSheet, inPath); }},
+    {"report", 0, "OUT", "Output", "write a page for the browser about the run",
+     "One HTML file with the totals, a table of the files, and of each the picture before and after, playing "
+     "side by side. An OUT that exists is replaced only when it is such a page.",
+     [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mReport, inPath); }},
+    {"report-limit", 0, "MIB", "Output", "pictures that the page may hold, in MiB",
+     "0 to 1024, usually 32. Pictures that do not fit any more are left out, which the page tells.",
+     SetReportLimit, true},
     {"json", 0, nullptr, "Output", "print results as JSON, an object per line",
      "An object for each file as it is done, then one for all of them; the user guide tells their fields. "
      "With --quiet, too.",
@@ -278,6 +293,9 @@ std::string CheckModes(const Settings& inSettings) {
     add(inSettings.mIsDryRun, "--dry-run");
     add(!inSettings.mOutputFolder.empty(), "--output");
     add(!inSettings.mContactSheet.empty(), "--contact-sheet");
+    const bool isBatch = !restores && inSettings.mContactSheet.empty();
+    add(!isBatch && !inSettings.mReport.empty(), "--report");
+    add(!isBatch && inSettings.mIsJson, "--json");
     add(restores && inSettings.mIsRecursive, "--recursive");
     add(restores && !inSettings.mNamesFile.empty(), "--files-from");
     return modes.size() < 2 ? "" : "'" + modes[0] + "' does not go with '" + modes[1] + "'";

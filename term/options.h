@@ -33,10 +33,12 @@ struct TermSettings {
     std::map<std::string, std::uint32_t> mStored;      ///< preferences to store
     std::string mContactSheet;                         ///< the file to draw one on; empty: process the names
     PvOptSettings mOptimizer;
-    bool mIsJson = false;            ///< results as JSON Lines instead of the table
-    std::vector<std::string> mNames; ///< as typed, in order
-    std::string mNamesFile;          ///< holds more names, one to a line; "-": standard input; empty: none
-    bool mNamesEndInNul = false;     ///< in that file
+    std::string mReport;                   ///< the page to write about the run; empty: none
+    std::uint64_t mReportLimit = 32 << 20; ///< bytes of pictures that the page may hold
+    bool mIsJson = false;                  ///< results as JSON Lines instead of the table
+    std::vector<std::string> mNames;       ///< as typed, in order
+    std::string mNamesFile;      ///< holds more names, one to a line; "-": standard input; empty: none
+    bool mNamesEndInNul = false; ///< in that file
     bool mIsRecursive = false;
     bool mIsDryRun = false;
     bool mKeepsTimes = false;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 
+#include "term/json.h"
 #include "term/messages.h"
 #include "win/mizertotals.h"
 
@@ -17,11 +18,9 @@ std::string MakeRow(const std::string& inBefore, const std::string& inAfter, con
     return numbers.data() + inWhat + "\n";
 }
 
-std::string FormatPercentage(std::uint64_t inPart, std::uint64_t inWhole) {
-    const double percentage =
-        inWhole == 0 ? 0.0 : static_cast<double>(inPart) * 100.0 / static_cast<double>(inWhole);
+std::string FormatPercentage(double inPercentage) {
     std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "%.1f%%", percentage);
+    std::snprintf(text.data(), text.size(), "%.1f%%", inPercentage);
     return text.data();
 }
 
@@ -47,32 +46,11 @@ TermResults::TermResults(const TermSettings& inSettings)
       mIsDryRun(inSettings.mIsDryRun) {}
 
 void TermResults::FileDone(const MizerFileResult& inResult, const std::string& inWords) {
-    Count(inResult);
+    mCounts.Add(inResult);
     if (mIsJson)
         Print(TermJsonFile(inResult, inWords));
     else
         PrintRows(inResult);
-}
-
-void TermResults::Count(const MizerFileResult& inResult) {
-    switch (inResult.mStatus) {
-    case MizerStatus::km_Smaller:
-        ++mCounts.mSmaller;
-        break;
-    case MizerStatus::km_Unchanged:
-        ++mCounts.mUnchanged;
-        break;
-    case MizerStatus::km_Skipped:
-        ++mCounts.mSkipped;
-        return;
-    case MizerStatus::km_Failed:
-        ++mCounts.mFailed;
-        return;
-    case MizerStatus::km_Cancelled:
-        return;
-    }
-    mCounts.mOriginalBytes += inResult.mOriginalSize;
-    mCounts.mNewBytes += inResult.mNewSize;
 }
 
 void TermResults::PrintRows(const MizerFileResult& inResult) {
@@ -101,8 +79,7 @@ void TermResults::PrintTotalRow() {
     if (mCounts.mFailed != 0)
         what += "; " + std::to_string(mCounts.mFailed) + " failed";
     PrintRow(MakeRow(std::to_string(mCounts.mOriginalBytes), std::to_string(mCounts.mNewBytes),
-                     std::to_string(mCounts.GetSaved()),
-                     FormatPercentage(mCounts.GetSaved(), mCounts.mOriginalBytes), what));
+                     std::to_string(mCounts.GetSaved()), FormatPercentage(mCounts.GetPercentage()), what));
 }
 
 /** A line of the table, below its heading. */

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "term/json.h"
+#include "term/counts.h"
 #include "term/listener.h"
 #include "term/options.h"
 #include "win/mizershell.h"
@@ -27,7 +27,6 @@ public:
     int GetWriteError() const { return mWriteError; }
 
 private:
-    void Count(const MizerFileResult& inResult);
     void PrintRows(const MizerFileResult& inResult);
     void PrintTotalRow();
     void PrintRow(const std::string& inLine);

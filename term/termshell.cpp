@@ -1,18 +1,14 @@
 #include "term/termshell.h"
 
-#include <utility>
-
 #include "term/interrupt.h"
 #include "wnatom/wnsystem.h"
 
 TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
-                     std::vector<TermListener*> inOthers)
+                     TermListener* inListener)
     : mMessages(ioMessages),
       mResults(ioResults),
-      mListeners(std::move(inOthers)),
-      mPassedOver(inSettings, ioMessages) {
-    mListeners.insert(mListeners.begin(), &ioResults);
-}
+      mListener(inListener ? *inListener : ioResults),
+      mPassedOver(inSettings, ioMessages) {}
 
 void TermShell::SetPanel(TermPanel* inPanel, std::function<void()> inOnPause) {
     mPanel = inPanel;
@@ -61,11 +57,6 @@ std::string TermShell::GetDataFolder() {
     return WnGetDataFolder();
 }
 
-void TermShell::BeforeReplace(const char* inPath) {
-    for (TermListener* listener : mListeners)
-        listener->BeforeReplace(inPath);
-}
-
 std::string TermShell::GetShownName(const std::string& inPath) const {
     const auto name = mShownNames.find(inPath);
     return name == mShownNames.end() ? inPath : name->second;
@@ -90,8 +81,7 @@ void TermShell::FileDone(const MizerFileResult& inResult) {
 
 void TermShell::Tell(const MizerFileResult& inResult) {
     const std::string words = TermOutcomeWords(inResult);
-    for (TermListener* listener : mListeners)
-        listener->FileDone(inResult, words);
+    mListener.FileDone(inResult, words);
     if (words.empty())
         return;
     if (inResult.mStatus == MizerStatus::km_Failed)

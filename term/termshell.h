@@ -3,7 +3,6 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "term/messages.h"
 #include "term/names.h"
@@ -15,9 +14,10 @@
  * there is one. */
 class TermShell : public MizerShell {
 public:
-    /** All are borrowed for the shell's life. The results hear of the files first, then the others. */
+    /** All are borrowed for the shell's life.
+     *  @param inListener  hears of the files; null: only the results do */
     TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
-              std::vector<TermListener*> inOthers = {});
+              TermListener* inListener = nullptr);
 
     /** Calls one file by another name in all that is said about it. */
     void SetShownName(const std::string& inPath, const std::string& inName) { mShownNames[inPath] = inName; }
@@ -34,7 +34,8 @@ public:
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
     std::string GetDataFolder() override;
     void FileStarted(const char* inPath) override;
-    void BeforeReplace(const char* inPath) override;
+    void BeforeReplace(const char* inPath) override { mListener.BeforeReplace(inPath); }
+    void ResultMade(const char* inResultPath) override { mListener.ResultMade(inResultPath); }
     void FileDone(const MizerFileResult& inResult) override;
     void PostQuit() override {}
 
@@ -45,7 +46,7 @@ private:
 
     TermMessages& mMessages;
     TermResults& mResults;
-    std::vector<TermListener*> mListeners; // mResults among them
+    TermListener& mListener;
     TermPassedOver mPassedOver;
     std::map<std::string, std::string> mShownNames;
     TermPanel* mPanel = nullptr;

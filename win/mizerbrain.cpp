@@ -183,6 +183,8 @@ std::uint32_t MizerBrain::WorkOnFile(const char* inPath, std::uint32_t inOrigina
     const bool needsCopy = mOptions.mDelivery || mOptions.mLeastSaving.IsSet();
     const std::uint32_t newSize = needsCopy ? WorkOnCopy(inPath, inOriginalSize, outOutcome, place)
                                             : OptimizeGIFFile(inPath, inOriginalSize, outOutcome);
+    if (!needsCopy && newSize < inOriginalSize)
+        mShell.ResultMade(inPath);
     const bool isWritten = mOptions.mDelivery ? !place.empty() : newSize < inOriginalSize;
     if (mOptions.mKeepsTimes && isWritten)
         std::filesystem::last_write_time(place, time, ignored);
@@ -212,6 +214,10 @@ std::uint32_t MizerBrain::WorkOnCopy(const char* inPath, std::uint32_t inOrigina
     }
     if (!mOptions.mLeastSaving.IsReached(inOriginalSize, newSize))
         newSize = inOriginalSize;
+    if (newSize < inOriginalSize) {
+        mShell.BeforeReplace(inPath);
+        mShell.ResultMade(copy.GetPath());
+    }
     outPlace = DeliverResult(inPath, newSize < inOriginalSize ? copy.GetPath() : inPath);
     return newSize;
 }

@@ -83,9 +83,13 @@ public:
     /** Called when the work on a file begins, with its whole path, before the panel's texts about it. */
     virtual void FileStarted(const char* /*inPath*/) {}
 
-    /** Called just before a file is first replaced, when its backup stands: it still holds its original
-     * bytes. */
+    /** Called just before a file is first replaced, or would be were it not to stay: it still holds its
+     * original bytes. */
     virtual void BeforeReplace(const char* /*inPath*/) {}
+
+    /** Called when a smaller file is complete, in its place or on its way to one; it may be gone after the
+     * call. */
+    virtual void ResultMade(const char* /*inResultPath*/) {}
 
     /** Called once for each file that was taken from the queue, also before its error leaves the batch. */
     virtual void FileDone(const MizerFileResult& inResult) = 0;

@@ -31,31 +31,40 @@ private:
     // More find hardly anything; two alone lose half a percent.
     static constexpr std::uint32_t km_StringsFollowed = 8;
 
-    /** How each string followed came to its pixel at one place: the number of the string before, and whether
-     * the pixel is the other one. The last string extended may become two. */
-    struct Origins {
-        std::array<std::uint8_t, 2 * km_StringsFollowed> mOrigins;
-    };
-
-    /** All strings from one place, and the longest of them, which is number 0 in its last place. */
-    struct Exploration {
-        std::array<Origins, NvLZWStringTable::km_MaxCodes> mPlaces; // no string is longer
-        std::array<std::uint8_t, 2> mFirstPixels{};
+    /** A string of the table that the choices allow. */
+    struct Found {
         std::uint32_t mLength = 0; // pixels
-        std::uint32_t mCode = 0;   // of the longest
+        std::uint32_t mCode = 0;
     };
 
-    void Explore(std::uint32_t inStart, std::uint8_t inFirst, std::uint8_t inSecond,
-                 Exploration& outFound) const;
-    void ExploreWith(std::uint32_t inPrefix, std::uint8_t inPixel, std::uint32_t inPlace,
-                     std::uint32_t inCode, Exploration& outFound);
-    std::uint8_t ChooseNext(std::uint32_t inPrefix, std::uint32_t inPlace, std::uint32_t inCode);
-    void SettleString(std::uint32_t inStart, std::vector<std::uint8_t>& outPixels) const;
+    /** What goes on from a string. Nearly all strings go on in one way or in none, which is told here without
+     *  a look at the large table. The last string added is the first taken back, so the first child of a node
+     *  is the only one whenever there is one. */
+    struct Node {
+        std::uint16_t mChildren = 0;
+        std::uint16_t mFirstChild = 0; // its code
+        std::uint8_t mFirstPixel = 0;
+    };
+
+    /** Codes of the strings followed at one place; the last one extended may become two. */
+    using Strings = std::array<std::uint32_t, km_StringsFollowed + 1>;
+
+    void Clear(std::uint32_t inFirstFreeCode);
+    void Add(std::uint32_t inPrefix, std::uint8_t inPixel);
+    void RemoveLast(std::uint32_t inPrefix);
+    Found Explore(std::uint32_t inStart, std::uint8_t inFirst, std::uint8_t inSecond) const;
+    std::uint32_t FollowOne(Strings& ioStrings, std::uint32_t& ioPlace) const;
+    std::uint32_t Extend(const Strings& inStrings, std::uint32_t inCount, std::uint32_t inPlace,
+                         Strings& outLonger) const;
+    std::uint8_t ChooseNext(std::uint32_t inPrefix, std::uint32_t inPlace, Found& outNext);
+    Found ExploreWith(std::uint32_t inPrefix, std::uint8_t inPixel, std::uint32_t inPlace);
+    void Settle(const Found& inString, std::uint32_t inStart, std::uint8_t* ioPixels) const;
 
     const std::uint8_t* mPresent = nullptr;
     const std::uint8_t* mOther = nullptr;
     std::uint32_t mCount = 0;
     NvLZWStringTable mTable;
-    std::array<Exploration, 2> mExplorations{};
-    std::uint32_t mBest = 0; // of the two
+    std::uint32_t mNextCode = 0;
+    std::array<Node, NvLZWStringTable::km_MaxCodes> mNodes{};
+    std::array<std::uint32_t, NvLZWStringTable::km_MaxCodes> mPlaces{}; // where each string was settled first
 };

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "term/listener.h"
+#include "term/messages.h"
+#include "term/options.h"
+#include "term/report/report.h"
+#include "term/results.h"
+
+/** Everything that a run leaves besides the pictures: its results, and the report if one is wanted. */
+class TermOutcomes : public TermListener {
+public:
+    explicit TermOutcomes(const TermSettings& inSettings) : mSettings(inSettings), mResults(inSettings) {}
+
+    /** Begins the report. @return false, and the person was told, when it cannot be written: no file may be
+     *  touched then */
+    bool Begin(TermMessages& ioMessages);
+
+    void BeforeReplace(const char* inPath) override;
+    void ResultMade(const char* inResultPath) override;
+    void FileDone(const MizerFileResult& inResult, const std::string& inWords) override;
+
+    /** Completes the report, then the results; ends the program when their reader has gone away. */
+    void Finish(bool inIsCancelled, TermMessages& ioMessages);
+
+    TermResults& GetResults() { return mResults; }
+
+private:
+    void FinishReport(bool inIsCancelled, TermMessages& ioMessages);
+
+    const TermSettings& mSettings;
+    TermResults mResults;
+    std::unique_ptr<TermReport> mReport; // null when none is wanted
+};

@@ -1,0 +1,139 @@
+#include "term/report/report.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvfile.h"
+#include "term/report/reporttext.h"
+#include "term/utf8.h"
+#include "win/wholefile.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+constexpr std::string_view kSignature = "<!DOCTYPE html>\n<!-- A report of parvigif. -->\n";
+constexpr std::size_t kRoomForTotals = 2048; // characters; they need about a quarter of it
+
+/** Somebody's page, or a picture named by mistake, is never replaced. */
+bool IsReport(const char* inPath) {
+    std::array<char, kSignature.size()> start{};
+    NvFile file(inPath);
+    file.Open(NvFile::km_ReadPerm);
+    if (file.GetLength() < start.size())
+        return false;
+    file.Read(start.data(), static_cast<std::uint32_t>(start.size()));
+    return std::string_view(start.data(), start.size()) == kSignature;
+}
+
+/** @return whether nothing is there yet; an older report may be replaced */
+bool CheckTarget(const char* inPath) {
+    const WnFileKind kind = WnGetFileKind(inPath);
+    if (kind == WnFileKind::km_Missing)
+        return true;
+    if (kind != WnFileKind::km_RegularFile || !IsReport(inPath))
+        NvThrow(NvErrorCode::km_FileExists);
+    WnCheckReplaceable(inPath);
+    return false;
+}
+
+} // namespace
+
+TermReport::TermReport(const std::string& inPath, std::uint64_t inLimit)
+    : mPath(inPath),
+      mLimit(inLimit),
+      mIsNew(CheckTarget(inPath.c_str())),
+      mFile(inPath.c_str()),
+      mStream(std::fopen(mFile.GetTemporaryPath(), "wb")) {
+    if (!mStream)
+        ThrowRuntimeError(errno);
+    const TermReportFrame frame = TermMakeReportFrame();
+    mEnd = frame.mEnd;
+    Write(frame.mHead);
+    mTotalsAt = std::ftell(mStream.get());
+    Write(std::string(kRoomForTotals, ' ') + frame.mMiddle);
+}
+
+TermReport::~TermReport() = default;
+
+void TermReport::BeforeReplace(const char* inPath) {
+    mBefore = Read(inPath);
+}
+
+void TermReport::ResultMade(const char* inResultPath) {
+    mAfter = Read(inResultPath);
+}
+
+/** All bytes of a file, unless it has more than the page may still hold, or cannot be read. */
+std::optional<TermReport::Bytes> TermReport::Read(const char* inPath) const {
+    try {
+        NvFile file(inPath);
+        file.Open(NvFile::km_ReadPerm);
+        const std::uint64_t size = file.GetLength();
+        file.Close();
+        if (mHeld + size <= mLimit)
+            return MizerReadWholeFile(inPath);
+    } catch (const NvErrorCode&) { // the work on the file goes on without a picture of it
+    }
+    return std::nullopt;
+}
+
+void TermReport::FileDone(const MizerFileResult& inResult, const std::string& inWords) {
+    mCounts.Add(inResult);
+    if (inResult.mStatus == MizerStatus::km_Skipped)
+        return;
+    Write(TermReportRow(inResult, inWords));
+    if (inResult.mStatus == MizerStatus::km_Smaller)
+        WritePictures();
+    Write("</tbody>\n");
+    mBefore.reset();
+    mAfter.reset();
+}
+
+void TermReport::WritePictures() {
+    if (!mBefore || !mAfter || mHeld + mBefore->size() + mAfter->size() > mLimit) {
+        ++mLeftOut;
+        return;
+    }
+    mHeld += mBefore->size() + mAfter->size();
+    Write("<tr role=\"row\" class=\"pictures\" hidden><td role=\"cell\" colspan=\"7\">\n");
+    WritePicture("before", *mBefore);
+    WritePicture("after", *mAfter);
+    Write("</td></tr>\n");
+}
+
+/** A script of a type that no browser runs: data that is not shown and costs nothing until it is asked for.
+ */
+void TermReport::WritePicture(const char* inClass, const Bytes& inBytes) {
+    Write(std::string("<script type=\"text/plain\" class=\"") + inClass + "\">");
+    constexpr std::size_t piece = 3 << 16; // whole groups of three
+    for (std::size_t at = 0; at < inBytes.size(); at += piece)
+        Write(TermBase64(
+            {reinterpret_cast<const char*>(inBytes.data()) + at, std::min(piece, inBytes.size() - at)}));
+    Write("</script>\n");
+}
+
+void TermReport::Write(const std::string& inText) {
+    if (mWriteError == 0 && std::fwrite(inText.data(), 1, inText.size(), mStream.get()) != inText.size())
+        mWriteError = errno;
+}
+
+void TermReport::Finish(bool inIsCancelled) {
+    mCounts.mIsCancelled = inIsCancelled;
+    Write(mEnd);
+    if (mWriteError == 0 && std::fseek(mStream.get(), mTotalsAt, SEEK_SET) != 0)
+        mWriteError = errno;
+    Write(TermReportTotals(mCounts, mLeftOut, mLimit).substr(0, kRoomForTotals));
+    if (std::fclose(mStream.release()) != 0 && mWriteError == 0)
+        mWriteError = errno;
+    if (mWriteError != 0)
+        ThrowRuntimeError(mWriteError);
+    if (!mIsNew)
+        mFile.Commit();
+    else if (!mFile.CommitUnlessPresent())
+        NvThrow(NvErrorCode::km_FileExists);
+}
