@@ -29,3 +29,10 @@ constexpr std::uint64_t NvFindZeroBytes(std::uint64_t inBytes) {
     constexpr std::uint64_t km_AllButTop = NvEightOf(0x7F);
     return ~(((inBytes & km_AllButTop) + km_AllButTop) | inBytes | km_AllButTop);
 }
+
+/** A bit for each of eight bytes that equals inByte, the first one's on top. */
+inline std::uint8_t NvBitsOfEight(const std::uint8_t* inBytes, std::uint8_t inByte) {
+    const std::uint64_t equal = NvFindZeroBytes(NvLoadBigEndian(inBytes) ^ NvEightOf(inByte));
+    // Each factor's bit moves one byte's top bit into the top byte, and no two meet on the way.
+    return static_cast<std::uint8_t>((equal >> 7) * 0x0102040810204080U >> 56);
+}

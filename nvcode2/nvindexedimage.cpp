@@ -31,10 +31,7 @@ IndexMap IdentityMap() {
 
 /** A bit for each of eight pixels that is not inIndex, the first pixel's on top. */
 std::uint8_t OthersOfEight(const std::uint8_t* inPixels, std::uint8_t inIndex) {
-    const std::uint64_t others =
-        NvFindZeroBytes(NvLoadBigEndian(inPixels) ^ NvEightOf(inIndex)) ^ NvEightOf(0x80);
-    // Each factor's bit moves one byte's top bit into the top byte, and no two meet on the way.
-    return static_cast<std::uint8_t>((others >> 7) * 0x0102040810204080U >> 56);
+    return static_cast<std::uint8_t>(~NvBitsOfEight(inPixels, inIndex));
 }
 
 } // namespace

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <bit>
 #include <vector>
 
 #include "nvcode2/nvanimation.h"
 #include "nvcode2/nvassert.h"
+#include "nvcode2/nvbytes.h"
+#include "nvcode2/nvmaskrow.h"
 #include "win/pvprogress.h"
 
 namespace {
@@ -25,8 +27,10 @@ class Differencer {
 public:
     Differencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance)
         : mWidth(inWidth),
-          mTolerance(static_cast<int>(inTolerance)),
-          mScreen(std::size_t{inWidth} * inHeight, 0) {}
+          mTolerance(static_cast<std::uint8_t>(inTolerance)),
+          mScreen(std::size_t{inWidth} * inHeight, 0),
+          mFrameColours(inWidth),
+          mDifferences(inWidth) {}
 
     /** @param inTableLimit  entries that the frame's table may have at most */
     void Difference(NvGIFFrame& ioFrame, std::uint32_t inTableLimit) {
@@ -39,7 +43,10 @@ public:
         const NvConstPixelLock pixels(ioFrame.GetImage());
         const NvPixelLock mask(ioFrame.GetMask());
         for (std::uint32_t y = 0; y < info.mHeight; ++y)
-            LayDownRow(pixels.Row(y), mask.Row(y), info.mWidth, ScreenRow(info, y), StateRow(info, y));
+            NvForEachRun(mask.Row(y), info.mWidth, true, [&](std::uint32_t inFirst, std::uint32_t inEnd) {
+                LayDown(pixels.Row(y) + inFirst, inEnd - inFirst, ScreenRow(info, y) + inFirst,
+                        StateRow(info, y) + inFirst);
+            });
         RepairShortRuns(info, pixels);
         if (ioFrame.GetImage().GetColorTable().GetSize() >= inTableLimit &&
             UsesEveryEntry(info, pixels, inTableLimit))
@@ -65,29 +72,48 @@ private:
             mColours[i] = NvPackColor(inTable.GetColor(i)) | km_Covered;
     }
 
-    bool AreClose(ScreenColour inColour1, ScreenColour inColour2) const {
-        for (int shift = 0; shift < 24; shift += 8) {
-            const int difference =
-                static_cast<int>((inColour1 >> shift) & 0xFF) - static_cast<int>((inColour2 >> shift) & 0xFF);
-            if (std::abs(difference) > mTolerance)
-                return false;
+    // In steps over all pixels, of which compilers make vector code: channels are compared as bytes, sixteen
+    // of them at once.
+    void LayDown(const std::uint8_t* inPixels, std::uint32_t inCount, ScreenColour* ioScreen,
+                 std::uint8_t* outStates) {
+        for (std::uint32_t i = 0; i < inCount; ++i)
+            mFrameColours[i] = mColours[inPixels[i]];
+        const auto* frame = reinterpret_cast<const std::uint8_t*>(mFrameColours.data());
+        const auto* screen = reinterpret_cast<const std::uint8_t*>(ioScreen);
+        auto* differences = reinterpret_cast<std::uint8_t*>(mDifferences.data());
+        const std::uint8_t tolerance = mTolerance;
+        for (std::uint32_t i = 0; i < 4 * inCount; ++i) {
+            const auto difference =
+                static_cast<std::uint8_t>(frame[i] > screen[i] ? frame[i] - screen[i] : screen[i] - frame[i]);
+            differences[i] = difference > tolerance ? 1 : 0;
         }
-        return true;
+        std::uint32_t* areDrawn = mDifferences.data();
+        const ScreenColour* colours = mFrameColours.data();
+        for (std::uint32_t i = 0; i < inCount; ++i) {
+            const ScreenColour colour = colours[i];
+            const ScreenColour shown = ioScreen[i];
+            const std::uint32_t isDrawn = areDrawn[i] | (shown == 0 ? 1U : 0U);
+            ioScreen[i] = isDrawn != 0 ? colour : shown;
+            areDrawn[i] = isDrawn;
+        }
+        for (std::uint32_t i = 0; i < inCount; ++i)
+            outStates[i] = areDrawn[i] != 0 ? km_Drawn : km_MadeTransparent;
     }
 
-    void LayDownRow(const std::uint8_t* inPixels, const std::uint8_t* inMask, std::uint32_t inWidth,
-                    ScreenColour* ioScreen, std::uint8_t* outStates) const {
-        for (std::uint32_t x = 0; x < inWidth; ++x) {
-            if (!(inMask[x / 8] & (0x80U >> x % 8)))
-                continue;
-            const ScreenColour colour = mColours[inPixels[x]];
-            if (ioScreen[x] == colour || (ioScreen[x] != 0 && AreClose(ioScreen[x], colour))) {
-                outStates[x] = km_MadeTransparent;
-                continue;
-            }
-            outStates[x] = km_Drawn;
-            ioScreen[x] = colour;
+    /** The first place from inFrom on whose state is km_Drawn, or is not; the number of places if none. */
+    std::size_t FindState(std::size_t inFrom, bool inIsDrawn) const {
+        const std::size_t count = mStates.size();
+        std::size_t i = inFrom;
+        for (; i + 8 <= count; i += 8) {
+            const std::uint64_t drawn =
+                NvFindZeroBytes(NvLoadLittleEndian(&mStates[i]) ^ NvEightOf(km_Drawn));
+            const std::uint64_t found = inIsDrawn ? drawn : drawn ^ NvEightOf(0x80);
+            if (found != 0)
+                return i + static_cast<std::size_t>(std::countr_zero(found)) / 8;
         }
+        while (i < count && (mStates[i] == km_Drawn) != inIsDrawn)
+            ++i;
+        return i;
     }
 
     // Runs count on across row ends, as the LZW data does. A pixel that is drawn again is what the viewer
@@ -96,16 +122,13 @@ private:
         const bool firstMadeTransparent = mStates[0] == km_MadeTransparent;
         if (firstMadeTransparent)
             mStates[0] = km_Undrawn;
-        std::size_t run = 0;
-        for (std::size_t i = 0; i < mStates.size(); ++i) {
-            if (mStates[i] != km_Drawn) {
-                ++run;
-                continue;
-            }
-            if (run == 1 || run == 2)
-                for (std::size_t j = i; j > 0 && mStates[j - 1] == km_MadeTransparent; --j)
-                    DrawAgain(inInfo, inPixels, j - 1);
-            run = 0;
+        for (std::size_t begin = 0; begin < mStates.size();) {
+            const std::size_t end = FindState(begin, true);
+            const bool isShort = end - begin == 1 || end - begin == 2;
+            if (isShort && end < mStates.size())
+                for (std::size_t i = end; i > 0 && mStates[i - 1] == km_MadeTransparent; --i)
+                    DrawAgain(inInfo, inPixels, i - 1);
+            begin = FindState(end, false);
         }
         if (firstMadeTransparent)
             mStates[0] = km_MadeTransparent;
@@ -135,20 +158,25 @@ private:
     }
 
     static void StoreMaskRow(const std::uint8_t* inStates, std::uint32_t inWidth, std::uint8_t* outMask) {
-        for (std::uint32_t x = 0; x < inWidth; x += 8) {
-            const std::uint32_t count = std::min(inWidth - x, 8U);
-            unsigned drawn = 0;
-            for (std::uint32_t i = 0; i < count; ++i)
-                drawn = drawn << 1 | (inStates[x + i] == km_Drawn ? 1U : 0U);
-            outMask[x / 8] = static_cast<std::uint8_t>(drawn << (8 - count));
+        const std::uint32_t wholeBytes = inWidth / 8;
+        for (std::uint32_t i = 0; i < wholeBytes; ++i)
+            outMask[i] = NvBitsOfEight(inStates + 8 * i, km_Drawn);
+        if (inWidth % 8 != 0) {
+            std::array<std::uint8_t, 8> last{}; // km_Undrawn
+            std::copy(inStates + 8 * wholeBytes, inStates + inWidth, last.begin());
+            outMask[wholeBytes] = NvBitsOfEight(last.data(), km_Drawn);
         }
     }
 
     std::uint32_t mWidth;
-    int mTolerance;
+    std::uint8_t mTolerance;
     std::vector<ScreenColour> mScreen;        // row-major
     std::vector<std::uint8_t> mStates;        // PixelState of the frame in hand, row-major
     std::array<ScreenColour, 256> mColours{}; // of the frame in hand
+
+    // Of one run of drawn pixels.
+    std::vector<ScreenColour> mFrameColours;
+    std::vector<std::uint32_t> mDifferences; // per pixel, a byte for each channel
 };
 
 } // namespace
