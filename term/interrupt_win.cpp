@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "term/exitstatus.h"
+#include "term/terminal.h"
 
 namespace {
 
@@ -13,8 +14,10 @@ std::atomic<bool> gInterrupted = false;
 /** Runs on a thread of its own, which Windows makes for it. */
 BOOL WINAPI NoteInterrupt(DWORD inEvent) {
     const bool canGoOn = inEvent == CTRL_C_EVENT || inEvent == CTRL_BREAK_EVENT;
-    if (gInterrupted.exchange(true) && canGoOn)
+    if (gInterrupted.exchange(true) && canGoOn) {
+        TermLetGoOfTerminal();
         TerminateProcess(GetCurrentProcess(), static_cast<UINT>(TermExit::km_Cancelled));
+    }
     // The console is closed, or the session ends: Windows ends the program when this returns, or by itself
     // after some seconds. The file in hand is whole either way; given this time, the log and the totals are
     // right too.
