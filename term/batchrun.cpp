@@ -7,7 +7,6 @@
 #include "term/interrupt.h"
 #include "term/outputplan.h"
 #include "term/panel.h"
-#include "term/results.h"
 #include "term/terminal.h"
 #include "term/termshell.h"
 #include "win/mizerbrain.h"
