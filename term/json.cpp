@@ -84,6 +84,7 @@ std::string TermJsonFile(const MizerFileResult& inResult, const std::string& inW
     object.Add("frames", inResult.mFrameCount == 0 ? "" : std::to_string(inResult.mFrameCount));
     object.Add("ssim", isSmaller ? Format("%.4f", inResult.mWorstLook.mSsim) : "");
     object.Add("max_difference", isSmaller ? std::to_string(inResult.mWorstLook.mMaxError) : "");
+    object.AddPath("output", inResult.mOutputPath);
     object.AddPath("backup", inResult.mBackupPath);
     object.Add("error_code", inResult.mError ? std::to_string(inResult.mError->GetCode()) : "");
     object.Add("message", inWords.empty() ? "" : TermJsonString(inWords));

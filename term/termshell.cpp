@@ -69,6 +69,7 @@ void TermShell::FileStarted(const char* inPath) {
 
 void TermShell::FileDone(const MizerFileResult& inResult) {
     MizerFileResult shown = inResult;
+    shown.mOutputPath = GetShownName(inResult.mOutputPath);
     shown.mPath = GetShownName(inResult.mPath);
     if (mPanel)
         mPanel->Hide();

@@ -160,7 +160,8 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     if (PumpMessages())
         ThrowCancelled(kCancelledBeforeFile);
     PvOutcome outcome;
-    ioResult.mNewSize = WorkOnFile(ioResult.mPath.c_str(), ioResult.mOriginalSize, outcome);
+    ioResult.mNewSize =
+        WorkOnFile(ioResult.mPath.c_str(), ioResult.mOriginalSize, outcome, ioResult.mOutputPath);
     ioResult.mError = outcome.mLoadError;
     ioResult.mGateReason = outcome.mGateReason;
     ioResult.mFrameCount = outcome.mFrameCount;
@@ -175,19 +176,19 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     PumpMessages();
 }
 
-std::uint32_t MizerBrain::WorkOnFile(const char* inPath, std::uint32_t inOriginalSize,
-                                     PvOutcome& outOutcome) {
+std::uint32_t MizerBrain::WorkOnFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome,
+                                     std::string& outPlace) {
     std::error_code ignored; // a file without a time has none to keep
     const auto time = std::filesystem::last_write_time(inPath, ignored);
-    std::string place = inPath;
+    outPlace = mOptions.mDelivery ? "" : inPath;
     const bool needsCopy = mOptions.mDelivery || mOptions.mLeastSaving.IsSet();
-    const std::uint32_t newSize = needsCopy ? WorkOnCopy(inPath, inOriginalSize, outOutcome, place)
+    const std::uint32_t newSize = needsCopy ? WorkOnCopy(inPath, inOriginalSize, outOutcome, outPlace)
                                             : OptimizeGIFFile(inPath, inOriginalSize, outOutcome);
     if (!needsCopy && newSize < inOriginalSize)
         mShell.ResultMade(inPath);
-    const bool isWritten = mOptions.mDelivery ? !place.empty() : newSize < inOriginalSize;
+    const bool isWritten = mOptions.mDelivery ? !outPlace.empty() : newSize < inOriginalSize;
     if (mOptions.mKeepsTimes && isWritten)
-        std::filesystem::last_write_time(place, time, ignored);
+        std::filesystem::last_write_time(outPlace, time, ignored);
     return newSize;
 }
 

@@ -98,7 +98,8 @@ private:
     void ProcessNamedGIF(MizerFileResult& ioResult);
     bool MeasureFile(MizerFileResult& ioResult);
     void OptimizeFile(MizerFileResult& ioResult);
-    std::uint32_t WorkOnFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome);
+    std::uint32_t WorkOnFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome,
+                             std::string& outPlace);
     std::uint32_t WorkOnCopy(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome,
                              std::string& outPlace);
     std::string DeliverResult(const char* inPath, const char* inResultPath);

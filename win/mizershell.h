@@ -46,6 +46,7 @@ struct MizerFileResult {
     bool mDeliveryFailed = false; ///< mError is about the place that the result should have gone to
     std::string mGateReason;      ///< why a smaller file was not kept, see PvOutcome; or empty
 
+    std::string mOutputPath; ///< where what became of it stands, its own path or elsewhere; or empty
     std::string mBackupPath; ///< where the original is kept, of a file made smaller; or empty
 
     std::uint32_t mFrameCount = 0;

@@ -166,6 +166,8 @@ class Player {
 
 // ---- two pictures beside each other
 
+const largest = 1 << 26; // pixels of a canvas: four bytes for each, several times over
+
 const playing = new Set();
 let isTicking = false;
 
@@ -260,8 +262,13 @@ class Pair {
 
     load() {
         const files = ["before", "after"].map(name => bytesOf(this.file.querySelector(`script.${name}`)));
+        const gif = parseGif(files[0]);
+        if (gif.width * gif.height > largest) {
+            this.root.textContent = "These pictures are too large to be shown here.";
+            this.close();
+            return;
+        }
         this.players = files.map((bytes, i) => new Player(bytes, this.canvases[i]));
-        const gif = this.players[0].gif;
         const zoom = Math.max(1, Math.floor(320 / Math.max(gif.width, gif.height)));
         for (const canvas of this.canvases) {
             canvas.style.width = `${gif.width * zoom}px`;
@@ -326,14 +333,18 @@ class Pair {
 const table = document.querySelector("table");
 const files = [...table.querySelectorAll("tbody")];
 
+function isNumeric(cell) {
+    return cell.matches(".number, .part");
+}
+
 /** What a file is sorted by: a number, a text, or nothing at all. */
 function keyOf(file, column) {
     if (column === 0)
         return file.querySelector("bdi").textContent;
     const cell = file.rows[0].cells[column];
-    if (cell.dataset.value !== undefined)
-        return Number(cell.dataset.value);
-    return cell.classList.contains("number") || cell.classList.contains("part") ? null : cell.textContent;
+    if (!isNumeric(cell))
+        return cell.textContent;
+    return cell.dataset.value === undefined ? null : Number(cell.dataset.value);
 }
 
 function compare(a, b) {
@@ -343,9 +354,8 @@ function compare(a, b) {
 /** Files that have nothing to be sorted by come last, whichever way. */
 function sortBy(header) {
     const column = header.cellIndex;
-    const isText = !header.classList.contains("number") && column !== 4;
     const present = header.getAttribute("aria-sort");
-    const ascending = present ? present === "descending" : isText;
+    const ascending = present ? present === "descending" : !isNumeric(header);
     for (const other of header.parentNode.cells)
         other.removeAttribute("aria-sort");
     header.setAttribute("aria-sort", ascending ? "ascending" : "descending");

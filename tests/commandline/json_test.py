@@ -61,6 +61,9 @@ with tempfile.TemporaryDirectory() as name:
     for key in ("input_bytes", "output_bytes", "saved_bytes"):
         assert summary[key] == ball[key] + icon[key]
 
+    assert (icon["output"], bad["output"]) == ("icon.gif", "bad.gif")
+    status, (elsewhere, summary) = run(folder, "-o", "new", "icon.gif")
+    assert (elsewhere["output"], elsewhere["status"]) == ("new/icon.gif", "unchanged")
     status, (again, summary) = run(folder, "icon.gif")
     assert (status, again["status"], again["saved_bytes"], again["backup"]) == (0, "unchanged", 0, None)
     assert summary["type"] == "summary" and summary["unchanged"] == 1

@@ -14,6 +14,7 @@ const {pathToFileURL} = require("node:url");
 const {chromium} = require("playwright-core");
 
 const [program, samples, executablePath] = process.argv.slice(2);
+const patience = 120000; // ms, for a machine that has much else to do
 const faults = []; // that the browser has told of
 const strange = '<script>alert(1)<&"\x1b\'.gif';
 
@@ -61,6 +62,7 @@ async function compareFrames(file) {
 
 async function open(browser, url, options) {
     const page = await (await browser.newContext(options)).newPage();
+    page.setDefaultTimeout(patience);
     page.on("console", message => message.type() === "error" && faults.push(message.text()));
     page.on("pageerror", error => faults.push(String(error)));
     page.on("dialog", dialog => faults.push("a name ran as a script") && dialog.dismiss());
@@ -121,7 +123,7 @@ async function checkPlaying(page) {
 async function main() {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), "parvigif-test-"));
     const isRoot = process.getuid() === 0;
-    const browser = await chromium.launch({executablePath, args: isRoot ? ["--no-sandbox"] : []});
+    const browser = await chromium.launch({executablePath, timeout: patience, args: isRoot ? ["--no-sandbox"] : []});
     try {
         const url = makeReport(folder);
         const page = await open(browser, url);
