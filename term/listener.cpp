@@ -1,39 +1,8 @@
 #include "term/listener.h"
 
 #include "term/messages.h"
-#include "win/errorwords.h"
-
-namespace {
-
-const char* SkipWords(MizerSkip inReason) {
-    switch (inReason) {
-    case MizerSkip::km_Backup:
-        return "skipped: a backup";
-    case MizerSkip::km_Empty:
-        return "skipped: empty";
-    default:
-        return "skipped: its name does not end in GIF";
-    }
-}
-
-/** What the error is about, when it is not the file itself. */
-std::string FailedPlace(const MizerFileResult& inResult) {
-    if (inResult.mBackupFailed)
-        return "no backup could be made: ";
-    return inResult.mDeliveryFailed ? "not written to the output folder: " : "";
-}
-
-} // namespace
+#include "win/outcomewords.h"
 
 std::string TermOutcomeWords(const MizerFileResult& inResult) {
-    switch (inResult.mStatus) {
-    case MizerStatus::km_Unchanged:
-        return inResult.mGateReason.empty() ? "" : "left as it was: " + TermPrintable(inResult.mGateReason);
-    case MizerStatus::km_Skipped:
-        return SkipWords(inResult.mSkip);
-    case MizerStatus::km_Failed:
-        return FailedPlace(inResult) + MizerErrorWords(*inResult.mError);
-    default:
-        return "";
-    }
+    return TermPrintable(MizerOutcomeWords(inResult));
 }

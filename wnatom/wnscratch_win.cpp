@@ -5,6 +5,7 @@
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvwindows_win.h"
 #include "wnatom/wnfolders_win.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -29,17 +30,26 @@ std::string MakeFreshFolder() {
 
 } // namespace
 
-WnScratchFile::WnScratchFile() {
-    if (CreateExclusively(kFixedPath)) {
-        mPath = kFixedPath;
-        return;
+WnPrivateFolder::WnPrivateFolder() : mPath(MakeFreshFolder()) {}
+
+WnPrivateFolder::~WnPrivateFolder() {
+    try {
+        for (const std::string& name : WnListFiles(mPath.c_str()))
+            DeleteFileW(NvWidePath(mPath + "\\" + name).c_str());
+    } catch (const NvErrorCode&) {
+        return; // somebody else removed it
     }
-    mFolder = MakeFreshFolder();
-    mPath = mFolder + "\\TEMP.GIF";
+    RemoveDirectoryW(NvWidePath(mPath).c_str());
+}
+
+WnScratchFile::WnScratchFile() : mPath(kFixedPath) {
+    if (CreateExclusively(kFixedPath))
+        return;
+    mFolder = std::make_unique<WnPrivateFolder>();
+    mPath = mFolder->GetPath() + "\\TEMP.GIF";
 }
 
 WnScratchFile::~WnScratchFile() {
-    DeleteFileW(NvWidePath(mPath).c_str());
-    if (!mFolder.empty())
-        RemoveDirectoryW(NvWidePath(mFolder).c_str());
+    if (!mFolder)
+        DeleteFileW(NvWiden(mPath).c_str());
 }

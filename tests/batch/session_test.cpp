@@ -1,0 +1,119 @@
+// What the window shows of a session: the table of files, the settings of the dialog, the originals, the
+// movies.
+
+#include "nvcode2/nverrorcode.h"
+#include "tests/batch/batchtest.h"
+#include "tests/support/codeof.h"
+#include "win/gifmovie.h"
+#include "win/mizersettings.h"
+#include "win/sessionlist.h"
+#include "win/sessionoriginals.h"
+
+namespace {
+
+using testing::ElementsAre;
+using Column = SessionList::Column;
+namespace fs = std::filesystem;
+
+MizerFileResult Result(const std::string& inPath, MizerStatus inStatus, std::uint32_t inOriginal,
+                       std::uint32_t inNew) {
+    MizerFileResult result;
+    result.mPath = inPath;
+    result.mStatus = inStatus;
+    result.mOriginalSize = inOriginal;
+    result.mNewSize = inNew;
+    return result;
+}
+
+std::vector<std::string> TextsOf(const SessionList& inList, Column inColumn) {
+    std::vector<std::string> texts;
+    for (std::size_t i = 0; i < inList.GetCount(); ++i)
+        texts.push_back(inList.GetText(i, inColumn));
+    return texts;
+}
+
+TEST(Session, EachColumnSortsByWhatItMeansAndTurnsRound) {
+    SessionList list;
+    list.Add(Result("C:\\x\\b.gif", MizerStatus::km_Smaller, 1234567, 1000000), "");
+    list.Add(Result("/y/a.gif", MizerStatus::km_Unchanged, 900, 900), "");
+    list.AddFailure("none.gif", "no such file");
+    list.Add(Result("c.gif", MizerStatus::km_Smaller, 1000, 100), "");
+    EXPECT_THAT(TextsOf(list, Column::km_Name), ElementsAre("b.gif", "a.gif", "none.gif", "c.gif"));
+    EXPECT_THAT(TextsOf(list, Column::km_Original), ElementsAre("1,234,567", "900", "", "1,000"));
+    EXPECT_EQ(list.GetSummary(), "4 files, 2 made smaller, 1 failed: 235,467 bytes saved");
+
+    list.SortBy(Column::km_Percentage);
+    EXPECT_EQ(TextsOf(list, Column::km_Percentage).front(), "90.0%");
+    list.SortBy(Column::km_Saved);
+    EXPECT_THAT(TextsOf(list, Column::km_Saved), ElementsAre("234,567", "900", "0", ""));
+    list.SortBy(Column::km_Saved);
+    EXPECT_EQ(TextsOf(list, Column::km_Saved).back(), "234,567");
+    list.SortBy(Column::km_Name);
+    EXPECT_THAT(TextsOf(list, Column::km_Name), ElementsAre("a.gif", "b.gif", "c.gif", "none.gif"));
+    EXPECT_EQ(list.Add(Result("bb.gif", MizerStatus::km_Unchanged, 1, 1), ""), 2u) << "the order holds";
+    list.SortBy(Column::km_Outcome);
+    EXPECT_EQ(TextsOf(list, Column::km_Outcome).front(), "Failed: no such file");
+}
+
+TEST(Session, AFileProcessedAgainKeepsItsRowAndItsFirstSize) {
+    SessionList list;
+    list.Add(Result("a.gif", MizerStatus::km_Smaller, 100, 60), "kept");
+    list.Add(Result("a.gif", MizerStatus::km_Unchanged, 60, 60), "");
+    EXPECT_EQ(list.GetCount(), 1u);
+    EXPECT_EQ(list.GetText(0, Column::km_Saved), "40");
+    EXPECT_EQ(list.GetRow(0).mOriginalPath, "kept");
+    list.Add(Result("a.gif", MizerStatus::km_Smaller, 80, 70), "");
+    EXPECT_EQ(list.GetText(0, Column::km_Saved), "10") << "somebody put another file there";
+}
+
+class SessionFiles : public BatchTest {};
+
+TEST_F(SessionFiles, SettingsHaveTheirDefaultsAndComeBackAsStored) {
+    MizerSettings settings = MizerSettings::Read(mPrefs);
+    EXPECT_TRUE(settings.mBackup && settings.mLog && settings.mLogAll);
+    EXPECT_FALSE(settings.mOverwriteBackups || settings.mAllowCrop);
+    settings.mLogAll = settings.mBackup = false;
+    settings.mAllowCrop = true;
+    settings.Write(mPrefs);
+    settings = MizerSettings::Read(mPrefs);
+    EXPECT_FALSE(settings.mLogAll || settings.mBackup || settings.mOverwriteBackups);
+    EXPECT_TRUE(settings.mAllowCrop && settings.mLog);
+}
+
+TEST_F(SessionFiles, OriginalsAreTheBackupsOrCopiesThatGoWithTheSession) {
+    const std::string plain = WriteTestFile(mFolder / "plain.gif", "plain");
+    const std::string backed = WriteTestFile(mFolder / "backed.gif", "new");
+    WriteTestFile(mFolder / "backed.gif.BAK", "old");
+    std::string copy;
+    {
+        SessionOriginals originals;
+        EXPECT_EQ(originals.Find(plain), "");
+        originals.Keep(plain);
+        originals.Keep(backed);
+        WriteTestFile(plain, "replaced");
+        originals.Keep(plain);
+        copy = originals.Find(plain);
+        EXPECT_EQ(ReadTestFile(copy), "plain");
+        EXPECT_EQ(ReadTestFile(originals.Find(backed)), "old");
+    }
+    EXPECT_FALSE(fs::exists(copy));
+    EXPECT_TRUE(fs::exists(mFolder / "backed.gif.BAK"));
+}
+
+TEST(Session, AMoviePlaysOnAndOnFromAnEmptyCanvas) {
+    GIFMovie movie(std::string(SAMPLES_FOLDER) + "/spinner.gif", 1 << 30);
+    const std::uint32_t count = movie.GetFrameCount();
+    EXPECT_EQ(count, 12u);
+    EXPECT_GE(movie.GetDelay(), 20u);
+    const NvGIFPlayer::Pixel* const first = movie.GetCanvas().Row(0);
+    const std::vector<NvGIFPlayer::Pixel> row(first, first + movie.GetCanvas().GetScreenWidth());
+    for (std::uint32_t i = 1; i <= count; ++i) {
+        movie.Advance();
+        EXPECT_EQ(movie.GetFrameIndex(), i % count);
+    }
+    EXPECT_TRUE(std::equal(row.begin(), row.end(), movie.GetCanvas().Row(0)));
+    EXPECT_EQ(CodeOf([] { GIFMovie(std::string(SAMPLES_FOLDER) + "/spinner.gif", 1000); }),
+              NvErrorCode::km_OutOfMemory);
+}
+
+} // namespace

@@ -1,0 +1,42 @@
+#include "win/kappdialog.h"
+
+#include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvwindows_win.h"
+
+KAppDialog::~KAppDialog() {
+    if (mWindow)
+        SetWindowLongPtrW(mWindow, DWLP_USER, 0); // the window may outlive the object as its parent's child
+}
+
+INT_PTR KAppDialog::RunModal(HWND inOwner, int inResource) {
+    const INT_PTR result = DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(inResource), inOwner,
+                                           &KAppDialog::Procedure, reinterpret_cast<LPARAM>(this));
+    mWindow = nullptr;
+    return result;
+}
+
+void KAppDialog::CreateIn(HWND inParent, int inResource) {
+    if (!CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(inResource), inParent,
+                            &KAppDialog::Procedure, reinterpret_cast<LPARAM>(this)))
+        ThrowRuntimeError(NvLastErrno());
+}
+
+void KAppDialog::OnClick(int inControl) {
+    if (inControl == IDOK || inControl == IDCANCEL)
+        EndDialog(mWindow, inControl);
+}
+
+INT_PTR CALLBACK KAppDialog::Procedure(HWND inWindow, UINT inMessage, WPARAM inWParam, LPARAM inLParam) {
+    if (inMessage == WM_INITDIALOG) {
+        SetWindowLongPtrW(inWindow, DWLP_USER, inLParam);
+        auto* const dialog = reinterpret_cast<KAppDialog*>(inLParam);
+        dialog->mWindow = inWindow;
+        dialog->OnInit();
+        return TRUE;
+    }
+    auto* const dialog = reinterpret_cast<KAppDialog*>(GetWindowLongPtrW(inWindow, DWLP_USER));
+    if (!dialog || inMessage != WM_COMMAND || HIWORD(inWParam) != BN_CLICKED)
+        return FALSE;
+    dialog->OnClick(LOWORD(inWParam));
+    return TRUE;
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "win/sessionlist.h"
+
+/** The list view that shows a SessionList; it holds no texts itself. */
+class KAppList {
+public:
+    /** @param inRows  borrowed
+     *  @throws NvErrorCode  by the system's error */
+    KAppList(HWND inParent, const SessionList& inRows);
+
+    HWND GetWindow() const { return mWindow; }
+
+    /** Rows came, went or changed places: shows them, with the same file selected as before. */
+    void Refresh();
+
+    /** Selects a row and scrolls to it. */
+    void Select(std::size_t inIndex);
+    std::optional<std::size_t> GetSelected() const;
+
+    /** Column widths and font as the screen wants them. */
+    void SetScale(UINT inDPI, HFONT inFont);
+
+    /** What the window gets from the list view. */
+    LRESULT OnNotify(NMHDR* inHeader);
+
+    std::function<void(SessionList::Column)> mOnSort;
+    std::function<void()> mOnSelect;
+
+private:
+    void ShowSortArrow();
+    void FillIn(LVITEMW& outItem) const;
+
+    HWND mWindow;
+    const SessionList& mRows;
+    std::string mSelectedPath; // empty: none
+    bool mIsRefreshing = false;
+};

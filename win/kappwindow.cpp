@@ -1,0 +1,438 @@
+#include "win/kappwindow.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <new>
+
+#include <commctrl.h>
+#include <shellapi.h>
+
+#include "nvcode2/nvwindows_win.h"
+#include "win/errorwords.h"
+#include "win/kappopen.h"
+#include "win/kapppreferences.h"
+#include "win/killer.h"
+#include "win/resource.h"
+#include "wnatom/wnprefkey.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+constexpr const wchar_t* kClass = L"Parvigif";
+constexpr const char* kHint = "Drop GIF files or folders here, or choose File > Open File(s)...";
+constexpr const char* kPlacement = "WINDOW"; // "left top right bottom maximized" in the user's preferences
+constexpr ULONGLONG kPumpPause = 30;         // milliseconds between looks at the messages inside a file
+constexpr int kDesiredWidth = 980;           // pixels at 96 per inch, like all lengths here
+constexpr int kDesiredHeight = 600;
+constexpr int kMinimumWidth = 640;
+constexpr int kMinimumHeight = 380;
+constexpr int kGap = 6;
+constexpr int kProgressWidth = 160;
+
+HINSTANCE Instance() {
+    return GetModuleHandleW(nullptr);
+}
+
+void StorePlacement(HWND inWindow) {
+    WINDOWPLACEMENT placement{};
+    placement.length = sizeof(placement);
+    GetWindowPlacement(inWindow, &placement);
+    const RECT& rect = placement.rcNormalPosition;
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "%ld %ld %ld %ld %d", rect.left, rect.top, rect.right,
+                  rect.bottom, placement.showCmd == SW_SHOWMAXIMIZED ? 1 : 0);
+    WnPrefKey key(WnPref("Parvigif", "1.x").GetKeyPath()); // of this user alone, who has this screen
+    if (key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_ReadWrite))
+        key.WriteString(kPlacement, text.data());
+}
+
+/** @return false when nothing sensible is stored, or it would lie where there is no screen now */
+bool LoadPlacement(WINDOWPLACEMENT& outPlacement) {
+    WnPrefKey key(WnPref("Parvigif", "1.x").GetKeyPath());
+    std::string text;
+    RECT& rect = outPlacement.rcNormalPosition;
+    int isMaximized = 0;
+    if (!key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_Read) || !key.ReadString(kPlacement, text) ||
+        std::sscanf(text.c_str(), "%ld %ld %ld %ld %d", &rect.left, &rect.top, &rect.right, &rect.bottom,
+                    &isMaximized) != 5)
+        return false;
+    outPlacement.length = sizeof(outPlacement);
+    outPlacement.showCmd = isMaximized != 0 ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL;
+    return rect.left < rect.right && rect.top < rect.bottom && MonitorFromRect(&rect, MONITOR_DEFAULTTONULL);
+}
+
+} // namespace
+
+KAppWindow::KAppWindow() {
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.lpfnWndProc = &KAppWindow::Procedure;
+    windowClass.hInstance = Instance();
+    windowClass.hIcon = LoadIconW(Instance(), MAKEINTRESOURCEW(IDI_PARVIGIF));
+    windowClass.hIconSm = static_cast<HICON>(LoadImageW(Instance(), MAKEINTRESOURCEW(IDI_PARVIGIF),
+                                                        IMAGE_ICON, GetSystemMetrics(SM_CXSMICON),
+                                                        GetSystemMetrics(SM_CYSMICON), LR_SHARED));
+    windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)); // the arrow
+    windowClass.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+    windowClass.lpszMenuName = MAKEINTRESOURCEW(IDR_MENU);
+    windowClass.lpszClassName = kClass;
+    RegisterClassExW(&windowClass);
+    if (!CreateWindowExW(WS_EX_ACCEPTFILES | WS_EX_CONTROLPARENT, kClass, L"Parvigif",
+                         WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
+                         CW_USEDEFAULT, nullptr, nullptr, Instance(), this))
+        ThrowRuntimeError(NvLastErrno());
+    mAccelerators = LoadAcceleratorsW(Instance(), MAKEINTRESOURCEW(IDR_ACCELERATORS));
+    MakeChildren();
+    mBrain = std::make_unique<MizerBrain>(mPrefs, static_cast<MizerShell&>(*this));
+}
+
+KAppWindow::~KAppWindow() {
+    mBrain.reset(); // stores the totals
+    if (mWindow)
+        DestroyWindow(mWindow);
+    if (mFont)
+        DeleteObject(mFont);
+}
+
+void KAppWindow::MakeChildren() {
+    mPanel.mOnPause = [this] { mBrain->Pause(); };
+    mPanel.mOnCancel = [this] { Cancel(); };
+    mPanel.CreateIn(mWindow, IDD_PROGRESS);
+    mList = std::make_unique<KAppList>(mWindow, mRows);
+    mList->mOnSort = [this](SessionList::Column column) { SortList(column); };
+    mList->mOnSelect = [this] { ShowSelected(); };
+    mPreview = std::make_unique<KAppPreview>(mWindow);
+    mPreview->ShowText(kHint);
+    mStatus =
+        CreateWindowExW(0, STATUSCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0, 0, 0, mWindow,
+                        reinterpret_cast<HMENU>(std::intptr_t{IDC_STATUS}), Instance(), nullptr);
+    mProgress = CreateWindowExW(0, PROGRESS_CLASSW, L"", WS_CHILD | PBS_SMOOTH, 0, 0, 0, 0, mStatus, nullptr,
+                                Instance(), nullptr);
+    if (!mStatus || !mProgress)
+        ThrowRuntimeError(NvLastErrno());
+    ShowWindow(mPanel.GetWindow(), SW_SHOW);
+    SetScale(GetDpiForWindow(mWindow));
+    SetStatus("Ready");
+}
+
+void KAppWindow::SetScale(UINT inDPI) {
+    mDPI = inDPI;
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof(metrics);
+    SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0, inDPI);
+    const HFONT before = mFont;
+    mFont = CreateFontIndirectW(&metrics.lfMessageFont);
+    mList->SetScale(inDPI, mFont);
+    mPreview->SetScale(inDPI, mFont);
+    SendMessageW(mStatus, WM_SETFONT, reinterpret_cast<WPARAM>(mFont), TRUE);
+    if (before)
+        DeleteObject(before);
+    LayOut();
+}
+
+void KAppWindow::LayOut() {
+    const auto scaled = [this](int pixels) { return MulDiv(pixels, static_cast<int>(mDPI), 96); };
+    SendMessageW(mStatus, WM_SIZE, 0, 0);
+    RECT client{};
+    RECT status{};
+    GetClientRect(mWindow, &client);
+    GetWindowRect(mStatus, &status);
+    const int gap = scaled(kGap);
+    const SIZE panel = mPanel.GetSize();
+    const int top = panel.cy + gap;
+    const int height = std::max(0L, client.bottom - (status.bottom - status.top) - gap - top);
+    const int listWidth = std::max(0L, (client.right - 3 * gap) * 3 / 5);
+    MoveWindow(mPanel.GetWindow(), 0, 0, panel.cx, panel.cy, TRUE);
+    MoveWindow(mList->GetWindow(), gap, top, listWidth, height, TRUE);
+    const int left = 2 * gap + listWidth;
+    MoveWindow(mPreview->GetWindow(), left, top, std::max(0L, client.right - gap - left), height, TRUE);
+
+    const int progressLeft = static_cast<int>(client.right) - scaled(kProgressWidth + 20);
+    const std::array<int, 2> parts = {progressLeft, -1};
+    SendMessageW(mStatus, SB_SETPARTS, parts.size(), reinterpret_cast<LPARAM>(parts.data()));
+    RECT place{};
+    SendMessageW(mStatus, SB_GETRECT, 1, reinterpret_cast<LPARAM>(&place));
+    MoveWindow(mProgress, place.left + scaled(2), place.top + scaled(3), scaled(kProgressWidth),
+               place.bottom - place.top - scaled(6), TRUE);
+}
+
+void KAppWindow::Show(int inShowCommand) {
+    WINDOWPLACEMENT placement{};
+    if (LoadPlacement(placement)) {
+        SetWindowPlacement(mWindow, &placement);
+    } else {
+        SetWindowPos(mWindow, nullptr, 0, 0, MulDiv(kDesiredWidth, static_cast<int>(mDPI), 96),
+                     MulDiv(kDesiredHeight, static_cast<int>(mDPI), 96), SWP_NOMOVE | SWP_NOZORDER);
+        ShowWindow(mWindow, inShowCommand);
+    }
+    SetFocus(mList->GetWindow());
+    UpdateWindow(mWindow);
+}
+
+int KAppWindow::Run() {
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0)
+        Dispatch(message);
+    return static_cast<int>(message.wParam);
+}
+
+void KAppWindow::Dispatch(MSG& ioMessage) {
+    if (TranslateAcceleratorW(mWindow, mAccelerators, &ioMessage) || IsDialogMessageW(mWindow, &ioMessage))
+        return;
+    TranslateMessage(&ioMessage);
+    DispatchMessageW(&ioMessage);
+}
+
+/** Handles every waiting message. @return whether the program was told to quit, or the batch to cancel */
+bool KAppWindow::PumpAll() {
+    mLastPump = GetTickCount64();
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_QUIT)
+            mQuitSeen = true;
+        else
+            Dispatch(message);
+    }
+    return mQuitSeen;
+}
+
+bool KAppWindow::ShowProgress(double inFraction) {
+    if (GetTickCount64() - mLastPump < kPumpPause)
+        return mQuitSeen;
+    SendMessageW(mProgress, PBM_SETPOS, static_cast<WPARAM>(std::clamp(inFraction, 0.0, 1.0) * 100), 0);
+    return PumpAll();
+}
+
+void KAppWindow::ProcessNames(const std::vector<std::string>& inNames) {
+    for (const std::string& name : inNames) {
+        try {
+            if (mBrain->AddNameToQueue(name.c_str()) == MizerBrain::Named::km_NoGIFs)
+                mRows.AddFailure(name, "no GIF file there");
+            mNamed.insert(name);
+        } catch (const NvErrorCode& error) {
+            mRows.AddFailure(name, MizerErrorWords(error));
+        }
+    }
+    if (inNames.empty())
+        return;
+    mList->Refresh();
+    RunBatch();
+}
+
+/** Files that fail are told in the list, and the rest of the batch goes on. */
+void KAppWindow::RunBatch() {
+    if (mBrain->IsBusy())
+        return; // what was added is part of the batch that runs
+    SetStatus("Optimizing...");
+    ShowWindow(mProgress, SW_SHOW);
+    bool isCancelled = false;
+    for (bool isDone = false; !isDone;) {
+        try {
+            mBrain->ProcessQueue();
+            isDone = true;
+        } catch (const NvErrorCode& error) {
+            isDone = isCancelled = error.GetCode() == NvErrorCode::km_Cancelled;
+        } catch (const std::bad_alloc&) {
+            KillerShowOutOfMemory(mWindow);
+        }
+    }
+    mNamed.clear();
+    mReplaced.clear();
+    ShowWindow(mProgress, SW_HIDE);
+    const std::string summary = mRows.GetSummary();
+    SetStatus(isCancelled ? "Cancelled. " + summary : summary.empty() ? "Ready" : summary);
+    if (!mList->GetSelected() && mRows.GetCount() != 0)
+        mList->Select(0);
+    if (mQuitSeen)
+        PostQuitMessage(0);
+    else if (mIsClosing)
+        mBrain->ProcessQueue(); // nothing is queued any more: ends the program
+}
+
+void KAppWindow::FileDone(const MizerFileResult& inResult) {
+    mReplaced.clear();
+    const bool isWorthARow = inResult.mStatus != MizerStatus::km_Skipped || mNamed.contains(inResult.mPath);
+    if (!isWorthARow)
+        return;
+    mRows.Add(inResult, mOriginals.Find(inResult.mPath));
+    mList->Refresh();
+    const auto selected = mList->GetSelected();
+    if (selected && mRows.GetRow(*selected).mPath == inResult.mPath)
+        ShowSelected();
+}
+
+void KAppWindow::BeforeReplace(const char* inPath) {
+    mReplaced = inPath;
+    mPreview->Release(mReplaced); // Windows replaces no file that somebody reads
+    mOriginals.Keep(mReplaced);
+}
+
+void KAppWindow::ShowSelected() {
+    const auto selected = mList->GetSelected();
+    if (!selected)
+        mPreview->ShowText(mRows.GetCount() == 0 ? kHint : "");
+    else if (mRows.GetRow(*selected).mPath == mReplaced)
+        mPreview->ShowText("");
+    else
+        mPreview->Show(mRows.GetRow(*selected));
+}
+
+void KAppWindow::SortList(SessionList::Column inColumn) {
+    mRows.SortBy(inColumn);
+    mList->Refresh();
+}
+
+void KAppWindow::EnableCommands(bool inEnable) {
+    const HWND focus = GetFocus();
+    mPanel.EnableButtons(inEnable);
+    if (!inEnable && focus && IsChild(mPanel.GetWindow(), focus))
+        SetFocus(mList->GetWindow()); // a disabled button would swallow the keyboard
+    MENUITEMINFOW item{};
+    item.cbSize = sizeof(item);
+    item.fMask = MIIM_STATE;
+    item.fState = inEnable ? MFS_ENABLED : MFS_GRAYED;
+    for (const UINT command : {IDM_PAUSE, IDM_CANCEL})
+        SetMenuItemInfoW(GetMenu(mWindow), command, FALSE, &item);
+}
+
+void KAppWindow::ShowMessage(const char* inText, const char* inCaption, Icon inIcon) {
+    MessageBoxW(mWindow, NvWiden(inText).c_str(), NvWiden(inCaption).c_str(),
+                inIcon == Icon::km_Stop ? MB_ICONHAND : MB_OK);
+}
+
+std::string KAppWindow::GetDataFolder() {
+    return WnGetDataFolder();
+}
+
+void KAppWindow::PostQuit() {
+    DestroyWindow(mWindow);
+}
+
+void KAppWindow::SetStatus(const std::string& inText) {
+    SendMessageW(mStatus, SB_SETTEXTW, 0, reinterpret_cast<LPARAM>(NvWiden(inText).c_str()));
+}
+
+void KAppWindow::Cancel() {
+    if (mBrain->IsBusy())
+        mBrain->Cancel();
+}
+
+void KAppWindow::OpenLog() {
+    const std::string path = MizerLog(mPrefs, *this).GetPath();
+    if (WnGetFileKind(path.c_str()) == WnFileKind::km_Missing)
+        return ShowMessage("There is no results log yet.", "Parvigif", Icon::km_None);
+    const auto result = reinterpret_cast<std::intptr_t>(
+        ShellExecuteW(mWindow, L"open", NvWiden(path).c_str(), nullptr, nullptr, SW_SHOWNORMAL));
+    if (result <= 32) // how it tells of failure
+        ShowMessage(("No program is set up to show text files. The log is at " + path).c_str(), "Parvigif",
+                    Icon::km_Stop);
+}
+
+void KAppWindow::EditPreferences() {
+    KAppPreferences dialog(MizerSettings::Read(mPrefs));
+    if (dialog.Run(mWindow))
+        dialog.GetSettings().Write(mPrefs);
+}
+
+void KAppWindow::OnCommand(int inCommand) {
+    switch (inCommand) {
+    case IDM_OPEN_FILES:
+        return ProcessNames(KAppChooseFiles(mWindow));
+    case IDM_OPEN_FOLDER:
+        if (const std::string folder = KAppChooseFolder(mWindow); !folder.empty())
+            ProcessNames({folder});
+        return;
+    case IDM_EXIT:
+        return OnClose();
+    case IDM_OPEN_LOG:
+        return OpenLog();
+    case IDM_CLEAR_LOG:
+        return mBrain->ClearLog();
+    case IDM_PREFERENCES:
+        return EditPreferences();
+    case IDM_ABOUT:
+        KAppDialog().RunModal(mWindow, IDD_ABOUT);
+        return;
+    case IDM_PAUSE:
+        if (mBrain->IsBusy())
+            mBrain->Pause();
+        return;
+    case IDM_CANCEL:
+    case IDCANCEL: // Escape
+        return Cancel();
+    default:
+        return;
+    }
+}
+
+/** A batch that runs is cancelled first; the window goes when it has ended. */
+void KAppWindow::OnClose() {
+    mIsClosing = true;
+    mBrain->RequestQuit();
+    if (mBrain->IsBusy())
+        mBrain->Cancel();
+    else
+        mBrain->ProcessQueue();
+}
+
+LRESULT KAppWindow::OnNotify(NMHDR* inHeader) {
+    return mList && inHeader->hwndFrom == mList->GetWindow() ? mList->OnNotify(inHeader) : 0;
+}
+
+LRESULT CALLBACK KAppWindow::Procedure(HWND inWindow, UINT inMessage, WPARAM inWParam, LPARAM inLParam) {
+    if (inMessage == WM_NCCREATE) {
+        auto* const window =
+            static_cast<KAppWindow*>(reinterpret_cast<const CREATESTRUCTW*>(inLParam)->lpCreateParams);
+        SetWindowLongPtrW(inWindow, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(window));
+        window->mWindow = inWindow;
+    }
+    auto* const window = reinterpret_cast<KAppWindow*>(GetWindowLongPtrW(inWindow, GWLP_USERDATA));
+    if (!window)
+        return DefWindowProcW(inWindow, inMessage, inWParam, inLParam);
+    try {
+        return window->OnMessage(inMessage, inWParam, inLParam);
+    } catch (const std::bad_alloc&) { // nothing may be thrown through Windows
+        KillerShowOutOfMemory(inWindow);
+        return 0;
+    }
+}
+
+LRESULT KAppWindow::OnMessage(UINT inMessage, WPARAM inWParam, LPARAM inLParam) {
+    switch (inMessage) {
+    case WM_COMMAND:
+        OnCommand(LOWORD(inWParam));
+        return 0;
+    case WM_NOTIFY:
+        return OnNotify(reinterpret_cast<NMHDR*>(inLParam));
+    case WM_DROPFILES:
+        ProcessNames(KAppTakeDropped(reinterpret_cast<HDROP>(inWParam)));
+        return 0;
+    case WM_SIZE:
+        if (mStatus)
+            LayOut();
+        return 0;
+    case WM_DPICHANGED: {
+        const RECT& rect = *reinterpret_cast<const RECT*>(inLParam);
+        SetWindowPos(mWindow, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
+                     SWP_NOZORDER | SWP_NOACTIVATE);
+        SetScale(HIWORD(inWParam));
+        return 0;
+    }
+    case WM_GETMINMAXINFO:
+        reinterpret_cast<MINMAXINFO*>(inLParam)->ptMinTrackSize = {
+            MulDiv(kMinimumWidth, static_cast<int>(mDPI), 96),
+            MulDiv(kMinimumHeight, static_cast<int>(mDPI), 96)};
+        return 0;
+    case WM_CLOSE:
+        OnClose();
+        return 0;
+    case WM_DESTROY:
+        StorePlacement(mWindow);
+        mWindow = nullptr;
+        PostQuitMessage(0);
+        return 0;
+    default:
+        return DefWindowProcW(mWindow, inMessage, inWParam, inLParam);
+    }
+}
