@@ -38,7 +38,7 @@ std::strong_ordering Compare(const SessionList::Row& inFirst, const SessionList:
                              SessionList::Column inColumn) {
     using Column = SessionList::Column;
     const auto share = [](const SessionList::Row& row, const SessionList::Row& other) {
-        return std::uint64_t{row.GetSaved()} * other.mOriginalSize;
+        return row.GetSaved() * std::max<std::uint64_t>(other.mOriginalSize, 1);
     };
     switch (inColumn) {
     case Column::km_Name:
@@ -88,7 +88,8 @@ std::size_t SessionList::Insert(Row inRow) {
         std::upper_bound(mRows.begin(), mRows.end(), inRow, [this](const Row& inFirst, const Row& inSecond) {
             return ComesBefore(inFirst, inSecond);
         });
-    return static_cast<std::size_t>(mRows.insert(place, std::move(inRow)) - mRows.begin());
+    const auto inserted = mRows.insert(place, std::move(inRow));
+    return static_cast<std::size_t>(inserted - mRows.begin());
 }
 
 bool SessionList::ComesBefore(const Row& inFirst, const Row& inSecond) const {
