@@ -86,7 +86,8 @@ void TermProcessInputs(const TermInputs& inInputs, const TermSettings& inSetting
     const auto delivery = MakeDelivery(inInputs, inSettings, ioMessages);
     if (ioMessages.GetExit() == TermExit::km_Usage)
         return;
-    const MizerOptions options = {delivery.get(), inSettings.mLeastSaving, inSettings.mKeepsTimes};
+    const MizerOptions options = {delivery.get(), inSettings.mLeastSaving, inSettings.mKeepsTimes,
+                                  inSettings.mSkipsDone, !inSettings.IsFilter()};
     TermShell shell(inSettings, ioMessages, ioOutcomes.GetResults(), &ioOutcomes);
     if (inSettings.IsFilter())
         shell.SetShownName(inInputs.mFiles.front().mPath, inInputs.mFiles.front().mPlace);

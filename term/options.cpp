@@ -100,6 +100,11 @@ constexpr auto kOptions = std::to_array<TermOption>({
     {"min-saving", 0, "N[%]", "Files", "leave files that would gain less than N bytes",
      "Or less than N percent of their size: --min-saving 2%. Such a file stays byte for byte as it is.",
      SetLeastSaving},
+    {"skip-done", 0, nullptr, "Files", "pass over files that an earlier run was done with",
+     "Remembers the contents of the files it is through with, for runs to come with this option: a library "
+     "can "
+     "be gone over again and again and no picture loses a little more each time.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mSkipsDone = true; }},
     {"dry-run", 'n', nullptr, "Results", "only tell what a run would save",
      "Does all the work on private copies. Changes no file, makes no backup, writes no log, counts nothing.",
      [](Settings& ioSettings, Argument) { return ioSettings.mIsDryRun = true; }},
@@ -292,6 +297,7 @@ std::string CheckModes(const Settings& inSettings) {
     add(restores, "--restore");
     add(inSettings.mIsDryRun, "--dry-run");
     add(!inSettings.mOutputFolder.empty(), "--output");
+    add(inSettings.mSkipsDone && !inSettings.mIsDryRun, "--skip-done");
     add(!inSettings.mContactSheet.empty(), "--contact-sheet");
     const bool isBatch = !restores && inSettings.mContactSheet.empty();
     add(!isBatch && !inSettings.mReport.empty(), "--report");

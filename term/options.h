@@ -42,6 +42,7 @@ struct TermSettings {
     bool mIsRecursive = false;
     bool mIsDryRun = false;
     bool mKeepsTimes = false;
+    bool mSkipsDone = false;
     std::string mOutputFolder; ///< where results go; empty: over their originals
     MizerLeastSaving mLeastSaving;
 

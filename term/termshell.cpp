@@ -87,7 +87,7 @@ void TermShell::Tell(const MizerFileResult& inResult) {
         return;
     if (inResult.mStatus == MizerStatus::km_Failed)
         mMessages.FileError(inResult.mPath, words);
-    else if (inResult.mStatus == MizerStatus::km_Skipped)
+    else if (inResult.mStatus == MizerStatus::km_Skipped && inResult.mSkip != MizerSkip::km_InUse)
         mPassedOver.Tell(inResult.mPath, words);
     else
         mMessages.FileNote(inResult.mPath, words);

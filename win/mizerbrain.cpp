@@ -12,6 +12,7 @@
 #include "win/mizerdelivery.h"
 #include "win/mizerrestore.h"
 #include "win/wholefile.h"
+#include "wnatom/wnfileclaim.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnscratch.h"
@@ -61,7 +62,8 @@ MizerBrain::MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings
       mSettings(inSettings),
       mOptions(inOptions),
       mTotals(inPrefs, inShell),
-      mLog(inPrefs, inShell) {}
+      mLog(inPrefs, inShell),
+      mLedger(inShell, inSettings.mIsLossless) {}
 
 void MizerBrain::ProcessQueue() {
     if (mBusy)
@@ -115,6 +117,20 @@ void MizerBrain::ProcessFile(const char* inPath) {
 }
 
 void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
+    std::optional<WnFileClaim> claim;
+    if (mOptions.mSharesFiles && !mOptions.mDelivery) // else the file is only read
+        claim.emplace(mShell.GetDataFolder(), ioResult.mPath.c_str());
+    if (claim && !claim->IsMine())
+        ioResult.mSkip = MizerSkip::km_InUse;
+    else if (mOptions.mSkipsDone && mLedger.Knows(ioResult.mPath.c_str()))
+        ioResult.mSkip = MizerSkip::km_Done;
+    else
+        return WorkOnNamedGIF(ioResult);
+    PumpMessages();
+    ioResult.mStatus = MizerStatus::km_Skipped;
+}
+
+void MizerBrain::WorkOnNamedGIF(MizerFileResult& ioResult) {
     mShell.FileStarted(ioResult.mPath.c_str());
     mTotals.StartFile(ioResult.mPath.c_str());
     if (!MeasureFile(ioResult))
@@ -155,7 +171,7 @@ std::uint32_t MizerBrain::GetFileSizeOnDisk(const char* inPath, std::optional<Nv
 
 void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     mTotals.SetOriginalSize(ioResult.mOriginalSize);
-    mBackupFailed = mDeliveryFailed = false;
+    mBackupFailed = mDeliveryFailed = mGainsTooLittle = false;
     mBackupPath.clear();
     if (PumpMessages())
         ThrowCancelled(kCancelledBeforeFile);
@@ -173,6 +189,9 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
         ioResult.mStatus = ioResult.mError ? MizerStatus::km_Failed : MizerStatus::km_Unchanged;
     }
     RecordResult(ioResult);
+    if (mOptions.mSkipsDone && !mOptions.mDelivery && !ioResult.mError && ioResult.mGateReason.empty() &&
+        !mGainsTooLittle)
+        mLedger.Add(ioResult.mPath.c_str());
     PumpMessages();
 }
 
@@ -213,7 +232,8 @@ std::uint32_t MizerBrain::WorkOnCopy(const char* inPath, std::uint32_t inOrigina
         outOutcome.mGateReason = "another program changed the file meanwhile";
         newSize = inOriginalSize;
     }
-    if (!mOptions.mLeastSaving.IsReached(inOriginalSize, newSize))
+    mGainsTooLittle = newSize < inOriginalSize && !mOptions.mLeastSaving.IsReached(inOriginalSize, newSize);
+    if (mGainsTooLittle)
         newSize = inOriginalSize;
     if (newSize < inOriginalSize) {
         mShell.BeforeReplace(inPath);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "win/filequeue.h"
+#include "win/mizerledger.h"
 #include "win/mizerlog.h"
 #include "win/mizershell.h"
 #include "win/mizertotals.h"
@@ -31,6 +32,8 @@ struct MizerOptions {
     MizerDelivery* mDelivery = nullptr; ///< borrowed; null: results take the places of their originals
     MizerLeastSaving mLeastSaving;      ///< files that gain less stay as they are
     bool mKeepsTimes = false;           ///< new files have the modification times of their originals
+    bool mSkipsDone = false;            ///< files that an earlier run was through with are passed over
+    bool mSharesFiles = true;           ///< other runs may know of the files, so each is claimed first
 };
 
 /** The batch driver: a queue of files, made smaller one at a time, with log, totals and panel.
@@ -96,6 +99,7 @@ private:
 
     void ProcessHead();
     void ProcessNamedGIF(MizerFileResult& ioResult);
+    void WorkOnNamedGIF(MizerFileResult& ioResult);
     bool MeasureFile(MizerFileResult& ioResult);
     void OptimizeFile(MizerFileResult& ioResult);
     std::uint32_t WorkOnFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome,
@@ -115,6 +119,7 @@ private:
     bool mBackupFailed = false; // these four of the file in hand
     bool mDeliveryFailed = false;
     std::string mBackupPath;
+    bool mGainsTooLittle = false;
     std::string mCopyPath; // the private copy that is worked on, if any
     WnPref& mPrefs;
     MizerShell& mShell;
@@ -123,5 +128,6 @@ private:
     FileQueue mQueue;
     MizerTotals mTotals;
     MizerLog mLog;
+    MizerLedger mLedger;
     std::string mCleanedFolder; // the last one that leftovers of killed runs were removed from
 };

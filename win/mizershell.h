@@ -32,7 +32,14 @@ enum class MizerStatus {
     km_Cancelled, ///< the file is as it was
 };
 
-enum class MizerSkip { km_None, km_Backup, km_NotNamedGIF, km_Empty };
+enum class MizerSkip {
+    km_None,
+    km_Backup,
+    km_NotNamedGIF,
+    km_Empty,
+    km_InUse, ///< another run works on it
+    km_Done,  ///< an earlier run was through with it
+};
 
 /** What became of one file of the batch. */
 struct MizerFileResult {

@@ -10,6 +10,10 @@ const char* SkipWords(MizerSkip inReason) {
         return "skipped: a backup";
     case MizerSkip::km_Empty:
         return "skipped: empty";
+    case MizerSkip::km_InUse:
+        return "skipped: another run is working on it";
+    case MizerSkip::km_Done:
+        return "skipped: an earlier run was through with it";
     default:
         return "skipped: its name does not end in GIF";
     }

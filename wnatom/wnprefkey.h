@@ -19,7 +19,7 @@ public:
     WnPrefKey(const WnPrefKey&) = delete;
     WnPrefKey& operator=(const WnPrefKey&) = delete;
 
-    /** km_ReadWrite makes a missing key and waits for a process that is writing it.
+    /** km_ReadWrite makes a missing key and waits, some seconds at most, for a process that is writing it.
      *  @return false when this object is open already or the key cannot be opened that way */
     bool OpenKey(Root inRoot, Access inAccess);
     void CloseKey();

@@ -1,10 +1,13 @@
 #include "wnatom/wnprefkey.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdio>
 #include <optional>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -112,16 +115,20 @@ bool ReplaceFile(const std::string& inPath, const std::vector<std::string>& inLi
     }
 }
 
-/** The lock of the writers, or -1. */
+/** The lock of the writers, or -1 when another process keeps it for so long that it must be stuck. */
 int LockForWriting(const std::string& inPath) {
     const int lock = open((inPath + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (lock < 0)
         return -1;
-    while (flock(lock, LOCK_EX) != 0) {
-        if (errno != EINTR) {
+    constexpr std::chrono::milliseconds pause(5); // a write takes about as long
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (flock(lock, LOCK_EX | LOCK_NB) != 0) {
+        const bool isBusy = errno == EWOULDBLOCK || errno == EINTR;
+        if (!isBusy || std::chrono::steady_clock::now() > end) {
             close(lock);
             return -1;
         }
+        std::this_thread::sleep_for(pause);
     }
     return lock;
 }

@@ -10,6 +10,7 @@
 
 #include "samples/samplepictures.h"
 #include "tests/support/programrun.h"
+#include "wnatom/wnfileclaim.h"
 
 namespace {
 
@@ -153,6 +154,49 @@ TEST_F(Modes, AFileThatGainsTooLittleStaysAsItIs) {
     EXPECT_EQ(fs::last_write_time(mFolder / "in/sub/icon.gif"), time);
     EXPECT_THAT(mRunner.Run({"--min-saving", "1023", "in/ball.gif"}).mOut, HasSubstr("1 file, 0 made"));
     EXPECT_THAT(mRunner.Run({"--min-saving", "1022", "in/ball.gif"}).mOut, HasSubstr("1 file, 1 made"));
+}
+
+TEST_F(Modes, WhatIsDoneIsPassedOverWhateverItsName) {
+    const std::string ledger = mRunner.GetOwnFolder() / "state/Norvek/PVGFDone.TXT";
+    WriteTestFile(ledger, "damaged");
+    EXPECT_THAT(mRunner.Run({"--skip-done", "in"}).mOut, HasSubstr("1 file, 1 made smaller"));
+    fs::copy(mFolder / "in/ball.gif", mFolder / "in/copy.gif");
+    const ProgramResult again = mRunner.Run({"--skip-done", "in/copy.gif", "in/sub/icon.gif"});
+    EXPECT_EQ(again.mErr, "parvigif: in/copy.gif: skipped: an earlier run was through with it\n");
+    EXPECT_THAT(again.mOut, HasSubstr("1 file, 1 made smaller"));
+    EXPECT_THAT(ReadTestFile(ledger), testing::MatchesRegex("damaged\n([0-9a-f]+ [0-9]+ lossy\n){2}"));
+
+    // What is done without changing colours is not done for a run that may change them.
+    std::string lines = ReadTestFile(ledger);
+    for (std::size_t at = 0; (at = lines.find("lossy", at)) != std::string::npos;)
+        lines.replace(at, 5, "lossless");
+    WriteTestFile(ledger, lines);
+    EXPECT_EQ(mRunner.Run({"--skip-done", "--lossless", "in/ball.gif"}).mOut, "");
+    EXPECT_THAT(mRunner.Run({"--skip-done", "in/ball.gif"}).mOut, HasSubstr("1 file, 0 made smaller"));
+}
+
+TEST_F(Modes, ALedgerThatCannotBeWrittenStopsNothing) {
+    fs::create_directories(mRunner.GetOwnFolder() / "state/Norvek/PVGFDone.TXT");
+    const ProgramResult result = mRunner.Run({"--skip-done", "in/ball.gif", "in/sub/icon.gif"});
+    EXPECT_THAT(result.mErr,
+                testing::MatchesRegex("parvigif: Unable to write the list of files done: .*, error Is "
+                                      "a directory\n"));
+    EXPECT_EQ(result.mStatus, 0);
+}
+
+TEST_F(Modes, AFileThatAnotherProcessWorksOnIsLeftToIt) {
+    const std::string data = mRunner.GetOwnFolder() / "state/Norvek";
+    fs::create_directories(data);
+    fs::create_symlink("ball.gif", mFolder / "in/link.gif");
+    {
+        const WnFileClaim claim(data, (mFolder / "in/link.gif").c_str());
+        EXPECT_TRUE(claim.IsMine());
+        const ProgramResult result = mRunner.Run({"in/ball.gif", "in/sub/icon.gif"});
+        EXPECT_EQ(result.mErr, "parvigif: in/ball.gif: skipped: another run is working on it\n");
+        EXPECT_EQ(ReadTestFile(mFolder / "in/ball.gif"), mBefore["ball.gif"]);
+        EXPECT_THAT(result.mOut, HasSubstr("1 file, 1 made smaller"));
+    }
+    EXPECT_THAT(mRunner.Run({"in/ball.gif"}).mOut, HasSubstr("1 file, 1 made smaller"));
 }
 
 } // namespace

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+/** 64 bits that tell texts and files apart where nobody tries to make two alike: FNV-1a (Fowler, Noll, Vo).
+ */
+inline std::uint64_t WnHash(std::string_view inBytes) {
+    std::uint64_t hash = 0xcbf29ce484222325;
+    for (const char byte : inBytes)
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
+    return hash;
+}
