@@ -3,6 +3,7 @@
 #include "nvcode2/nvanimation.h"
 #include "win/pvcrop.h"
 #include "win/pvdifference.h"
+#include "win/pvdisposal.h"
 #include "win/pvfill.h"
 #include "win/pvflatten.h"
 #include "win/pvlossless.h"
@@ -30,6 +31,7 @@ PvColourAllowance RebuildColours(NvAnimation& ioAnimation, const PvPassOptions& 
                                  PvProgress& ioProgress) {
     ioProgress.BeginStep(0.25);
     const double flattenError = FlattenRestoredFrames(ioAnimation, ioProgress);
+    LeaveFramesDrawnOver(ioAnimation);
     Crop(ioAnimation, inOptions);
     const double mergeError = MergeSimilarFrameColours(ioAnimation);
     ioProgress.BeginStep(0.35);
@@ -52,6 +54,7 @@ PvColourAllowance RebuildTables(NvAnimation& ioAnimation, const PvPassOptions& i
                                 PvProgress& ioProgress) {
     ioProgress.BeginStep(0.25);
     FlattenRestoredFrames(ioAnimation, ioProgress);
+    LeaveFramesDrawnOver(ioAnimation);
     Crop(ioAnimation, inOptions);
     ioProgress.BeginStep(0.35);
     DifferenceFrames(ioAnimation, 0, km_MaxColours, ioProgress);

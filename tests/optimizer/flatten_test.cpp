@@ -2,6 +2,7 @@
 
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
+#include "win/pvdisposal.h"
 #include "win/pvflatten.h"
 
 namespace {
@@ -117,6 +118,35 @@ TEST(Flatten, ACanvasOfTooManyColoursIsQuantizedAndTheErrorTold) {
 TEST(Flatten, AnAnimationThatRestoresNothingStaysAsItIs) {
     const TestGIF gif = Movie({Picture("01"), WithDisposal(Picture("."), 2), WithDisposal(Picture("3"), 5)});
     EXPECT_EQ(Flatten(gif).first.mFrames, gif.mFrames);
+}
+
+TEST(Disposal, FramesToBeClearedStayWhereTheNextOneDrawsOverThem) {
+    const auto clearing = [](const char* inRows, std::uint32_t inLeft = 0) {
+        return WithDisposal(Picture(inRows, inLeft), 2);
+    };
+    const struct {
+        const char* mName;
+        TestGIF mGIF;
+        std::vector<std::uint32_t> mDisposals;
+    } cases[] = {
+        {"all of it", Movie({clearing(".0."), clearing("000"), Picture("1")}), {1, 2, 0}},
+        {"not all of it", Movie({clearing("000"), Picture("0.0")}), {2, 0}},
+        {"the next one lies elsewhere", Movie({clearing("00"), Picture("00", 1)}), {2, 0}},
+        {"an earlier frame would show again",
+         Movie({Picture("1111"), clearing("..0."), Picture("0", 2)}),
+         {0, 2, 0}},
+        {"a frame left in place is there for the next one",
+         Movie({clearing("11"), clearing("1."), Picture("1")}),
+         {2, 1, 0}},
+        {"the last one", Movie({Picture("0"), clearing("1")}), {0, 2}},
+    };
+    for (const auto& [name, gif, disposals] : cases) {
+        SCOPED_TRACE(name);
+        const auto animation = MakeAnimation(gif);
+        LeaveFramesDrawnOver(*animation);
+        EXPECT_EQ(DisposalsOf(Describe(*animation)), disposals);
+        EXPECT_EQ(CompareGIFs(gif, Describe(*animation)).mDiffering, 0u);
+    }
 }
 
 } // namespace
