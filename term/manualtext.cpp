@@ -25,6 +25,13 @@ constexpr auto kFiles = std::to_array<TermManualItem>({
      "$XDG_CONFIG_DIRS, $XDG_CONFIG_HOME). BACKUP, OBACK, ALLOWCROP, LOG and LOGALL hold what options change "
      "for one run."},
     {"Norvek/PVGFLog.TXT", "The results log, below ~/.local/state (or $XDG_STATE_HOME)."},
+    {"Norvek/PVGFDone.TXT", "What --skip-done remembers, in the same folder."},
+});
+
+constexpr auto kEnvironment = std::to_array<TermManualItem>({
+    {"NO_COLOR", "When it is set, the progress panel does without colours."},
+    {"TERM", "When it is dumb, there is no progress panel."},
+    {"TMPDIR", "Where private copies are worked on, instead of /tmp."},
 });
 
 constexpr auto kExitStatus = std::to_array<TermManualItem>({
@@ -45,7 +52,13 @@ constexpr auto kExamples = std::to_array<TermManualItem>({
 });
 
 constexpr auto kSections = std::to_array<TermManualSection>({
+    {"On a terminal",
+     "A few lines below the results tell how far the run is. p pauses it, also in the middle of a file; any "
+     "key "
+     "goes on. Ctrl-Z gives the terminal back until fg.",
+     {}},
     {"Files", nullptr, kFiles},
+    {"Environment", nullptr, kEnvironment},
     {"Exit status", nullptr, kExitStatus},
     {"Examples", nullptr, kExamples},
 });

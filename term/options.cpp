@@ -95,15 +95,15 @@ constexpr auto kOptions = std::to_array<TermOption>({
     {"files-from", 0, "FILE", "Files", "read more names from FILE, one to a line",
      "'-' stands for standard input: find pics -name '*.gif' | parvigif --files-from -",
      [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mNamesFile, inPath); }},
-    {"null", '0', nullptr, "Files", "those names end in a NUL, as of find -print0", nullptr,
+    {"null", '0', nullptr, "Files", "the names in FILE end in NULs, see find -print0", nullptr,
      [](Settings& ioSettings, Argument) { return ioSettings.mNamesEndInNul = true; }, true},
     {"min-saving", 0, "N[%]", "Files", "leave files that would gain less than N bytes",
      "Or less than N percent of their size: --min-saving 2%. Such a file stays byte for byte as it is.",
      SetLeastSaving},
     {"skip-done", 0, nullptr, "Files", "pass over files that an earlier run was done with",
-     "Remembers the contents of the files it is through with, for runs to come with this option: a library "
-     "can "
-     "be gone over again and again and no picture loses a little more each time.",
+     "Remembers, by their contents, the files it is through with. Later runs with this option pass them "
+     "over, so "
+     "that a library can be gone over again and again and no picture loses a little more each time.",
      [](Settings& ioSettings, Argument) { return ioSettings.mSkipsDone = true; }},
     {"dry-run", 'n', nullptr, "Results", "only tell what a run would save",
      "Does all the work on private copies. Changes no file, makes no backup, writes no log, counts nothing.",

@@ -197,8 +197,8 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
 
 std::uint32_t MizerBrain::WorkOnFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome,
                                      std::string& outPlace) {
-    std::error_code ignored; // a file without a time has none to keep
-    const auto time = std::filesystem::last_write_time(inPath, ignored);
+    std::error_code error; // a file without a time has none to keep
+    const auto time = std::filesystem::last_write_time(inPath, error);
     outPlace = mOptions.mDelivery ? "" : inPath;
     const bool needsCopy = mOptions.mDelivery || mOptions.mLeastSaving.IsSet();
     const std::uint32_t newSize = needsCopy ? WorkOnCopy(inPath, inOriginalSize, outOutcome, outPlace)
