@@ -17,16 +17,6 @@ std::uint32_t TableSizeField(const NvColorTable& inTable) {
     return NvGIFMinimumCodeSize(inTable.GetSize()) - 1U;
 }
 
-std::uint8_t HighestIndex(const NvConstPixelLock& inPixels, std::uint32_t inWidth, std::uint32_t inHeight) {
-    std::uint8_t highest = 0;
-    for (std::uint32_t y = 0; y < inHeight; ++y) {
-        const std::uint8_t* row = inPixels.Row(y);
-        for (std::uint32_t x = 0; x < inWidth; ++x)
-            highest = std::max(highest, row[x]);
-    }
-    return highest;
-}
-
 } // namespace
 
 void NvGIFFile::WriteGlobalInfo() {
@@ -105,10 +95,10 @@ void NvGIFFile::WriteFrame(const NvIndexedImage& inImage, const NvImgFmtFrameInf
     const std::uint32_t height = inImage.GetHeight();
     NvAssert(mFrameInfoPtr->mWidth == width && mFrameInfoPtr->mHeight == height);
     const std::uint32_t colorCount = inImage.GetColorTable().GetSize();
-    const NvConstPixelLock pixels(inImage);
     mFrameInfoPtr->mMinimumCodeSize = NvGIFMinimumCodeSize(colorCount);
-    if (HighestIndex(pixels, width, height) >= colorCount)
+    if (inImage.GetHighestIndex() >= colorCount)
         NvThrow(NvErrorCode::km_BadParameter);
+    const NvConstPixelLock pixels(inImage);
 
     if (mFrameInfoPtr->mHasGraphicControl)
         WriteGraphicControl();

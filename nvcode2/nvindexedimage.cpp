@@ -164,6 +164,30 @@ std::uint8_t NvIndexedImage::GetPixel(std::uint32_t inH, std::uint32_t inV) cons
     return NvConstPixelLock(*this).Row(inV)[inH];
 }
 
+std::uint8_t NvIndexedImage::GetHighestIndex() const {
+    const NvConstPixelLock pixels(*this);
+    std::uint8_t highest = 0;
+    for (std::uint32_t y = 0; y < mHeight; ++y) {
+        const std::uint8_t* const row = pixels.Row(y);
+        for (std::uint32_t x = 0; x < mWidth; ++x)
+            highest = row[x] > highest ? row[x] : highest;
+    }
+    return highest;
+}
+
+std::uint8_t NvIndexedImage::GetHighestIndexBut(std::uint8_t inIndex) const {
+    const NvConstPixelLock pixels(*this);
+    std::uint8_t highest = 0;
+    for (std::uint32_t y = 0; y < mHeight; ++y) {
+        const std::uint8_t* const row = pixels.Row(y);
+        for (std::uint32_t x = 0; x < mWidth; ++x) {
+            const std::uint8_t index = row[x] == inIndex ? std::uint8_t{0} : row[x];
+            highest = index > highest ? index : highest;
+        }
+    }
+    return highest;
+}
+
 void NvIndexedImage::BuildHistogram(std::uint32_t* outHistogram) const {
     if (!outHistogram)
         NvThrow(NvErrorCode::km_MissingData);

@@ -54,6 +54,11 @@ public:
      *  loops lock the image. No caller yet in the program, which has no single pixels. */
     std::uint8_t GetPixel(std::uint32_t inH, std::uint32_t inV) const;
 
+    /** The highest index of any pixel, 0 for an image without pixels. Precondition: not locked. */
+    std::uint8_t GetHighestIndex() const;
+    /** The same of the pixels that have another index than inIndex. */
+    std::uint8_t GetHighestIndexBut(std::uint8_t inIndex) const;
+
     /** Counts every pixel. Raises 27 for a null histogram, 21 when the image has no pixels or is locked. */
     void BuildHistogram(std::uint32_t* outHistogram) const;
     /** Counts the pixels that the mask, of the same size, has set. A colour that lies only under pixels not

@@ -13,13 +13,14 @@ std::uint32_t ExchangePairs(NvIndexedImage& ioImage, std::int32_t inSparedIndex)
     const std::uint32_t stride = ioImage.GetRowBytes();
     const NvPixelLock pixels(ioImage);
     std::uint32_t exchanged = 0;
-    NvForEachPairPosition(ioImage.GetWidth(), ioImage.GetHeight(), [&](std::uint32_t y, std::uint32_t x) {
-        std::uint8_t* pixel = pixels.Row(y) + x;
-        if (!NvIsSwappablePair(pixel, stride, colors, inSparedIndex))
-            return;
-        std::swap(pixel[0], pixel[1]);
-        ++exchanged;
-    });
+    NvForEachPattern(pixels.Row(0), stride, ioImage.GetWidth(), ioImage.GetHeight(),
+                     [&](std::uint32_t y, std::uint32_t x) {
+                         std::uint8_t* pixel = pixels.Row(y) + x;
+                         if (!NvIsSwappablePair(pixel, stride, colors, inSparedIndex))
+                             return;
+                         std::swap(pixel[0], pixel[1]);
+                         ++exchanged;
+                     });
     return exchanged;
 }
 

@@ -142,22 +142,12 @@ private:
     Pixels mTried;
 };
 
-/** One past the highest index of a frame's pixels, the undrawn ones included. */
-std::uint32_t IndexEnd(const NvIndexedImage& inImage) {
-    std::array<std::uint32_t, 256> histogram{};
-    inImage.BuildHistogram(histogram.data());
-    std::uint32_t end = inImage.GetColorTable().GetSize();
-    while (end > 1 && histogram[end - 1] == 0)
-        --end;
-    return end;
-}
-
 /** @return whether any pixel has a choice */
 bool CollectChoices(const NvGIFFrame& inFrame, const NvGIFPlayer& inCanvas, PvPixelChoices& outChoices) {
     const NvIndexedImage& image = inFrame.GetImage();
     const NvGIFFrameInfo& info = inFrame.GetInfo();
     const std::uint32_t width = image.GetWidth();
-    outChoices.mPixelBits = std::max(NvColorTable::GetBitsNeeded(IndexEnd(image)), 2U);
+    outChoices.mPixelBits = std::max(NvColorTable::GetBitsNeeded(image.GetHighestIndex() + 1U), 2U);
     const ColourLookup lookup(image.GetColorTable(), 1U << outChoices.mPixelBits);
     outChoices.mPresent.resize(std::size_t{width} * image.GetHeight());
     std::uint8_t* next = outChoices.mPresent.data();

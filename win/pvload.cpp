@@ -54,10 +54,24 @@ void ExtendTable(NvColorTable& ioTable, std::uint32_t inSize) {
         ioTable.SetColor(i, NvColor{});
 }
 
-/** Gives every index that the frame uses an entry in its table. */
-void MakeIndicesSound(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable) {
+/** Whether a frame with undrawn pixels, all of its transparent index, needs no change in that: no narrower
+ * code would do with another one. */
+bool IsTransparencyInOrder(const NvGIFFrame& inFrame) {
+    const std::uint32_t transparent = inFrame.GetTransparentIndex();
+    const NvIndexedImage& image = inFrame.GetImage();
+    if (!inFrame.HasTransparency() || transparent >= image.GetColorTable().GetSize() ||
+        inFrame.IsFullyDrawn())
+        return false;
+    const std::uint32_t drawn = image.GetHighestIndexBut(static_cast<std::uint8_t>(transparent));
+    return NvColorTable::GetBitsNeeded(drawn + 1) ==
+           NvColorTable::GetBitsNeeded(std::max(drawn, transparent) + 1);
+}
+
+/** Gives every index that the frame uses an entry in its table.
+ *  @param inIsWhole  undrawn pixels are those of the transparent index */
+void MakeIndicesSound(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable, bool inIsWhole) {
     NvColorTable& table = ioFrame.GetImage().GetColorTable();
-    if (table.GetSize() < 256) {
+    if (ioFrame.GetImage().GetHighestIndex() >= table.GetSize()) {
         const std::uint32_t end = DrawnIndexEnd(ioFrame);
         ExtendTable(table, end);
         if (ioSharedTable)
@@ -65,7 +79,8 @@ void MakeIndicesSound(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable) {
         else
             ioFrame.GetInfo().mColorTable = table;
     }
-    ioFrame.UpdateTransparency(ioSharedTable, 256);
+    if (!inIsWhole || !IsTransparencyInOrder(ioFrame))
+        ioFrame.UpdateTransparency(ioSharedTable, 256);
 }
 
 } // namespace
@@ -154,10 +169,11 @@ std::unique_ptr<NvGIFFrame> PvFrameReader::MakeFrame(NvIndexedImage&& inImage,
     NvBitmapImage mask = inInfo->mHasTransparency
                              ? inImage.MakeMask(inInfo->mTransparentIndex)
                              : NvBitmapImage(inImage.GetWidth(), inImage.GetHeight(), 0, 1);
-    if (mFile.GetDeliveredPixels() < CountPixels(inImage))
+    const bool isWhole = mFile.GetDeliveredPixels() == CountPixels(inImage);
+    if (!isWhole)
         MaskMissingPixels(mFile.GetDeliveredPixels(), inInfo->mInterlaced != 0, mask);
     auto frame = std::make_unique<NvGIFFrame>(std::move(inImage), std::move(mask), std::move(inInfo));
-    MakeIndicesSound(*frame, sharedTable);
+    MakeIndicesSound(*frame, sharedTable, isWhole);
     return frame;
 }
 

@@ -4,6 +4,7 @@
 
 #include "win/pvlzwparser.h"
 
+class NvAnimation;
 class NvGIFFrame;
 
 /** Measures how long a frame's LZW data would be, without writing any. */
@@ -24,6 +25,10 @@ public:
 
     /** The same for a whole frame. */
     std::uint64_t EstimateFrame(const NvGIFFrame& inFrame);
+
+    /** The same for all frames together, each with no wider codes than its indices need; stops when inEnough
+     * is reached. */
+    std::uint64_t EstimateFrames(const NvAnimation& inAnimation, std::uint64_t inEnough);
 
 private:
     PvLZWParser mParser;

@@ -103,14 +103,14 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
 std::optional<PvOptimizer::Candidate>
 PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, PvProgress& ioProgress) {
     std::uint32_t tolerance = mSettings.mIsLossless ? 0 : mSettings.mTolerance;
-    std::optional<Candidate> best = RunFirstPass(inPath, inOriginalSize, tolerance, ioProgress);
+    std::optional<Candidate> best = RunFirstPass(inPath, inOriginalSize, PassOptions(tolerance), ioProgress);
     while (best && tolerance > 0 && mOutcome.mFrameCount > 1 && best->mComparison.MayLookBetter()) {
         tolerance = NextTolerance(tolerance);
         best->mAnimation.reset(); // there is room for one
         const bool mustChange = best->mComparison.HasLostStructure();
-        const std::uint32_t sizeToBeat =
-            mustChange ? inOriginalSize : std::min(inOriginalSize, best->HopelessSize());
-        std::optional<Candidate> nearer = RunFirstPass(inPath, sizeToBeat, tolerance, ioProgress);
+        PvPassOptions options = PassOptions(tolerance);
+        options.mSizeToBeat = mustChange ? inOriginalSize : std::min(inOriginalSize, best->HopelessSize());
+        std::optional<Candidate> nearer = RunFirstPass(inPath, options.mSizeToBeat, options, ioProgress);
         if (!nearer && !mustChange)
             break; // a still smaller tolerance leaves still more to draw
         if (mustChange || nearer->Cost() <= best->Cost())
@@ -122,14 +122,16 @@ PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, P
 /** @return nothing when the result is not smaller or not fit to replace the file */
 std::optional<PvOptimizer::Candidate> PvOptimizer::RunFirstPass(const char* inPath,
                                                                 std::uint32_t inSizeToBeat,
-                                                                std::uint32_t inTolerance,
+                                                                const PvPassOptions& inOptions,
                                                                 PvProgress& ioProgress) {
     ioProgress.BeginStep(0.2);
     std::unique_ptr<NvAnimation> animation = Load(inPath, ioProgress);
     if (!animation)
         return std::nullopt;
-    const PvColourAllowance allowance = mPasses.RunFirst(*animation, PassOptions(inTolerance), ioProgress);
-    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeToBeat, *animation, allowance);
+    const std::optional<PvColourAllowance> allowance = mPasses.RunFirst(*animation, inOptions, ioProgress);
+    if (!allowance)
+        return std::nullopt;
+    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeToBeat, *animation, *allowance);
     if (candidate)
         candidate->mAnimation = std::move(animation);
     return candidate;

@@ -80,7 +80,7 @@ private:
     std::optional<Candidate> ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize,
                                              PvProgress& ioProgress);
     std::optional<Candidate> RunFirstPass(const char* inPath, std::uint32_t inSizeToBeat,
-                                          std::uint32_t inTolerance, PvProgress& ioProgress);
+                                          const PvPassOptions& inOptions, PvProgress& ioProgress);
     std::optional<Candidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
                                            NvAnimation& ioAnimation, const PvColourAllowance& inAllowance);
     std::unique_ptr<NvAnimation> Load(const char* inPath, PvProgress& ioProgress);

@@ -135,15 +135,8 @@ void OrderSharedTable(NvAnimation& ioAnimation, std::uint32_t inTableLimit) {
 }
 
 void NarrowTables(NvAnimation& ioAnimation) {
-    for (NvGIFFrame& frame : ioAnimation) {
-        NvColorTable& table = frame.GetImage().GetColorTable();
-        Histogram histogram{};
-        frame.GetImage().BuildHistogram(histogram.data());
-        std::uint32_t size = table.GetSize();
-        while (size > 1 && histogram[size - 1] == 0)
-            --size;
-        table.SetSize(size);
-    }
+    for (NvGIFFrame& frame : ioAnimation)
+        frame.GetImage().GetColorTable().SetSize(frame.GetImage().GetHighestIndex() + 1U);
 }
 
 void RestoreBackgroundIndex(NvAnimation& ioAnimation, const NvColor& inBackground) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "win/pvgate.h"
 #include "win/pvswap.h"
@@ -14,6 +15,7 @@ struct PvPassOptions {
     bool mIsLossless = false;        ///< no displayed colour changes
     bool mCropsSingleImages = false; ///< a still picture may lose its transparent borders
     std::uint32_t mTolerance = 0;    ///< levels per channel, see DifferenceFrames; not used when lossless
+    std::uint32_t mSizeToBeat = 0;   ///< bytes; 0: none. A pass that will not get below it may be given up
 };
 
 /** The two passes over an animation in memory: which steps, in which order. */
@@ -21,10 +23,11 @@ class PvPasses {
 public:
     /** The first pass: one small palette, nothing drawn that the screen shows already, tight frames.
      *
-     *  @return              how far the colours may be from the original's by now
+     *  @return              how far the colours may be from the original's by now; nothing when the result
+     *                       would be far from small enough
      *  @throws NvErrorCode  3 when the progress was told to stop */
-    PvColourAllowance RunFirst(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
-                               PvProgress& ioProgress);
+    std::optional<PvColourAllowance> RunFirst(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                                              PvProgress& ioProgress);
 
     /** The second pass, over what is on the disk after the first: crops and exchanges pixels once more. */
     PvColourAllowance RunSecond(NvAnimation& ioAnimation, const PvPassOptions& inOptions,

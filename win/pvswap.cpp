@@ -37,10 +37,12 @@ std::uint32_t PvPixelSwapper::CountSwapCandidates(const NvGIFFrame& inFrame) {
     const NvConstPixelLock pixels(image);
     const NvColor* colors = image.GetColorTable().GetColors();
     std::uint32_t count = 0;
-    NvForEachPairPosition(image.GetWidth(), image.GetHeight(), [&](std::uint32_t y, std::uint32_t x) {
-        if (NvIsSwappablePair(pixels.Row(y) + x, image.GetRowBytes(), colors, km_SpareNothing))
-            ++count;
-    });
+    NvForEachPattern(
+        pixels.Row(0), image.GetRowBytes(), image.GetWidth(), image.GetHeight(),
+        [&](std::uint32_t y, std::uint32_t x) {
+            if (NvIsSwappablePair(pixels.Row(y) + x, image.GetRowBytes(), colors, km_SpareNothing))
+                ++count;
+        });
     return count;
 }
 
@@ -68,15 +70,17 @@ std::uint32_t PvPixelSwapper::Search(NvGIFFrame& ioFrame, std::int32_t inSparedI
     const NvPixelLock pixels(image);
     std::uint32_t exchanged = 0;
     bool hasBegun = false;
-    NvForEachPairPosition(image.GetWidth(), image.GetHeight(), [&](std::uint32_t y, std::uint32_t x) {
-        if (!NvIsSwappablePair(pixels.Row(y) + x, image.GetRowBytes(), colors, inSparedIndex))
-            return;
-        if (!hasBegun)
-            mSearch.Begin(pixels.Row(0), image.GetWidth(), image.GetHeight(), image.GetColorTable().GetSize(),
-                          ioFrame.GetInfo().mInterlaced != 0);
-        hasBegun = true;
-        exchanged += mSearch.ExchangeIfShorter(x, y) ? 1 : 0;
-    });
+    NvForEachPattern(
+        pixels.Row(0), image.GetRowBytes(), image.GetWidth(), image.GetHeight(),
+        [&](std::uint32_t y, std::uint32_t x) {
+            if (!NvIsSwappablePair(pixels.Row(y) + x, image.GetRowBytes(), colors, inSparedIndex))
+                return;
+            if (!hasBegun)
+                mSearch.Begin(pixels.Row(0), image.GetWidth(), image.GetHeight(),
+                              image.GetColorTable().GetSize(), ioFrame.GetInfo().mInterlaced != 0);
+            hasBegun = true;
+            exchanged += mSearch.ExchangeIfShorter(x, y) ? 1 : 0;
+        });
     return exchanged;
 }
 
