@@ -17,7 +17,7 @@ public:
     TermPanel& operator=(const TermPanel&) = delete;
 
     void StartFile(const std::string& inPath, const std::string& inShownName);
-    void EndFile() { mProgress.EndFile(); }
+    void EndFile(const std::string& inPath, bool inWasStarted) { mProgress.EndFile(inPath, inWasStarted); }
     void SetText(MizerControl inControl, const char* inText);
     void SetFileFraction(double inFraction) { mProgress.SetFileFraction(inFraction); }
 

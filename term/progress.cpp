@@ -22,11 +22,18 @@ void TermProgress::StartFile(const std::string& inPath) {
     const auto size = mSizes.find(inPath);
     mFileBytes = size == mSizes.end() ? 0 : size->second;
     mFileFraction = 0.0;
-    ++mFilesBegun;
 }
 
-void TermProgress::EndFile() {
-    mBytesDone += mFileBytes;
+void TermProgress::EndFile(const std::string& inPath, bool inWasStarted) {
+    const auto size = mSizes.find(inPath);
+    if (size == mSizes.end())
+        return;
+    if (inWasStarted)
+        mBytesDone += size->second;
+    else
+        mAllBytes -= size->second;
+    mSizes.erase(size);
+    ++mFilesDone;
     mFileBytes = 0;
     mFileFraction = 0.0;
 }
@@ -39,7 +46,8 @@ double TermProgress::GetBatchFraction() const {
 }
 
 std::string TermProgress::GetPosition() const {
-    return mFiles < 2 ? "" : std::to_string(mFilesBegun) + " of " + std::to_string(mFiles);
+    return mFiles < 2 ? ""
+                      : std::to_string(std::min(mFilesDone + 1, mFiles)) + " of " + std::to_string(mFiles);
 }
 
 std::string TermProgress::GetTimeLeft() const {

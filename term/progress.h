@@ -18,7 +18,9 @@ public:
 
     void StartFile(const std::string& inPath);
     void SetFileFraction(double inFraction) { mFileFraction = inFraction; }
-    void EndFile();
+
+    /** @param inWasStarted  else it was passed over, which says nothing about the time that others take */
+    void EndFile(const std::string& inPath, bool inWasStarted);
 
     /** A time that nothing was done in. */
     void LeaveOut(Clock::duration inPause) { mStarted += inPause; }
@@ -37,7 +39,7 @@ private:
     std::map<std::string, std::uint64_t> mSizes; // bytes, of the files to come
     std::size_t mFiles = 0;
     std::uint64_t mAllBytes = 0;
-    std::size_t mFilesBegun = 0;
+    std::size_t mFilesDone = 0;
     std::uint64_t mBytesDone = 0;
     std::uint64_t mFileBytes = 0;
     double mFileFraction = 0.0;

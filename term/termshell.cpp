@@ -76,7 +76,7 @@ void TermShell::FileDone(const MizerFileResult& inResult) {
     Tell(shown);
     if (!mPanel || inResult.mStatus == MizerStatus::km_Cancelled)
         return;
-    mPanel->EndFile();
+    mPanel->EndFile(inResult.mPath, inResult.mStatus != MizerStatus::km_Skipped);
     mPanel->PutBack();
 }
 

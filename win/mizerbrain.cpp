@@ -206,8 +206,8 @@ std::uint32_t MizerBrain::WorkOnFile(const char* inPath, std::uint32_t inOrigina
     if (!needsCopy && newSize < inOriginalSize)
         mShell.ResultMade(inPath);
     const bool isWritten = mOptions.mDelivery ? !outPlace.empty() : newSize < inOriginalSize;
-    if (mOptions.mKeepsTimes && isWritten)
-        std::filesystem::last_write_time(outPlace, time, ignored);
+    if (mOptions.mKeepsTimes && isWritten && !error)
+        std::filesystem::last_write_time(outPlace, time, error);
     return newSize;
 }
 
