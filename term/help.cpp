@@ -36,7 +36,7 @@ std::string Indented(std::string_view inText, std::size_t inColumn) {
 }
 
 /** A head in front of its text; where it is too long, above it. */
-std::string WithHead(std::string inHead, std::string_view inText, std::size_t inColumn) {
+std::string WithHead(const std::string& inHead, std::string_view inText, std::size_t inColumn) {
     std::string text = Indented(inText, inColumn);
     if (inHead.size() >= inColumn)
         return inHead + "\n" + text;

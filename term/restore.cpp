@@ -32,6 +32,8 @@ public:
             const WnFileKind kind = WnGetFileKind(inName.c_str());
             if (kind == WnFileKind::km_Folder)
                 RestoreFolder(inName);
+            else if (const std::string picture = PictureOf(inName); !picture.empty())
+                RestoreFile(picture);
             else if (kind != WnFileKind::km_Missing || HasBackup(inName))
                 RestoreFile(inName);
             else
@@ -42,6 +44,12 @@ public:
     }
 
 private:
+    /** The picture that a file of this name is the backup of, or nothing. */
+    static std::string PictureOf(const std::string& inName) {
+        std::string picture = inName.substr(0, inName.rfind('.'));
+        return inName == MizerBackupName(picture) && MizerIsNamedGIF(picture.c_str()) ? picture : "";
+    }
+
     static bool HasBackup(const std::string& inPath) {
         return WnGetFileKind(MizerBackupName(inPath).c_str()) != WnFileKind::km_Missing;
     }
@@ -52,8 +60,8 @@ private:
             inFolder += WnGetSeparator();
         bool hasAny = false;
         for (const std::string& name : WnListFiles(inFolder.c_str())) {
-            const std::string picture = name.substr(0, name.size() - std::min<std::size_t>(4, name.size()));
-            if (name != MizerBackupName(picture) || !MizerIsNamedGIF(picture.c_str()))
+            const std::string picture = PictureOf(name);
+            if (picture.empty())
                 continue;
             hasAny = true;
             RestoreFile(inFolder + picture);

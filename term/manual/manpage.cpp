@@ -30,7 +30,7 @@ std::string Bold(std::string_view inText) {
     return "\\fB" + Escaped(inText) + "\\fR";
 }
 
-std::string Heading(const char* inMacro, std::string inText) {
+std::string Heading(const char* inMacro, const std::string& inText) {
     return std::string(inMacro) + " \"" + inText + "\"\n";
 }
 

@@ -66,6 +66,7 @@ TEST_F(Store, RestoringPutsTheOriginalBackAndKeepsTheBackup) {
     EXPECT_EQ(all.mOut, "restored  ./ball.gif\nrestored  ./link.gif\n");
     EXPECT_EQ(all.mErr, "");
     EXPECT_EQ(Read("ball.gif"), ball);
+    EXPECT_EQ(mRunner.Run({"--restore", "ball.gif.BAK"}).mOut, "restored  ball.gif\n");
 }
 
 TEST_F(Store, WhatCannotBeRestoredStaysAsItIs) {
