@@ -32,7 +32,8 @@ function parseGif(bytes) {
         if (bytes[at] === 0x21) {
             if (bytes[at + 1] === 0xf9) {
                 const flags = bytes[at + 3];
-                control = {delay: word(at + 4), disposal: flags >> 2 & 7, transparent: flags & 1 ? bytes[at + 6] : -1};
+                const transparent = flags & 1 ? bytes[at + 6] : -1;
+                control = {delay: word(at + 4), disposal: flags >> 2 & 7, transparent};
             }
             at = skipSubBlocks(bytes, at + 2);
         } else if (bytes[at] === 0x2c) {
@@ -52,7 +53,7 @@ function parseGif(bytes) {
     return gif;
 }
 
-/** The indices of a frame in the order in which the file stores them: fewer than wanted when it ends early. */
+/** The indices of a frame as the file stores them; fewer than wanted when it ends early. */
 function decodeLzw(codeSize, data, wanted) {
     const pixels = new Uint8Array(wanted);
     const prefix = new Uint16Array(4096), length = new Uint16Array(4096);
@@ -143,13 +144,16 @@ class Player {
             this.pixels.set(this.covered);
         if (frame.disposal !== 2)
             return;
-        for (let y = frame.top; y < frame.top + frame.height; ++y)
-            this.pixels.fill(0, y * this.gif.width + frame.left, y * this.gif.width + frame.left + frame.width);
+        for (let y = frame.top; y < frame.top + frame.height; ++y) {
+            const start = y * this.gif.width + frame.left;
+            this.pixels.fill(0, start, start + frame.width);
+        }
     }
 
     draw(frame) {
         const {colours, width, height} = frame;
-        const indices = decodeLzw(this.bytes[frame.data], joinSubBlocks(this.bytes, frame.data + 1), width * height);
+        const data = joinSubBlocks(this.bytes, frame.data + 1);
+        const indices = decodeLzw(this.bytes[frame.data], data, width * height);
         const rows = frame.interlaced ? interlacedRows(height) : null;
         const opaque = new Uint32Array(256).fill(new Uint32Array(new Uint8Array([0, 0, 0, 255]).buffer)[0]);
         new Uint8Array(opaque.buffer).set(Array.from({length: colours.length / 3 * 4},
@@ -222,7 +226,8 @@ class Pair {
         this.divider = find(".divider");
         this.canvases = [find(".before"), find(".after")];
         const name = this.file.querySelector("bdi").textContent;
-        this.canvases.forEach((canvas, i) => canvas.setAttribute("aria-label", `${name}, ${i ? "after" : "before"}`));
+        for (const canvas of this.canvases)
+            canvas.setAttribute("aria-label", `${name}, ${canvas.className}`);
         for (const radio of this.root.querySelectorAll("[type=radio]")) {
             radio.name = `view-${files.indexOf(this.file)}`;
             radio.addEventListener("change", () => this.setSliding(radio.value === "slide"));

@@ -1,5 +1,5 @@
-// The page that --report writes, in a real browser: it shows what the browser's own decoder shows, frame by frame,
-// sorts, compares, runs no script but its own, and complains about nothing.
+// The page that --report writes, in a real browser: it shows what the browser's own decoder shows, frame by
+// frame, sorts, compares, runs no script but its own, and complains about nothing.
 //
 //     NODE_PATH=... node report_test.js PROGRAM SAMPLES CHROMIUM
 
@@ -35,7 +35,8 @@ async function compareFrames(file) {
     const slider = file.querySelector(".frame");
     const differences = [];
     for (const side of ["before", "after"]) {
-        const bytes = Uint8Array.from(atob(file.querySelector(`script.${side}`).textContent), c => c.charCodeAt(0));
+        const text = atob(file.querySelector(`script.${side}`).textContent);
+        const bytes = Uint8Array.from(text, character => character.charCodeAt(0));
         const decoder = new ImageDecoder({data: bytes, type: "image/gif"});
         await decoder.tracks.ready;
         await decoder.completed;
@@ -122,8 +123,8 @@ async function checkPlaying(page) {
 
 async function main() {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), "parvigif-test-"));
-    const isRoot = process.getuid() === 0;
-    const browser = await chromium.launch({executablePath, timeout: patience, args: isRoot ? ["--no-sandbox"] : []});
+    const args = process.getuid() === 0 ? ["--no-sandbox"] : []; // chromium refuses root otherwise
+    const browser = await chromium.launch({executablePath, timeout: patience, args});
     try {
         const url = makeReport(folder);
         const page = await open(browser, url);
@@ -135,7 +136,8 @@ async function main() {
         const small = await open(browser, url, phone);
         await small.locator("tbody:has-text('spinner.gif') .stage").scrollIntoViewIfNeeded();
         await small.locator("tbody:has-text('spinner.gif') .play:text('Play')").waitFor();
-        assert.equal(await small.evaluate(() => document.documentElement.scrollWidth), 360, "nothing sticks out");
+        const width = await small.evaluate(() => document.documentElement.scrollWidth);
+        assert.equal(width, 360, "nothing sticks out");
         assert.deepEqual(faults, []);
     } finally {
         await browser.close();
