@@ -92,6 +92,31 @@ TEST_F(Store, WhatCannotBeRestoredStaysAsItIs) {
     EXPECT_FALSE(fs::exists(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"));
 }
 
+TEST_F(Store, AKillOrAFullDiskWhileRestoringCostsNothing) {
+    const std::string original = Read("ball.gif");
+    mRunner.Run({"ball.gif"});
+    const std::string smaller = Read("ball.gif");
+    fs::create_symlink(FAULT_SHIM, mFolder / "faultshim.so");
+    for (const std::string fault : {"kill=", "tear=", "full="}) {
+        int hits = 0;
+        for (int at = 1; at <= 10; ++at) { // more operations than a run has
+            WriteTestFile(mFolder / "ball.gif", smaller);
+            mRunner.mBeforeStart = [&] {
+                setenv("LD_PRELOAD", "./faultshim.so", 1);
+                setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
+                return setenv("PARVIGIF_FAULT", (fault + std::to_string(at)).c_str(), 1) == 0;
+            };
+            const bool isHit = mRunner.Run({"--restore", "--no-log", "ball.gif"}).mStatus != 0;
+            const std::string picture = Read("ball.gif");
+            EXPECT_TRUE(picture == original || (isHit && picture == smaller)) << fault << at;
+            EXPECT_EQ(Read("ball.gif.BAK"), original);
+            hits += isHit;
+        }
+        EXPECT_GE(hits, fault == "tear=" ? 1 : 2) << fault;
+        EXPECT_LT(hits, 10) << fault;
+    }
+}
+
 TEST_F(Store, PreferencesTellTheirOriginAndASetOneHolds) {
     const std::string user = mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini";
     WriteTestFile(user, "BACKUP=\n\xff\xfe=\n=\nOBACK=many\nLOG=0\nMINE=7");
