@@ -181,7 +181,7 @@ std::uint8_t NvIndexedImage::GetHighestIndexBut(std::uint8_t inIndex) const {
     for (std::uint32_t y = 0; y < mHeight; ++y) {
         const std::uint8_t* const row = pixels.Row(y);
         for (std::uint32_t x = 0; x < mWidth; ++x) {
-            const std::uint8_t index = row[x] == inIndex ? std::uint8_t{0} : row[x];
+            const auto index = static_cast<std::uint8_t>(row[x] & (row[x] == inIndex ? 0 : 0xFF));
             highest = index > highest ? index : highest;
         }
     }

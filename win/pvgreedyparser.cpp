@@ -44,16 +44,19 @@ void PvGreedyParser::Clear(std::uint32_t inFirstFreeCode) {
 
 void PvGreedyParser::Add(std::uint32_t inPrefix, std::uint8_t inPixel) {
     Node& node = mNodes[inPrefix];
-    if (++node.mChildren == 1) {
-        node.mFirstChild = static_cast<std::uint16_t>(mNextCode);
-        node.mFirstPixel = inPixel;
-    }
+    if (node.mFirstChild == 0)
+        node = {static_cast<std::uint16_t>(mNextCode), inPixel, 0};
+    else
+        ++node.mOthers;
     mTable.Add(inPrefix, inPixel, mNextCode++);
 }
 
 void PvGreedyParser::RemoveLast(std::uint32_t inPrefix) {
-    --mNodes[inPrefix].mChildren;
-    --mNextCode;
+    Node& node = mNodes[inPrefix];
+    if (node.mFirstChild == --mNextCode)
+        node = Node();
+    else
+        --node.mOthers;
     mTable.RemoveLast();
 }
 
@@ -95,8 +98,8 @@ std::uint32_t PvGreedyParser::FollowOne(Strings& ioStrings, std::uint32_t& ioPla
         const Node& node = mNodes[code];
         const std::uint8_t present = mPresent[place];
         const std::uint8_t other = mOther[place];
-        if (node.mChildren < 2) {
-            if (node.mChildren == 0 || (node.mFirstPixel != present && node.mFirstPixel != other))
+        if (node.mOthers == 0) {
+            if (node.mFirstChild == 0 || (node.mFirstPixel != present && node.mFirstPixel != other))
                 break;
             code = node.mFirstChild;
             continue;
@@ -128,9 +131,9 @@ std::uint32_t PvGreedyParser::Extend(const Strings& inStrings, std::uint32_t inC
     std::uint32_t count = 0;
     for (std::uint32_t i = 0; i < inCount && count < km_StringsFollowed; ++i) {
         const Node& node = mNodes[inStrings[i]];
-        if (node.mChildren == 0)
+        if (node.mFirstChild == 0)
             continue;
-        if (node.mChildren == 1) {
+        if (node.mOthers == 0) {
             outLonger[count] = node.mFirstChild;
             count += node.mFirstPixel == present || node.mFirstPixel == other ? 1 : 0;
             continue;

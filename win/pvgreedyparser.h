@@ -38,12 +38,12 @@ private:
     };
 
     /** What goes on from a string. Nearly all strings go on in one way or in none, which is told here without
-     *  a look at the large table. The last string added is the first taken back, so the first child of a node
-     *  is the only one whenever there is one. */
+     *  a look at the large table; four bytes, so that the way from one to the next is a single load. The last
+     *  string added is the first taken back, so the first child is there whenever there is one. */
     struct Node {
-        std::uint16_t mChildren = 0;
-        std::uint16_t mFirstChild = 0; // its code
+        std::uint16_t mFirstChild = 0; // its code, 0: none
         std::uint8_t mFirstPixel = 0;
+        std::uint8_t mOthers = 0; // children besides it
     };
 
     /** Codes of the strings followed at one place; the last one extended may become two. */
