@@ -104,15 +104,22 @@ bool WnPref::AddToDWord(const char* inName, std::uint32_t inDelta) {
     NvAssert(inName);
     if (mKeepsStore)
         return true;
+    // Nobody comes between the two roots, always opened in this order.
+    WnPrefKey machine(GetKeyPath());
+    WnPrefKey user(GetKeyPath());
+    const bool hasMachine = machine.OpenKey(WnPrefKey::km_Machine, WnPrefKey::km_ReadWrite);
+    const bool hasUser = user.OpenKey(WnPrefKey::km_User, WnPrefKey::km_ReadWrite);
     // A root that has no such value yet continues what a reader saw so far, not 0: otherwise the first write
     // to the machine-wide root would hide a user's total.
     std::uint32_t seen = 0;
     ReadFromRoots(GetKeyPath(), [&](const WnPrefKey& key) { return key.ReadDWord(inName, seen); });
-    return WriteToRoots(GetKeyPath(), [&](WnPrefKey& key) {
+    const auto add = [&](WnPrefKey& key) {
         std::uint32_t value = seen;
         key.ReadDWord(inName, value);
         return key.WriteDWord(inName, value + inDelta);
-    });
+    };
+    const bool isWritten = hasMachine && add(machine);
+    return (hasUser && add(user)) || isWritten;
 }
 
 void WnPref::Override(const char* inName, std::uint32_t inValue) {

@@ -71,7 +71,8 @@ class Round:
             assert not expected or now == expected[original], f"{name}: another picture than one process makes"
         assert not expected or len(entries) == len(self.originals) == len(saved), f"{len(entries)} entries"
         totals = (self.folder / "user/Norvek/Parvigif/1.x.ini").read_text()
-        assert totals == f"BYTESSAVED={saved.total()}\nFILESPROCESSED={len(entries)}\n", totals
+        assert totals == f"BYTESSAVED={saved.total()}\nFILESPROCESSED={len(entries)}\n", (
+            totals, saved.total(), len(entries))
         left = [path for path in self.folder.glob("**/*") if path.suffix == ".tmp" or path.parent.name == "tmp"]
         assert not left, left
 
