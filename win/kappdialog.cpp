@@ -1,7 +1,28 @@
 #include "win/kappdialog.h"
 
+#include <algorithm>
+
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvwindows_win.h"
+
+namespace {
+
+/** Over the middle of the window that it belongs to, but on the screen. */
+void Centre(HWND inDialog, HWND inOwner) {
+    RECT dialog{};
+    RECT owner{};
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof(monitor);
+    GetWindowRect(inDialog, &dialog);
+    GetWindowRect(inOwner, &owner);
+    GetMonitorInfoW(MonitorFromWindow(inOwner, MONITOR_DEFAULTTONEAREST), &monitor);
+    const LONG left = (owner.left + owner.right - (dialog.right - dialog.left)) / 2;
+    const LONG top = (owner.top + owner.bottom - (dialog.bottom - dialog.top)) / 2;
+    SetWindowPos(inDialog, nullptr, std::max(left, monitor.rcWork.left), std::max(top, monitor.rcWork.top), 0,
+                 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+} // namespace
 
 KAppDialog::~KAppDialog() {
     if (mWindow)
@@ -31,6 +52,8 @@ INT_PTR CALLBACK KAppDialog::Procedure(HWND inWindow, UINT inMessage, WPARAM inW
         SetWindowLongPtrW(inWindow, DWLP_USER, inLParam);
         auto* const dialog = reinterpret_cast<KAppDialog*>(inLParam);
         dialog->mWindow = inWindow;
+        if (const HWND owner = ::GetWindow(inWindow, GW_OWNER))
+            Centre(inWindow, owner);
         dialog->OnInit();
         return TRUE;
     }

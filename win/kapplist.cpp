@@ -14,9 +14,11 @@ struct Heading {
     int mWidth; // pixels at 96 per inch
 };
 
+constexpr int kColumnCount = static_cast<int>(SessionList::km_ColumnCount);
+
 constexpr Heading kHeadings[SessionList::km_ColumnCount] = {
-    {L"Name", LVCFMT_LEFT, 150},  {L"Original", LVCFMT_RIGHT, 76}, {L"New", LVCFMT_RIGHT, 76},
-    {L"Saved", LVCFMT_RIGHT, 76}, {L"%", LVCFMT_RIGHT, 58},        {L"Outcome", LVCFMT_LEFT, 230},
+    {L"Name", LVCFMT_LEFT, 132},  {L"Original", LVCFMT_RIGHT, 68}, {L"New", LVCFMT_RIGHT, 68},
+    {L"Saved", LVCFMT_RIGHT, 68}, {L"%", LVCFMT_RIGHT, 52},        {L"Outcome", LVCFMT_LEFT, 130},
 };
 
 } // namespace
@@ -31,7 +33,7 @@ KAppList::KAppList(HWND inParent, const SessionList& inRows)
     if (!mWindow)
         ThrowRuntimeError(NvLastErrno());
     ListView_SetExtendedListViewStyle(mWindow, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP);
-    for (int i = 0; i < static_cast<int>(SessionList::km_ColumnCount); ++i) {
+    for (int i = 0; i < kColumnCount; ++i) {
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_FMT;
         column.fmt = kHeadings[i].mFormat;
@@ -41,9 +43,23 @@ KAppList::KAppList(HWND inParent, const SessionList& inRows)
 }
 
 void KAppList::SetScale(UINT inDPI, HFONT inFont) {
+    mDPI = inDPI;
     SendMessageW(mWindow, WM_SETFONT, reinterpret_cast<WPARAM>(inFont), TRUE);
-    for (int i = 0; i < static_cast<int>(SessionList::km_ColumnCount); ++i)
+    for (int i = 0; i < kColumnCount; ++i)
         ListView_SetColumnWidth(mWindow, i, MulDiv(kHeadings[i].mWidth, static_cast<int>(inDPI), 96));
+}
+
+void KAppList::SetPlace(const RECT& inRect) {
+    MoveWindow(mWindow, inRect.left, inRect.top, inRect.right - inRect.left, inRect.bottom - inRect.top,
+               TRUE);
+    RECT client{};
+    GetClientRect(mWindow, &client);
+    int rest = client.right - GetSystemMetricsForDpi(SM_CXVSCROLL, mDPI);
+    for (int i = 0; i < kColumnCount - 1; ++i)
+        rest -= ListView_GetColumnWidth(mWindow, i);
+    ListView_SetColumnWidth(
+        mWindow, kColumnCount - 1,
+        std::max(rest, MulDiv(kHeadings[kColumnCount - 1].mWidth, static_cast<int>(mDPI), 96)));
 }
 
 void KAppList::Refresh() {
@@ -63,7 +79,7 @@ void KAppList::Refresh() {
 void KAppList::Select(std::size_t inIndex) {
     const int index = static_cast<int>(inIndex);
     ListView_SetItemState(mWindow, index, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
-    ListView_EnsureVisible(mWindow, index, FALSE);
+    Reveal(inIndex);
 }
 
 std::optional<std::size_t> KAppList::GetSelected() const {
@@ -73,7 +89,7 @@ std::optional<std::size_t> KAppList::GetSelected() const {
 
 void KAppList::ShowSortArrow() {
     const HWND header = ListView_GetHeader(mWindow);
-    for (int i = 0; i < static_cast<int>(SessionList::km_ColumnCount); ++i) {
+    for (int i = 0; i < kColumnCount; ++i) {
         HDITEMW item{};
         item.mask = HDI_FORMAT;
         SendMessageW(header, HDM_GETITEMW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&item));

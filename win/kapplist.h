@@ -26,8 +26,14 @@ public:
     void Select(std::size_t inIndex);
     std::optional<std::size_t> GetSelected() const;
 
+    /** Scrolls to a row. */
+    void Reveal(std::size_t inIndex) { ListView_EnsureVisible(mWindow, static_cast<int>(inIndex), FALSE); }
+
     /** Column widths and font as the screen wants them. */
     void SetScale(UINT inDPI, HFONT inFont);
+
+    /** Moves it; the last column takes the room that the others leave. */
+    void SetPlace(const RECT& inRect);
 
     /** What the window gets from the list view. */
     LRESULT OnNotify(NMHDR* inHeader);
@@ -40,6 +46,7 @@ private:
     void FillIn(LVITEMW& outItem) const;
 
     HWND mWindow;
+    UINT mDPI = 96;
     const SessionList& mRows;
     std::string mSelectedPath; // empty: none
     bool mIsRefreshing = false;

@@ -70,9 +70,9 @@ KAppPreview::KAppPreview(HWND inParent) {
     windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)); // the arrow
     windowClass.lpszClassName = kClass;
     RegisterClassExW(&windowClass);
-    mWindow = CreateWindowExW(WS_EX_CLIENTEDGE, kClass, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0,
-                              inParent, reinterpret_cast<HMENU>(std::intptr_t{IDC_PREVIEW}),
-                              GetModuleHandleW(nullptr), this);
+    mWindow =
+        CreateWindowExW(0, kClass, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0, inParent,
+                        reinterpret_cast<HMENU>(std::intptr_t{IDC_PREVIEW}), GetModuleHandleW(nullptr), this);
     if (!mWindow)
         ThrowRuntimeError(NvLastErrno());
 }
@@ -174,6 +174,7 @@ void KAppPreview::OnPaint() {
 
 void KAppPreview::Draw(HDC inContext, const RECT& inRect) const {
     FillRect(inContext, &inRect, GetSysColorBrush(COLOR_WINDOW));
+    FrameRect(inContext, &inRect, GetSysColorBrush(COLOR_3DSHADOW));
     SelectObject(inContext, mFont ? mFont : GetStockObject(DEFAULT_GUI_FONT));
     SetBkMode(inContext, TRANSPARENT);
     SetTextColor(inContext, GetSysColor(COLOR_WINDOWTEXT));

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <new>
 
 #include <commctrl.h>
@@ -11,55 +10,26 @@
 #include "nvcode2/nvwindows_win.h"
 #include "win/errorwords.h"
 #include "win/kappopen.h"
+#include "win/kappplacement.h"
 #include "win/kapppreferences.h"
 #include "win/killer.h"
 #include "win/resource.h"
-#include "wnatom/wnprefkey.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
 
 constexpr const wchar_t* kClass = L"Parvigif";
 constexpr const char* kHint = "Drop GIF files or folders here, or choose File > Open File(s)...";
-constexpr const char* kPlacement = "WINDOW"; // "left top right bottom maximized" in the user's preferences
-constexpr ULONGLONG kPumpPause = 30;         // milliseconds between looks at the messages inside a file
-constexpr int kDesiredWidth = 980;           // pixels at 96 per inch, like all lengths here
+constexpr const char* kSelectHint = "Select a file to compare it with what it was.";
+constexpr ULONGLONG kPumpPause = 30; // milliseconds between looks at the messages inside a file
+constexpr int kDesiredWidth = 980;   // pixels at 96 per inch, like all lengths here
 constexpr int kDesiredHeight = 600;
-constexpr int kMinimumWidth = 640;
 constexpr int kMinimumHeight = 380;
 constexpr int kGap = 6;
 constexpr int kProgressWidth = 160;
 
 HINSTANCE Instance() {
     return GetModuleHandleW(nullptr);
-}
-
-void StorePlacement(HWND inWindow) {
-    WINDOWPLACEMENT placement{};
-    placement.length = sizeof(placement);
-    GetWindowPlacement(inWindow, &placement);
-    const RECT& rect = placement.rcNormalPosition;
-    std::array<char, 80> text{};
-    std::snprintf(text.data(), text.size(), "%ld %ld %ld %ld %d", rect.left, rect.top, rect.right,
-                  rect.bottom, placement.showCmd == SW_SHOWMAXIMIZED ? 1 : 0);
-    WnPrefKey key(WnPref("Parvigif", "1.x").GetKeyPath()); // of this user alone, who has this screen
-    if (key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_ReadWrite))
-        key.WriteString(kPlacement, text.data());
-}
-
-/** @return false when nothing sensible is stored, or it would lie where there is no screen now */
-bool LoadPlacement(WINDOWPLACEMENT& outPlacement) {
-    WnPrefKey key(WnPref("Parvigif", "1.x").GetKeyPath());
-    std::string text;
-    RECT& rect = outPlacement.rcNormalPosition;
-    int isMaximized = 0;
-    if (!key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_Read) || !key.ReadString(kPlacement, text) ||
-        std::sscanf(text.c_str(), "%ld %ld %ld %ld %d", &rect.left, &rect.top, &rect.right, &rect.bottom,
-                    &isMaximized) != 5)
-        return false;
-    outPlacement.length = sizeof(outPlacement);
-    outPlacement.showCmd = isMaximized != 0 ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL;
-    return rect.left < rect.right && rect.top < rect.bottom && MonitorFromRect(&rect, MONITOR_DEFAULTTONULL);
 }
 
 } // namespace
@@ -144,7 +114,7 @@ void KAppWindow::LayOut() {
     const int height = std::max(0L, client.bottom - (status.bottom - status.top) - gap - top);
     const int listWidth = std::max(0L, (client.right - 3 * gap) * 3 / 5);
     MoveWindow(mPanel.GetWindow(), 0, 0, panel.cx, panel.cy, TRUE);
-    MoveWindow(mList->GetWindow(), gap, top, listWidth, height, TRUE);
+    mList->SetPlace({gap, top, gap + listWidth, top + height});
     const int left = 2 * gap + listWidth;
     MoveWindow(mPreview->GetWindow(), left, top, std::max(0L, client.right - gap - left), height, TRUE);
 
@@ -157,11 +127,15 @@ void KAppWindow::LayOut() {
                place.bottom - place.top - scaled(6), TRUE);
 }
 
+/** Room for the whole panel, and some of the list below it. */
+POINT KAppWindow::GetLeastSize() const {
+    RECT rect{0, 0, mPanel.GetWindow() ? mPanel.GetSize().cx : 0, 0};
+    AdjustWindowRectExForDpi(&rect, WS_OVERLAPPEDWINDOW, TRUE, 0, mDPI);
+    return {rect.right - rect.left, MulDiv(kMinimumHeight, static_cast<int>(mDPI), 96)};
+}
+
 void KAppWindow::Show(int inShowCommand) {
-    WINDOWPLACEMENT placement{};
-    if (LoadPlacement(placement)) {
-        SetWindowPlacement(mWindow, &placement);
-    } else {
+    if (!KAppRestorePlacement(mWindow)) {
         SetWindowPos(mWindow, nullptr, 0, 0, MulDiv(kDesiredWidth, static_cast<int>(mDPI), 96),
                      MulDiv(kDesiredHeight, static_cast<int>(mDPI), 96), SWP_NOMOVE | SWP_NOZORDER);
         ShowWindow(mWindow, inShowCommand);
@@ -255,11 +229,14 @@ void KAppWindow::FileDone(const MizerFileResult& inResult) {
     const bool isWorthARow = inResult.mStatus != MizerStatus::km_Skipped || mNamed.contains(inResult.mPath);
     if (!isWorthARow)
         return;
-    mRows.Add(inResult, mOriginals.Find(inResult.mPath));
+    const std::size_t row = mRows.Add(inResult, mOriginals.Find(inResult.mPath));
     mList->Refresh();
     const auto selected = mList->GetSelected();
-    if (selected && mRows.GetRow(*selected).mPath == inResult.mPath)
+    if (!selected)
+        mList->Reveal(row);
+    if (!selected || mRows.GetRow(*selected).mPath == inResult.mPath)
         ShowSelected();
+    SetStatus("Optimizing... " + mRows.GetSummary());
 }
 
 void KAppWindow::BeforeReplace(const char* inPath) {
@@ -271,7 +248,7 @@ void KAppWindow::BeforeReplace(const char* inPath) {
 void KAppWindow::ShowSelected() {
     const auto selected = mList->GetSelected();
     if (!selected)
-        mPreview->ShowText(mRows.GetCount() == 0 ? kHint : "");
+        mPreview->ShowText(mRows.GetCount() == 0 ? kHint : kSelectHint);
     else if (mRows.GetRow(*selected).mPath == mReplaced)
         mPreview->ShowText("");
     else
@@ -420,15 +397,13 @@ LRESULT KAppWindow::OnMessage(UINT inMessage, WPARAM inWParam, LPARAM inLParam) 
         return 0;
     }
     case WM_GETMINMAXINFO:
-        reinterpret_cast<MINMAXINFO*>(inLParam)->ptMinTrackSize = {
-            MulDiv(kMinimumWidth, static_cast<int>(mDPI), 96),
-            MulDiv(kMinimumHeight, static_cast<int>(mDPI), 96)};
+        reinterpret_cast<MINMAXINFO*>(inLParam)->ptMinTrackSize = GetLeastSize();
         return 0;
     case WM_CLOSE:
         OnClose();
         return 0;
     case WM_DESTROY:
-        StorePlacement(mWindow);
+        KAppStorePlacement(mWindow);
         mWindow = nullptr;
         PostQuitMessage(0);
         return 0;

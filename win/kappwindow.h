@@ -49,6 +49,7 @@ private:
     void MakeChildren();
     void SetScale(UINT inDPI);
     void LayOut();
+    POINT GetLeastSize() const;
     void Dispatch(MSG& ioMessage);
     bool PumpAll();
 

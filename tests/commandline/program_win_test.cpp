@@ -7,6 +7,7 @@
 
 #include "nvcode2/nvwindows_win.h"
 #include "samples/samplepictures.h"
+#include "tests/support/ownregistry_win.h"
 #include "tests/support/programrun.h"
 
 namespace {
@@ -18,13 +19,6 @@ protected:
     void SetUp() override {
         for (const SamplePicture& picture : GetSamplePictures())
             picture.mDraw(mFolder / picture.mFileName);
-    }
-    static std::uint32_t GetPreference(const char* inName) {
-        DWORD value = 0;
-        DWORD size = sizeof(value);
-        RegGetValueA(HKEY_CURRENT_USER, "Software\\Norvek\\Parvigif\\1.x", inName, RRF_RT_REG_DWORD, nullptr,
-                     &value, &size);
-        return value;
     }
     std::size_t SizeOf(const std::string& inName) const { return ReadTestFile(mFolder / inName).size(); }
     bool Has(const std::string& inName) const {
@@ -48,14 +42,12 @@ TEST_F(WindowsProgram, AFolderIsMadeSmallerWithBackupsLogAndTotals) {
     EXPECT_EQ(SizeOf("icon.gif.BAK"), before);
     EXPECT_THAT(ReadTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"),
                 HasSubstr(" File: \".\\icon.gif\" \r\n     "));
-    EXPECT_EQ(GetPreference("FILESPROCESSED"), 6u);
-    EXPECT_GT(GetPreference("BYTESSAVED"), 10000u);
+    EXPECT_EQ(OwnRegistry::GetPreference("FILESPROCESSED"), 6u);
+    EXPECT_GT(OwnRegistry::GetPreference("BYTESSAVED"), 10000u);
 }
 
 TEST_F(WindowsProgram, AStoredPreferenceHolds) {
-    const DWORD off = 0;
-    RegSetKeyValueA(HKEY_CURRENT_USER, "Software\\Norvek\\Parvigif\\1.x", "BACKUP", REG_DWORD, &off,
-                    sizeof(off));
+    OwnRegistry::SetPreference("BACKUP", 0);
     EXPECT_EQ(mRunner.Run({"icon.gif"}).mStatus, 0);
     EXPECT_FALSE(Has("icon.gif.BAK"));
 }

@@ -5,12 +5,9 @@
 #include <windows.h>
 
 #include "nvcode2/nvwindows_win.h"
+#include "tests/support/ownregistry_win.h"
 
 namespace {
-
-constexpr const wchar_t* kProductKey = L"Software\\Norvek";
-constexpr const wchar_t* kShellFolders =
-    L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
 
 /** The command line that the other side takes apart into these arguments: one quoted, with every quote and
  * the backslashes before it or the end doubled by backslashes. */
@@ -37,33 +34,10 @@ HANDLE CreateForChild(const std::string& inPath) {
                        CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-/** The program's data folder for as long as it runs; preferences of an earlier run are gone. */
-class OwnRegistry {
-public:
-    explicit OwnRegistry(const std::string& inState) {
-        DWORD size = sizeof(mBefore);
-        RegGetValueW(HKEY_CURRENT_USER, kShellFolders, L"AppData",
-                     RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND, nullptr, mBefore, &size);
-        SetAppData(NvWiden(inState).c_str());
-    }
-    ~OwnRegistry() { SetAppData(mBefore); }
-    OwnRegistry(const OwnRegistry&) = delete;
-    OwnRegistry& operator=(const OwnRegistry&) = delete;
-
-private:
-    static void SetAppData(const wchar_t* inPath) {
-        RegSetKeyValueW(HKEY_CURRENT_USER, kShellFolders, L"AppData", REG_EXPAND_SZ, inPath,
-                        static_cast<DWORD>((wcslen(inPath) + 1) * sizeof(wchar_t)));
-    }
-
-    wchar_t mBefore[MAX_PATH] = L"";
-};
-
 } // namespace
 
 ProgramRunner::ProgramRunner(std::string inFolder) : mFolder(std::move(inFolder)) {
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kProductKey);
-    RegDeleteTreeW(HKEY_CURRENT_USER, kProductKey);
+    OwnRegistry::ForgetPreferences();
 }
 
 ProgramResult ProgramRunner::Run(const std::vector<std::string>& inArguments) {
