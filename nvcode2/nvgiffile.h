@@ -32,6 +32,13 @@ public:
 
     // ---- reading
 
+    /** How many bytes the comments of a file opened from now on may take in memory, which can be many times
+     * what they take in the file; beyond them Open raises 2. Without a call there is no limit. */
+    void SetCommentLimit(std::uint64_t inBytes) { mCommentLimit = inBytes; }
+
+    /** What they take, about. */
+    std::uint64_t GetCommentMemory() const { return mCommentMemory; }
+
     /** Reads signature and version, whatever follows them. The file must be open for reading.
      *  @return             whether the version is "89a"
      *  @throws NvErrorCode 32 when the signature is not "GIF", 33 for a version other than "87a" and "89a",
@@ -108,6 +115,7 @@ private:
     void ScanExtension();
     void ScanGraphicControl();
     void ScanComment();
+    void CountCommentMemory(std::uint64_t inBytes);
     void ScanApplication();
     void ScanImage();
     void ReadColorTable(NvColorTable& outTable, std::uint32_t inSize);
@@ -131,6 +139,8 @@ private:
     bool mPendingGraphicControl = false;           // while scanning: one waits for its image
     std::uint32_t mPendingPosition = 0;
     std::uint64_t mDeliveredPixels = 0;
+    std::uint64_t mCommentLimit = UINT64_MAX;
+    std::uint64_t mCommentMemory = 0;
 };
 
 /** The minimum code size for a number of colours: the bits that hold the highest index, 1 to 8.

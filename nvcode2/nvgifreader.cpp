@@ -14,6 +14,9 @@
 
 namespace {
 
+// Record, list node and what the allocator adds to both: up to thirty times the three bytes in the file.
+constexpr std::uint64_t km_MemoryPerComment = 96;
+
 std::uint32_t TableSizeOf(std::uint32_t inPackedByte) {
     return 2U << (inPackedByte & 7U);
 }
@@ -59,6 +62,7 @@ void NvGIFFile::ReadGlobalInfo() {
 std::uint32_t NvGIFFile::FindFrames() {
     mFrameLocations.clear();
     mPendingGraphicControl = false;
+    mCommentMemory = 0;
     for (;;) {
         if (mReader.IsAtEnd() && !mFrameLocations.empty())
             break;
@@ -101,12 +105,20 @@ void NvGIFFile::ScanGraphicControl() {
 
 void NvGIFFile::ScanComment() {
     std::string text;
+    CountCommentMemory(km_MemoryPerComment);
     while (const std::uint8_t length = mReader.ReadByte()) {
+        CountCommentMemory(length);
         const std::size_t end = text.size();
         text.resize(end + length);
         mReader.Read(text.data() + end, length);
     }
     mGlobalInfo->AppendComment(std::move(text));
+}
+
+void NvGIFFile::CountCommentMemory(std::uint64_t inBytes) {
+    mCommentMemory += inBytes;
+    if (mCommentMemory > mCommentLimit)
+        NvThrow(NvErrorCode::km_OutOfMemory);
 }
 
 void NvGIFFile::ScanApplication() {

@@ -90,7 +90,8 @@ std::uint64_t PvUsualMemoryLimit() {
     return std::max(WnGetPhysicalMemory() / 2, km_AtLeast);
 }
 
-PvFrameReader::PvFrameReader(const char* inPath) {
+PvFrameReader::PvFrameReader(const char* inPath, std::uint64_t inMemoryLimit) {
+    mFile.SetCommentLimit(inMemoryLimit);
     Open(inPath);
     CheckFrames();
 }
@@ -103,7 +104,8 @@ void PvFrameReader::Open(const char* inPath) {
     } catch (const NvErrorCode& error) {
         const std::uint32_t code = error.GetCode();
         if (code == NvErrorCode::km_UnknownGIFVersion || code == NvErrorCode::km_MalformedGIF ||
-            code == NvErrorCode::km_EndOfFile || code == NvErrorCode::km_OutOfMemory)
+            code == NvErrorCode::km_EndOfFile || code == NvErrorCode::km_OutOfMemory ||
+            code == NvErrorCode::km_OutOfRange)
             throw;
         NvThrowWithSystemError(NvErrorCode::km_NotGIF, error.GetSystemError());
     }
@@ -129,6 +131,8 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
     constexpr std::uint64_t km_PerScreenPixel =
         20; // two canvases with what they restore, differencing, coverage
     constexpr std::uint64_t km_PerCanvasColor = 128; // counting and looking up what a restored canvas shows
+    constexpr std::uint64_t km_CommentCopies =
+        5; // loaded, and twice each in the two files that the gate plays
     const std::uint64_t screen = std::uint64_t{GetScreenWidth()} * GetScreenHeight();
     const std::uint64_t frames = mRestoresPrevious ? screen * GetFrameCount() : mPixelsOfAllFrames;
     const std::uint64_t largest = mRestoresPrevious ? screen : mPixelsOfLargestFrame;
@@ -136,7 +140,8 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
     const std::uint64_t colors =
         mRestoresPrevious ? 256 * std::uint64_t{GetFrameCount()} : mColorsOfAllFrames;
     return frames + frames / 8 + GetFrameCount() * km_PerFrame + 4 * largest + screen * km_PerScreenPixel +
-           canvasColors * km_PerCanvasColor + NvQuantOctree::EstimateMemory(colors);
+           km_CommentCopies * mFile.GetCommentMemory() + canvasColors * km_PerCanvasColor +
+           NvQuantOctree::EstimateMemory(colors);
 }
 
 std::uint64_t PvFrameReader::EstimatePlayMemory() const {
@@ -179,7 +184,7 @@ std::unique_ptr<NvGIFFrame> PvFrameReader::MakeFrame(NvIndexedImage&& inImage,
 
 std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
                                            PvProgress& ioProgress) {
-    PvFrameReader reader(inPath);
+    PvFrameReader reader(inPath, inMemoryLimit);
     if (reader.EstimateMemory() > inMemoryLimit)
         NvThrow(NvErrorCode::km_OutOfMemory);
     const std::shared_ptr<NvGIFGlobalInfo> info = reader.ShareGlobalInfo();

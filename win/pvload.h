@@ -19,9 +19,12 @@ class PvFrameReader {
 public:
     /** Opens the file and checks every frame's record.
      *
+     *  @param inMemoryLimit bytes that the file's comments may take; 2 is raised beyond, since they are kept
+     *                       from the moment the file is opened
      *  @throws NvErrorCode  32 when the file cannot be opened (the system's error number is kept) or is no
-     * GIF; 33, 28 and 18 for other files that are not well-formed GIFs, 28 also for one without frames */
-    explicit PvFrameReader(const char* inPath);
+     * GIF; 29 when it is too large, 33, 28 and 18 for other files that are not well-formed GIFs, 28 also for
+     * one without frames */
+    explicit PvFrameReader(const char* inPath, std::uint64_t inMemoryLimit = PvUsualMemoryLimit());
 
     std::uint32_t GetFrameCount() const { return mFile.GetNumberOfFrames(); }
     std::uint32_t GetScreenWidth() const { return mFile.GetScreenWidth(); }

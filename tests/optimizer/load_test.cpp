@@ -167,6 +167,21 @@ TEST_F(LoadTest, AFileThatNeedsTooMuchMemoryIsRefusedBeforeItsPixelsAreRead) {
     }
 }
 
+TEST_F(LoadTest, CommentsCountAgainstTheMemoryLimitWhileTheyAreFound) {
+    const auto commented = [](std::uint32_t inComments) {
+        std::string bytes = GIFHeader(1, 1, 0x80) + GIFTable(2);
+        for (std::uint32_t i = 0; i < inComments; ++i)
+            bytes += "\x21\xFE\x00"s;
+        return bytes + km_OnePixelFrame + ";";
+    };
+    constexpr std::uint64_t limit = 4 << 20;
+    for (const std::uint32_t comments : {100u, 20'000u, 100'000u}) {
+        const std::string path = WriteTestFile(mFolder / "pictures/talkative.gif", commented(comments));
+        EXPECT_EQ(CodeOf([&] { Load(path, limit); }), comments == 100 ? 0u : 2u) << comments;
+        EXPECT_EQ(CodeOf([&] { PvFrameReader(path.c_str(), limit); }), comments == 100'000 ? 2u : 0u);
+    }
+}
+
 TEST_F(LoadTest, ABadFileIsLeftAloneAndTheReasonKept) {
     const std::string good = EncodeGIF(Movie({Picture("0123"), Picture("3210")}));
     TestGIF outside = Movie({Picture("0123")});
