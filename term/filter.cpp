@@ -63,6 +63,9 @@ void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages) {
     if (TermIsTerminal(stdout) && !inSettings.mIsDryRun)
         return ioMessages.Error("'-' writes a picture to standard output: send it to a file or a program",
                                 TermExit::km_Usage);
+    if (TermIsTerminal(stdin))
+        return ioMessages.Error("'-' reads a picture from standard input: give it a file or a program",
+                                TermExit::km_Usage);
     TermCarryBytes();
     std::ungetc(std::getc(stdin), stdin); // nothing is begun before the first byte, so Ctrl-C just ends
     TermCatchInterrupts();

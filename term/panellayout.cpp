@@ -34,7 +34,7 @@ public:
             FileLine(mTexts.mFileSize + Gap(mTexts.mPosition) + mTexts.mPosition),
             BarLine("This file", mTexts.mFileFraction, mTexts.mThisFile, mTexts.mThisFilePercent),
             BarLine("This batch", mTexts.mBatchFraction, mTexts.mThisBatch, mTexts.mThisBatchPercent),
-            Labelled("To date") + Cut(mTexts.mToDate + ", " + mTexts.mFilesToDate, mColumns - kLabelColumns),
+            Labelled("To date") + ToDate(mColumns - kLabelColumns),
             Apart(mTexts.mNotice, mTexts.mKeys),
         };
     }
@@ -65,11 +65,18 @@ private:
         return Coloured(kDim, Cut(inLabel + Blanks(kLabelColumns - inLabel.size()), mColumns));
     }
 
+    std::string ToDate(std::size_t inColumns) const {
+        const std::string both = mTexts.mToDate + ", " + mTexts.mFilesToDate;
+        return Cut(TermTextWidth(both) <= inColumns ? both : mTexts.mToDate, inColumns);
+    }
+
     static std::string Gap(const std::string& inText) { return inText.empty() ? "" : Blanks(4); }
 
     /** One text at the left end, the other, which stays whole, at the right. */
     std::string Apart(const std::string& inLeft, const std::string& inRight) const {
-        const std::size_t room = mColumns - std::min(mColumns, TermTextWidth(inRight) + 2);
+        if (TermTextWidth(inRight) + 2 > mColumns)
+            return Cut(inLeft, mColumns);
+        const std::size_t room = mColumns - TermTextWidth(inRight) - 2;
         const std::string left = Cut(inLeft, room);
         return left + Blanks(room + 2 - TermTextWidth(left)) + Coloured(kDim, inRight);
     }

@@ -57,7 +57,7 @@ protected:
                 setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
                 return setenv("PARVIGIF_FAULT", (inFault + "=" + std::to_string(at)).c_str(), 1) == 0;
             };
-            const bool wasHit = inCheck(mRunner.Run({kName}));
+            const bool wasHit = inCheck(mRunner.Run(mArguments));
             CheckFiles(at);
             if (!wasHit || HasFailure())
                 return at - 1;
@@ -79,22 +79,43 @@ protected:
     }
 
     static constexpr const char* kName = "ball.gif";
-    static constexpr int kOperations = 60; // more than a run over it has
+    static constexpr int kOperations = 80; // more than a run over it has
+    std::vector<std::string> mArguments = {kName};
     std::string mOriginal;
     std::string mFinal;
     std::set<std::string> mSeen;
 };
 
 TEST_F(FaultEverywhere, Killed) {
-    const int kills =
-        Repeat("kill", [](const ProgramResult& inResult) { return inResult.mStatus == -SIGKILL; });
-    EXPECT_GT(kills, 15) << "the faults did not reach the program";
-    EXPECT_LT(kills, kOperations);
-    EXPECT_EQ(Read(kName), mFinal) << "the last run was not hit";
-    EXPECT_TRUE(mSeen.contains(mOriginal));
-
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{kName}, {"--min-saving=1", kName}}) {
+        mArguments = arguments;
+        const int kills =
+            Repeat("kill", [](const ProgramResult& inResult) { return inResult.mStatus == -SIGKILL; });
+        EXPECT_GT(kills, 15) << "the faults did not reach the program";
+        EXPECT_LT(kills, kOperations);
+        EXPECT_EQ(Read(kName), mFinal) << "the last run was not hit";
+        EXPECT_TRUE(mSeen.contains(mOriginal));
+    }
     for (const auto& entry : fs::directory_iterator(mFolder.GetPath()))
         EXPECT_FALSE(entry.path().extension() == ".tmp") << "left over: " << entry.path();
+}
+
+TEST_F(FaultEverywhere, KilledOnTheWayToAnotherFolder) {
+    mArguments = {"-o", "out", kName};
+    int delivered = 0;
+    Repeat("kill", [&](const ProgramResult& inResult) {
+        EXPECT_EQ(Read(kName), mOriginal);
+        if (Has("out/ball.gif")) {
+            EXPECT_EQ(Read("out/ball.gif"), mFinal) << "whole or absent";
+            ++delivered;
+            fs::remove(mFolder / "out/ball.gif");
+        }
+        return inResult.mStatus == -SIGKILL;
+    });
+    EXPECT_GE(delivered, 1);
+    for (const auto& entry : fs::directory_iterator(mFolder / "out"))
+        ADD_FAILURE() << "left over: " << entry.path();
 }
 
 TEST_F(FaultEverywhere, KilledInTheMiddleOfAWrite) {
