@@ -302,7 +302,6 @@ std::string CheckModes(const Settings& inSettings) {
     const bool isBatch = !restores && inSettings.mContactSheet.empty();
     add(!isBatch && !inSettings.mReport.empty(), "--report");
     add(!isBatch && inSettings.mIsJson, "--json");
-    add(restores && inSettings.mIsRecursive, "--recursive");
     add(restores && !inSettings.mNamesFile.empty(), "--files-from");
     return modes.size() < 2 ? "" : "'" + modes[0] + "' does not go with '" + modes[1] + "'";
 }

@@ -54,10 +54,15 @@ private:
         return WnGetFileKind(MizerBackupName(inPath).c_str()) != WnFileKind::km_Missing;
     }
 
-    /** Also pictures that are missing, of which the backup is all that is left. */
-    void RestoreFolder(std::string inFolder) {
-        if (!WnIsSeparator(inFolder.back()))
-            inFolder += WnGetSeparator();
+    void RestoreFolder(const std::string& inFolder) {
+        const std::string folder = WnIsSeparator(inFolder.back()) ? inFolder : inFolder + WnGetSeparator();
+        if (!RestoreTree(folder))
+            mMessages.FileError(folder, "no backup there (code 10)");
+    }
+
+    /** Also pictures that are missing, of which the backup is all that is left. @return whether there were
+     * any */
+    bool RestoreTree(const std::string& inFolder) {
         bool hasAny = false;
         for (const std::string& name : WnListFiles(inFolder.c_str())) {
             const std::string picture = PictureOf(name);
@@ -66,8 +71,17 @@ private:
             hasAny = true;
             RestoreFile(inFolder + picture);
         }
-        if (!hasAny)
-            mMessages.FileError(inFolder, "no backup there (code 10)");
+        if (!mSettings.mIsRecursive)
+            return hasAny;
+        for (const std::string& name : WnListFolders(inFolder.c_str())) {
+            const std::string folder = inFolder + name + WnGetSeparator();
+            try {
+                hasAny = RestoreTree(folder) || hasAny;
+            } catch (const NvErrorCode& error) {
+                mMessages.FileError(folder, MizerErrorWords(error));
+            }
+        }
+        return hasAny;
     }
 
     void RestorePattern(const std::string& inPattern) {

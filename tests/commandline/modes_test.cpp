@@ -73,6 +73,16 @@ TEST_F(Modes, ADryRunTellsWhatARunSavesAndLeavesNoTrace) {
     EXPECT_EQ(dry.mOut.substr(0, dry.mOut.find("2 files")), real.mOut.substr(0, real.mOut.find("2 files")));
 }
 
+TEST_F(Modes, AWholeTreeCanBeRestored) {
+    mRunner.Run({"-r", "in"});
+    EXPECT_NE(ReadTestFile(mFolder / "in/sub/icon.gif"), mBefore["sub/icon.gif"]);
+    const ProgramResult result = mRunner.Run({"--restore", "-r", "in"});
+    EXPECT_EQ(result.mErr, "");
+    EXPECT_EQ(result.mOut, "restored  in/ball.gif\nrestored  in/sub/icon.gif\n");
+    for (const auto& [name, bytes] : mBefore)
+        EXPECT_EQ(ReadTestFile(mFolder / ("in/" + name)), bytes) << name;
+}
+
 TEST_F(Modes, ADryRunTellsOfAFileThatCannotBeReplaced) {
     fs::permissions(mFolder / "in/ball.gif", fs::perms::owner_read);
     EXPECT_THAT(mRunner.Run({"-n", "in/ball.gif"}).mErr, HasSubstr("read-only (code 5)"));
