@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Draws the program's icon: a small picture that two arrows press together.
 
-drawicon.py            writes parvigif.ico beside this file
-drawicon.py --check    fails unless that file is what would be written
+drawicon.py                    writes parvigif.ico beside this file
+drawicon.py --check            fails unless that file is what would be written
+drawicon.py --png SIZE FILE    writes it as a PNG file
 """
 import os
 import struct
 import sys
+import zlib
 
 SIZES = (16, 20, 24, 32, 48, 64)
 SAMPLES = 6  # per pixel and direction
@@ -82,7 +84,21 @@ def make_icon():
     return struct.pack('<HHH', 0, 1, len(images)) + entries + b''.join(images)
 
 
+def make_png(size):
+    def chunk(kind, data):
+        return struct.pack('>I', len(data)) + kind + data + struct.pack('>I', zlib.crc32(kind + data))
+
+    rows = b''.join(b'\0' + bytes(byte for blue, green, red, alpha in row for byte in (red, green, blue, alpha))
+                    for row in draw(size))
+    return (b'\x89PNG\r\n\x1a\n' + chunk(b'IHDR', struct.pack('>IIBBBBB', size, size, 8, 6, 0, 0, 0)) +
+            chunk(b'IDAT', zlib.compress(rows, 9)) + chunk(b'IEND', b''))
+
+
 def main():
+    if sys.argv[1:2] == ['--png']:
+        with open(sys.argv[3], 'wb') as file:
+            file.write(make_png(int(sys.argv[2])))
+        return 0
     path = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'parvigif.ico')
     icon = make_icon()
     if sys.argv[1:] == ['--check']:
