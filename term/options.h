@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "win/mizerbrain.h"
+#include "win/mizeroptions.h"
 #include "win/pvopt.h"
 
 enum class TermTask {

@@ -8,33 +8,12 @@
 #include "win/filequeue.h"
 #include "win/mizerledger.h"
 #include "win/mizerlog.h"
+#include "win/mizeroptions.h"
 #include "win/mizershell.h"
 #include "win/mizertotals.h"
 #include "win/pvopt.h"
 
-class MizerDelivery;
 class WnPref;
-
-/** What a file must gain at least to be worth replacing. */
-struct MizerLeastSaving {
-    std::uint32_t mBytes = 0;
-    double mPercentage = 0; ///< of the original size
-
-    bool IsSet() const { return mBytes != 0 || mPercentage > 0; }
-    bool IsReached(std::uint32_t inOriginalSize, std::uint32_t inNewSize) const {
-        const std::uint32_t saved = inOriginalSize - inNewSize;
-        return saved >= mBytes && saved >= mPercentage / 100.0 * inOriginalSize;
-    }
-};
-
-/** How a batch treats the files it makes smaller. */
-struct MizerOptions {
-    MizerDelivery* mDelivery = nullptr; ///< borrowed; null: results take the places of their originals
-    MizerLeastSaving mLeastSaving;      ///< files that gain less stay as they are
-    bool mKeepsTimes = false;           ///< new files have the modification times of their originals
-    bool mSkipsDone = false;            ///< files that an earlier run was through with are passed over
-    bool mSharesFiles = true;           ///< other runs may know of the files, so each is claimed first
-};
 
 /** The batch driver: a queue of files, made smaller one at a time, with log, totals and panel.
  *
