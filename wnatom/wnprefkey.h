@@ -20,7 +20,8 @@ public:
     WnPrefKey& operator=(const WnPrefKey&) = delete;
 
     /** km_ReadWrite makes a missing key and waits, some seconds at most, for a process that is writing it.
-     *  @return false when this object is open already or the key cannot be opened that way */
+     *  @return false when this object is open already, the key cannot be opened that way, or both roots are
+     *          one place and the user's is asked for */
     bool OpenKey(Root inRoot, Access inAccess);
     void CloseKey();
 

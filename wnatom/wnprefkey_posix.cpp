@@ -5,6 +5,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string_view>
 #include <thread>
@@ -70,6 +71,14 @@ std::string GetFilePath(WnPrefKey::Root inRoot, std::string inKeyPath) {
     std::replace(inKeyPath.begin(), inKeyPath.end(), '\\', '/');
     return (inRoot == WnPrefKey::km_Machine ? GetMachineFolder() : GetUserFolder()) + "/" + inKeyPath +
            ".ini";
+}
+
+/** Whether both roots' environment variables lead to one folder, as where somebody tries things out. */
+bool AreOneRoot() {
+    const std::string machine = GetMachineFolder();
+    const std::string user = GetUserFolder();
+    std::error_code ignored;
+    return machine == user || std::filesystem::equivalent(machine, user, ignored);
 }
 
 bool ReadLines(const std::string& inPath, std::vector<std::string>& outLines) {
@@ -150,6 +159,8 @@ WnPrefKey::~WnPrefKey() {
 bool WnPrefKey::OpenKey(Root inRoot, Access inAccess) {
     if (mHandle)
         return false;
+    if (inRoot == km_User && AreOneRoot())
+        return false; // it counts once, as the machine's
     auto handle = std::make_unique<Handle>();
     handle->mPath = GetFilePath(inRoot, mKeyPath);
     if (inAccess == km_ReadWrite) {

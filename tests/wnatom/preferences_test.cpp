@@ -120,6 +120,14 @@ TEST_F(Preferences, AdditionsOfManyProcessesAllCount) {
     while (wait(nullptr) > 0) {
     }
     EXPECT_EQ(Read("BYTESSAVED", 0), 3u * processes * additions);
+    EXPECT_EQ(ReadTestFile(GetUserFile()), ReadTestFile(GetMachineFile()));
+}
+
+TEST_F(Preferences, RootsInOneFolderCountOnce) {
+    const TestVariable user("XDG_CONFIG_HOME", mFolder / "machine/./");
+    for (int i = 0; i < 2; ++i)
+        EXPECT_TRUE(mPrefs.AddToDWord("BYTESSAVED", 5));
+    EXPECT_EQ(Read("BYTESSAVED", 0), 10u);
 }
 
 TEST_F(Preferences, AdditionsWrapAndContinueAUsersTotalInTheMachineWideRoot) {
