@@ -4,8 +4,8 @@
     bench/againstgifsicle.py PARVIGIF FOLDER [ROUNDS]
 
 Every file is done by the one, then at once by the other, so that a change of the machine's speed hits both;
-of ROUNDS (3) such pairs the least time of each counts. Times are wall and processor seconds of the whole
-process, memory its peak; both work on copies on a RAM disk where there is one, backups and log on.
+of ROUNDS (3) such pairs the least time of each counts. A line tells a file's processor seconds and peak memory,
+the totals wall seconds too, then which files are furthest off. Figures are those of the whole process; both work on copies on a RAM disk where there is one, backups and log on.
 """
 
 import os
@@ -58,6 +58,14 @@ def main():
             copy = Path(work) / "original.gif"
             shutil.copyfile(path, copy)
             rows.append((path.name, path.stat().st_size, *compare(program, copy, work, rounds)))
+
+    print(f"{'file':40} {'seconds':>8} {'gifsicle':>8} {'ratio':>6} {'MiB':>7} {'gifsicle':>8} {'ratio':>6}")
+    for name, _, ours, theirs, _ in rows:
+        print(
+            f"{name[:40]:40} {ours[1]:8.3f} {theirs[1]:8.3f} {ours[1] / max(theirs[1], 1e-3):6.2f} "
+            f"{ours[2] / 1024:7.1f} {theirs[2] / 1024:8.1f} {ours[2] / theirs[2]:6.2f}"
+        )
+    print()
 
     def total(side, field):
         return sum(row[side][field] for row in rows)

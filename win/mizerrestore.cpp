@@ -67,7 +67,7 @@ MizerRestored MizerRestore(const std::string& inPath, std::uint64_t inMemoryLimi
         WnCheckReplaceable(inPath.c_str());
 
     WnSafeFile file(inPath.c_str(), isThere ? nullptr : backup.c_str());
-    MizerWriteWholeFile(file.GetTemporaryPath(), MizerReadWholeFile(backup.c_str()));
+    MizerCopyFile(backup.c_str(), file.GetTemporaryPath());
     const Shape shape = ReadEveryFrame(file.GetTemporaryPath(), inMemoryLimit);
     if (isThere && IsOtherImage(inPath.c_str(), shape))
         return MizerRestored::km_OtherImage;

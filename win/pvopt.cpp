@@ -1,16 +1,15 @@
 #include "win/pvopt.h"
 
 #include <algorithm>
-#include <array>
 #include <new>
 #include <utility>
 
 #include "nvcode2/nvanimation.h"
-#include "nvcode2/nvfile.h"
 #include "win/pvload.h"
 #include "win/pvlookcost.h"
 #include "win/pvprogress.h"
 #include "win/pvwrite.h"
+#include "win/wholefile.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
@@ -22,21 +21,6 @@ std::uint32_t NextTolerance(std::uint32_t inTolerance) {
     if (inTolerance > 16)
         return 16;
     return inTolerance > 8 ? 8 : 0;
-}
-
-/** @throws NvErrorCode  those of NvFile */
-void CopyWholeFile(const char* inFrom, const char* inTo) {
-    NvFile source(inFrom);
-    NvFile target(inTo);
-    source.Open(NvFile::km_ReadPerm);
-    target.Open(NvFile::km_WritePerm);
-    std::array<std::uint8_t, 65536> buffer;
-    for (std::uint32_t left = source.GetLength(); left > 0;) {
-        const std::uint32_t count = source.Read(buffer.data(), buffer.size());
-        target.Write(buffer.data(), count);
-        left -= std::min(left, count);
-    }
-    target.Close();
 }
 
 } // namespace
@@ -193,7 +177,7 @@ std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inP
         return std::nullopt;
     WnCheckReplaceable(inPath);
     candidate.mFile = std::make_unique<WnSafeFile>(inPath);
-    CopyWholeFile(mScratch->GetPath(), candidate.mFile->GetTemporaryPath());
+    MizerCopyFile(mScratch->GetPath(), candidate.mFile->GetTemporaryPath());
     candidate.mMovedPixels = inAllowance.mMovedPixels;
     candidate.mComparison = PvCompareGIFs(inPath, candidate.mFile->GetTemporaryPath(), inAllowance);
     mOutcome.mGateReason = candidate.mComparison.mReason;

@@ -1,5 +1,8 @@
 #include "win/wholefile.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <new>
 
 #include "nvcode2/nverrorcode.h"
@@ -29,5 +32,25 @@ void MizerWriteWholeFile(const char* inPath, const std::vector<unsigned char>& i
 }
 
 void MizerCopyFile(const char* inFromPath, const char* inToPath) {
-    MizerWriteWholeFile(inToPath, MizerReadWholeFile(inFromPath));
+    std::array<unsigned char, 65536> buffer;
+    NvFile source(inFromPath);
+    NvFile target(inToPath);
+    const auto read = [](auto inRead) {
+        try {
+            return inRead();
+        } catch (const NvErrorCode& error) {
+            NvThrowWithSystemError(NvErrorCode::km_Failure, error.GetSystemError());
+        }
+    };
+    std::uint32_t left = read([&] {
+        source.Open(NvFile::km_ReadPerm);
+        return source.GetLength();
+    });
+    target.Open(NvFile::km_WritePerm);
+    while (left > 0) {
+        const std::uint32_t count = read([&] { return source.Read(buffer.data(), buffer.size()); });
+        target.Write(buffer.data(), count);
+        left -= std::min(left, count);
+    }
+    target.Close();
 }

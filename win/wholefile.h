@@ -8,5 +8,5 @@ std::vector<unsigned char> MizerReadWholeFile(const char* inPath);
 /** Writes over the file from its start. @throws NvErrorCode  those of NvFile */
 void MizerWriteWholeFile(const char* inPath, const std::vector<unsigned char>& inBytes);
 
-/** One after the other. */
+/** Copies a file piece by piece, however large it is, over another. Errors as of both. */
 void MizerCopyFile(const char* inFromPath, const char* inToPath);

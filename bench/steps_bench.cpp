@@ -1,0 +1,103 @@
+// Where the time of a run goes: each step of the first pass, on an animation of a screen that scrolls.
+//
+// A step's input is made anew before each measurement, which is not counted.
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <benchmark/benchmark.h>
+
+#include "bench/pictures.h"
+#include "nvcode2/nvanimation.h"
+#include "win/pvcrop.h"
+#include "win/pvdifference.h"
+#include "win/pvfill.h"
+#include "win/pvopt.h"
+#include "win/pvpalette.h"
+#include "win/pvprogress.h"
+#include "win/pvsimilar.h"
+#include "win/pvswap.h"
+
+namespace {
+
+constexpr std::uint32_t km_Width = 640;
+constexpr std::uint32_t km_Height = 360;
+constexpr std::uint32_t km_Frames = 20;
+constexpr std::uint32_t km_TableLimit = 128;
+
+class SilentHost : public PvOptHost {
+    void BackupFile(const char*) override {}
+    bool ReportProgress(double) override { return false; }
+};
+
+std::unique_ptr<NvAnimation> DrawMovie(PictureKind inKind) {
+    const NvIndexedImage scene = DrawPicture(inKind, km_Width, km_Height + 2 * km_Frames);
+    auto animation = std::make_unique<NvAnimation>(std::make_shared<NvGIFGlobalInfo>(), km_Width, km_Height);
+    for (std::uint32_t i = 0; i < km_Frames; ++i) {
+        const auto top = static_cast<std::int32_t>(2 * i);
+        const NvRect part{0, top, km_Width, top + static_cast<std::int32_t>(km_Height)};
+        const std::unique_ptr<NvImage> image = scene.CopyRegion(part);
+        auto info = std::make_unique<NvGIFFrameInfo>();
+        info->mWidth = km_Width;
+        info->mHeight = km_Height;
+        info->mColorTable = scene.GetColorTable();
+        animation->AddFrame(std::make_unique<NvGIFFrame>(static_cast<NvIndexedImage&&>(*image),
+                                                         NvBitmapImage(km_Width, km_Height, 0, 1),
+                                                         std::move(info)));
+    }
+    return animation;
+}
+
+struct Step {
+    const char* mName;
+    std::function<void(NvAnimation&, PvProgress&)> mRun;
+};
+
+const Step km_Steps[] = {
+    {"merge near colours", [](NvAnimation& io, PvProgress&) { MergeSimilarFrameColours(io); }},
+    {"build the palette",
+     [](NvAnimation& io, PvProgress& progress) {
+         BuildGlobalPalette(io, PvPaletteMode::km_Normal, progress);
+     }},
+    {"merge repeated colours", [](NvAnimation& io, PvProgress&) { MergeDuplicateColours(io); }},
+    {"difference",
+     [](NvAnimation& io, PvProgress& progress) {
+         DifferenceFrames(io, km_DifferenceTolerance, km_TableLimit, progress);
+     }},
+    {"crop", [](NvAnimation& io, PvProgress&) { CropFrames(io); }},
+    {"order the table", [](NvAnimation& io, PvProgress&) { OrderSharedTable(io, km_TableLimit); }},
+    {"settle undrawn pixels", [](NvAnimation& io, PvProgress& progress) { FillUndrawnPixels(io, progress); }},
+    {"narrow tables", [](NvAnimation& io, PvProgress&) { NarrowTables(io); }},
+    {"exchange pixels",
+     [](NvAnimation& io, PvProgress& progress) { PvPixelSwapper().SwapAllFrames(io, progress); }},
+};
+
+void RunStep(benchmark::State& ioState, PictureKind inKind, std::size_t inStep) {
+    SilentHost host;
+    for (auto _ : ioState) {
+        ioState.PauseTiming();
+        PvProgress progress(host);
+        const std::unique_ptr<NvAnimation> animation = DrawMovie(inKind);
+        for (std::size_t i = 0; i < inStep; ++i)
+            km_Steps[i].mRun(*animation, progress);
+        ioState.ResumeTiming();
+        km_Steps[inStep].mRun(*animation, progress);
+    }
+    const double pixels = static_cast<double>(ioState.iterations()) * km_Width * km_Height * km_Frames;
+    ioState.counters["pixels/s"] = {pixels, benchmark::Counter::kIsRate};
+}
+
+const bool kAreRegistered = [] {
+    for (const PictureKind kind : {PictureKind::km_Screen, PictureKind::km_Photo})
+        for (std::size_t step = 0; step < std::size(km_Steps); ++step) {
+            const std::string name = std::string(PictureName(kind)) + "/" + km_Steps[step].mName;
+            benchmark::RegisterBenchmark(name.c_str(), RunStep, kind, step)
+                ->Unit(benchmark::kMillisecond)
+                ->Iterations(5);
+        }
+    return true;
+}();
+
+} // namespace
