@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 /** The path without links and dots, as far as it exists. */
 fs::path Canonical(const std::string& inPath) {
     std::error_code ignored;
-    const fs::path path = fs::weakly_canonical(fs::absolute(inPath, ignored), ignored);
+    const fs::path path = fs::weakly_canonical(fs::absolute(WnMakePath(inPath), ignored), ignored);
     return path.has_filename() ? path : path.parent_path();
 }
 

@@ -198,7 +198,7 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
 std::uint32_t MizerBrain::WorkOnFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome& outOutcome,
                                      std::string& outPlace) {
     std::error_code error; // a file without a time has none to keep
-    const auto time = std::filesystem::last_write_time(inPath, error);
+    const auto time = std::filesystem::last_write_time(WnMakePath(inPath), error);
     outPlace = mOptions.mDelivery ? "" : inPath;
     const bool needsCopy = mOptions.mDelivery || mOptions.mLeastSaving.IsSet();
     const std::uint32_t newSize = needsCopy ? WorkOnCopy(inPath, inOriginalSize, outOutcome, outPlace)
@@ -207,7 +207,7 @@ std::uint32_t MizerBrain::WorkOnFile(const char* inPath, std::uint32_t inOrigina
         mShell.ResultMade(inPath);
     const bool isWritten = mOptions.mDelivery ? !outPlace.empty() : newSize < inOriginalSize;
     if (mOptions.mKeepsTimes && isWritten && !error)
-        std::filesystem::last_write_time(outPlace, time, error);
+        std::filesystem::last_write_time(WnMakePath(outPlace), time, error);
     return newSize;
 }
 

@@ -34,9 +34,9 @@ void MizerOutputFolder::Prepare(const char* inPath) {
 std::string MizerOutputFolder::Deliver(const char* inPath, const char* inResultPath) {
     const std::string& target = mTargets.at(inPath);
     std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(target).parent_path(), error);
+    std::filesystem::create_directories(WnMakePath(target).parent_path(), error);
     if (error)
-        NvThrowWithSystemError(NvErrorCode::km_Failure, error.value());
+        NvThrowWithSystemError(NvErrorCode::km_Failure, error.default_error_condition().value());
     WnSafeFile file(target.c_str(), inPath);
     MizerCopyFile(inResultPath, file.GetTemporaryPath());
     if (!file.CommitUnlessPresent())

@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -51,6 +52,9 @@ std::vector<std::string> WnListFiles(const char* inFolder);
 /** The same for the folders inside it; links to folders are left out, so that a walk never runs in a circle.
  */
 std::vector<std::string> WnListFolders(const char* inFolder);
+
+/** A path for the file functions of the standard library, which on Windows do not take UTF-8 for granted. */
+std::filesystem::path WnMakePath(const std::string& inPath);
 
 /** Whether the character parts a path, and the one to write. */
 bool WnIsSeparator(char inCharacter);

@@ -107,6 +107,10 @@ std::vector<std::string> WnListFolders(const char* inFolder) {
     return names;
 }
 
+std::filesystem::path WnMakePath(const std::string& inPath) {
+    return inPath;
+}
+
 bool WnIsSeparator(char inCharacter) {
     return inCharacter == '/';
 }

@@ -149,6 +149,10 @@ std::vector<std::string> WnListFolders(const char* inFolder) {
     return names;
 }
 
+std::filesystem::path WnMakePath(const std::string& inPath) {
+    return NvWidePath(inPath);
+}
+
 bool WnIsSeparator(char inCharacter) {
     return inCharacter == '\\' || inCharacter == '/' || inCharacter == ':'; // C:x.gif lies in C:'s own folder
 }

@@ -68,6 +68,22 @@ TEST_F(WindowsProgram, NamesOfAnyScriptAndLength) {
     EXPECT_TRUE(Has(deep + "\\t.gif.BAK"));
 }
 
+TEST_F(WindowsProgram, ResultsGoToAFolderOfAnyNameWithTheirTimes) {
+    const std::string folder = "\xd0\xb6\\\xe6\x97\xa5";
+    const ProgramResult result = mRunner.Run({"--keep-times", "-o", folder, "icon.gif"});
+    EXPECT_EQ(result.mStatus, 0) << result.mErr;
+    WIN32_FILE_ATTRIBUTE_DATA before{};
+    WIN32_FILE_ATTRIBUTE_DATA after{};
+    GetFileAttributesExW(NvWiden(mFolder / "icon.gif").c_str(), GetFileExInfoStandard, &before);
+    EXPECT_TRUE(GetFileAttributesExW(NvWiden(mFolder / (folder + "\\icon.gif")).c_str(),
+                                     GetFileExInfoStandard, &after));
+    EXPECT_LT(after.nFileSizeLow, before.nFileSizeLow);
+    // some file systems keep whole seconds
+    EXPECT_LT(std::abs(static_cast<std::int64_t>(before.ftLastWriteTime.dwLowDateTime) -
+                       static_cast<std::int64_t>(after.ftLastWriteTime.dwLowDateTime)),
+              10'000'000);
+}
+
 TEST_F(WindowsProgram, WhatOthersHoldOrProtectStaysAsItIs) {
     const std::string busy = ReadTestFile(mFolder / "icon.gif");
     SetFileAttributesW(NvWiden(mFolder / "tiles.gif").c_str(), FILE_ATTRIBUTE_READONLY);
