@@ -1,5 +1,6 @@
 #include "nvcode2/nvassert.h"
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 
@@ -18,8 +19,9 @@ void NvCallAssertHook(const char* inFileName, std::uint32_t inLine) {
 
 void NvAssertFailed(const char* inExpression, const char* inFileName, std::uint32_t inLine) {
     NvCallAssertHook(inFileName, inLine);
-    std::fprintf(stderr, "Assertion failed: \"%s\", file %s, line %u\n", inExpression, inFileName,
-                 static_cast<unsigned>(inLine));
-    std::fflush(stderr);
+    std::array<char, 1024> report{};
+    std::snprintf(report.data(), report.size(), "Assertion failed: \"%s\", file %s, line %u\n", inExpression,
+                  inFileName, static_cast<unsigned>(inLine));
+    NvShowAssertion(report.data());
     std::abort();
 }

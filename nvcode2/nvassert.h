@@ -16,7 +16,11 @@ void NvSetAssertHook(NvAssertHook inHook);
 /** Forwards to the assertion hook when one is set. For contract checks that do not end the process. */
 void NvCallAssertHook(const char* inFileName, std::uint32_t inLine);
 
-/** Calls the hook, reports the failure on standard error and aborts. */
+/** Shows the report of a failed assertion, a line with its line break: on standard error or, in a program
+ * that has none, in a message box. One body per platform. */
+void NvShowAssertion(const char* inReport);
+
+/** Calls the hook, shows the failure and aborts. */
 [[noreturn]] void NvAssertFailed(const char* inExpression, const char* inFileName, std::uint32_t inLine);
 
 /** Ends the process, quoting the expression as written, when it is false. */

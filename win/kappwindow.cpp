@@ -371,8 +371,10 @@ LRESULT CALLBACK KAppWindow::Procedure(HWND inWindow, UINT inMessage, WPARAM inW
         return window->OnMessage(inMessage, inWParam, inLParam);
     } catch (const std::bad_alloc&) { // nothing may be thrown through Windows
         KillerShowOutOfMemory(inWindow);
-        return 0;
+    } catch (const NvErrorCode& error) {
+        window->ShowMessage(MizerErrorWords(error).c_str(), "Parvigif", Icon::km_Stop);
     }
+    return 0;
 }
 
 LRESULT KAppWindow::OnMessage(UINT inMessage, WPARAM inWParam, LPARAM inLParam) {

@@ -71,8 +71,9 @@ public:
     /** Lets the user's pending commands through (between files). @return whether cancel was asked. */
     virtual bool PumpEvents() = 0;
 
-    /** Tells how far the file in hand is, from 0.0 to 1.0, and whether cancel was asked. Dispatches nothing,
-     *  so that no command re-enters the work on a file. */
+    /** Tells how far the file in hand is, from 0.0 to 1.0, and whether cancel was asked. A window may let
+     * messages through, as long as nothing re-enters the work on a file: what would start a batch adds to
+     * this one. */
     virtual bool ShowProgress(double inFraction) = 0;
 
     /** Whether there is a progress panel; SetPanelText is called only then. */

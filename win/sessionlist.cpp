@@ -1,6 +1,7 @@
 #include "win/sessionlist.h"
 
 #include <algorithm>
+#include <compare>
 #include <utility>
 
 #include "win/mizertotals.h"
@@ -9,7 +10,7 @@
 namespace {
 
 std::string OutcomeOf(const MizerFileResult& inResult) {
-    const std::string words = MizerOutcomeWords(inResult);
+    std::string words = MizerOutcomeWords(inResult);
     switch (inResult.mStatus) {
     case MizerStatus::km_Smaller:
         return "Made smaller";
@@ -96,7 +97,7 @@ bool SessionList::ComesBefore(const Row& inFirst, const Row& inSecond) const {
     if (!mIsSorted)
         return false;
     const auto order = Compare(inFirst, inSecond, mColumn);
-    return mIsAscending ? order < 0 : order > 0;
+    return order == (mIsAscending ? std::strong_ordering::less : std::strong_ordering::greater);
 }
 
 std::string SessionList::GetText(std::size_t inIndex, Column inColumn) const {
