@@ -10,23 +10,26 @@
 namespace {
 
 constexpr const wchar_t* kWritersMutex = L"Local\\Norvek-Preferences";
+constexpr DWORD kLongestWait = 5000; // milliseconds; writing takes one
 
 /** Held by the one process that writes. A writer that died in between left every value whole. */
 class WriterLock {
 public:
     WriterLock() : mMutex(CreateMutexW(nullptr, FALSE, kWritersMutex)) {
-        if (mMutex.IsValid())
-            WaitForSingleObject(mMutex.Get(), INFINITE);
+        const DWORD outcome = WaitForSingleObject(mMutex.Get(), kLongestWait);
+        mIsHeld = outcome == WAIT_OBJECT_0 || outcome == WAIT_ABANDONED;
     }
     ~WriterLock() {
-        if (mMutex.IsValid())
+        if (mIsHeld)
             ReleaseMutex(mMutex.Get());
     }
+    bool IsHeld() const { return mIsHeld; }
     WriterLock(const WriterLock&) = delete;
     WriterLock& operator=(const WriterLock&) = delete;
 
 private:
     NvWindowsHandle mMutex;
+    bool mIsHeld;
 };
 
 HKEY GetRootKey(WnPrefKey::Root inRoot) {
@@ -58,6 +61,8 @@ bool WnPrefKey::OpenKey(Root inRoot, Access inAccess) {
     LSTATUS status = ERROR_SUCCESS;
     if (inAccess == km_ReadWrite) {
         handle->mLock = std::make_unique<WriterLock>();
+        if (!handle->mLock->IsHeld())
+            return false;
         status = RegCreateKeyExA(GetRootKey(inRoot), mKeyPath.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
                                  KEY_QUERY_VALUE | KEY_SET_VALUE, nullptr, &handle->mKey, nullptr);
     } else {
