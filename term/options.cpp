@@ -133,7 +133,7 @@ constexpr auto kOptions = std::to_array<TermOption>({
     {"lossless", 0, nullptr, "Picture", "change no displayed colour",
      "Saves less: only colours that nothing uses, pixels that the screen shows already and the way the "
      "data is packed. Without this a file is shown with at most 128 colours.",
-     [](Settings& ioSettings, Argument) { return ioSettings.mOptimizer.mIsLossless = true; }},
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOSSLESS", 1); }},
     {"tolerance", 0, "N", "Picture", "leave less changed between frames, 0 to 28",
      "A pixel of an animation is not drawn again where the screen shows a colour that differs by at most N "
      "of 255 in red, green and blue. The usual 28 gives way by itself in a file where it would be seen.",

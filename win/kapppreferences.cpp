@@ -16,6 +16,7 @@ void KAppPreferences::OnInit() {
     check(IDC_LOG_ALL, mSettings.mLogAll);
     check(IDC_LOG_RESULTS, !mSettings.mLogAll);
     check(IDC_ALLOW_CROP, mSettings.mAllowCrop);
+    check(IDC_LOSSLESS, mSettings.mIsLossless);
     EnableControls();
 }
 
@@ -34,6 +35,7 @@ void KAppPreferences::ReadControls() {
     mSettings.mLog = isChecked(IDC_LOG);
     mSettings.mLogAll = isChecked(IDC_LOG_ALL);
     mSettings.mAllowCrop = isChecked(IDC_ALLOW_CROP);
+    mSettings.mIsLossless = isChecked(IDC_LOSSLESS);
 }
 
 void KAppPreferences::EnableControls() {

@@ -11,6 +11,7 @@
 #include "nvcode2/nvfile.h"
 #include "win/mizerdelivery.h"
 #include "win/mizerrestore.h"
+#include "win/mizersettings.h"
 #include "win/wholefile.h"
 #include "wnatom/wnfileclaim.h"
 #include "wnatom/wnpref.h"
@@ -63,7 +64,7 @@ MizerBrain::MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings
       mOptions(inOptions),
       mTotals(inPrefs, inShell),
       mLog(inPrefs, inShell),
-      mLedger(inShell, inSettings.mIsLossless) {}
+      mLedger(inShell, MizerSettings::Read(inPrefs).mIsLossless) {}
 
 void MizerBrain::ProcessQueue() {
     if (mBusy)

@@ -9,6 +9,7 @@ constexpr auto kPreferences = std::to_array<MizerPreference>({
     {"BACKUP", "keep the original as NAME.BAK", 1, 1},
     {"OBACK", "replace backups that exist", 0, 1},
     {"ALLOWCROP", "cut transparent borders off single images", 0, 1},
+    {"LOSSLESS", "change no displayed colour", 0, 1},
     {"LOG", "write the results log", 1, 1},
     {"LOGALL", "log unchanged files too", 1, 1},
     {"BYTESSAVED", "bytes saved to date", 0, UINT32_MAX},

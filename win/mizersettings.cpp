@@ -16,6 +16,7 @@ constexpr Entry kEntries[] = {
     {"OBACK", &MizerSettings::mOverwriteBackups},
     {"LOGALL", &MizerSettings::mLogAll},
     {"ALLOWCROP", &MizerSettings::mAllowCrop},
+    {"LOSSLESS", &MizerSettings::mIsLossless},
 };
 
 } // namespace

@@ -9,6 +9,7 @@ struct MizerSettings {
     bool mOverwriteBackups = false;
     bool mLogAll = true; ///< false: only files that were made smaller
     bool mAllowCrop = false;
+    bool mIsLossless = false;
 
     /** What is stored, each with its default when it is not. */
     static MizerSettings Read(const WnPref& inPrefs);

@@ -86,7 +86,7 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
 // price.
 std::optional<PvOptimizer::Candidate>
 PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, PvProgress& ioProgress) {
-    std::uint32_t tolerance = mSettings.mIsLossless ? 0 : mSettings.mTolerance;
+    std::uint32_t tolerance = IsPreferred("LOSSLESS") ? 0 : mSettings.mTolerance;
     std::optional<Candidate> best = RunFirstPass(inPath, inOriginalSize, PassOptions(tolerance), ioProgress);
     while (best && tolerance > 0 && mOutcome.mFrameCount > 1 && best->mComparison.MayLookBetter()) {
         tolerance = NextTolerance(tolerance);
@@ -141,13 +141,18 @@ std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t i
 }
 
 PvPassOptions PvOptimizer::PassOptions(std::uint32_t inTolerance) const {
-    std::uint32_t allowsCrop = 0;
-    mPrefs.ReadDWordDefault("ALLOWCROP", allowsCrop, 0);
     PvPassOptions options;
-    options.mIsLossless = mSettings.mIsLossless;
-    options.mCropsSingleImages = allowsCrop != 0;
+    options.mIsLossless = IsPreferred("LOSSLESS");
+    options.mCropsSingleImages = IsPreferred("ALLOWCROP");
     options.mTolerance = inTolerance;
     return options;
+}
+
+/** @return whether a preference is there and not 0 */
+bool PvOptimizer::IsPreferred(const char* inName) const {
+    std::uint32_t value = 0;
+    mPrefs.ReadDWordDefault(inName, value, 0);
+    return value != 0;
 }
 
 // A file that is no sound GIF is left alone, with the reason kept; only a lack of memory, which says nothing

@@ -30,10 +30,9 @@ public:
     virtual bool ReportProgress(double inFraction) = 0;
 };
 
-/** What a run may use and do. */
+/** What a run may use and do, beside the preferences ALLOWCROP (cuts transparent borders off single images)
+ * and LOSSLESS (changes no displayed colour: no palette building, no tolerance, no exchanged pixels). */
 struct PvOptSettings {
-    /** Changes no displayed colour: no palette building, no tolerance, no exchanged pixels. */
-    bool mIsLossless = false;
     /** Largest difference per channel at which a frame's pixel counts as what the screen shows already, 0
      * to 28. */
     std::uint32_t mTolerance = km_DifferenceTolerance;
@@ -85,6 +84,7 @@ private:
                                            NvAnimation& ioAnimation, const PvColourAllowance& inAllowance);
     std::unique_ptr<NvAnimation> Load(const char* inPath, PvProgress& ioProgress);
     PvPassOptions PassOptions(std::uint32_t inTolerance) const;
+    bool IsPreferred(const char* inName) const;
     bool Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp);
 
     const WnPref& mPrefs;

@@ -62,7 +62,7 @@ std::string BashWordCases() {
     return text;
 }
 
-std::string ZshSpecification(const TermOption& inOption) {
+std::string ZshArgument(const TermOption& inOption) {
     const Value value = GetValue(inOption);
     std::string text = "[" + Replaced(Replaced(inOption.mBrief, '[', "\\["), ']', "\\]") + "]";
     if (value != Value::km_None)
@@ -152,7 +152,7 @@ std::string TermZshCompletion() {
     std::string text = "#compdef parvigif\n# Completes the command line of parvigif in zsh.\n"
                        "_arguments -s -S \\\n";
     for (const TermOption& option : TermGetOptions())
-        text += "    " + ZshSpecification(option) + " \\\n";
+        text += "    " + ZshArgument(option) + " \\\n";
     return text + "    '*:GIF file or folder:_files -g \"*.[gG][iI][fF]\"'\n";
 }
 

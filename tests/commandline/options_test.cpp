@@ -40,7 +40,7 @@ TEST(Options, EachSetsItsPreferenceForTheRun) {
 
 TEST(Options, AValueFollowsOrIsAttached) {
     EXPECT_EQ(Parse({"--max-memory", "64", "a"}).mOptimizer.mMemoryLimit, 64u << 20);
-    EXPECT_TRUE(Parse({"--lossless", "a"}).mOptimizer.mIsLossless);
+    EXPECT_EQ(Parse({"--lossless", "a"}).mPreferences.at("LOSSLESS"), 1u);
     EXPECT_EQ(Parse({"a"}).mOptimizer.mTolerance, 28u);
     EXPECT_EQ(Parse({"--tolerance=0", "a"}).mOptimizer.mTolerance, 0u);
     EXPECT_EQ(Parse({"--max-memory=5000", "a"}).mOptimizer.mMemoryLimit, 5000ull << 20);

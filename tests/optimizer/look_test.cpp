@@ -130,7 +130,7 @@ TEST_F(LookTest, ToleranceGivesWayWhereItWouldTearAPicture) {
 }
 
 TEST_F(LookTest, LosslessChangesNoDisplayedPixel) {
-    mSettings.mIsLossless = true;
+    mPrefs.Override("LOSSLESS", 1);
     std::uint32_t smaller = 0;
     for (std::uint32_t seed = 2000; seed < 2150; ++seed) {
         SCOPED_TRACE(seed);
