@@ -20,6 +20,7 @@ protected:
         for (const SamplePicture& picture : GetSamplePictures())
             picture.mDraw(mFolder / picture.mFileName);
     }
+    void TearDown() override { OwnRegistry::ForgetPreferences(); } // whoever comes next in this prefix
     std::size_t SizeOf(const std::string& inName) const { return ReadTestFile(mFolder / inName).size(); }
     bool Has(const std::string& inName) const {
         return GetFileAttributesW(NvWidePath(mFolder / inName).c_str()) != INVALID_FILE_ATTRIBUTES;

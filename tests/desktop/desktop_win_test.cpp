@@ -21,6 +21,7 @@ protected:
         for (const SamplePicture& picture : GetSamplePictures())
             picture.mDraw(mFolder / picture.mFileName);
     }
+    ~Desktop() override { OwnRegistry::ForgetPreferences(); } // whoever comes next in this prefix
 
     /** A folder that keeps the program busy for a while. */
     std::string MakeManyFiles() {
@@ -159,10 +160,12 @@ TEST_F(Desktop, PreferencesFollowTheirRulesAndAreStoredByOKAlone) {
     const auto checked = [&](int inControl) { return DesktopRun::IsChecked(dialog, inControl); };
     const auto enabled = [&](int inControl) { return DesktopRun::IsEnabled(dialog, inControl); };
     EXPECT_TRUE(checked(IDC_BACKUP) && checked(IDC_LOG) && checked(IDC_LOG_ALL));
-    EXPECT_FALSE(checked(IDC_OVERWRITE_BACKUPS) || checked(IDC_LOG_RESULTS) || checked(IDC_ALLOW_CROP));
+    EXPECT_FALSE(checked(IDC_OVERWRITE_BACKUPS) || checked(IDC_LOG_RESULTS) || checked(IDC_ALLOW_CROP) ||
+                 checked(IDC_LOSSLESS));
     EXPECT_TRUE(enabled(IDC_OVERWRITE_BACKUPS) && enabled(IDC_LOG_ALL) && enabled(IDC_LOG_RESULTS));
 
-    for (const int control : {IDC_OVERWRITE_BACKUPS, IDC_BACKUP, IDC_LOG_RESULTS, IDC_LOG, IDC_ALLOW_CROP})
+    for (const int control :
+         {IDC_OVERWRITE_BACKUPS, IDC_BACKUP, IDC_LOG_RESULTS, IDC_LOG, IDC_ALLOW_CROP, IDC_LOSSLESS})
         DesktopRun::Click(dialog, control);
     EXPECT_FALSE(enabled(IDC_OVERWRITE_BACKUPS) || enabled(IDC_LOG_ALL) || enabled(IDC_LOG_RESULTS));
     EXPECT_TRUE(checked(IDC_OVERWRITE_BACKUPS) && checked(IDC_LOG_RESULTS))
@@ -171,11 +174,11 @@ TEST_F(Desktop, PreferencesFollowTheirRulesAndAreStoredByOKAlone) {
     DesktopRun::WaitFor("the end of the dialog", [&] { return !IsWindow(dialog); });
     const auto stored = [] {
         std::string values;
-        for (const char* name : {"BACKUP", "OBACK", "LOG", "LOGALL", "ALLOWCROP"})
+        for (const char* name : {"BACKUP", "OBACK", "LOG", "LOGALL", "ALLOWCROP", "LOSSLESS"})
             values += std::to_string(OwnRegistry::GetPreference(name));
         return values;
     };
-    EXPECT_EQ(stored(), "01001");
+    EXPECT_EQ(stored(), "010011");
 
     run.Choose(IDM_PREFERENCES);
     dialog = run.WaitForDialog("Parvigif 1.2 Preferences");
@@ -184,7 +187,7 @@ TEST_F(Desktop, PreferencesFollowTheirRulesAndAreStoredByOKAlone) {
     EXPECT_TRUE(enabled(IDC_OVERWRITE_BACKUPS));
     DesktopRun::Click(dialog, IDCANCEL);
     DesktopRun::WaitFor("the end of the dialog", [&] { return !IsWindow(dialog); });
-    EXPECT_EQ(stored(), "01001");
+    EXPECT_EQ(stored(), "010011");
     EXPECT_EQ(run.Close(), 0u);
 }
 
