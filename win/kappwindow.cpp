@@ -213,6 +213,9 @@ void KAppWindow::RunBatch() {
     }
     mNamed.clear();
     mReplaced.clear();
+    if (isCancelled) // nothing goes on with the file that was in hand
+        for (const MizerControl control : {MizerControl::km_ThisFile, MizerControl::km_ThisFilePercent})
+            SetPanelText(control, "");
     ShowWindow(mProgress, SW_HIDE);
     const std::string summary = mRows.GetSummary();
     SetStatus(isCancelled ? "Cancelled. " + summary : summary.empty() ? "Ready" : summary);

@@ -129,6 +129,7 @@ TEST_F(Desktop, PauseHaltsTheBatchAndCancelEndsIt) {
 
     DesktopRun::Click(run.GetPanel(), IDC_CANCEL);
     WaitForEnd(run, "Cancelled. ");
+    EXPECT_EQ(run.GetPanelText(IDC_THIS_FILE), "");
     EXPECT_LT(run.CountRows(), 360);
     ExpectWholeFiles(many);
 
