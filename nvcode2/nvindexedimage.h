@@ -102,7 +102,8 @@ public:
      *  pixels. The picture is unchanged. Raises 21 when the image has no pixels or is locked. */
     void RemoveUnusedColors();
     /** RemoveUnusedColors, then gives up every colour nearer than inTolerance to one before it that is
-     *  kept. A group is shown in its first member's colour; tolerance 0 merges nothing. */
+     *  kept. A group is shown in its first member's colour; tolerance 0 merges nothing.
+     *  No caller in the program, which merges into the mean of a group instead; kept for quick reductions. */
     void MergeSimilarColors(std::uint32_t inTolerance);
 
 private:
