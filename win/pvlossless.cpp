@@ -8,18 +8,10 @@
 #include "nvcode2/nvanimation.h"
 #include "nvcode2/nvquantoctree.h"
 #include "nvcode2/nvquantremap.h"
+#include "win/pvhistogram.h"
 #include "win/pvprogress.h"
 
 namespace {
-
-using Histogram = std::array<std::uint32_t, 256>; // drawn pixels per table entry
-
-Histogram DrawnHistogram(const NvGIFFrame& inFrame) {
-    Histogram histogram{};
-    if (inFrame.GetImage().GetColorTable().GetSize() > 0)
-        inFrame.GetImage().BuildMaskedHistogram(histogram.data(), &inFrame.GetMask());
-    return histogram;
-}
 
 /** Distinct colours, packed, in rising order. */
 using ColourSet = std::vector<std::uint32_t>;
@@ -31,7 +23,7 @@ void SortOut(ColourSet& ioColours) {
 
 /** What a frame draws with. */
 ColourSet DrawnColours(const NvGIFFrame& inFrame) {
-    const Histogram histogram = DrawnHistogram(inFrame);
+    const PvHistogram histogram = PvDrawnHistogram(inFrame);
     ColourSet colours;
     for (std::uint32_t i = 0; i < inFrame.GetImage().GetColorTable().GetSize(); ++i)
         if (histogram[i] != 0)
@@ -64,7 +56,7 @@ NvColorTable MakeTable(const ColourSet& inColours) {
 
 /** Gives a frame a table that holds all its colours. */
 void MapTo(NvGIFFrame& ioFrame, const NvColorTable& inTable) {
-    const Histogram histogram = DrawnHistogram(ioFrame);
+    const PvHistogram histogram = PvDrawnHistogram(ioFrame);
     const NvIndexMap map =
         NvMakeRemap(ioFrame.GetImage().GetColorTable(), histogram.data(), inTable, nullptr);
     NvQuantRemap(ioFrame.GetImage(), map, inTable);

@@ -11,11 +11,10 @@
 #include "nvcode2/nvquantoctree.h"
 #include "nvcode2/nvquantremap.h"
 #include "nvcode2/nvquantselector.h"
+#include "win/pvhistogram.h"
 #include "win/pvprogress.h"
 
 namespace {
-
-using Histogram = std::array<std::uint32_t, 256>; // drawn pixels per table entry
 
 struct ModeLimits {
     std::uint32_t mShared;
@@ -32,12 +31,6 @@ ModeLimits LimitsOf(PvPaletteMode inMode) {
         break;
     }
     return {64, 60};
-}
-
-Histogram DrawnHistogram(const NvGIFFrame& inFrame) {
-    Histogram histogram{};
-    inFrame.GetImage().BuildMaskedHistogram(histogram.data(), &inFrame.GetMask());
-    return histogram;
 }
 
 NvColorTable OneBlackEntry() {
@@ -60,11 +53,11 @@ std::uint32_t PvPaletteLimit(PvPaletteMode inMode) {
 double BuildGlobalPalette(NvAnimation& ioAnimation, PvPaletteMode inMode, PvProgress& ioProgress) {
     const ModeLimits limits = LimitsOf(inMode);
     const std::uint32_t count = ioAnimation.GetFrameCount();
-    std::vector<Histogram> histograms;
+    std::vector<PvHistogram> histograms;
     histograms.reserve(count);
     NvQuantOctree octree(limits.mShared);
     for (const NvGIFFrame& frame : ioAnimation) {
-        histograms.push_back(DrawnHistogram(frame));
+        histograms.push_back(PvDrawnHistogram(frame));
         octree.AddHistogram(frame.GetImage().GetColorTable(), histograms.back().data());
     }
     NvColorTable table = octree.MakeTable();
@@ -109,7 +102,7 @@ void OrderSharedTable(NvAnimation& ioAnimation, std::uint32_t inTableLimit) {
     std::array<std::uint64_t, 256> pixels{}; // drawn in the colour
     for (const NvGIFFrame& frame : ioAnimation) {
         NvAssert(!frame.GetInfo().mHasLocalTable);
-        const Histogram histogram = DrawnHistogram(frame);
+        const PvHistogram histogram = PvDrawnHistogram(frame);
         for (std::uint32_t i = 0; i < frame.GetImage().GetColorTable().GetSize(); ++i) {
             frames[i] += histogram[i] != 0 ? 1 : 0;
             pixels[i] += histogram[i];

@@ -10,12 +10,11 @@
 
 #include "nvcode2/nvanimation.h"
 #include "nvcode2/nvquantremap.h"
+#include "win/pvhistogram.h"
 #include "win/pvlookcost.h"
 #include "win/pvlzwestimate.h"
 
 namespace {
-
-using Histogram = std::array<std::uint32_t, 256>; // drawn pixels per table entry
 
 // Euclidean distances in RGB below which colours merge. Longer reaches than 6 save as much as they cost in
 // look; soft gradients fall into bands.
@@ -54,7 +53,7 @@ struct Merge {
 };
 
 /** The entries that a frame draws with, most used first. */
-std::vector<std::uint32_t> UsedEntries(const Histogram& inHistogram) {
+std::vector<std::uint32_t> UsedEntries(const PvHistogram& inHistogram) {
     std::vector<std::uint32_t> used(inHistogram.size());
     std::iota(used.begin(), used.end(), 0U);
     std::erase_if(used, [&](std::uint32_t inEntry) { return inHistogram[inEntry] == 0; });
@@ -64,17 +63,10 @@ std::vector<std::uint32_t> UsedEntries(const Histogram& inHistogram) {
     return used;
 }
 
-Histogram DrawnHistogram(const NvGIFFrame& inFrame) {
-    Histogram histogram{};
-    if (inFrame.GetImage().GetColorTable().GetSize() > 0)
-        inFrame.GetImage().BuildMaskedHistogram(histogram.data(), &inFrame.GetMask());
-    return histogram;
-}
-
 /** @return  nothing when no two colours are that near to each other */
 std::optional<Merge> MergeColours(const NvGIFFrame& inFrame, std::uint32_t inReach) {
     const NvColorTable& table = inFrame.GetImage().GetColorTable();
-    const Histogram histogram = DrawnHistogram(inFrame);
+    const PvHistogram histogram = PvDrawnHistogram(inFrame);
     const std::vector<std::uint32_t> used = UsedEntries(histogram);
     std::vector<Group> groups;
     Merge merge;
