@@ -1,12 +1,19 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 
 /** Eight bytes at any address as one number, spelled so that compilers see the single load or store it is. */
 
 /** The first byte is the lowest. */
 inline std::uint64_t NvLoadLittleEndian(const std::uint8_t* inBytes) {
     using Word = std::uint64_t;
+    if constexpr (std::endian::native == std::endian::little) {
+        Word word = 0;
+        std::memcpy(&word, inBytes, sizeof word);
+        return word;
+    }
     return Word{inBytes[0]} | Word{inBytes[1]} << 8 | Word{inBytes[2]} << 16 | Word{inBytes[3]} << 24 |
            Word{inBytes[4]} << 32 | Word{inBytes[5]} << 40 | Word{inBytes[6]} << 48 | Word{inBytes[7]} << 56;
 }

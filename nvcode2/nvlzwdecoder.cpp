@@ -11,10 +11,10 @@
 
 namespace {
 
-/** A pixel in its place of eight, so that the first lies first in memory. */
-std::uint64_t InPlace(std::uint32_t inPixel, std::uint32_t inPlace) {
-    const std::uint32_t place = std::endian::native == std::endian::little ? inPlace : 7 - inPlace;
-    return std::uint64_t{inPixel} << (8 * place);
+/** A pixel in its place of eight, so that the first lies first in memory.
+ *  @param inBits  8 for each pixel before it, modulo 64 */
+std::uint64_t InPlace(std::uint64_t inPixel, std::uint64_t inBits) {
+    return inPixel << ((std::endian::native == std::endian::little ? inBits : 56 - inBits) % 64);
 }
 
 } // namespace
@@ -27,12 +27,11 @@ void LZWDecoder::Begin() {
         NvThrow(NvErrorCode::km_MalformedGIF);
     mClearCode = 1U << mMinimumCodeSize;
     mEndCode = mClearCode + 1;
-    for (std::uint32_t root = 0; root < mClearCode; ++root) {
-        mStrings[root] = String();
-        if (root <= km_MaxRoot)
-            mStrings[root] = {InPlace(root, 0), 0, 1, static_cast<std::uint8_t>(root)};
-    }
-    mState = State{mMinimumCodeSize + 1, mEndCode + 1};
+    mStrings.fill(String());
+    for (std::uint32_t root = 0; root < std::min(mClearCode, km_Roots); ++root)
+        mStrings[root] = {InPlace(root, 0), String::RestOfRoot(root)};
+    mState = State();
+    mState.mCodeSize = mMinimumCodeSize + 1;
     mBits = BitBuffer();
     mBlockNext = mBlockEnd = 0;
     mHasEnded = false;
@@ -89,39 +88,27 @@ void LZWDecoder::End() {
 // otherwise be a part of the originals.
 void LZWDecoder::FillWindow(std::uint32_t inWanted) {
     std::uint8_t* out = mWindow.data();
-    const std::uint8_t* const end = out + inWanted;
+    if (mState.mNextCode == 0 && !mHasEnded)
+        out = DecodeFirst(out);
+    const std::uint8_t* const end = mHasEnded ? mWindow.data() : mWindow.data() + inWanted;
     BitBuffer bits = mBits;
     State state = mState;
-    while (out < end && !mHasEnded) {
-        const std::uint32_t code = ReadCode(bits, state.mCodeSize);
-        if (code == mEndCode) {
-            mHasEnded = true;
-        } else if (code == mClearCode) {
-            state = State{mMinimumCodeSize + 1, mEndCode + 1};
-        } else if (state.mPreviousLength == km_NoString) {
-            // The first string after a clear code is a single pixel and adds nothing to the table.
-            if (code > mClearCode || code > km_MaxRoot)
-                NvThrow(NvErrorCode::km_MalformedGIF);
-            *out++ = static_cast<std::uint8_t>(code);
-            state.mPreviousCode = state.mPreviousFirst = code;
-            state.mPreviousLength = 1;
-        } else {
-            // A code not defined yet: the encoder used a string the moment it was made, which is the previous
-            // one and its own first pixel.
-            const std::uint32_t newCode = state.mNextCode;
-            const std::uint32_t first = code < newCode ? mStrings[code].mFirst : state.mPreviousFirst;
-            if (newCode < km_TableSize)
-                AddString(state, first);
-            const String& string = mStrings[std::min(code, newCode)];
-            const std::uint32_t length = string.mLength;
-            if (length == 0)
-                NvThrow(NvErrorCode::km_MalformedGIF);
-            Expand(string, out);
-            out += length;
-            state.mPreviousCode = code;
-            state.mPreviousFirst = first;
-            state.mPreviousLength = code <= newCode ? length : 0;
+    while (out < end) {
+        if (bits.mCount < state.mCodeSize) {
+            bits = Refill(bits, state.mCodeSize);
+            if (bits.mCount < state.mCodeSize)
+                break;
         }
+        const std::uint32_t code = TakeCode(bits, state.mCodeSize);
+        if (DecodeString(state, code, out))
+            continue;
+        mBits = bits;
+        mState = state;
+        out = DecodeNoString(code, out);
+        bits = mBits;
+        state = mState;
+        if (mHasEnded)
+            break;
     }
     mBits = bits;
     mState = state;
@@ -129,30 +116,119 @@ void LZWDecoder::FillWindow(std::uint32_t inWanted) {
     mWindowEnd = static_cast<std::uint32_t>(out - mWindow.data());
 }
 
-inline std::uint32_t LZWDecoder::ReadCode(BitBuffer& ioBits, std::uint32_t inCodeSize) {
-    if (ioBits.mCount < inCodeSize) {
-        ioBits = Refill(ioBits, inCodeSize);
-        if (ioBits.mCount < inCodeSize)
-            return mEndCode;
+// Adds a string to the table, the previous one and the first pixel of this one. All but that pixel is known
+// before this one is looked up, and so stored by then: this one may be the same, since an encoder can use a
+// string the moment it is made.
+//
+// A full table stays as it is until the next clear code; the last entry takes what is not asked for any more.
+inline bool LZWDecoder::DecodeString(State& ioState, std::uint32_t inCode, std::uint8_t*& ioOut) {
+    String prefix = ioState.mPrevious;
+    if (prefix.GetBits() % 64 == 0) [[unlikely]]
+        prefix = {0, prefix.RestBehind(ioState.mPreviousCode)};
+    String& added = mStrings[ioState.mNextCode];
+    added.mRest = prefix.mRest + String::km_OneLonger;
+    const String& found = mStrings[inCode];
+    const std::uint64_t rest = found.mRest;
+    added.mTail = prefix.mTail | InPlace(rest >> String::km_FirstShift, prefix.mRest);
+    const String string{found.mTail, rest};
+
+    const std::uint32_t bits = string.GetBits();
+    if (bits <= 64) {
+        std::memcpy(ioOut, &string.mTail, km_TailSize);
+    } else {
+        if (bits >= 8 * String::km_Undefined)
+            return false;
+        Expand(string, ioOut);
     }
-    const std::uint32_t maxCode = 1U << inCodeSize;
-    const std::uint32_t code = static_cast<std::uint32_t>(ioBits.mBits) & (maxCode - 1);
-    NvAssertText(code < maxCode, "code < decode->maxCode");
+    ioOut += bits / 8;
+    ioState.mPrevious = string;
+    ioState.mPreviousCode = inCode;
+    if (++ioState.mNextCode >= ioState.mLimit)
+        Grow(ioState);
+    return true;
+}
+
+inline void LZWDecoder::Grow(State& ioState) {
+    if (ioState.mCodeSize < km_MaxCodeSize) {
+        ++ioState.mCodeSize;
+        ioState.mLimit = ioState.mCodeSize < km_MaxCodeSize ? 1U << ioState.mCodeSize : km_MaxCodes + 1;
+    } else {
+        ioState.mNextCode = km_MaxCodes;
+    }
+}
+
+// The state and the bits are as they were before the code, and behind it.
+std::uint8_t* LZWDecoder::DecodeNoString(std::uint32_t inCode, std::uint8_t* outPixels) {
+    if (inCode == mEndCode) {
+        mHasEnded = true;
+        return outPixels;
+    }
+    if (inCode == mClearCode)
+        return DecodeFirst(outPixels);
+    // A code beyond the next new one is read as that, but no string can begin with it.
+    if (inCode <= mState.mNextCode || !DecodeString(mState, mState.mNextCode, outPixels))
+        NvThrow(NvErrorCode::km_MalformedGIF);
+    mState.mPrevious = String();
+    return outPixels;
+}
+
+// The first string after clear codes is a single pixel and adds nothing to the table.
+std::uint8_t* LZWDecoder::DecodeFirst(std::uint8_t* outPixels) {
+    const std::uint32_t firstFreeCode = mEndCode + 1;
+    for (std::uint32_t code = firstFreeCode; code <= mState.mNextCode; ++code)
+        mStrings[code] = String();
+    const std::uint32_t codeSize = mMinimumCodeSize + 1;
+    std::uint32_t code = mClearCode;
+    while (code == mClearCode)
+        code = ReadCode(mBits, codeSize);
+    mHasEnded = code == mEndCode;
+    if (mHasEnded)
+        return outPixels;
+    if (code >= std::min(mClearCode, km_Roots))
+        NvThrow(NvErrorCode::km_MalformedGIF);
+    mState = State{codeSize, 1U << codeSize, firstFreeCode, code, mStrings[code]};
+    *outPixels = static_cast<std::uint8_t>(code);
+    return outPixels + 1;
+}
+
+// Eight pixels at a time from the last on; up to seven places behind the string are written too.
+inline void LZWDecoder::Expand(String inString, std::uint8_t* outPixels) const {
+    std::uint8_t* place = outPixels + (inString.GetBits() - 8) / 64 * km_TailSize;
+    std::memcpy(place, &inString.mTail, km_TailSize);
+    std::uint32_t prefix = inString.GetPrefix();
+    while (place > outPixels) {
+        const String& string = mStrings[prefix];
+        place -= km_TailSize;
+        std::memcpy(place, &string.mTail, km_TailSize);
+        prefix = string.GetPrefix();
+    }
+}
+
+std::uint32_t LZWDecoder::ReadCode(BitBuffer& ioBits, std::uint32_t inCodeSize) {
+    ioBits = Refill(ioBits, inCodeSize);
+    return ioBits.mCount < inCodeSize ? mEndCode : TakeCode(ioBits, inCodeSize);
+}
+
+inline std::uint32_t LZWDecoder::TakeCode(BitBuffer& ioBits, std::uint32_t inCodeSize) {
+    const std::uint32_t code = static_cast<std::uint32_t>(ioBits.mBits) & ((1U << inCodeSize) - 1);
     ioBits.mBits >>= inCodeSize;
     ioBits.mCount -= inCodeSize;
     return code;
 }
 
-// Takes up as many whole bytes as there is room for; at the end of a sub-block, what the next code needs. The
-// result holds less only when the data end.
-LZWDecoder::BitBuffer LZWDecoder::Refill(BitBuffer inBits, std::uint32_t inCodeSize) {
-    if (mBlockEnd - mBlockNext >= 8) {
-        inBits.mBits |= NvLoadLittleEndian(&mBlock[mBlockNext]) << inBits.mCount;
-        mBlockNext += (63 - inBits.mCount) / 8;
-        inBits.mCount |= 56;
-        return inBits;
-    }
-    while (inBits.mCount < inCodeSize) {
+// Takes up as many whole bytes as there is room for in the sub-block, and of the next ones what the code
+// needs. The result holds less only when the data end.
+inline LZWDecoder::BitBuffer LZWDecoder::Refill(BitBuffer inBits, std::uint32_t inCodeSize) {
+    if (mBlockEnd - mBlockNext < 8)
+        return RefillAtBlockEnd(inBits, inCodeSize);
+    inBits.mBits |= NvLoadLittleEndian(&mBlock[mBlockNext]) << inBits.mCount;
+    mBlockNext += (63 - inBits.mCount) / 8;
+    inBits.mCount |= 56;
+    return inBits;
+}
+
+LZWDecoder::BitBuffer LZWDecoder::RefillAtBlockEnd(BitBuffer inBits, std::uint32_t inCodeSize) {
+    while (inBits.mCount < inCodeSize || (mBlockNext < mBlockEnd && inBits.mCount < 56)) {
         if (mBlockNext == mBlockEnd && !ReadBlock())
             break;
         inBits.mBits |= std::uint64_t{mBlock[mBlockNext++]} << inBits.mCount;
@@ -170,30 +246,4 @@ bool LZWDecoder::ReadBlock() {
     mReader.Read(mBlock.data(), mBlockEnd);
     mHasEnded = mBlockEnd == 0;
     return !mHasEnded;
-}
-
-// The new string is the previous one and a pixel. A full table stays as it is until the next clear code;
-// entry 4096 exists only to be counted.
-inline void LZWDecoder::AddString(State& ioState, std::uint32_t inPixel) {
-    const std::uint32_t code = ioState.mNextCode++;
-    const String& prefix = mStrings[ioState.mPreviousCode];
-    const std::uint32_t place = ioState.mPreviousLength % km_TailSize;
-    String& string = mStrings[code];
-    string.mTail = (place == 0 ? 0 : prefix.mTail) | InPlace(inPixel, place);
-    string.mPrefix = place == 0 ? static_cast<std::uint16_t>(ioState.mPreviousCode) : prefix.mPrefix;
-    string.mLength = static_cast<std::uint16_t>(ioState.mPreviousLength + (ioState.mPreviousLength != 0));
-    string.mFirst = static_cast<std::uint8_t>(ioState.mPreviousFirst);
-    if (ioState.mNextCode >= 1U << ioState.mCodeSize && ioState.mCodeSize < km_MaxCodeSize)
-        ++ioState.mCodeSize;
-}
-
-// Eight pixels at a time from the last on; up to seven places behind the string are written too.
-inline void LZWDecoder::Expand(const String& inString, std::uint8_t* outPixels) const {
-    std::uint8_t* place = outPixels + (inString.mLength - 1U) / km_TailSize * km_TailSize;
-    std::memcpy(place, &inString.mTail, km_TailSize);
-    for (const String* string = &inString; place > outPixels;) {
-        string = &mStrings[string->mPrefix];
-        place -= km_TailSize;
-        std::memcpy(place, &string->mTail, km_TailSize);
-    }
 }

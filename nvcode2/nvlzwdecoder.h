@@ -41,34 +41,45 @@ public:
 
 private:
     static constexpr std::uint32_t km_MaxCodeSize = 12; // bits
-    static constexpr std::uint32_t km_TableSize =
-        4097; // one more than 12 bits can name; the last is never read
-    static constexpr std::uint32_t km_MaxRoot = 255;
+    static constexpr std::uint32_t km_MaxCodes = 1U << km_MaxCodeSize;
+    static constexpr std::uint32_t km_Roots = 256;
     static constexpr std::uint32_t km_TailSize = 8;      // pixels
     static constexpr std::uint32_t km_WindowSize = 8192; // pixels; 4096 to 32768 do not differ by 2 %
 
-    /** The string of a code, its last 1 to 8 pixels at hand: those from the last multiple of 8 on. Strings
-     * are so expanded in steps of eight pixels, and a string that is one pixel longer than another takes over
-     * either its tail or its code.
-     *
-     *  Length 0 marks a string that can never be expanded, because its prefix was not defined when it was
-     *  added. */
+    /** What a code stands for. Of its string the last 1 to 8 pixels are at hand, those from the last multiple
+     * of 8 on. Strings are so expanded in steps of eight pixels, and a string that is one pixel longer than
+     * another takes over either its tail or its code. */
     struct String {
-        std::uint64_t mTail = 0;   // the first pixel first in memory, zeros behind the last
-        std::uint16_t mPrefix = 0; // code of what stands before the tail
-        std::uint16_t mLength = 0; // pixels
-        std::uint8_t mFirst = 0;   // pixel
-    };
+        std::uint64_t mTail = 0; // the first pixel first in memory, zeros behind the last
 
-    static constexpr std::uint32_t km_NoString = UINT32_MAX;
+        // Loaded and stored at once, from the lowest bits on: eight times the length in pixels, 16 bits; the
+        // code of what stands before the tail, 16 bits; the first pixel in the highest 8.
+        std::uint64_t mRest = 8 * km_Undefined;
+
+        /** The length of what is none: clear and end code, codes not defined yet, and strings whose prefix
+         * was not defined when they were added. No string is that long. */
+        static constexpr std::uint32_t km_Undefined = km_MaxCodes + 1;
+
+        static constexpr std::uint32_t km_OneLonger = 8;
+        static constexpr std::uint32_t km_FirstShift = 56;
+
+        static std::uint64_t RestOfRoot(std::uint64_t inPixel) {
+            return inPixel << km_FirstShift | km_OneLonger;
+        }
+        std::uint64_t RestBehind(std::uint32_t inPrefix) const {
+            return (mRest & ~std::uint64_t{0xFFFF0000}) | inPrefix << 16;
+        }
+        std::uint32_t GetBits() const { return static_cast<std::uint16_t>(mRest); }
+        std::uint32_t GetPrefix() const { return static_cast<std::uint32_t>(mRest) >> 16; }
+    };
 
     /** What changes with every code. */
     struct State {
-        std::uint32_t mCodeSize = 0;                 // bits
-        std::uint32_t mNextCode = 0;                 // to be defined; stops at km_TableSize
-        std::uint32_t mPreviousCode = 0;             // decoded last: the next new string begins with it
-        std::uint32_t mPreviousFirst = 0;            // its first pixel
-        std::uint32_t mPreviousLength = km_NoString; // pixels; 0: not defined; km_NoString: after a clear
+        std::uint32_t mCodeSize = 0;     // bits
+        std::uint32_t mLimit = 0;        // of mNextCode, where codes grow or the table is full
+        std::uint32_t mNextCode = 0;     // to be defined; stays at km_MaxCodes; 0 before the first string
+        std::uint32_t mPreviousCode = 0; // decoded last: the next new string begins with it
+        String mPrevious;                // its string
     };
 
     /** Bits read from sub-blocks and not taken yet, the next code's lowest. */
@@ -79,11 +90,16 @@ private:
 
     std::uint64_t DecodeRow(std::uint8_t* outRow, std::uint64_t inLength, std::uint64_t inWanted);
     void FillWindow(std::uint32_t inWanted);
+    bool DecodeString(State& ioState, std::uint32_t inCode, std::uint8_t*& ioOut);
+    static void Grow(State& ioState);
+    std::uint8_t* DecodeNoString(std::uint32_t inCode, std::uint8_t* outPixels);
+    std::uint8_t* DecodeFirst(std::uint8_t* outPixels);
+    void Expand(String inString, std::uint8_t* outPixels) const;
     std::uint32_t ReadCode(BitBuffer& ioBits, std::uint32_t inCodeSize);
+    static std::uint32_t TakeCode(BitBuffer& ioBits, std::uint32_t inCodeSize);
     BitBuffer Refill(BitBuffer inBits, std::uint32_t inCodeSize);
+    BitBuffer RefillAtBlockEnd(BitBuffer inBits, std::uint32_t inCodeSize);
     bool ReadBlock();
-    void AddString(State& ioState, std::uint32_t inPixel);
-    void Expand(const String& inString, std::uint8_t* outPixels) const;
 
     NvFileReader& mReader;
     std::uint32_t mMinimumCodeSize = 0; // bits
@@ -91,7 +107,7 @@ private:
     std::uint32_t mEndCode = 0;
     bool mHasEnded = false;
     State mState;
-    std::array<String, km_TableSize> mStrings{};
+    std::array<String, km_MaxCodes + 1> mStrings;
 
     BitBuffer mBits;
     std::array<std::uint8_t, 255> mBlock{};
@@ -100,7 +116,7 @@ private:
 
     // Pixels decoded and not yet delivered lie from mWindowNext to mWindowEnd. Behind the window there is
     // room for a longest string that begins in its last place, and for what expanding writes beyond it.
-    std::array<std::uint8_t, km_WindowSize + km_TableSize + km_TailSize> mWindow{};
+    std::array<std::uint8_t, km_WindowSize + km_MaxCodes + km_TailSize> mWindow{};
     std::uint32_t mWindowNext = 0;
     std::uint32_t mWindowEnd = 0;
 };
