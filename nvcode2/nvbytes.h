@@ -18,6 +18,15 @@ inline std::uint64_t NvLoadLittleEndian(const std::uint8_t* inBytes) {
            Word{inBytes[4]} << 32 | Word{inBytes[5]} << 40 | Word{inBytes[6]} << 48 | Word{inBytes[7]} << 56;
 }
 
+/** The lowest goes first. */
+inline void NvStoreLittleEndian(std::uint8_t* outBytes, std::uint64_t inWord) {
+    if constexpr (std::endian::native == std::endian::little)
+        std::memcpy(outBytes, &inWord, sizeof inWord);
+    else
+        for (int i = 0; i < 8; ++i)
+            outBytes[i] = static_cast<std::uint8_t>(inWord >> (8 * i));
+}
+
 /** The first byte is the highest. */
 inline std::uint64_t NvLoadBigEndian(const std::uint8_t* inBytes) {
     using Word = std::uint64_t;

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "nvcode2/nvassert.h"
+#include "nvcode2/nvbytes.h"
 #include "nvcode2/nvfilewriter.h"
 
 LZWEncoder::LZWEncoder(NvFileWriter& inWriter) : mWriter(inWriter) {}
@@ -38,6 +39,7 @@ void LZWEncoder::EncodeRow(const std::uint8_t* inPixels, std::uint32_t inCount) 
         next = mTable.FindRun(inPixels, inCount, prefix);
     while (next < inCount) {
         const std::uint32_t pixel = inPixels[next];
+        mTable.Prefetch(pixel, inPixels[std::min(next + 1, inCount - 1)]);
         if (const std::uint32_t code = mTable.Find(prefix, pixel)) {
             prefix = code;
             ++next;
@@ -94,8 +96,7 @@ inline void LZWEncoder::WriteCode(std::uint32_t inCode) {
 
 // Moves bytes from the accumulator to the block, and the block on when it is full.
 void LZWEncoder::StoreBits(std::uint32_t inBytes) {
-    for (std::uint32_t i = 0; i < inBytes; ++i)
-        mBlock[mBlockLength + i] = static_cast<std::uint8_t>(mAccumulator >> (8 * i));
+    NvStoreLittleEndian(&mBlock[mBlockLength], mAccumulator); // eight at once, however many count
     mAccumulator >>= 8 * inBytes;
     mBitCount -= std::min(mBitCount, 8 * inBytes);
     mBlockLength += inBytes;

@@ -61,6 +61,6 @@ private:
     std::uint32_t mPrefix = km_NoPrefix; // code of the string matched so far
     std::uint64_t mAccumulator = 0;      // bits not yet in the block, the oldest lowest
     std::uint32_t mBitCount = 0;         // bits in mAccumulator, below 8 * km_StoredBytes between codes
-    std::array<std::uint8_t, km_BlockSize + km_StoredBytes> mBlock{}; // data bytes of the next sub-block
+    std::array<std::uint8_t, km_BlockSize + 8> mBlock{}; // data bytes of the next sub-block
     std::uint32_t mBlockLength = 0;
 };
