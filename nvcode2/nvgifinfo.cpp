@@ -7,6 +7,23 @@ NvGIFGlobalInfo::~NvGIFGlobalInfo() {
         delete static_cast<NvGIFComment*>(node->GetElement());
 }
 
+std::unique_ptr<NvGIFGlobalInfo> NvGIFGlobalInfo::Clone() const {
+    auto copy = std::make_unique<NvGIFGlobalInfo>();
+    copy->mColorTable = mColorTable;
+    copy->mVersionFlag = mVersionFlag;
+    copy->mHasGlobalTable = mHasGlobalTable;
+    copy->mColorResolution = mColorResolution;
+    copy->mDeclaredTableSize = mDeclaredTableSize;
+    copy->mSortFlag = mSortFlag;
+    copy->mBackgroundIndex = mBackgroundIndex;
+    copy->mHasLoop = mHasLoop;
+    copy->mLoopCount = mLoopCount;
+    copy->mAspect = mAspect;
+    for (const NvList::Node* node = mComments.GetFirst(); node; node = node->GetNext())
+        copy->AppendComment(static_cast<const NvGIFComment*>(node->GetElement())->mText);
+    return copy;
+}
+
 std::unique_ptr<NvGIFGlobalInfo> NvGIFGlobalInfo::MakeReaderDefault() {
     auto info = std::make_unique<NvGIFGlobalInfo>();
     info->mVersionFlag = 1;

@@ -27,6 +27,9 @@ public:
     NvGIFGlobalInfo(const NvGIFGlobalInfo&) = delete;
     NvGIFGlobalInfo& operator=(const NvGIFGlobalInfo&) = delete;
 
+    /** A record with the same contents, comments included. */
+    std::unique_ptr<NvGIFGlobalInfo> Clone() const;
+
     /** The record a reader starts from: version "89a", colour resolution 8. */
     static std::unique_ptr<NvGIFGlobalInfo> MakeReaderDefault();
 

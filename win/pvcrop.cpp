@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "nvcode2/nvanimation.h"
-#include "win/pvcoverage.h"
 
 namespace {
 
@@ -17,26 +16,35 @@ NvRect UnionOfTwo(const NvRect& inFirst, const NvRect& inSecond) {
 
 } // namespace
 
+PvCropper::PvCropper(std::uint32_t inWidth, std::uint32_t inHeight, bool inAnyClears) {
+    if (inAnyClears)
+        mCoverage.emplace(inWidth, inHeight);
+}
+
+std::unique_ptr<NvGIFFrame> PvCropper::Crop(const NvGIFFrame& inFrame, NvColorTable* ioSharedTable) {
+    const NvGIFFrameInfo& info = inFrame.GetInfo();
+    NvRect bounds = inFrame.FindDrawnBounds();
+    if (mCoverage && PvClears(inFrame))
+        bounds = UnionOfTwo(bounds, mCoverage->BoundsUnder(inFrame));
+    if (mCoverage && !info.RestoresPrevious()) {
+        mCoverage->Draw(inFrame);
+        mCoverage->Dispose(inFrame);
+    }
+    if (bounds.IsEmpty())
+        bounds = {0, 0, 1, 1};
+    if (bounds == NvRect{0, 0, info.mWidth, info.mHeight})
+        return nullptr;
+    std::unique_ptr<NvGIFFrame> cropped = inFrame.CropCopy(bounds);
+    cropped->UpdateTransparency(ioSharedTable, 256);
+    return cropped;
+}
+
 void CropFrames(NvAnimation& ioAnimation) {
-    const bool needsCoverage = PvAnyFrameClears(ioAnimation);
-    PvCoverage coverage(needsCoverage ? ioAnimation.GetScreenWidth() : 0,
-                        needsCoverage ? ioAnimation.GetScreenHeight() : 0);
+    PvCropper cropper(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(),
+                      PvAnyFrameClears(ioAnimation));
     for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
         const NvGIFFrame& frame = ioAnimation.GetFrame(i);
-        const NvGIFFrameInfo& info = frame.GetInfo();
-        NvRect bounds = frame.FindDrawnBounds();
-        if (PvClears(frame))
-            bounds = UnionOfTwo(bounds, coverage.BoundsUnder(frame));
-        if (needsCoverage && !info.RestoresPrevious()) {
-            coverage.Draw(frame);
-            coverage.Dispose(frame);
-        }
-        if (bounds.IsEmpty())
-            bounds = {0, 0, 1, 1};
-        if (bounds == NvRect{0, 0, info.mWidth, info.mHeight})
-            continue;
-        std::unique_ptr<NvGIFFrame> cropped = frame.CropCopy(bounds);
-        cropped->UpdateTransparency(ioAnimation.GetSharedTableOf(*cropped), 256);
-        ioAnimation.ReplaceFrame(i, std::move(cropped));
+        if (auto cropped = cropper.Crop(frame, ioAnimation.GetSharedTableOf(frame)))
+            ioAnimation.ReplaceFrame(i, std::move(cropped));
     }
 }

@@ -1,12 +1,34 @@
 #pragma once
 
-class NvAnimation;
+#include <cstdint>
+#include <memory>
+#include <optional>
 
-/** Cuts every frame down to the smallest rectangle that shows the same.
+#include "win/pvcoverage.h"
+
+class NvAnimation;
+class NvColorTable;
+class NvGIFFrame;
+
+/** Cuts transparent borders off an animation's frames, one after the other.
  *
- *  That is the rectangle of its drawn pixels; for a frame of disposal 2, which also erases its rectangle,
- * every pixel that earlier frames left covered there has to stay inside. A frame with nothing to show becomes
- * one undrawn pixel and keeps its delay. Transparency fields are brought up to date.
- *
- *  Whether a single image may be cropped is the caller's decision. */
+ *  A frame that clears its rectangle keeps what earlier frames left covered there; otherwise the cleared area
+ * would shrink and leave ghosts. A frame that draws nothing becomes one transparent pixel. */
+class PvCropper {
+public:
+    /** @param inWidth      of the logical screen, pixels
+     *  @param inHeight     of the logical screen, pixels
+     *  @param inAnyClears  whether a frame may clear its rectangle */
+    PvCropper(std::uint32_t inWidth, std::uint32_t inHeight, bool inAnyClears);
+
+    /** Takes the next frame.
+     *  @param ioSharedTable  as for NvGIFFrame::UpdateTransparency
+     *  @return               the frame without its borders; null when it has none */
+    std::unique_ptr<NvGIFFrame> Crop(const NvGIFFrame& inFrame, NvColorTable* ioSharedTable);
+
+private:
+    std::optional<PvCoverage> mCoverage; // where frames clear
+};
+
+/** The same for an animation in memory. */
 void CropFrames(NvAnimation& ioAnimation);

@@ -1,25 +1,70 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
-class NvAnimation;
-class PvProgress;
+class NvColorTable;
+class NvConstPixelLock;
+class NvGIFFrame;
+class NvGIFFrameInfo;
 
 /** Largest difference per channel at which a pixel counts as the one already on the screen. */
 inline constexpr std::uint32_t km_DifferenceTolerance = 28;
 
-/** Makes a frame's pixels transparent where the screen already shows almost the same colour.
+/** Lays an animation's frames down on the screen, one after the other, and makes each frame's pixels
+ * transparent where the screen already shows almost the same colour.
  *
  *  A frame's disposal becomes 1 unless it is 2. Holes of one or two pixels are filled again, since breaking a
- * run costs LZW more than they save. Every frame's transparency fields are brought up to date.
- *
- *  Precondition: no frame restores what it covered.
+ * run costs LZW more than they save. A frame's transparency fields are brought up to date.
  *
  *  A frame that uses every entry of a full table has no index left for transparent pixels, and is drawn
- * whole.
- *
- *  @param inTolerance   0 to 255 per channel
- *  @param inTableLimit  entries that a colour table may have at most
- *  @throws NvErrorCode  3 when the progress was told to stop */
-void DifferenceFrames(NvAnimation& ioAnimation, std::uint32_t inTolerance, std::uint32_t inTableLimit,
-                      PvProgress& ioProgress);
+ * whole. */
+class PvDifferencer {
+public:
+    /** @param inWidth       of the logical screen, pixels
+     *  @param inHeight      of the logical screen, pixels
+     *  @param inTolerance   0 to 255 per channel
+     *  @param inTableLimit  entries that a colour table may have at most */
+    PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance,
+                  std::uint32_t inTableLimit);
+
+    /** Takes the next frame.
+     *
+     *  Precondition: it does not restore what it covers.
+     *  @param ioSharedTable  as for NvGIFFrame::UpdateTransparency */
+    void Difference(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable);
+
+private:
+    enum PixelState : std::uint8_t {
+        km_Undrawn,
+        km_Drawn,
+        km_MadeTransparent, // drawn in the frame, shown by the screen already
+    };
+    using ScreenColour = std::uint32_t; // packed, the top byte set where the screen shows something
+
+    ScreenColour* ScreenRow(const NvGIFFrameInfo& inInfo, std::uint32_t inRow);
+    std::uint8_t* StateRow(const NvGIFFrameInfo& inInfo, std::uint32_t inRow);
+    void UseColours(const NvColorTable& inTable);
+    void LayDownFrame(NvGIFFrame& ioFrame);
+    void LayDown(const std::uint8_t* inPixels, std::uint32_t inCount, ScreenColour* ioScreen,
+                 std::uint8_t* outStates);
+    std::size_t FindState(std::size_t inFrom, bool inIsDrawn) const;
+    void RepairShortRuns(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels);
+    void DrawAgain(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels, std::size_t inPlace);
+    bool UsesEveryEntry(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels) const;
+    void DrawEverythingAgain(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels);
+    static void StoreMaskRow(const std::uint8_t* inStates, std::uint32_t inWidth, std::uint8_t* outMask);
+
+    std::uint32_t mWidth;
+    std::uint8_t mTolerance;
+    std::uint32_t mTableLimit;
+    std::vector<ScreenColour> mScreen;        // row-major
+    std::vector<std::uint8_t> mStates;        // PixelState of the frame in hand, row-major
+    std::array<ScreenColour, 256> mColours{}; // of the frame in hand
+
+    // Of one run of drawn pixels.
+    std::vector<ScreenColour> mFrameColours;
+    std::vector<std::uint32_t> mDifferences; // per pixel, a byte for each channel
+};

@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "nvcode2/nvanimation.h"
-#include "nvcode2/nvgifplayer.h"
+#include "nvcode2/nvgifframe.h"
 #include "nvcode2/nvquantoctree.h"
-#include "win/pvprogress.h"
 
 namespace {
 
@@ -109,8 +106,16 @@ std::unique_ptr<NvGIFFrame> MakeFrame(const NvGIFPlayer& inPlayer, const CanvasP
     return frame;
 }
 
-/** Whether everything that one full-screen frame draws is drawn by another one too. */
-bool IsCoveredBy(const NvGIFFrame& inFrame, const NvGIFFrame& inNext) {
+} // namespace
+
+std::unique_ptr<NvGIFFrame> PvFlattener::Flatten(const NvGIFFrame& inFrame) {
+    mPlayer.ShowFrame(inFrame);
+    const CanvasPalette palette = MakePalette(CountColors(mPlayer));
+    mWorstError = std::max(mWorstError, palette.mMeanError);
+    return MakeFrame(mPlayer, palette, inFrame.GetInfo());
+}
+
+bool PvIsCoveredBy(const NvGIFFrame& inFrame, const NvGIFFrame& inNext) {
     const NvConstPixelLock first(inFrame.GetMask());
     const NvConstPixelLock second(inNext.GetMask());
     const std::uint32_t rowBytes = inFrame.GetMask().GetRowBytes();
@@ -119,29 +124,4 @@ bool IsCoveredBy(const NvGIFFrame& inFrame, const NvGIFFrame& inNext) {
             if (first.Row(y)[i] & ~second.Row(y)[i])
                 return false;
     return true;
-}
-
-} // namespace
-
-double FlattenRestoredFrames(NvAnimation& ioAnimation, PvProgress& ioProgress) {
-    const auto restores = [](const NvGIFFrame& inFrame) { return inFrame.GetInfo().RestoresPrevious(); };
-    bool anyRestores = false;
-    for (const NvGIFFrame& frame : std::as_const(ioAnimation))
-        anyRestores = anyRestores || restores(frame);
-    if (!anyRestores)
-        return 0.0;
-
-    NvGIFPlayer player(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight());
-    const std::uint32_t count = ioAnimation.GetFrameCount();
-    double worstError = 0.0;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        ioProgress.ReportFrame(i, count);
-        player.ShowFrame(ioAnimation.GetFrame(i));
-        const CanvasPalette palette = MakePalette(CountColors(player));
-        worstError = std::max(worstError, palette.mMeanError);
-        ioAnimation.ReplaceFrame(i, MakeFrame(player, palette, ioAnimation.GetFrame(i).GetInfo()));
-        if (i > 0 && !IsCoveredBy(ioAnimation.GetFrame(i - 1), ioAnimation.GetFrame(i)))
-            ioAnimation.GetFrame(i - 1).GetInfo().mDisposal = NvGIFFrameInfo::km_DisposeClear;
-    }
-    return worstError;
 }

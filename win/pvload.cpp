@@ -122,7 +122,8 @@ void PvFrameReader::CheckFrames() {
         mPixelsOfAllFrames += pixels;
         mPixelsOfLargestFrame = std::max(mPixelsOfLargestFrame, pixels);
         mColorsOfAllFrames += std::min<std::uint64_t>(pixels, 256);
-        mRestoresPrevious = mRestoresPrevious || info.RestoresPrevious();
+        mAnyFrameRestores = mAnyFrameRestores || info.RestoresPrevious();
+        mAnyFrameClears = mAnyFrameClears || info.mDisposal == NvGIFFrameInfo::km_DisposeClear;
     }
 }
 
@@ -134,11 +135,11 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
     constexpr std::uint64_t km_CommentCopies =
         5; // loaded, and twice each in the two files that the gate plays
     const std::uint64_t screen = std::uint64_t{GetScreenWidth()} * GetScreenHeight();
-    const std::uint64_t frames = mRestoresPrevious ? screen * GetFrameCount() : mPixelsOfAllFrames;
-    const std::uint64_t largest = mRestoresPrevious ? screen : mPixelsOfLargestFrame;
-    const std::uint64_t canvasColors = mRestoresPrevious ? std::min(screen, mColorsOfAllFrames) : 0;
+    const std::uint64_t frames = mAnyFrameRestores ? screen * GetFrameCount() : mPixelsOfAllFrames;
+    const std::uint64_t largest = mAnyFrameRestores ? screen : mPixelsOfLargestFrame;
+    const std::uint64_t canvasColors = mAnyFrameRestores ? std::min(screen, mColorsOfAllFrames) : 0;
     const std::uint64_t colors =
-        mRestoresPrevious ? 256 * std::uint64_t{GetFrameCount()} : mColorsOfAllFrames;
+        mAnyFrameRestores ? 256 * std::uint64_t{GetFrameCount()} : mColorsOfAllFrames;
     return frames + frames / 8 + GetFrameCount() * km_PerFrame + 4 * largest + screen * km_PerScreenPixel +
            km_CommentCopies * mFile.GetCommentMemory() + canvasColors * km_PerCanvasColor +
            NvQuantOctree::EstimateMemory(colors);

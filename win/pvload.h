@@ -31,6 +31,10 @@ public:
     std::uint32_t GetScreenHeight() const { return mFile.GetScreenHeight(); }
     std::shared_ptr<NvGIFGlobalInfo> ShareGlobalInfo() const { return mFile.GetGlobalInfo(); }
 
+    /** Whether a frame puts back what it covered, or is cleared, when its time is over. */
+    bool AnyFrameRestores() const { return mAnyFrameRestores; }
+    bool AnyFrameClears() const { return mAnyFrameClears; }
+
     /** Bytes that optimizing this file will need at the same time, at most: every frame, its working copies,
      * the colours to choose the palette from and the canvases that the result is checked on. */
     std::uint64_t EstimateMemory() const;
@@ -57,7 +61,8 @@ private:
     std::uint64_t mPixelsOfAllFrames = 0;
     std::uint64_t mPixelsOfLargestFrame = 0;
     std::uint64_t mColorsOfAllFrames = 0; // as many as can differ
-    bool mRestoresPrevious = false;       // some frame does, so all of them may become as large as the screen
+    bool mAnyFrameRestores = false;       // so all of them may become as large as the screen
+    bool mAnyFrameClears = false;
 };
 
 /** Loads a whole GIF file.

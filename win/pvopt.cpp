@@ -81,20 +81,40 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
     }
 }
 
+// A file that is no sound GIF is left alone, with the reason kept; only a lack of memory, which says nothing
+// about the file, and a wish to stop go further.
+template <typename Work>
+auto PvOptimizer::KeepLoadError(const Work& inRead) -> decltype(inRead()) {
+    try {
+        return inRead();
+    } catch (const NvErrorCode& error) {
+        if (error.GetCode() == NvErrorCode::km_OutOfMemory || error.GetCode() == NvErrorCode::km_Cancelled)
+            throw;
+        mOutcome.mLoadError = error;
+        return nullptr;
+    }
+}
+
 // A tolerance freezes slow, soft motion: stripes that differ by less are left standing and tear. Where that
-// is seen the file is done again from the start with smaller ones, as long as that may look better at a fair
-// price.
+// is seen the file is done again with smaller ones, as long as that may look better at a fair price.
 std::optional<PvOptimizer::Candidate>
 PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, PvProgress& ioProgress) {
+    const std::unique_ptr<PvFirstPass> file = KeepLoadError([&] {
+        return std::make_unique<PvFirstPass>(inPath, mSettings.mMemoryLimit, PassOptions(), ioProgress);
+    });
+    if (!file)
+        return std::nullopt;
+    mOutcome.mFrameCount = file->GetFrameCount();
     std::uint32_t tolerance = IsPreferred("LOSSLESS") ? 0 : mSettings.mTolerance;
-    std::optional<Candidate> best = RunFirstPass(inPath, inOriginalSize, PassOptions(tolerance), ioProgress);
+    std::optional<Candidate> best = RunFirstPass(inPath, *file, tolerance, inOriginalSize, false, ioProgress);
     while (best && tolerance > 0 && mOutcome.mFrameCount > 1 && best->mComparison.MayLookBetter()) {
         tolerance = NextTolerance(tolerance);
         best->mAnimation.reset(); // there is room for one
         const bool mustChange = best->mComparison.HasLostStructure();
-        PvPassOptions options = PassOptions(tolerance);
-        options.mSizeToBeat = mustChange ? inOriginalSize : std::min(inOriginalSize, best->HopelessSize());
-        std::optional<Candidate> nearer = RunFirstPass(inPath, options.mSizeToBeat, options, ioProgress);
+        const std::uint32_t sizeToBeat =
+            mustChange ? inOriginalSize : std::min(inOriginalSize, best->HopelessSize());
+        std::optional<Candidate> nearer =
+            RunFirstPass(inPath, *file, tolerance, sizeToBeat, true, ioProgress);
         if (!nearer && !mustChange)
             break; // a still smaller tolerance leaves still more to draw
         if (mustChange || nearer->Cost() <= best->Cost())
@@ -103,19 +123,23 @@ PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, P
     return best;
 }
 
-/** @return nothing when the result is not smaller or not fit to replace the file */
-std::optional<PvOptimizer::Candidate> PvOptimizer::RunFirstPass(const char* inPath,
-                                                                std::uint32_t inSizeToBeat,
-                                                                const PvPassOptions& inOptions,
+/** @param inMayGiveUp  when it becomes clear on the way that the size will not be beaten
+ *  @return             nothing when the result is not smaller or not fit to replace the file */
+std::optional<PvOptimizer::Candidate> PvOptimizer::RunFirstPass(const char* inPath, PvFirstPass& ioFile,
+                                                                std::uint32_t inTolerance,
+                                                                std::uint32_t inSizeToBeat, bool inMayGiveUp,
                                                                 PvProgress& ioProgress) {
-    ioProgress.BeginStep(0.2);
-    std::unique_ptr<NvAnimation> animation = Load(inPath, ioProgress);
+    std::unique_ptr<NvAnimation> animation =
+        KeepLoadError([&] { return ioFile.Rebuild(inTolerance, ioProgress); });
     if (!animation)
         return std::nullopt;
-    const std::optional<PvColourAllowance> allowance = mPasses.RunFirst(*animation, inOptions, ioProgress);
-    if (!allowance)
+    const std::optional<std::uint64_t> moved = mPasses.RunFirst(
+        *animation, ioFile.GetBackground(), PassOptions(), inMayGiveUp ? inSizeToBeat : 0, ioProgress);
+    if (!moved)
         return std::nullopt;
-    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeToBeat, *animation, *allowance);
+    PvColourAllowance allowance = ioFile.GetAllowance(inTolerance);
+    allowance.mMovedPixels = static_cast<double>(*moved);
+    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeToBeat, *animation, allowance);
     if (candidate)
         candidate->mAnimation = std::move(animation);
     return candidate;
@@ -127,11 +151,14 @@ std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t i
                                              NvAnimation* ioWritten, bool inIsBackedUp,
                                              PvProgress& ioProgress) {
     ioProgress.BeginStep(0.85);
-    const std::unique_ptr<NvAnimation> loaded = ioWritten ? nullptr : Load(inPath, ioProgress);
+    std::unique_ptr<NvAnimation> loaded;
+    if (!ioWritten)
+        loaded = KeepLoadError([&] { return LoadAnimation(inPath, mSettings.mMemoryLimit, ioProgress); });
     NvAnimation* animation = ioWritten ? ioWritten : loaded.get();
     if (!animation)
         return inSizeSoFar;
-    const PvColourAllowance allowance = mPasses.RunSecond(*animation, PassOptions(0), ioProgress);
+    PvColourAllowance allowance; // beside what is on the disk by now
+    allowance.mMovedPixels = static_cast<double>(mPasses.RunSecond(*animation, PassOptions(), ioProgress));
     if (inIsBackedUp && allowance.mMovedPixels == 0.0)
         return inSizeSoFar;
     std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeSoFar, *animation, allowance);
@@ -140,12 +167,8 @@ std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t i
     return candidate->mSize;
 }
 
-PvPassOptions PvOptimizer::PassOptions(std::uint32_t inTolerance) const {
-    PvPassOptions options;
-    options.mIsLossless = IsPreferred("LOSSLESS");
-    options.mCropsSingleImages = IsPreferred("ALLOWCROP");
-    options.mTolerance = inTolerance;
-    return options;
+PvPassOptions PvOptimizer::PassOptions() const {
+    return {IsPreferred("LOSSLESS"), IsPreferred("ALLOWCROP")};
 }
 
 /** @return whether a preference is there and not 0 */
@@ -153,21 +176,6 @@ bool PvOptimizer::IsPreferred(const char* inName) const {
     std::uint32_t value = 0;
     mPrefs.ReadDWordDefault(inName, value, 0);
     return value != 0;
-}
-
-// A file that is no sound GIF is left alone, with the reason kept; only a lack of memory, which says nothing
-// about the file, and a wish to stop go further.
-std::unique_ptr<NvAnimation> PvOptimizer::Load(const char* inPath, PvProgress& ioProgress) {
-    try {
-        std::unique_ptr<NvAnimation> animation = LoadAnimation(inPath, mSettings.mMemoryLimit, ioProgress);
-        mOutcome.mFrameCount = animation->GetFrameCount();
-        return animation;
-    } catch (const NvErrorCode& error) {
-        if (error.GetCode() == NvErrorCode::km_OutOfMemory || error.GetCode() == NvErrorCode::km_Cancelled)
-            throw;
-        mOutcome.mLoadError = error;
-        return nullptr;
-    }
 }
 
 std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inPath,

@@ -78,12 +78,14 @@ private:
                                     bool inIsBackedUp, PvProgress& ioProgress);
     std::optional<Candidate> ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize,
                                              PvProgress& ioProgress);
-    std::optional<Candidate> RunFirstPass(const char* inPath, std::uint32_t inSizeToBeat,
-                                          const PvPassOptions& inOptions, PvProgress& ioProgress);
+    std::optional<Candidate> RunFirstPass(const char* inPath, PvFirstPass& ioFile, std::uint32_t inTolerance,
+                                          std::uint32_t inSizeToBeat, bool inMayGiveUp,
+                                          PvProgress& ioProgress);
     std::optional<Candidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
                                            NvAnimation& ioAnimation, const PvColourAllowance& inAllowance);
-    std::unique_ptr<NvAnimation> Load(const char* inPath, PvProgress& ioProgress);
-    PvPassOptions PassOptions(std::uint32_t inTolerance) const;
+    template <typename Work>
+    auto KeepLoadError(const Work& inRead) -> decltype(inRead());
+    PvPassOptions PassOptions() const;
     bool IsPreferred(const char* inName) const;
     bool Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp);
 

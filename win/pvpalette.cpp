@@ -11,7 +11,7 @@
 #include "nvcode2/nvquantoctree.h"
 #include "nvcode2/nvquantremap.h"
 #include "nvcode2/nvquantselector.h"
-#include "win/pvhistogram.h"
+#include "win/pvframecolours.h"
 #include "win/pvprogress.h"
 
 namespace {
@@ -50,50 +50,42 @@ std::uint32_t PvPaletteLimit(PvPaletteMode inMode) {
     return LimitsOf(inMode).mShared;
 }
 
-double BuildGlobalPalette(NvAnimation& ioAnimation, PvPaletteMode inMode, PvProgress& ioProgress) {
+PvSharedPalette BuildGlobalPalette(std::vector<PvFrameColours>& ioFrames, PvPaletteMode inMode,
+                                   PvProgress& ioProgress) {
     const ModeLimits limits = LimitsOf(inMode);
-    const std::uint32_t count = ioAnimation.GetFrameCount();
-    std::vector<PvHistogram> histograms;
-    histograms.reserve(count);
     NvQuantOctree octree(limits.mShared);
-    for (const NvGIFFrame& frame : ioAnimation) {
-        histograms.push_back(PvDrawnHistogram(frame));
-        octree.AddHistogram(frame.GetImage().GetColorTable(), histograms.back().data());
-    }
-    NvColorTable table = octree.MakeTable();
-    if (table.GetSize() == 0)
-        table = OneBlackEntry();
+    for (const PvFrameColours& frame : ioFrames)
+        octree.AddHistogram(frame.mTable, frame.mHistogram.data());
+    PvSharedPalette palette{octree.MakeTable()};
+    if (palette.mTable.GetSize() == 0)
+        palette.mTable = OneBlackEntry();
 
-    double worstError = 0.0;
+    const auto count = static_cast<std::uint32_t>(ioFrames.size());
     for (std::uint32_t i = 0; i < count; ++i) {
         ioProgress.ReportFrame(i, count);
-        NvGIFFrame& frame = ioAnimation.GetFrame(i);
-        const NvColorTable& colors = frame.GetImage().GetColorTable();
-        const std::uint32_t* histogram = histograms[i].data();
+        PvFrameColours& frame = ioFrames[i];
+        const std::uint32_t* histogram = frame.mHistogram.data();
         const bool selects = inMode != PvPaletteMode::km_Full;
         NvColorFlags flags{};
         if (selects)
-            flags = NvQuantSelector(colors, histogram, table, limits.mPerFrame);
-        const NvIndexMap map = NvMakeRemap(colors, histogram, table, selects ? &flags : nullptr);
-        worstError = std::max(worstError, NvMeanRemapError(colors, histogram, map, table));
-        NvQuantRemap(frame.GetImage(), map, table);
-        frame.GetInfo().mHasLocalTable = 0;
-        frame.GetInfo().mColorTable.Clear();
+            flags = NvQuantSelector(frame.mTable, histogram, palette.mTable, limits.mPerFrame);
+        const NvIndexMap map =
+            NvMakeRemap(frame.mTable, histogram, palette.mTable, selects ? &flags : nullptr);
+        palette.mWorstError = std::max(palette.mWorstError, frame.Replace(map, palette.mTable));
     }
-    ioAnimation.GetGlobalInfo().mHasGlobalTable = 1;
-    ioAnimation.GetGlobalInfo().mSortFlag = 0;
-    ioAnimation.GetGlobalInfo().mColorTable = table;
-    return worstError;
+    return palette;
 }
 
-void MergeDuplicateColours(NvAnimation& ioAnimation) {
-    const NvGIFGlobalInfo& info = ioAnimation.GetGlobalInfo();
-    if (!info.mHasGlobalTable || info.mColorTable.GetSize() < 2)
+void MergeDuplicateColours(std::vector<PvFrameColours>& ioFrames, NvColorTable& ioTable) {
+    if (ioTable.GetSize() < 2)
         return;
     NvIndexMap map{};
-    const NvColorTable merged = info.mColorTable.RemoveDuplicatesWithMap(map.data());
-    if (merged.GetSize() < info.mColorTable.GetSize())
-        ApplySharedMap(ioAnimation, map, merged);
+    const NvColorTable merged = ioTable.RemoveDuplicatesWithMap(map.data());
+    if (merged.GetSize() == ioTable.GetSize())
+        return;
+    for (PvFrameColours& frame : ioFrames)
+        frame.Replace(map, merged);
+    ioTable = merged;
 }
 
 void OrderSharedTable(NvAnimation& ioAnimation, std::uint32_t inTableLimit) {

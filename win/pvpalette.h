@@ -1,13 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
+
+#include "nvcode2/nvcolortable.h"
 
 class NvAnimation;
 class PvProgress;
+struct PvFrameColours;
 
-/** The steps that give an animation one small palette. They leave every frame's mask as it is; transparency
- * fields and the indices of undrawn pixels are valid again after BringTransparencyUpToDate or
- * DifferenceFrames. */
+/** The steps that give an animation one small palette. The first ones work on the colours that its frames
+ * draw with, the later ones on the frames. */
 
 /** How strongly BuildGlobalPalette reduces colours. */
 enum class PvPaletteMode {
@@ -19,14 +22,20 @@ enum class PvPaletteMode {
 /** Entries the shared table may have in a mode. */
 std::uint32_t PvPaletteLimit(PvPaletteMode inMode);
 
-/** Builds a palette for all frames' drawn pixels, maps every frame to it and takes the local tables away.
+/** A palette for all frames. */
+struct PvSharedPalette {
+    NvColorTable mTable;
+    double mWorstError = 0.0; ///< the largest mean error that a frame suffers from it, levels per channel
+};
+
+/** Builds a palette for all frames' drawn pixels and maps their colours to it.
  *
- *  @return  the largest mean error that a frame suffered, in levels per channel
  *  @throws NvErrorCode  3 when the progress was told to stop */
-double BuildGlobalPalette(NvAnimation& ioAnimation, PvPaletteMode inMode, PvProgress& ioProgress);
+PvSharedPalette BuildGlobalPalette(std::vector<PvFrameColours>& ioFrames, PvPaletteMode inMode,
+                                   PvProgress& ioProgress);
 
 /** Takes repeated colours out of the shared table; their pixels go to the first occurrence. */
-void MergeDuplicateColours(NvAnimation& ioAnimation);
+void MergeDuplicateColours(std::vector<PvFrameColours>& ioFrames, NvColorTable& ioTable);
 
 /** Orders the shared table by how many frames draw with a colour, most first, and drops colours that none
  * uses.
@@ -43,4 +52,4 @@ void NarrowTables(NvAnimation& ioAnimation);
 
 /** Makes the shared table's entry nearest to a colour the background index, the lowest of equally near ones.
  * An animation without shared table gets one of two entries of that colour. */
-void RestoreBackgroundIndex(NvAnimation& ioAnimation, const struct NvColor& inBackground);
+void RestoreBackgroundIndex(NvAnimation& ioAnimation, const NvColor& inBackground);

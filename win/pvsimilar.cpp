@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <numeric>
 #include <optional>
-#include <vector>
+#include <utility>
 
-#include "nvcode2/nvanimation.h"
+#include "nvcode2/nvgifframe.h"
 #include "nvcode2/nvquantremap.h"
-#include "win/pvhistogram.h"
+#include "win/pvframecolours.h"
 #include "win/pvlookcost.h"
 #include "win/pvlzwestimate.h"
 
@@ -49,7 +48,6 @@ struct Group {
 struct Merge {
     NvColorTable mTable;
     NvIndexMap mMap{};
-    double mMeanError = 0.0; // levels per channel, over the drawn pixels
 };
 
 /** The entries that a frame draws with, most used first. */
@@ -64,14 +62,12 @@ std::vector<std::uint32_t> UsedEntries(const PvHistogram& inHistogram) {
 }
 
 /** @return  nothing when no two colours are that near to each other */
-std::optional<Merge> MergeColours(const NvGIFFrame& inFrame, std::uint32_t inReach) {
-    const NvColorTable& table = inFrame.GetImage().GetColorTable();
-    const PvHistogram histogram = PvDrawnHistogram(inFrame);
-    const std::vector<std::uint32_t> used = UsedEntries(histogram);
+std::optional<Merge> MergeColours(const PvFrameColours& inColours, std::uint32_t inReach) {
+    const std::vector<std::uint32_t> used = UsedEntries(inColours.mHistogram);
     std::vector<Group> groups;
     Merge merge;
     for (const std::uint32_t entry : used) {
-        const NvColor& color = table.GetColor(entry);
+        const NvColor& color = inColours.mTable.GetColor(entry);
         std::size_t nearest = groups.size();
         std::uint32_t nearestDistance = inReach * inReach;
         for (std::size_t i = 0; i < groups.size(); ++i) {
@@ -83,7 +79,7 @@ std::optional<Merge> MergeColours(const NvGIFFrame& inFrame, std::uint32_t inRea
         }
         if (nearest == groups.size())
             groups.push_back({color});
-        groups[nearest].Add(color, histogram[entry]);
+        groups[nearest].Add(color, inColours.mHistogram[entry]);
         merge.mMap[entry] = static_cast<std::uint8_t>(nearest);
     }
     if (groups.size() == used.size())
@@ -91,66 +87,71 @@ std::optional<Merge> MergeColours(const NvGIFFrame& inFrame, std::uint32_t inRea
     merge.mTable = NvColorTable(static_cast<std::uint32_t>(groups.size()));
     for (std::uint32_t i = 0; i < groups.size(); ++i)
         merge.mTable.SetColor(i, groups[i].Mean());
-    merge.mMeanError = NvMeanRemapError(table, histogram.data(), merge.mMap, merge.mTable);
     return merge;
 }
 
-/** Frames spread evenly over an animation. */
-std::vector<const NvGIFFrame*> FramesToTry(const NvAnimation& inAnimation) {
-    const std::uint32_t count = std::min(inAnimation.GetFrameCount(), km_FramesTried);
-    std::vector<const NvGIFFrame*> frames;
-    for (std::uint32_t i = 0; i < count; ++i)
-        frames.push_back(&inAnimation.GetFrame(
-            static_cast<std::uint32_t>(std::uint64_t{i} * inAnimation.GetFrameCount() / count)));
-    return frames;
-}
+/** Finds out on a few frames of an animation how far to reach. */
+class ReachTrial {
+public:
+    ReachTrial(const std::vector<PvFrameColours>& inFrames,
+               const std::vector<std::unique_ptr<NvGIFFrame>>& inTried)
+        : mFrames(inFrames),
+          mTried(inTried),
+          mIndices(PvFramesToTry(static_cast<std::uint32_t>(inFrames.size()))) {}
 
-/** What the whole animation would cost if its other frames were like these. */
-double CostOf(const NvAnimation& inAnimation, std::uint32_t inReach) {
-    PvLZWEstimator estimator;
-    double bits = 0.0;
-    double similarity = 0.0;
-    const std::vector<const NvGIFFrame*> frames = FramesToTry(inAnimation);
-    for (const NvGIFFrame* frame : frames) {
-        const std::unique_ptr<NvImage> copy = frame->Clone();
-        auto& merged = static_cast<NvGIFFrame&>(*copy);
-        if (const std::optional<Merge> merge = MergeColours(*frame, inReach))
-            NvQuantRemap(merged.GetImage(), merge->mMap, merge->mTable);
-        bits += static_cast<double>(estimator.EstimateFrame(merged));
-        similarity += PvFrameSimilarity(*frame, merged);
+    std::uint32_t ChooseReach() const {
+        if (!LongReachMergesMore())
+            return km_ShortReach;
+        return CostOf(km_LongReach) < CostOf(km_ShortReach) ? km_LongReach : km_ShortReach;
     }
-    const auto count = static_cast<double>(frames.size());
-    return PvLookCost(bits / 8 / count * inAnimation.GetFrameCount(), similarity / count);
-}
 
-/** Whether the long reach merges more than the short one, in the frames tried. */
-bool LongReachMergesMore(const NvAnimation& inAnimation) {
-    const std::vector<const NvGIFFrame*> frames = FramesToTry(inAnimation);
-    return std::any_of(frames.begin(), frames.end(), [&](const NvGIFFrame* inFrame) {
-        const std::optional<Merge> further = MergeColours(*inFrame, km_LongReach);
-        const std::optional<Merge> nearer = MergeColours(*inFrame, km_ShortReach);
-        return further && (!nearer || further->mTable.GetSize() < nearer->mTable.GetSize());
-    });
-}
+private:
+    bool LongReachMergesMore() const {
+        return std::any_of(mIndices.begin(), mIndices.end(), [&](std::uint32_t inIndex) {
+            const std::optional<Merge> further = MergeColours(mFrames[inIndex], km_LongReach);
+            const std::optional<Merge> nearer = MergeColours(mFrames[inIndex], km_ShortReach);
+            return further && (!nearer || further->mTable.GetSize() < nearer->mTable.GetSize());
+        });
+    }
 
-std::uint32_t ChooseReach(const NvAnimation& inAnimation) {
-    if (!LongReachMergesMore(inAnimation))
-        return km_ShortReach;
-    return CostOf(inAnimation, km_LongReach) < CostOf(inAnimation, km_ShortReach) ? km_LongReach
-                                                                                  : km_ShortReach;
-}
+    /** What the whole animation would cost if its other frames were like these. */
+    double CostOf(std::uint32_t inReach) const {
+        PvLZWEstimator estimator;
+        double bits = 0.0;
+        double similarity = 0.0;
+        for (std::size_t i = 0; i < mTried.size(); ++i) {
+            const std::unique_ptr<NvImage> copy = mTried[i]->Clone();
+            auto& merged = static_cast<NvGIFFrame&>(*copy);
+            if (const std::optional<Merge> merge = MergeColours(mFrames[mIndices[i]], inReach))
+                NvQuantRemap(merged.GetImage(), merge->mMap, merge->mTable);
+            bits += static_cast<double>(estimator.EstimateFrame(merged));
+            similarity += PvFrameSimilarity(*mTried[i], merged);
+        }
+        const auto count = static_cast<double>(mTried.size());
+        return PvLookCost(bits / 8 / count * static_cast<double>(mFrames.size()), similarity / count);
+    }
+
+    const std::vector<PvFrameColours>& mFrames;
+    const std::vector<std::unique_ptr<NvGIFFrame>>& mTried;
+    std::vector<std::uint32_t> mIndices;
+};
 
 } // namespace
 
-double MergeSimilarFrameColours(NvAnimation& ioAnimation) {
-    const std::uint32_t reach = ChooseReach(ioAnimation);
+std::vector<std::uint32_t> PvFramesToTry(std::uint32_t inFrameCount) {
+    const std::uint32_t count = std::min(inFrameCount, km_FramesTried);
+    std::vector<std::uint32_t> indices;
+    for (std::uint32_t i = 0; i < count; ++i)
+        indices.push_back(static_cast<std::uint32_t>(std::uint64_t{i} * inFrameCount / count));
+    return indices;
+}
+
+double MergeSimilarFrameColours(std::vector<PvFrameColours>& ioFrames,
+                                const std::vector<std::unique_ptr<NvGIFFrame>>& inTried) {
+    const std::uint32_t reach = ReachTrial(ioFrames, inTried).ChooseReach();
     double worstError = 0.0;
-    for (NvGIFFrame& frame : ioAnimation) {
-        const std::optional<Merge> merge = MergeColours(frame, reach);
-        if (!merge)
-            continue;
-        NvQuantRemap(frame.GetImage(), merge->mMap, merge->mTable);
-        worstError = std::max(worstError, merge->mMeanError);
-    }
+    for (PvFrameColours& frame : ioFrames)
+        if (const std::optional<Merge> merge = MergeColours(frame, reach))
+            worstError = std::max(worstError, frame.Replace(merge->mMap, merge->mTable));
     return worstError;
 }

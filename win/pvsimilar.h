@@ -1,13 +1,24 @@
 #pragma once
 
-class NvAnimation;
+#include <cstdint>
+#include <memory>
+#include <vector>
 
-/** Merges, within each frame, colours so near to each other that hardly anybody tells them apart. Makes room
- *  in the palette for colours that differ, and longer strings for LZW.
+class NvGIFFrame;
+struct PvFrameColours;
+
+/** The frames of an animation on which it is tried how far near colours may merge: a few, spread evenly,
+ * rising. */
+std::vector<std::uint32_t> PvFramesToTry(std::uint32_t inFrameCount);
+
+/** Merges colours of every frame that are near to each other.
  *
  *  The most used colours lead; every other one joins the nearest leader within reach, or leads itself, and a
  *  group becomes the mean of its pixels. How far the reach is, is chosen for the whole animation: on a few
  *  frames it is tried what each saves and how it looks (see PvLookCost).
  *
- *  @return  the largest mean error that a frame suffered, in levels per channel */
-double MergeSimilarFrameColours(NvAnimation& ioAnimation);
+ *  @param ioFrames  the colours of all frames, as they were read
+ *  @param inTried   the frames that PvFramesToTry names
+ *  @return          the largest mean error that a frame suffered, in levels per channel */
+double MergeSimilarFrameColours(std::vector<PvFrameColours>& ioFrames,
+                                const std::vector<std::unique_ptr<NvGIFFrame>>& inTried);

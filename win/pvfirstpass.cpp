@@ -1,0 +1,124 @@
+#include "win/pvfirstpass.h"
+
+#include <utility>
+
+#include "nvcode2/nvanimation.h"
+#include "nvcode2/nverrorcode.h"
+#include "win/pvdifference.h"
+#include "win/pvframecolours.h"
+#include "win/pvframestream.h"
+#include "win/pvlossless.h"
+#include "win/pvpalette.h"
+#include "win/pvprogress.h"
+#include "win/pvsimilar.h"
+
+namespace {
+
+constexpr PvPaletteMode km_Mode = PvPaletteMode::km_Normal;
+constexpr std::uint32_t km_MaxColours = 256;
+
+// A canvas is put together from parts of several frames, so its mean may lie above that of each of them by
+// this much of it.
+constexpr double km_CanvasErrorShare = 1.0;
+
+} // namespace
+
+PvFirstPass::PvFirstPass(const char* inPath, std::uint64_t inMemoryLimit, const PvPassOptions& inOptions,
+                         PvProgress& ioProgress)
+    : mReader(inPath, inMemoryLimit), mOptions(inOptions) {
+    if (mReader.EstimateMemory() > inMemoryLimit)
+        NvThrow(NvErrorCode::km_OutOfMemory);
+    mBackground = mReader.ShareGlobalInfo()->GetBackgroundColor();
+    if (!mOptions.mIsLossless)
+        ChooseColours(ioProgress);
+}
+
+// Animations are always cropped: nobody sees it. A single image changes its place in the screen, so that is
+// for the user to decide.
+PvFrameStream PvFirstPass::OpenStream() {
+    return PvFrameStream(mReader, GetFrameCount() > 1 || mOptions.mCropsSingleImages);
+}
+
+void PvFirstPass::ChooseColours(PvProgress& ioProgress) {
+    ioProgress.BeginStep(0.2);
+    const std::vector<std::uint32_t> toTry = PvFramesToTry(GetFrameCount());
+    std::vector<PvFrameColours> frames;
+    std::vector<std::unique_ptr<NvGIFFrame>> tried;
+    PvFrameStream stream = OpenStream();
+    while (std::unique_ptr<NvGIFFrame> frame = stream.Next()) {
+        const auto index = static_cast<std::uint32_t>(frames.size());
+        ioProgress.ReportFrame(index, GetFrameCount());
+        frames.emplace_back(*frame);
+        if (tried.size() < toTry.size() && toTry[tried.size()] == index)
+            tried.push_back(std::move(frame));
+    }
+    mFlattenError = stream.GetFlattenError();
+
+    const double mergeError = MergeSimilarFrameColours(frames, tried);
+    ioProgress.BeginStep(0.35);
+    PvSharedPalette palette = BuildGlobalPalette(frames, km_Mode, ioProgress);
+    MergeDuplicateColours(frames, palette.mTable);
+    mColourError = mergeError + palette.mWorstError;
+    mSharedTable = std::move(palette.mTable);
+    for (const PvFrameColours& frame : frames)
+        mMaps.push_back(frame.mMap);
+}
+
+PvColourAllowance PvFirstPass::GetAllowance(std::uint32_t inTolerance) const {
+    PvColourAllowance
+        allowance; // when nothing may be lost, none at all: what cannot be done, the gate refuses
+    if (mOptions.mIsLossless)
+        return allowance;
+    allowance.mMeanError = mFlattenError + mColourError;
+    if (GetFrameCount() > 1)
+        allowance.mMeanError += km_CanvasErrorShare * mColourError + inTolerance;
+    return allowance;
+}
+
+std::unique_ptr<NvAnimation> PvFirstPass::Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress) {
+    ioProgress.BeginStep(0.45);
+    std::unique_ptr<NvAnimation> animation = DifferenceFrames(inTolerance, ioProgress);
+    if (!mOptions.mIsLossless)
+        OrderSharedTable(*animation, PvPaletteLimit(km_Mode));
+    else if (ShareExactColours(*animation, ioProgress))
+        OrderSharedTable(*animation, km_MaxColours);
+    return animation;
+}
+
+// What is read later keeps referring to the table in the file, so that stays as it is while it is needed.
+std::shared_ptr<NvGIFGlobalInfo> PvFirstPass::MakeGlobalInfo() {
+    if (mOptions.mIsLossless)
+        return mReader.ShareGlobalInfo();
+    std::shared_ptr<NvGIFGlobalInfo> info = mReader.ShareGlobalInfo()->Clone();
+    info->mHasGlobalTable = 1;
+    info->mSortFlag = 0;
+    info->mColorTable = mSharedTable;
+    return info;
+}
+
+std::unique_ptr<NvAnimation> PvFirstPass::DifferenceFrames(std::uint32_t inTolerance,
+                                                           PvProgress& ioProgress) {
+    const std::uint32_t width = mReader.GetScreenWidth();
+    const std::uint32_t height = mReader.GetScreenHeight();
+    auto animation = std::make_unique<NvAnimation>(MakeGlobalInfo(), width, height);
+    PvFrameStream stream = OpenStream();
+    PvDifferencer differencer(width, height, inTolerance,
+                              mOptions.mIsLossless ? km_MaxColours : PvPaletteLimit(km_Mode));
+    PvCropper cropper(width, height, stream.MayClear());
+    for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
+        ioProgress.ReportFrame(i, GetFrameCount());
+        std::unique_ptr<NvGIFFrame> frame = stream.Next();
+        if (!mOptions.mIsLossless) {
+            NvQuantRemap(frame->GetImage(), mMaps[i], mSharedTable);
+            frame->GetInfo().mHasLocalTable = 0;
+            frame->GetInfo().mColorTable.Clear();
+        }
+        NvColorTable* shared = animation->GetSharedTableOf(*frame);
+        differencer.Difference(*frame, shared);
+        if (stream.Crops())
+            if (std::unique_ptr<NvGIFFrame> cropped = cropper.Crop(*frame, shared))
+                frame = std::move(cropped);
+        animation->AddFrame(std::move(frame));
+    }
+    return animation;
+}
