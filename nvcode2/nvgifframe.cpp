@@ -1,17 +1,11 @@
 #include "nvcode2/nvgifframe.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <utility>
 
 #include "nvcode2/nvassert.h"
 #include "nvcode2/nvmaskrow.h"
-
-namespace {
-constexpr std::uint32_t km_MaxColors = 256;
-using Histogram = std::array<std::uint32_t, km_MaxColors>;
-} // namespace
 
 NvGIFFrame::NvGIFFrame(NvIndexedImage&& inImage, NvBitmapImage&& inMask,
                        std::unique_ptr<NvGIFFrameInfo> inInfo)
@@ -88,12 +82,20 @@ bool NvGIFFrame::IsFullyDrawn() const {
 }
 
 void NvGIFFrame::UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t inTableLimit) {
+    Histogram histogram{}; // not needed when there is nothing to find
+    if (!IsFullyDrawn() && mImage.GetColorTable().GetSize() > 0)
+        mImage.BuildMaskedHistogram(histogram.data(), &mMask);
+    UpdateTransparency(ioSharedTable, inTableLimit, histogram);
+}
+
+void NvGIFFrame::UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t inTableLimit,
+                                    const Histogram& inHistogram) {
     NvGIFFrameInfo& info = GetInfo();
     if (IsFullyDrawn()) {
         info.mHasTransparency = 0;
         info.mTransparentIndex = 0;
     } else {
-        const std::uint32_t slot = FindTransparentSlot(ioSharedTable, inTableLimit);
+        const std::uint32_t slot = FindTransparentSlot(ioSharedTable, inTableLimit, inHistogram);
         info.mHasTransparency = 1;
         info.mTransparentIndex = static_cast<std::uint8_t>(slot);
         SetUndrawnPixels(info.mTransparentIndex);
@@ -102,13 +104,11 @@ void NvGIFFrame::UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t i
         info.mColorTable = mImage.GetColorTable();
 }
 
-std::uint32_t NvGIFFrame::FindTransparentSlot(NvColorTable* ioSharedTable, std::uint32_t inTableLimit) {
-    Histogram histogram{};
-    if (mImage.GetColorTable().GetSize() > 0)
-        mImage.BuildMaskedHistogram(histogram.data(), &mMask);
+std::uint32_t NvGIFFrame::FindTransparentSlot(NvColorTable* ioSharedTable, std::uint32_t inTableLimit,
+                                              const Histogram& inHistogram) {
     const NvGIFFrameInfo& info = GetInfo();
     const std::uint32_t size = mImage.GetColorTable().GetSize();
-    const auto isUsed = [&](std::uint32_t inIndex) { return histogram[inIndex] != 0; };
+    const auto isUsed = [&](std::uint32_t inIndex) { return inHistogram[inIndex] != 0; };
     std::uint32_t usedEnd = size; // one past the highest index in use
     while (usedEnd > 0 && !isUsed(usedEnd - 1))
         --usedEnd;
@@ -128,7 +128,7 @@ std::uint32_t NvGIFFrame::FindTransparentSlot(NvColorTable* ioSharedTable, std::
         AppendEntry(ioSharedTable);
         return size;
     }
-    return FreeCheapestSlot(histogram.data());
+    return FreeCheapestSlot(inHistogram.data());
 }
 
 // A frame's own table may be the leading part of the shared one; then the next shared entry is the one it

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 
@@ -17,6 +18,9 @@
  *  Image and mask have the frame's size; the record is the image's format information. */
 class NvGIFFrame final : public NvImage {
 public:
+    /** Drawn pixels per index. */
+    using Histogram = std::array<std::uint32_t, 256>;
+
     /** @param inImage  the pixels; taken over
      *  @param inMask   as large as the image, set where a pixel is drawn, polarity 0; taken over
      *  @param inInfo   the record, its size that of the image; taken over, not null */
@@ -66,11 +70,16 @@ public:
      *  @param inTableLimit   entries that table may have at most, 2 to 256 */
     void UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t inTableLimit);
 
+    /** The same for who knows the drawn pixels per index already. */
+    void UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t inTableLimit,
+                            const Histogram& inHistogram);
+
     /** Gives every undrawn pixel an index of the table. */
     void SetUndrawnPixels(std::uint8_t inIndex);
 
 private:
-    std::uint32_t FindTransparentSlot(NvColorTable* ioSharedTable, std::uint32_t inTableLimit);
+    std::uint32_t FindTransparentSlot(NvColorTable* ioSharedTable, std::uint32_t inTableLimit,
+                                      const Histogram& inHistogram);
     void AppendEntry(NvColorTable* ioSharedTable);
     std::uint32_t FreeCheapestSlot(const std::uint32_t* inHistogram);
 

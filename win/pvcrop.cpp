@@ -21,7 +21,7 @@ PvCropper::PvCropper(std::uint32_t inWidth, std::uint32_t inHeight, bool inAnyCl
         mCoverage.emplace(inWidth, inHeight);
 }
 
-std::unique_ptr<NvGIFFrame> PvCropper::Crop(const NvGIFFrame& inFrame, NvColorTable* ioSharedTable) {
+std::unique_ptr<NvGIFFrame> PvCropper::Crop(const NvGIFFrame& inFrame) {
     const NvGIFFrameInfo& info = inFrame.GetInfo();
     NvRect bounds = inFrame.FindDrawnBounds();
     if (mCoverage && PvClears(inFrame))
@@ -34,17 +34,17 @@ std::unique_ptr<NvGIFFrame> PvCropper::Crop(const NvGIFFrame& inFrame, NvColorTa
         bounds = {0, 0, 1, 1};
     if (bounds == NvRect{0, 0, info.mWidth, info.mHeight})
         return nullptr;
-    std::unique_ptr<NvGIFFrame> cropped = inFrame.CropCopy(bounds);
-    cropped->UpdateTransparency(ioSharedTable, 256);
-    return cropped;
+    return inFrame.CropCopy(bounds);
 }
 
 void CropFrames(NvAnimation& ioAnimation) {
     PvCropper cropper(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(),
                       PvAnyFrameClears(ioAnimation));
     for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
-        const NvGIFFrame& frame = ioAnimation.GetFrame(i);
-        if (auto cropped = cropper.Crop(frame, ioAnimation.GetSharedTableOf(frame)))
-            ioAnimation.ReplaceFrame(i, std::move(cropped));
+        std::unique_ptr<NvGIFFrame> cropped = cropper.Crop(ioAnimation.GetFrame(i));
+        if (!cropped)
+            continue;
+        cropped->UpdateTransparency(ioAnimation.GetSharedTableOf(*cropped), 256);
+        ioAnimation.ReplaceFrame(i, std::move(cropped));
     }
 }

@@ -7,7 +7,6 @@
 #include "win/pvcoverage.h"
 
 class NvAnimation;
-class NvColorTable;
 class NvGIFFrame;
 
 /** Cuts transparent borders off an animation's frames, one after the other.
@@ -22,13 +21,13 @@ public:
     PvCropper(std::uint32_t inWidth, std::uint32_t inHeight, bool inAnyClears);
 
     /** Takes the next frame.
-     *  @param ioSharedTable  as for NvGIFFrame::UpdateTransparency
-     *  @return               the frame without its borders; null when it has none */
-    std::unique_ptr<NvGIFFrame> Crop(const NvGIFFrame& inFrame, NvColorTable* ioSharedTable);
+     *  @return  the frame without its borders, its transparency fields still to be brought up to date; null
+     * when it has none */
+    std::unique_ptr<NvGIFFrame> Crop(const NvGIFFrame& inFrame);
 
 private:
     std::optional<PvCoverage> mCoverage; // where frames clear
 };
 
-/** The same for an animation in memory. */
+/** The same for an animation in memory, transparency fields included. */
 void CropFrames(NvAnimation& ioAnimation);

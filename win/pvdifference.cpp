@@ -13,15 +13,15 @@ constexpr std::uint32_t km_Covered = 0xFF000000U;
 }
 
 PvDifferencer::PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance,
-                             std::uint32_t inTableLimit)
+                             std::uint32_t inFullTable)
     : mWidth(inWidth),
       mTolerance(static_cast<std::uint8_t>(inTolerance)),
-      mTableLimit(inTableLimit),
+      mFullTable(inFullTable),
       mScreen(std::size_t{inWidth} * inHeight, 0),
       mFrameColours(inWidth),
       mDifferences(inWidth) {}
 
-void PvDifferencer::Difference(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable) {
+void PvDifferencer::Difference(NvGIFFrame& ioFrame) {
     NvAssert(!ioFrame.GetInfo().RestoresPrevious());
     NvGIFFrameInfo& info = ioFrame.GetInfo();
     if (info.mDisposal != NvGIFFrameInfo::km_DisposeClear)
@@ -29,12 +29,6 @@ void PvDifferencer::Difference(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable)
     UseColours(ioFrame.GetImage().GetColorTable());
     mStates.assign(std::size_t{info.mWidth} * info.mHeight, km_Undrawn);
 
-    LayDownFrame(ioFrame);
-    ioFrame.UpdateTransparency(ioSharedTable, mTableLimit);
-}
-
-void PvDifferencer::LayDownFrame(NvGIFFrame& ioFrame) {
-    const NvGIFFrameInfo& info = ioFrame.GetInfo();
     const NvConstPixelLock pixels(ioFrame.GetImage());
     const NvPixelLock mask(ioFrame.GetMask());
     for (std::uint32_t y = 0; y < info.mHeight; ++y)
@@ -43,7 +37,8 @@ void PvDifferencer::LayDownFrame(NvGIFFrame& ioFrame) {
                     StateRow(info, y) + inFirst);
         });
     RepairShortRuns(info, pixels);
-    if (ioFrame.GetImage().GetColorTable().GetSize() >= mTableLimit && UsesEveryEntry(info, pixels))
+    if (mFullTable > 0 && ioFrame.GetImage().GetColorTable().GetSize() >= mFullTable &&
+        UsesEveryEntry(info, pixels))
         DrawEverythingAgain(info, pixels);
     if (info.mDisposal == NvGIFFrameInfo::km_DisposeClear)
         for (std::uint32_t y = 0; y < info.mHeight; ++y)
@@ -140,7 +135,7 @@ bool PvDifferencer::UsesEveryEntry(const NvGIFFrameInfo& inInfo, const NvConstPi
     for (std::size_t i = 0; i < mStates.size(); ++i)
         if (mStates[i] == km_Drawn)
             used[inPixels.Row(static_cast<std::uint32_t>(i / inInfo.mWidth))[i % inInfo.mWidth]] = true;
-    return static_cast<std::uint32_t>(std::count(used.begin(), used.end(), true)) >= mTableLimit;
+    return static_cast<std::uint32_t>(std::count(used.begin(), used.end(), true)) >= mFullTable;
 }
 
 void PvDifferencer::DrawEverythingAgain(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels) {

@@ -17,24 +17,20 @@ inline constexpr std::uint32_t km_DifferenceTolerance = 28;
  * transparent where the screen already shows almost the same colour.
  *
  *  A frame's disposal becomes 1 unless it is 2. Holes of one or two pixels are filled again, since breaking a
- * run costs LZW more than they save. A frame's transparency fields are brought up to date.
- *
- *  A frame that uses every entry of a full table has no index left for transparent pixels, and is drawn
- * whole. */
+ * run costs LZW more than they save. Only masks change; transparency fields are for the caller to bring up to
+ * date. */
 class PvDifferencer {
 public:
     /** @param inWidth       of the logical screen, pixels
      *  @param inHeight      of the logical screen, pixels
      *  @param inTolerance   0 to 255 per channel
-     *  @param inTableLimit  entries that a colour table may have at most */
+     *  @param inFullTable   entries of a table that cannot grow: a frame that draws with that many has no
+     * index left for transparent pixels and is drawn whole; 0: no frame does */
     PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance,
-                  std::uint32_t inTableLimit);
+                  std::uint32_t inFullTable);
 
-    /** Takes the next frame.
-     *
-     *  Precondition: it does not restore what it covers.
-     *  @param ioSharedTable  as for NvGIFFrame::UpdateTransparency */
-    void Difference(NvGIFFrame& ioFrame, NvColorTable* ioSharedTable);
+    /** Takes the next frame. Precondition: it does not restore what it covers. */
+    void Difference(NvGIFFrame& ioFrame);
 
 private:
     enum PixelState : std::uint8_t {
@@ -47,7 +43,6 @@ private:
     ScreenColour* ScreenRow(const NvGIFFrameInfo& inInfo, std::uint32_t inRow);
     std::uint8_t* StateRow(const NvGIFFrameInfo& inInfo, std::uint32_t inRow);
     void UseColours(const NvColorTable& inTable);
-    void LayDownFrame(NvGIFFrame& ioFrame);
     void LayDown(const std::uint8_t* inPixels, std::uint32_t inCount, ScreenColour* ioScreen,
                  std::uint8_t* outStates);
     std::size_t FindState(std::size_t inFrom, bool inIsDrawn) const;
@@ -59,7 +54,7 @@ private:
 
     std::uint32_t mWidth;
     std::uint8_t mTolerance;
-    std::uint32_t mTableLimit;
+    std::uint32_t mFullTable;
     std::vector<ScreenColour> mScreen;        // row-major
     std::vector<std::uint8_t> mStates;        // PixelState of the frame in hand, row-major
     std::array<ScreenColour, 256> mColours{}; // of the frame in hand

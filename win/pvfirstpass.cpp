@@ -21,6 +21,16 @@ constexpr std::uint32_t km_MaxColours = 256;
 // this much of it.
 constexpr double km_CanvasErrorShare = 1.0;
 
+/** Has a frame show the colours that its indices will be mapped to; the pixels themselves are mapped when
+ * fewer of them are left. */
+void ShowMapped(NvGIFFrame& ioFrame, const NvIndexMap& inMap, const NvColorTable& inTable) {
+    NvColorTable& table = ioFrame.GetImage().GetColorTable();
+    for (std::uint32_t i = 0; i < table.GetSize(); ++i)
+        table.SetColor(i, inTable.GetColor(inMap[i]));
+    ioFrame.GetInfo().mHasLocalTable = 0;
+    ioFrame.GetInfo().mColorTable.Clear();
+}
+
 } // namespace
 
 PvFirstPass::PvFirstPass(const char* inPath, std::uint64_t inMemoryLimit, const PvPassOptions& inOptions,
@@ -79,9 +89,9 @@ std::unique_ptr<NvAnimation> PvFirstPass::Rebuild(std::uint32_t inTolerance, PvP
     ioProgress.BeginStep(0.45);
     std::unique_ptr<NvAnimation> animation = DifferenceFrames(inTolerance, ioProgress);
     if (!mOptions.mIsLossless)
-        OrderSharedTable(*animation, PvPaletteLimit(km_Mode));
+        OrderSharedTable(*animation, PvPaletteLimit(km_Mode), mMaps);
     else if (ShareExactColours(*animation, ioProgress))
-        OrderSharedTable(*animation, km_MaxColours);
+        OrderSharedTable(*animation, km_MaxColours, {});
     return animation;
 }
 
@@ -102,21 +112,16 @@ std::unique_ptr<NvAnimation> PvFirstPass::DifferenceFrames(std::uint32_t inToler
     const std::uint32_t height = mReader.GetScreenHeight();
     auto animation = std::make_unique<NvAnimation>(MakeGlobalInfo(), width, height);
     PvFrameStream stream = OpenStream();
-    PvDifferencer differencer(width, height, inTolerance,
-                              mOptions.mIsLossless ? km_MaxColours : PvPaletteLimit(km_Mode));
+    PvDifferencer differencer(width, height, inTolerance, mOptions.mIsLossless ? km_MaxColours : 0);
     PvCropper cropper(width, height, stream.MayClear());
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, GetFrameCount());
         std::unique_ptr<NvGIFFrame> frame = stream.Next();
-        if (!mOptions.mIsLossless) {
-            NvQuantRemap(frame->GetImage(), mMaps[i], mSharedTable);
-            frame->GetInfo().mHasLocalTable = 0;
-            frame->GetInfo().mColorTable.Clear();
-        }
-        NvColorTable* shared = animation->GetSharedTableOf(*frame);
-        differencer.Difference(*frame, shared);
+        if (!mOptions.mIsLossless)
+            ShowMapped(*frame, mMaps[i], mSharedTable);
+        differencer.Difference(*frame);
         if (stream.Crops())
-            if (std::unique_ptr<NvGIFFrame> cropped = cropper.Crop(*frame, shared))
+            if (std::unique_ptr<NvGIFFrame> cropped = cropper.Crop(*frame))
                 frame = std::move(cropped);
         animation->AddFrame(std::move(frame));
     }

@@ -1,7 +1,6 @@
 #include "win/pvframecolours.h"
 
 #include <numeric>
-#include <utility>
 
 #include "nvcode2/nvgifframe.h"
 
@@ -12,9 +11,7 @@ PvFrameColours::PvFrameColours(const NvGIFFrame& inFrame)
 
 double PvFrameColours::Replace(const NvIndexMap& inMap, const NvColorTable& inTable) {
     const double error = NvMeanRemapError(mTable, mHistogram.data(), inMap, inTable);
-    const PvHistogram old = std::exchange(mHistogram, PvHistogram{});
-    for (std::size_t i = 0; i < old.size(); ++i)
-        mHistogram[inMap[i]] += old[i];
+    mHistogram = PvMapHistogram(mHistogram, inMap);
     for (std::uint8_t& entry : mMap)
         entry = inMap[entry];
     mTable = inTable;

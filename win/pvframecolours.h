@@ -1,7 +1,6 @@
 #pragma once
 
 #include "nvcode2/nvcolortable.h"
-#include "nvcode2/nvquantremap.h"
 #include "win/pvhistogram.h"
 
 class NvGIFFrame;

@@ -25,10 +25,11 @@ std::unique_ptr<NvGIFFrame> PvFrameStream::Next() {
         if (mAhead)
             SettleDisposal(*frame, *mAhead);
     }
-    if (mCropper)
-        if (std::unique_ptr<NvGIFFrame> cropped = mCropper->Crop(*frame, SharedTableOf(*frame)))
-            return cropped;
-    return frame;
+    std::unique_ptr<NvGIFFrame> cropped = mCropper ? mCropper->Crop(*frame) : nullptr;
+    if (!cropped)
+        return frame;
+    cropped->UpdateTransparency(SharedTableOf(*cropped), 256);
+    return cropped;
 }
 
 std::unique_ptr<NvGIFFrame> PvFrameStream::Read() {

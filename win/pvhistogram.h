@@ -4,13 +4,22 @@
 #include <cstdint>
 
 #include "nvcode2/nvgifframe.h"
+#include "nvcode2/nvquantremap.h"
 
 /** Drawn pixels per entry of a frame's colour table. */
-using PvHistogram = std::array<std::uint32_t, 256>;
+using PvHistogram = NvGIFFrame::Histogram;
 
 inline PvHistogram PvDrawnHistogram(const NvGIFFrame& inFrame) {
     PvHistogram histogram{};
     if (inFrame.GetImage().GetColorTable().GetSize() > 0)
         inFrame.GetImage().BuildMaskedHistogram(histogram.data(), &inFrame.GetMask());
     return histogram;
+}
+
+/** The same once indices are mapped. */
+inline PvHistogram PvMapHistogram(const PvHistogram& inHistogram, const NvIndexMap& inMap) {
+    PvHistogram mapped{};
+    for (std::size_t i = 0; i < inHistogram.size(); ++i)
+        mapped[inMap[i]] += inHistogram[i];
+    return mapped;
 }

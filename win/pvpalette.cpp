@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 #include <numeric>
-#include <tuple>
 #include <vector>
 
 #include "nvcode2/nvanimation.h"
 #include "nvcode2/nvassert.h"
 #include "nvcode2/nvquantoctree.h"
-#include "nvcode2/nvquantremap.h"
 #include "nvcode2/nvquantselector.h"
 #include "win/pvframecolours.h"
 #include "win/pvprogress.h"
@@ -37,11 +36,35 @@ NvColorTable OneBlackEntry() {
     return NvColorTable(1);
 }
 
-/** Maps a frame's indices into a new version of the shared table. */
-void ApplySharedMap(NvAnimation& ioAnimation, const NvIndexMap& inMap, const NvColorTable& inTable) {
-    for (NvGIFFrame& frame : ioAnimation)
-        NvQuantRemap(frame.GetImage(), inMap, inTable);
-    ioAnimation.GetGlobalInfo().mColorTable = inTable;
+/** How much the entries of a shared table are drawn with. */
+struct EntryUse {
+    std::uint32_t mFrames = 0;
+    std::uint64_t mPixels = 0;
+
+    auto operator<=>(const EntryUse&) const = default;
+};
+
+/** The entries in use, most used first. */
+std::vector<std::uint32_t> MostUsedFirst(const std::vector<PvHistogram>& inHistograms) {
+    std::array<EntryUse, 256> uses{};
+    for (const PvHistogram& histogram : inHistograms)
+        for (std::uint32_t i = 0; i < uses.size(); ++i) {
+            uses[i].mFrames += histogram[i] != 0 ? 1 : 0;
+            uses[i].mPixels += histogram[i];
+        }
+    std::vector<std::uint32_t> order(uses.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::erase_if(order, [&](std::uint32_t inEntry) { return uses[inEntry].mFrames == 0; });
+    std::stable_sort(order.begin(), order.end(), [&](std::uint32_t inLeft, std::uint32_t inRight) {
+        return uses[inLeft] > uses[inRight];
+    });
+    return order;
+}
+
+NvIndexMap SameIndices() {
+    NvIndexMap map;
+    std::iota(map.begin(), map.end(), std::uint8_t{0});
+    return map;
 }
 
 } // namespace
@@ -88,35 +111,33 @@ void MergeDuplicateColours(std::vector<PvFrameColours>& ioFrames, NvColorTable& 
     ioTable = merged;
 }
 
-void OrderSharedTable(NvAnimation& ioAnimation, std::uint32_t inTableLimit) {
-    const NvColorTable& table = ioAnimation.GetGlobalInfo().mColorTable;
-    std::array<std::uint32_t, 256> frames{}; // that draw with the colour
-    std::array<std::uint64_t, 256> pixels{}; // drawn in the colour
-    for (const NvGIFFrame& frame : ioAnimation) {
-        NvAssert(!frame.GetInfo().mHasLocalTable);
-        const PvHistogram histogram = PvDrawnHistogram(frame);
-        for (std::uint32_t i = 0; i < frame.GetImage().GetColorTable().GetSize(); ++i) {
-            frames[i] += histogram[i] != 0 ? 1 : 0;
-            pixels[i] += histogram[i];
-        }
+void OrderSharedTable(NvAnimation& ioAnimation, std::uint32_t inTableLimit,
+                      const std::vector<NvIndexMap>& inMaps) {
+    std::vector<PvHistogram> histograms; // by entry of the shared table
+    for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
+        NvAssert(!ioAnimation.GetFrame(i).GetInfo().mHasLocalTable);
+        const PvHistogram histogram = PvDrawnHistogram(ioAnimation.GetFrame(i));
+        histograms.push_back(inMaps.empty() ? histogram : PvMapHistogram(histogram, inMaps[i]));
     }
 
-    std::vector<std::uint32_t> order(table.GetSize());
-    std::iota(order.begin(), order.end(), 0U);
-    std::erase_if(order, [&](std::uint32_t inIndex) { return frames[inIndex] == 0; });
-    std::stable_sort(order.begin(), order.end(), [&](std::uint32_t inLeft, std::uint32_t inRight) {
-        return std::tie(frames[inLeft], pixels[inLeft]) > std::tie(frames[inRight], pixels[inRight]);
-    });
-
+    NvColorTable& table = ioAnimation.GetGlobalInfo().mColorTable;
+    const std::vector<std::uint32_t> order = MostUsedFirst(histograms);
     NvColorTable ordered(static_cast<std::uint32_t>(std::max<std::size_t>(order.size(), 1)));
-    NvIndexMap map{};
+    NvIndexMap newIndices{};
     for (std::uint32_t i = 0; i < order.size(); ++i) {
         ordered.SetColor(i, table.GetColor(order[i]));
-        map[order[i]] = static_cast<std::uint8_t>(i);
+        newIndices[order[i]] = static_cast<std::uint8_t>(i);
     }
-    ApplySharedMap(ioAnimation, map, ordered);
-    for (NvGIFFrame& frame : ioAnimation)
-        frame.UpdateTransparency(ioAnimation.GetSharedTableOf(frame), inTableLimit);
+    table = ordered;
+    for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
+        NvGIFFrame& frame = ioAnimation.GetFrame(i);
+        NvIndexMap map = inMaps.empty() ? SameIndices() : inMaps[i];
+        for (std::uint8_t& entry : map)
+            entry = newIndices[entry];
+        NvQuantRemap(frame.GetImage(), map, ordered);
+        frame.GetInfo().mHasTransparency = 0; // its index is of the table that was
+        frame.UpdateTransparency(&table, inTableLimit, PvMapHistogram(histograms[i], newIndices));
+    }
 }
 
 void NarrowTables(NvAnimation& ioAnimation) {

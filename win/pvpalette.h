@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "nvcode2/nvcolortable.h"
+#include "nvcode2/nvquantremap.h"
 
 class NvAnimation;
 class PvProgress;
@@ -41,10 +42,13 @@ void MergeDuplicateColours(std::vector<PvFrameColours>& ioFrames, NvColorTable& 
  * uses.
  *
  *  A frame's code width follows from its highest index, so small frames that share the common colours get
- * narrow codes. All frames must use the shared table. Transparency fields are brought up to date.
+ * narrow codes. No frame may have a table of its own. Transparency fields are brought up to date.
  *
- *  @param inTableLimit  entries the shared table may have at most */
-void OrderSharedTable(NvAnimation& ioAnimation, std::uint32_t inTableLimit);
+ *  @param inTableLimit  entries the shared table may have at most
+ *  @param inMaps        for each frame the shared entry of each of its indices; empty when those are the same
+ */
+void OrderSharedTable(NvAnimation& ioAnimation, std::uint32_t inTableLimit,
+                      const std::vector<NvIndexMap>& inMaps);
 
 /** Cuts each frame's own colour table behind the highest index in use, the transparent one included, which is
  * what the LZW code width follows from. The shared table stays whole. */
