@@ -12,14 +12,20 @@ namespace {
 const TestTable km_Colors = {0x646464, 0x806464, 0x646480, 0x484848, 0x816464,
                              0x646447, 0x966464, 0x636464, 0x000000, 0xFFFFFF};
 
+void DifferenceFrames(NvAnimation& ioAnimation, std::uint32_t inTolerance) {
+    PvDifferencer differencer(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(), inTolerance, 128);
+    for (NvGIFFrame& frame : ioAnimation) {
+        differencer.Difference(frame);
+        frame.UpdateTransparency(ioAnimation.GetSharedTableOf(frame), 128);
+    }
+}
+
 std::unique_ptr<NvAnimation> Difference(const std::vector<TestFrame>& inFrames) {
     TestGIF gif = Movie(inFrames);
     gif.mTable = km_Colors;
     gif.mTable.resize(16);
     auto animation = MakeAnimation(gif);
-    TestHost host;
-    PvProgress progress(host);
-    DifferenceFrames(*animation, km_DifferenceTolerance, 128, progress);
+    DifferenceFrames(*animation, km_DifferenceTolerance);
     EXPECT_EQ(CompareGIFs(gif, Describe(*animation)).mDifference, "");
     return animation;
 }
@@ -111,9 +117,7 @@ TEST(Difference, ErrorsNeverAddUpBeyondTheTolerance) {
                 gif.mFrames.push_back(frame);
             }
             const auto animation = MakeAnimation(gif);
-            TestHost host;
-            PvProgress progress(host);
-            DifferenceFrames(*animation, static_cast<std::uint32_t>(tolerance), 128, progress);
+            DifferenceFrames(*animation, static_cast<std::uint32_t>(tolerance));
             const TestComparison comparison = CompareGIFs(gif, Describe(*animation));
             EXPECT_EQ(comparison.mDifference, "");
             EXPECT_LE(comparison.mWorstChannel, tolerance);
@@ -138,9 +142,7 @@ TEST(Difference, ThereIsRoomForTransparencyInAFullSharedTable) {
     }
     gif.mFrames[1].mPixels[130] = 127;
     const auto animation = MakeAnimation(gif);
-    TestHost host;
-    PvProgress progress(host);
-    DifferenceFrames(*animation, 0, 128, progress);
+    DifferenceFrames(*animation, 0);
     const TestGIF result = Describe(*animation);
     EXPECT_EQ(CompareGIFs(gif, result).mDiffering, 0u);
     EXPECT_GE(result.mFrames[1].mTransparent, 0);
