@@ -1,10 +1,5 @@
 // The two passes: what they replace, when the backup is made, and that nothing stops them halfway.
 
-#include <csignal>
-
-#include <sys/resource.h>
-#include <sys/stat.h>
-
 #include "nvcode2/nvgiffile.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
@@ -47,14 +42,6 @@ TestGIF OnlyToBeCropped() {
 
 class PassesTest : public OptimizerTest {
 protected:
-    /** In a child process: no file may grow beyond inRoom bytes. The exit status is the error's code. */
-    void OptimizeAndExit(const std::string& inPath, rlim_t inRoom) {
-        signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{inRoom, inRoom};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        exit(static_cast<int>(CodeOf([&] { Optimize(inPath); })));
-    }
-
     void ExpectNothingLeftOver() {
         EXPECT_THAT(Names("pictures"), ElementsAre("test.gif"));
         EXPECT_THAT(Names("scratch"), IsEmpty());
@@ -240,29 +227,6 @@ TEST_F(PassesTest, WithoutItsBackupAFileIsNotReplaced) {
         const std::string path = Write(gif);
         EXPECT_EQ(CodeOf([&] { Optimize(path); }), 1u);
         EXPECT_EQ(ReadTestFile(path), EncodeGIF(gif));
-        ExpectNothingLeftOver();
-    }
-}
-
-TEST_F(PassesTest, AReadOnlyFileOrFolderIsToldBeforeTheBackup) {
-    const std::string path = Write(Wasteful());
-    for (const std::string& readOnly : {path, mFolder / "pictures"}) {
-        const mode_t writable = readOnly == path ? 0644 : 0755;
-        ASSERT_EQ(chmod(readOnly.c_str(), writable & 0555), 0);
-        EXPECT_EQ(CodeOf([&] { Optimize(path); }), 5u);
-        ASSERT_EQ(chmod(readOnly.c_str(), writable), 0);
-        EXPECT_EQ(ReadTestFile(path), EncodeGIF(Wasteful()));
-        EXPECT_THAT(mHost.mBackups, IsEmpty());
-        ExpectNothingLeftOver();
-    }
-}
-
-TEST_F(PassesTest, AFullDiskKeepsTheFile) {
-    // Whatever the disk still takes, it is less than the result.
-    const std::string path = Write(Wasteful());
-    for (const rlim_t room : {0, 1, 100, 300}) {
-        EXPECT_EXIT(OptimizeAndExit(path, room), testing::ExitedWithCode(22), "");
-        EXPECT_EQ(ReadTestFile(path), EncodeGIF(Wasteful()));
         ExpectNothingLeftOver();
     }
 }

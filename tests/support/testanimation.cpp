@@ -92,42 +92,53 @@ std::unique_ptr<NvAnimation> MakeAnimation(const TestGIF& inGIF) {
     return animation;
 }
 
-TestGIF Describe(const NvAnimation& inAnimation) {
+TestGIF Describe(const NvGIFGlobalInfo& inInfo, std::uint32_t inWidth, std::uint32_t inHeight) {
     TestGIF gif;
-    const NvGIFGlobalInfo& global = inAnimation.GetGlobalInfo();
-    gif.mWidth = inAnimation.GetScreenWidth();
-    gif.mHeight = inAnimation.GetScreenHeight();
-    if (global.mHasGlobalTable)
-        gif.mTable = DescribeTable(global.mColorTable);
-    gif.mBackground = global.mBackgroundIndex;
-    gif.mAspect = global.mAspect;
-    if (global.mHasLoop)
-        gif.mLoop = global.mLoopCount;
-    for (const NvList::Node* node = global.mComments.GetFirst(); node; node = node->GetNext())
+    gif.mWidth = inWidth;
+    gif.mHeight = inHeight;
+    if (inInfo.mHasGlobalTable)
+        gif.mTable = DescribeTable(inInfo.mColorTable);
+    gif.mBackground = inInfo.mBackgroundIndex;
+    gif.mAspect = inInfo.mAspect;
+    if (inInfo.mHasLoop)
+        gif.mLoop = inInfo.mLoopCount;
+    for (const NvList::Node* node = inInfo.mComments.GetFirst(); node; node = node->GetNext())
         gif.mComments.push_back(static_cast<const NvGIFComment*>(node->GetElement())->mText);
+    return gif;
+}
+
+TestFrame Describe(const NvGIFFrameInfo& inInfo, const NvIndexedImage& inImage) {
+    TestFrame frame;
+    frame.mLeft = inInfo.mLeft;
+    frame.mTop = inInfo.mTop;
+    frame.mWidth = inInfo.mWidth;
+    frame.mHeight = inInfo.mHeight;
+    frame.mDelay = inInfo.mDelay;
+    frame.mDisposal = inInfo.mDisposal;
+    frame.mUserInput = inInfo.mUserInput != 0;
+    frame.mInterlaced = inInfo.mInterlaced != 0;
+    frame.mTransparent = inInfo.mHasTransparency ? inInfo.mTransparentIndex : -1;
+    if (inInfo.mHasLocalTable)
+        frame.mLocalTable = DescribeTable(inImage.GetColorTable());
+    const NvConstPixelLock pixels(inImage);
+    for (std::uint32_t y = 0; y < frame.mHeight; ++y)
+        frame.mPixels.insert(frame.mPixels.end(), pixels.Row(y), pixels.Row(y) + frame.mWidth);
+    return frame;
+}
+
+TestGIF Describe(const NvAnimation& inAnimation) {
+    const NvGIFGlobalInfo& global = inAnimation.GetGlobalInfo();
+    TestGIF gif = Describe(global, inAnimation.GetScreenWidth(), inAnimation.GetScreenHeight());
     for (const NvGIFFrame& shown : inAnimation) {
         SCOPED_TRACE("frame " + std::to_string(gif.mFrames.size()));
-        const NvGIFFrameInfo& info = shown.GetInfo();
-        TestFrame frame;
-        frame.mLeft = info.mLeft;
-        frame.mTop = info.mTop;
-        frame.mWidth = info.mWidth;
-        frame.mHeight = info.mHeight;
-        frame.mDelay = info.mDelay;
-        frame.mDisposal = info.mDisposal;
-        frame.mUserInput = info.mUserInput != 0;
-        frame.mInterlaced = info.mInterlaced != 0;
-        frame.mTransparent = info.mHasTransparency ? info.mTransparentIndex : -1;
-        if (info.mHasLocalTable)
-            frame.mLocalTable = DescribeTable(shown.GetImage().GetColorTable());
         ExpectTablesAgree(shown, global.mColorTable);
-        for (std::uint32_t y = 0; y < frame.mHeight; ++y)
-            for (std::uint32_t x = 0; x < frame.mWidth; ++x) {
-                const std::uint8_t index = shown.GetImage().GetPixel(x, y);
-                EXPECT_LT(index, shown.GetImage().GetColorTable().GetSize());
-                EXPECT_EQ(IsDrawn(shown, x, y), index != frame.mTransparent) << x << ", " << y;
-                frame.mPixels.push_back(index);
-            }
+        const TestFrame frame = Describe(shown.GetInfo(), shown.GetImage());
+        for (std::uint32_t at = 0; at < frame.mPixels.size(); ++at) {
+            EXPECT_LT(frame.mPixels[at], shown.GetImage().GetColorTable().GetSize());
+            EXPECT_EQ(IsDrawn(shown, at % frame.mWidth, at / frame.mWidth),
+                      frame.mPixels[at] != frame.mTransparent)
+                << "pixel " << at;
+        }
         gif.mFrames.push_back(frame);
     }
     return gif;

@@ -16,6 +16,10 @@ std::unique_ptr<NvAnimation> MakeAnimation(const TestGIF& inGIF);
  *  indices, tables and transparency fields of a frame contradict each other. */
 TestGIF Describe(const NvAnimation& inAnimation);
 
+/** A file without its frames, and one frame of it, from what the library has read. */
+TestGIF Describe(const NvGIFGlobalInfo& inInfo, std::uint32_t inWidth, std::uint32_t inHeight);
+TestFrame Describe(const NvGIFFrameInfo& inInfo, const NvIndexedImage& inImage);
+
 /** A frame's pixels as Picture takes them, with drawn indices above 9 as letters; undrawn ones are '.'. */
 std::string Rows(const NvGIFFrame& inFrame);
 

@@ -59,7 +59,8 @@ TestTable EquallyBright(std::uint32_t inSize);
 /** The bytes of the file, compressed as a plain encoder does it. */
 std::string EncodeGIF(const TestGIF& inGIF);
 
-/** Reads a file with giflib. Fails the test when giflib finds fault with it. */
+/** Reads a file with giflib. Fails the test when giflib finds fault with it. On Windows, which has no giflib,
+ * the library reads it. */
 TestGIF ReadGIF(const std::string& inPath);
 
 /** What a viewer shows after each frame: a screen of colours, row-major, km_Uncovered where nothing is. */
