@@ -1,8 +1,9 @@
 #include <windows.h>
 
-// Under Wine about one new process in three thousand dies before it is up, and whoever asked for it gets
-// ERROR_INTERNAL_ERROR. Asked again it works. Every test program is linked so that its calls of
-// CreateProcess, those of GoogleTest's death tests among them, come here (--wrap in tests/CMakeLists.txt).
+// Under Wine about one new process in three thousand dies before it is up, where cmake/run-wine cannot
+// prevent it, and whoever asked for it gets ERROR_INTERNAL_ERROR. Asked again it works. Every test program is
+// linked so that its calls of CreateProcess, those of GoogleTest's death tests among them, come here (--wrap
+// in tests/CMakeLists.txt).
 
 extern "C" decltype(&CreateProcessA) __real___imp_CreateProcessA; // NOLINT(bugprone-reserved-identifier)
 extern "C" decltype(&CreateProcessW) __real___imp_CreateProcessW; // NOLINT(bugprone-reserved-identifier)
