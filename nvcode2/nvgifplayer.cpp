@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "nvcode2/nvbytes.h"
 #include "nvcode2/nvgifframe.h"
@@ -18,63 +19,100 @@ Colours ColoursOf(const NvColorTable& inTable) {
     return colours;
 }
 
-void DrawRow(const std::uint8_t* inIndices, std::uint32_t inWidth, const Colours& inColours,
-             NvGIFPlayer::Pixel* outRow) {
-    for (std::uint32_t x = 0; x < inWidth; ++x)
-        outRow[x] = inColours[inIndices[x]];
+/** Draws pixels side by side but those whose colour is 0. @return whether any looks different now */
+bool DrawPixels(const std::uint8_t* inIndices, std::uint32_t inCount, const Colours& inColours,
+                NvGIFPlayer::Pixel* ioPixels) {
+    NvGIFPlayer::Pixel difference = 0;
+    for (std::uint32_t i = 0; i < inCount; ++i) {
+        const NvGIFPlayer::Pixel colour = inColours[inIndices[i]];
+        const NvGIFPlayer::Pixel pixel = colour != 0 ? colour : ioPixels[i];
+        difference |= pixel ^ ioPixels[i];
+        ioPixels[i] = pixel;
+    }
+    return difference != 0;
 }
 
-void DrawRowBut(std::uint8_t inTransparent, const std::uint8_t* inIndices, std::uint32_t inWidth,
-                const Colours& inColours, NvGIFPlayer::Pixel* outRow) {
-    const auto draw = [&](std::uint32_t inX) {
-        const NvGIFPlayer::Pixel colour = inColours[inIndices[inX]];
-        outRow[inX] = colour != 0 ? colour : outRow[inX];
-    };
+/** Draws a row, eight pixels at a time.
+ *  @param inPassOver  eight indices that draw nothing
+ *  @return            the columns that look different now, or a few more */
+NvGIFPlayer::Columns DrawRow(const std::uint8_t* inIndices, std::uint32_t inWidth, const Colours& inColours,
+                             std::optional<std::uint64_t> inPassOver, NvGIFPlayer::Pixel* ioRow) {
+    NvGIFPlayer::Columns changed;
     std::uint32_t x = 0;
     for (; x + 8 <= inWidth; x += 8)
-        if (NvLoadLittleEndian(inIndices + x) != NvEightOf(inTransparent))
-            for (std::uint32_t i = 0; i < 8; ++i)
-                draw(x + i);
-    for (; x < inWidth; ++x)
-        draw(x);
+        if (NvLoadLittleEndian(inIndices + x) != inPassOver &&
+            DrawPixels(inIndices + x, 8, inColours, ioRow + x))
+            changed.Add({x, x + 8});
+    if (DrawPixels(inIndices + x, inWidth - x, inColours, ioRow + x))
+        changed.Add({x, inWidth});
+    return changed;
 }
 
 } // namespace
 
+void NvGIFPlayer::Columns::Add(const Columns& inColumns) {
+    if (inColumns.IsEmpty())
+        return;
+    const bool wasEmpty = IsEmpty();
+    mFirst = wasEmpty ? inColumns.mFirst : std::min(mFirst, inColumns.mFirst);
+    mEnd = wasEmpty ? inColumns.mEnd : std::max(mEnd, inColumns.mEnd);
+}
+
 NvGIFPlayer::NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight)
-    : mWidth(inScreenWidth), mHeight(inScreenHeight), mCanvas(std::size_t{inScreenWidth} * inScreenHeight) {}
+    : mWidth(inScreenWidth),
+      mHeight(inScreenHeight),
+      mCanvas(std::size_t{inScreenWidth} * inScreenHeight),
+      mChanged(inScreenHeight) {}
 
 void NvGIFPlayer::ShowFrame(const NvGIFFrame& inFrame) {
     BeginFrame(inFrame.GetInfo());
-    Draw(inFrame, PlaceOf(inFrame.GetInfo(), 0));
-}
-
-void NvGIFPlayer::ShowAlone(const NvGIFFrame& inFrame) {
-    std::fill(mCanvas.begin(), mCanvas.end(), Pixel{0});
-    mLastDisposal = NvGIFFrameInfo::km_DisposeUnspecified;
-    mDisposedRect = NvRect{};
-    mChangedRect = NvRect{0, 0, static_cast<std::int32_t>(mWidth), static_cast<std::int32_t>(mHeight)};
-    Draw(inFrame, mCanvas.data());
+    MarkChanged(mLastRect);
+    const NvIndexedImage& image = inFrame.GetImage();
+    const Colours colors = ColoursOf(image.GetColorTable());
+    const NvConstPixelLock pixels(image);
+    const NvConstPixelLock mask(inFrame.GetMask());
+    const std::uint32_t width = image.GetWidth();
+    for (std::uint32_t y = 0; y < image.GetHeight(); ++y) {
+        const std::uint8_t* indices = pixels.Row(y);
+        const std::uint8_t* bits = mask.Row(y);
+        Pixel* row = PlaceOf(inFrame.GetInfo(), y);
+        for (std::uint32_t x = 0; x < width; x += 8) {
+            const unsigned drawn = bits[x / 8];
+            const std::uint32_t end = std::min(width - x, 8U);
+            if (drawn == 0xFF) {
+                for (std::uint32_t i = 0; i < end; ++i)
+                    row[x + i] = colors[indices[x + i]];
+            } else if (drawn != 0) {
+                for (std::uint32_t i = 0; i < end; ++i)
+                    if (drawn & (0x80U >> i))
+                        row[x + i] = colors[indices[x + i]];
+            }
+        }
+    }
 }
 
 void NvGIFPlayer::ShowFrame(const NvIndexedImage& inImage, const NvGIFFrameInfo& inInfo) {
     BeginFrame(inInfo);
     Colours colours = ColoursOf(inImage.GetColorTable());
-    if (inInfo.mHasTransparency)
+    std::optional<std::uint64_t> passOver;
+    if (inInfo.mHasTransparency) {
         colours[inInfo.mTransparentIndex] = 0;
+        passOver = NvEightOf(inInfo.mTransparentIndex);
+    }
     const NvConstPixelLock pixels(inImage);
-    for (std::uint32_t y = 0; y < inImage.GetHeight(); ++y)
-        if (inInfo.mHasTransparency)
-            DrawRowBut(inInfo.mTransparentIndex, pixels.Row(y), inImage.GetWidth(), colours,
-                       PlaceOf(inInfo, y));
-        else
-            DrawRow(pixels.Row(y), inImage.GetWidth(), colours, PlaceOf(inInfo, y));
+    for (std::uint32_t y = 0; y < inImage.GetHeight(); ++y) {
+        const Columns changed =
+            DrawRow(pixels.Row(y), inImage.GetWidth(), colours, passOver, PlaceOf(inInfo, y));
+        if (!changed.IsEmpty())
+            mChanged[inInfo.mTop + y].Add({inInfo.mLeft + changed.mFirst, inInfo.mLeft + changed.mEnd});
+    }
 }
 
 void NvGIFPlayer::BeginFrame(const NvGIFFrameInfo& inInfo) {
     DisposeOfLastFrame();
     const NvRect rect{inInfo.mLeft, inInfo.mTop, inInfo.mLeft + inInfo.mWidth, inInfo.mTop + inInfo.mHeight};
-    mChangedRect = mDisposedRect.IsEmpty() ? rect : NvUnionRect(mDisposedRect, rect);
+    std::fill(mChanged.begin(), mChanged.end(), Columns());
+    MarkChanged(mDisposedRect);
     mDisposedRect = NvRect{};
     mLastRect = rect;
     mLastDisposal = inInfo.mDisposal;
@@ -108,27 +146,8 @@ void NvGIFPlayer::DisposeOfLastFrame() {
     }
 }
 
-void NvGIFPlayer::Draw(const NvGIFFrame& inFrame, Pixel* outPlace) const {
-    const NvIndexedImage& image = inFrame.GetImage();
-    const Colours colors = ColoursOf(image.GetColorTable());
-    const NvConstPixelLock pixels(image);
-    const NvConstPixelLock mask(inFrame.GetMask());
-    const std::uint32_t width = image.GetWidth();
-    for (std::uint32_t y = 0; y < image.GetHeight(); ++y) {
-        const std::uint8_t* indices = pixels.Row(y);
-        const std::uint8_t* bits = mask.Row(y);
-        Pixel* row = outPlace + std::size_t{y} * mWidth;
-        for (std::uint32_t x = 0; x < width; x += 8) {
-            const unsigned drawn = bits[x / 8];
-            const std::uint32_t end = std::min(width - x, 8U);
-            if (drawn == 0xFF) {
-                for (std::uint32_t i = 0; i < end; ++i)
-                    row[x + i] = colors[indices[x + i]];
-            } else if (drawn != 0) {
-                for (std::uint32_t i = 0; i < end; ++i)
-                    if (drawn & (0x80U >> i))
-                        row[x + i] = colors[indices[x + i]];
-            }
-        }
-    }
+void NvGIFPlayer::MarkChanged(const NvRect& inRect) {
+    const Columns columns{static_cast<std::uint32_t>(inRect.left), static_cast<std::uint32_t>(inRect.right)};
+    for (std::int32_t y = inRect.top; y < inRect.bottom; ++y)
+        mChanged[static_cast<std::uint32_t>(y)].Add(columns);
 }

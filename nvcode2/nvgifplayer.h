@@ -20,6 +20,15 @@ public:
     using Pixel = std::uint32_t;
     static constexpr Pixel km_Covered = 0xFF000000U;
 
+    /** Columns of a row, the last one excluded. */
+    struct Columns {
+        std::uint32_t mFirst = 0;
+        std::uint32_t mEnd = 0;
+
+        bool IsEmpty() const { return mFirst >= mEnd; }
+        void Add(const Columns& inColumns);
+    };
+
     /** A transparent canvas of the logical screen's size. @throws std::bad_alloc */
     NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight);
 
@@ -36,22 +45,18 @@ public:
      *  @param inImage  with the table that the frame is shown with */
     void ShowFrame(const NvIndexedImage& inImage, const NvGIFFrameInfo& inInfo);
 
-    /** Shows nothing but one frame, no larger than the canvas, at the canvas's corner instead of its place.
-     */
-    void ShowAlone(const NvGIFFrame& inFrame);
-
     /** The first pixel of a row of what is displayed now; GetScreenWidth() pixels. */
     const Pixel* Row(std::uint32_t inY) const { return mCanvas.data() + std::size_t{inY} * mWidth; }
 
     std::uint32_t GetScreenWidth() const { return mWidth; }
     std::uint32_t GetScreenHeight() const { return mHeight; }
 
-    /** The rectangle outside of which the last ShowFrame changed nothing. */
-    const NvRect& GetChangedRect() const { return mChangedRect; }
+    /** The columns of a row outside of which the last ShowFrame changed nothing, disposal included. */
+    const Columns& GetChangedColumns(std::uint32_t inY) const { return mChanged[inY]; }
 
 private:
     void BeginFrame(const NvGIFFrameInfo& inInfo);
-    void Draw(const NvGIFFrame& inFrame, Pixel* outPlace) const;
+    void MarkChanged(const NvRect& inRect);
     Pixel* PlaceOf(const NvGIFFrameInfo& inInfo, std::uint32_t inRow) {
         return mCanvas.data() + (std::size_t{inInfo.mTop} + inRow) * mWidth + inInfo.mLeft;
     }
@@ -62,6 +67,6 @@ private:
     std::vector<Pixel> mCovered; // what the last frame covered, row-major, when it is to be restored
     std::uint32_t mLastDisposal = 0;
     NvRect mLastRect{};
-    NvRect mDisposedRect{}; // changed by disposal since the last ShowFrame
-    NvRect mChangedRect{};
+    NvRect mDisposedRect{};        // changed by disposal since the last ShowFrame
+    std::vector<Columns> mChanged; // by row
 };

@@ -41,36 +41,32 @@ std::string CompareFiles(const PvFrameReader& inOriginal, const PvFrameReader& i
     return {};
 }
 
-/** A stretch of rows, the bottom one excluded. */
-struct Rows {
-    std::uint32_t mTop = 0;
-    std::uint32_t mBottom = 0;
+using Columns = NvGIFPlayer::Columns;
 
-    void Add(const Rows& inRows) {
-        const bool wasEmpty = mTop >= mBottom;
-        mTop = wasEmpty ? inRows.mTop : std::min(mTop, inRows.mTop);
-        mBottom = wasEmpty ? inRows.mBottom : std::max(mBottom, inRows.mBottom);
-    }
-};
-
-/** Those that the last frame may have changed on either canvas. */
-Rows ChangedRows(const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate) {
-    const NvRect changed = NvUnionRect(inOriginal.GetChangedRect(), inCandidate.GetChangedRect());
-    return {static_cast<std::uint32_t>(changed.top), static_cast<std::uint32_t>(changed.bottom)};
-}
-
-/** Compares two canvases row by row and keeps each row's result until the row changes again. */
+/** Compares two canvases piece by piece and keeps each piece's result until it changes again. */
 class CanvasComparison {
 public:
-    explicit CanvasComparison(std::uint32_t inHeight) : mRows(inHeight) {}
+    CanvasComparison(std::uint32_t inWidth, std::uint32_t inHeight)
+        : mWidth(inWidth),
+          mPiecesPerRow((inWidth + km_PieceWidth - 1) / km_PieceWidth),
+          mPieces(std::size_t{mPiecesPerRow} * inHeight) {}
 
-    /** Compares some rows again, those that changed. */
-    void Update(const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate, const Rows& inRows) {
-        for (std::uint32_t y = inRows.mTop; y < inRows.mBottom; ++y)
-            SetRow(y, CompareRow(inOriginal.Row(y), inCandidate.Row(y), inOriginal.GetScreenWidth()));
+    /** Compares some columns of a row again, those that changed. */
+    void Update(const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate, std::uint32_t inY,
+                const Columns& inColumns) {
+        for (std::uint32_t i = inColumns.mFirst / km_PieceWidth; i * km_PieceWidth < inColumns.mEnd; ++i) {
+            const std::uint32_t left = i * km_PieceWidth;
+            const Piece now = ComparePiece(inOriginal.Row(inY) + left, inCandidate.Row(inY) + left,
+                                           std::min(mWidth - left, km_PieceWidth));
+            Piece& piece = mPieces[std::size_t{inY} * mPiecesPerRow + i];
+            mError += std::uint64_t{now.mError} - piece.mError;
+            mCovered += std::uint64_t{now.mCovered} - piece.mCovered;
+            piece = now;
+        }
     }
 
-    bool SamePixelsCovered() const { return mMismatchedRows == 0; }
+    /** Whether the same pixels were covered in both, ever since. */
+    bool SamePixelsCovered() const { return mSamePixelsCovered; }
     std::uint64_t CoveredPixels() const { return mCovered; }
 
     /** Levels per channel over the covered pixels. */
@@ -79,42 +75,37 @@ public:
     }
 
 private:
-    struct RowResult {
-        std::uint64_t mError = 0;   // sum of absolute channel differences
-        std::uint32_t mCovered = 0; // pixels
-        bool mMismatch = false;     // a pixel is covered in one and not in the other
+    static constexpr std::uint32_t km_PieceWidth = 64; // pixels
+
+    struct Piece {
+        std::uint16_t mError = 0;   // sum of absolute channel differences, at most 64 * 3 * 255
+        std::uint16_t mCovered = 0; // pixels
     };
 
-    static RowResult CompareRow(const NvGIFPlayer::Pixel* inOriginal, const NvGIFPlayer::Pixel* inCandidate,
-                                std::uint32_t inWidth) {
-        RowResult result;
+    Piece ComparePiece(const NvGIFPlayer::Pixel* inOriginal, const NvGIFPlayer::Pixel* inCandidate,
+                       std::uint32_t inCount) {
         const auto* original = reinterpret_cast<const std::uint8_t*>(inOriginal);
         const auto* candidate = reinterpret_cast<const std::uint8_t*>(inCandidate);
-        std::uint32_t error = 0; // 65535 pixels cannot exceed it; compilers know sums of 32 bits of this form
-        for (std::uint32_t i = 0; i < inWidth * 4; ++i)
+        std::uint32_t error = 0; // compilers know sums of 32 bits of this form
+        for (std::uint32_t i = 0; i < inCount * 4; ++i)
             error += static_cast<std::uint32_t>(std::abs(original[i] - candidate[i]));
-        result.mError = error;
+        std::uint32_t covered = 0;
         NvGIFPlayer::Pixel differing = 0;
-        for (std::uint32_t x = 0; x < inWidth; ++x) {
+        for (std::uint32_t x = 0; x < inCount; ++x) {
             differing |= inOriginal[x] ^ inCandidate[x];
-            result.mCovered += inOriginal[x] >> 31;
+            covered += inOriginal[x] >> 31;
         }
-        result.mMismatch = (differing & NvGIFPlayer::km_Covered) != 0;
-        return result;
+        if ((differing & NvGIFPlayer::km_Covered) != 0)
+            mSamePixelsCovered = false;
+        return {static_cast<std::uint16_t>(error), static_cast<std::uint16_t>(covered)};
     }
 
-    void SetRow(std::uint32_t inRow, const RowResult& inResult) {
-        RowResult& row = mRows[inRow];
-        mError += inResult.mError - row.mError;
-        mCovered += std::uint64_t{inResult.mCovered} - row.mCovered;
-        mMismatchedRows += static_cast<int>(inResult.mMismatch) - static_cast<int>(row.mMismatch);
-        row = inResult;
-    }
-
-    std::vector<RowResult> mRows;
+    std::uint32_t mWidth;
+    std::uint32_t mPiecesPerRow;
+    std::vector<Piece> mPieces; // row-major
     std::uint64_t mError = 0;
     std::uint64_t mCovered = 0;
-    int mMismatchedRows = 0;
+    bool mSamePixelsCovered = true;
 };
 
 // A frame of fewer windows than this is too small for its structure to be judged by similarity.
@@ -130,12 +121,15 @@ double StructureOf(const PvFrameLook& inLook) {
 /** What the measured frames come to. */
 class Looks {
 public:
-    void Add(const PvFrameLook& inLook) {
+    /** Adds the look of two canvases. */
+    void Add(const PvFrameLook& inLook, const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate) {
         const auto rank = [](const PvFrameLook& inAny) {
             return std::make_pair(StructureOf(inAny), inAny.mSsim);
         };
-        if (rank(inLook) < rank(mWorst))
+        if (rank(inLook) < rank(mWorst)) {
             mWorst = inLook;
+            mWorst.MeasureErrors(inOriginal, inCandidate);
+        }
         mStructureSum += StructureOf(inLook);
         ++mCount;
     }
@@ -159,10 +153,10 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
                      const PvColourAllowance& inAllowance, PvComparison& ioComparison) {
     NvGIFPlayer originalPlayer(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
     NvGIFPlayer candidatePlayer(ioCandidate.GetScreenWidth(), ioCandidate.GetScreenHeight());
-    CanvasComparison comparison(ioOriginal.GetScreenHeight());
+    CanvasComparison comparison(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
     PvLookMeter meter(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
     Looks looks;
-    Rows changedSinceMeasured;
+    std::vector<Columns> changedSinceMeasured(ioOriginal.GetScreenHeight());
     const std::uint32_t count = ioOriginal.GetFrameCount();
     const std::uint32_t measureEvery = (count + km_FramesMeasured - 1) / km_FramesMeasured;
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -172,9 +166,12 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
             return InFrame(i, "would be shown for another time");
         if (original.mUserInput != candidate.mUserInput)
             return InFrame(i, "would wait differently for the user");
-        const Rows changed = ChangedRows(originalPlayer, candidatePlayer);
-        comparison.Update(originalPlayer, candidatePlayer, changed);
-        changedSinceMeasured.Add(changed);
+        for (std::uint32_t y = 0; y < ioOriginal.GetScreenHeight(); ++y) {
+            Columns changed = originalPlayer.GetChangedColumns(y);
+            changed.Add(candidatePlayer.GetChangedColumns(y));
+            comparison.Update(originalPlayer, candidatePlayer, y, changed);
+            changedSinceMeasured[y].Add(changed);
+        }
         if (!comparison.SamePixelsCovered())
             return InFrame(i, "would cover other pixels");
         const double moved = comparison.CoveredPixels() == 0
@@ -184,8 +181,9 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
         if (comparison.MeanError() > inAllowance.mMeanError + 128.0 * std::min(1.0, moved))
             return InFrame(i, "would show other colours");
         if ((count - 1 - i) % measureEvery == 0) {
-            const Rows rows = std::exchange(changedSinceMeasured, Rows{});
-            looks.Add(meter.Measure(originalPlayer, candidatePlayer, rows.mTop, rows.mBottom));
+            looks.Add(meter.Measure(originalPlayer, candidatePlayer, changedSinceMeasured), originalPlayer,
+                      candidatePlayer);
+            std::fill(changedSinceMeasured.begin(), changedSinceMeasured.end(), Columns());
         }
     }
     ioComparison.mWorstLook = looks.Worst();

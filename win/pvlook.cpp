@@ -5,6 +5,9 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "nvcode2/nvgifframe.h"
+#include "nvcode2/nvmaskrow.h"
+
 namespace {
 
 constexpr std::uint32_t km_BlockSize = 4;
@@ -22,93 +25,67 @@ std::uint32_t BlocksFor(std::uint32_t inPixels) {
     return std::max<std::uint32_t>((inPixels + km_BlockSize - 1) / km_BlockSize, 2);
 }
 
-/** Luma of a row, its last pixel repeated up to a whole block; transparent pixels are mid grey. In numbers of
- * 16 bits, of which the processor adds twice as many at a time as of 32. */
-void LumaRow(const NvGIFPlayer::Pixel* inPixels, std::uint32_t inWidth, std::uint32_t inPaddedWidth,
-             std::uint8_t* outLuma) {
-    for (std::uint32_t x = 0; x < inWidth; ++x) {
-        const NvGIFPlayer::Pixel pixel = inPixels[x];
-        const auto red = static_cast<std::uint16_t>(pixel & 0xFF);
-        const auto green = static_cast<std::uint16_t>((pixel >> 8) & 0xFF);
-        const auto blue = static_cast<std::uint16_t>((pixel >> 16) & 0xFF);
-        const auto sum = static_cast<std::uint16_t>(77 * red + 150 * green + 29 * blue + 128);
-        const auto grey = static_cast<std::uint16_t>((~pixel >> 24) & km_MidGrey); // 0 of a covered pixel
-        outLuma[x] = static_cast<std::uint8_t>((sum >> 8) | grey);
-    }
-    std::fill(outLuma + inWidth, outLuma + inPaddedWidth, outLuma[inWidth - 1]);
+/** In numbers of 16 bits, of which the processor adds twice as many at a time as of 32. Transparent pixels
+ * are mid grey. */
+std::uint8_t Luma(NvGIFPlayer::Pixel inPixel) {
+    const auto red = static_cast<std::uint16_t>(inPixel & 0xFF);
+    const auto green = static_cast<std::uint16_t>((inPixel >> 8) & 0xFF);
+    const auto blue = static_cast<std::uint16_t>((inPixel >> 16) & 0xFF);
+    const auto sum = static_cast<std::uint16_t>(77 * red + 150 * green + 29 * blue + 128);
+    const auto grey = static_cast<std::uint16_t>((~inPixel >> 24) & km_MidGrey); // 0 of a covered pixel
+    return static_cast<std::uint8_t>((sum >> 8) | grey);
 }
 
-} // namespace
-
-PvLookMeter::PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight)
-    : mWidth(inWidth),
-      mHeight(inHeight),
-      mBlockColumns(BlocksFor(inWidth)),
-      mBlockRows(BlocksFor(inHeight)),
-      mBlocks(std::size_t{mBlockColumns} * mBlockRows),
-      mWindowRows(mBlockRows - 1),
-      mErrors(inHeight),
-      mLuma(std::size_t{mBlockColumns} * km_BlockSize * 2 * km_BlockSize),
-      mColumns(std::size_t{mBlockColumns} * km_BlockSize * 5) {}
-
-PvFrameLook PvLookMeter::Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond) {
-    return Measure(inFirst, inSecond, 0, mHeight);
+/** Luma of what a canvas shows. */
+auto LumaOf(const NvGIFPlayer& inCanvas) {
+    return [&inCanvas](std::uint32_t inY, const NvGIFPlayer::Columns& inColumns, std::uint8_t* outLuma) {
+        const NvGIFPlayer::Pixel* row = inCanvas.Row(inY) + inColumns.mFirst;
+        const std::uint32_t count = inColumns.mEnd - inColumns.mFirst;
+        for (std::uint32_t x = 0; x < count; ++x)
+            outLuma[x] = Luma(row[x]);
+    };
 }
 
-PvFrameLook PvLookMeter::Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, std::uint32_t inTop,
-                                 std::uint32_t inBottom) {
-    const std::uint32_t top = mHasMeasured ? inTop : 0;
-    const std::uint32_t bottom = mHasMeasured ? inBottom : mHeight;
-    mHasMeasured = true;
-    if (top < bottom) {
-        for (std::uint32_t y = top; y < bottom; ++y)
-            mErrors[y] = CompareRow(inFirst.Row(y), inSecond.Row(y), mWidth);
-        // Blocks below the last row repeat it.
-        const std::uint32_t firstBlock = top / km_BlockSize;
-        const std::uint32_t lastBlock = bottom == mHeight ? mBlockRows - 1 : (bottom - 1) / km_BlockSize;
-        for (std::uint32_t row = firstBlock; row <= lastBlock; ++row)
-            SumBlocks(inFirst, inSecond, row);
-        const std::uint32_t lastWindow = std::min(lastBlock, mBlockRows - 2);
-        for (std::uint32_t row = firstBlock > 0 ? firstBlock - 1 : 0; row <= lastWindow; ++row)
-            SumWindows(row);
+/** Luma of a frame by itself. */
+class FrameLuma {
+public:
+    explicit FrameLuma(const NvGIFFrame& inFrame) : mPixels(inFrame.GetImage()), mMask(inFrame.GetMask()) {
+        const NvColorTable& table = inFrame.GetImage().GetColorTable();
+        for (std::uint32_t i = 0; i < std::min<std::uint32_t>(table.GetSize(), 256); ++i)
+            mLuma[i] = Luma(NvPackColor(table.GetColor(i)) | NvGIFPlayer::km_Covered);
     }
-    return Summarize();
-}
 
-PvFrameLook PvLookMeter::Summarize() const {
-    PvFrameLook look;
-    WindowRow windows;
-    for (const WindowRow& row : mWindowRows) {
-        windows.mSsim += row.mSsim;
-        windows.mContrastSsim += row.mContrastSsim;
-        windows.mContrastWindows += row.mContrastWindows;
+    void operator()(std::uint32_t inY, const NvGIFPlayer::Columns& inColumns, std::uint8_t* outLuma) const {
+        const std::uint8_t* row = mPixels.Row(inY);
+        const std::uint32_t first = inColumns.mFirst;
+        const std::uint32_t end = inColumns.mEnd;
+        for (std::uint32_t x = first; x < end; ++x)
+            outLuma[x - first] = mLuma[row[x]];
+        NvForEachRun(mMask.Row(inY), end, false, [&](std::uint32_t inFirst, std::uint32_t inEnd) {
+            if (inEnd > first)
+                std::fill(outLuma + (std::max(inFirst, first) - first), outLuma + (inEnd - first),
+                          km_MidGrey);
+        });
     }
-    look.mSsim =
-        windows.mSsim / (static_cast<double>(mBlockRows - 1) * static_cast<double>(mBlockColumns - 1));
-    look.mContrastWindows = windows.mContrastWindows;
-    if (look.mContrastWindows > 0)
-        look.mContrastSsim = windows.mContrastSsim / look.mContrastWindows;
 
-    std::uint64_t squares = 0;
-    std::uint64_t pixels = 0;
-    for (const RowErrors& row : mErrors) {
-        squares += row.mSquares;
-        pixels += row.mPixels;
-        look.mMaxError = std::max(look.mMaxError, row.mMax);
-    }
-    if (squares > 0) {
-        const double meanSquare = static_cast<double>(squares) / (3.0 * static_cast<double>(pixels));
-        look.mPsnr = std::min(PvFrameLook::km_MaxPsnr, 10.0 * std::log10(255.0 * 255.0 / meanSquare));
-    }
-    return look;
-}
+private:
+    NvConstPixelLock mPixels;
+    NvConstPixelLock mMask;
+    std::array<std::uint8_t, 256> mLuma{};
+};
+
+/** Colour differences of pixels that are covered in both canvases. */
+struct Errors {
+    std::uint64_t mSquares = 0;
+    std::uint64_t mPixels = 0;
+    std::uint32_t mMax = 0; // of a channel
+};
 
 // Pieces short enough for sums of 32 bits. Where either pixel is not covered all its bits are taken out of
 // both; the top byte of covered ones is the same.
-PvLookMeter::RowErrors PvLookMeter::CompareRow(const NvGIFPlayer::Pixel* inFirst,
-                                               const NvGIFPlayer::Pixel* inSecond, std::uint32_t inWidth) {
+void AddErrors(const NvGIFPlayer::Pixel* inFirst, const NvGIFPlayer::Pixel* inSecond, std::uint32_t inWidth,
+               Errors& ioErrors) {
     constexpr std::uint32_t km_Piece = 256;
-    RowErrors errors;
     std::array<NvGIFPlayer::Pixel, km_Piece> first;
     std::array<NvGIFPlayer::Pixel, km_Piece> second;
     for (std::uint32_t begin = 0; begin < inWidth; begin += km_Piece) {
@@ -132,31 +109,120 @@ PvLookMeter::RowErrors PvLookMeter::CompareRow(const NvGIFPlayer::Pixel* inFirst
             const auto difference = static_cast<std::uint8_t>(a[i] > b[i] ? a[i] - b[i] : b[i] - a[i]);
             max = difference > max ? difference : max;
         }
-        errors.mSquares += static_cast<std::uint32_t>(squares);
-        errors.mPixels += pixels;
-        errors.mMax = std::max<std::uint32_t>(errors.mMax, max);
+        ioErrors.mSquares += static_cast<std::uint32_t>(squares);
+        ioErrors.mPixels += pixels;
+        ioErrors.mMax = std::max<std::uint32_t>(ioErrors.mMax, max);
     }
-    return errors;
 }
 
-void PvLookMeter::SumBlocks(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond,
-                            std::uint32_t inBlockRow) {
-    const std::uint32_t width = mBlockColumns * km_BlockSize;
-    for (std::uint32_t i = 0; i < km_BlockSize; ++i) {
-        const std::uint32_t y = std::min(inBlockRow * km_BlockSize + i, mHeight - 1);
-        LumaRow(inFirst.Row(y), mWidth, width, mLuma.data() + std::size_t{width} * i);
-        LumaRow(inSecond.Row(y), mWidth, width, mLuma.data() + std::size_t{width} * (km_BlockSize + i));
+} // namespace
+
+void PvFrameLook::MeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond) {
+    Errors errors;
+    for (std::uint32_t y = 0; y < inFirst.GetScreenHeight(); ++y)
+        AddErrors(inFirst.Row(y), inSecond.Row(y), inFirst.GetScreenWidth(), errors);
+    mMaxError = errors.mMax;
+    mPsnr = km_MaxPsnr;
+    if (errors.mSquares > 0) {
+        const double meanSquare =
+            static_cast<double>(errors.mSquares) / (3.0 * static_cast<double>(errors.mPixels));
+        mPsnr = std::min(km_MaxPsnr, 10.0 * std::log10(255.0 * 255.0 / meanSquare));
+    }
+}
+
+PvLookMeter::PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight)
+    : mWidth(inWidth),
+      mHeight(inHeight),
+      mBlockColumns(BlocksFor(inWidth)),
+      mBlockRows(BlocksFor(inHeight)),
+      mBlocks(std::size_t{mBlockColumns} * mBlockRows),
+      mWindowRows(mBlockRows - 1),
+      mChangedBlocks(mBlockRows),
+      mLuma(std::size_t{mBlockColumns} * km_BlockSize * 2 * km_BlockSize),
+      mColumns(std::size_t{mBlockColumns} * km_BlockSize * 5) {}
+
+PvFrameLook PvLookMeter::Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond) {
+    return MeasureChanged(LumaOf(inFirst), LumaOf(inSecond), nullptr);
+}
+
+PvFrameLook PvLookMeter::Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond,
+                                 const std::vector<Columns>& inChanged) {
+    return MeasureChanged(LumaOf(inFirst), LumaOf(inSecond), mHasMeasured ? &inChanged : nullptr);
+}
+
+PvFrameLook PvLookMeter::Measure(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond) {
+    const FrameLuma first(inFirst);
+    const FrameLuma second(inSecond);
+    return MeasureChanged(std::cref(first), std::cref(second), nullptr);
+}
+
+/** @param inChanged  null: everything */
+PvFrameLook PvLookMeter::MeasureChanged(const LumaSource& inFirst, const LumaSource& inSecond,
+                                        const std::vector<Columns>* inChanged) {
+    mHasMeasured = true;
+    for (std::uint32_t row = 0; row < mBlockRows; ++row) {
+        mChangedBlocks[row] = inChanged ? ChangedBlocks(*inChanged, row) : Columns{0, mBlockColumns};
+        if (!mChangedBlocks[row].IsEmpty())
+            SumBlocks(inFirst, inSecond, row, mChangedBlocks[row]);
+    }
+    for (std::uint32_t row = 0; row + 1 < mBlockRows; ++row)
+        if (!mChangedBlocks[row].IsEmpty() || !mChangedBlocks[row + 1].IsEmpty())
+            SumWindows(row);
+    return Summarize();
+}
+
+/** The blocks of a row that changed pixels lie in; those beyond the picture repeat its edge. */
+PvLookMeter::Columns PvLookMeter::ChangedBlocks(const std::vector<Columns>& inChanged,
+                                                std::uint32_t inBlockRow) const {
+    Columns pixels;
+    for (std::uint32_t i = 0; i < km_BlockSize; ++i)
+        pixels.Add(inChanged[std::min(inBlockRow * km_BlockSize + i, mHeight - 1)]);
+    if (pixels.IsEmpty())
+        return pixels;
+    return {pixels.mFirst / km_BlockSize,
+            pixels.mEnd == mWidth ? mBlockColumns : (pixels.mEnd + km_BlockSize - 1) / km_BlockSize};
+}
+
+PvFrameLook PvLookMeter::Summarize() const {
+    PvFrameLook look;
+    WindowRow windows;
+    for (const WindowRow& row : mWindowRows) {
+        windows.mSsim += row.mSsim;
+        windows.mContrastSsim += row.mContrastSsim;
+        windows.mContrastWindows += row.mContrastWindows;
+    }
+    look.mSsim =
+        windows.mSsim / (static_cast<double>(mBlockRows - 1) * static_cast<double>(mBlockColumns - 1));
+    look.mContrastWindows = windows.mContrastWindows;
+    if (look.mContrastWindows > 0)
+        look.mContrastSsim = windows.mContrastSsim / look.mContrastWindows;
+    return look;
+}
+
+void PvLookMeter::SumBlocks(const LumaSource& inFirst, const LumaSource& inSecond, std::uint32_t inBlockRow,
+                            const Columns& inBlocks) {
+    const std::size_t width = std::size_t{inBlocks.mEnd - inBlocks.mFirst} * km_BlockSize;
+    const Columns pixels{inBlocks.mFirst * km_BlockSize, std::min(inBlocks.mEnd * km_BlockSize, mWidth)};
+    const auto lumaRow = [&](const LumaSource& inSource, std::uint32_t inRow, std::uint8_t* outLuma) {
+        inSource(std::min(inBlockRow * km_BlockSize + inRow, mHeight - 1), pixels, outLuma);
+        const std::uint32_t count = pixels.mEnd - pixels.mFirst;
+        std::fill(outLuma + count, outLuma + width, outLuma[count - 1]);
+    };
+    std::uint8_t* const second = mLuma.data() + width * km_BlockSize;
+    for (std::uint32_t row = 0; row < km_BlockSize; ++row) {
+        lumaRow(inFirst, row, mLuma.data() + width * row);
+        lumaRow(inSecond, row, second + width * row);
     }
 
     // First down the columns, where neighbours are added side by side, then across each block.
-    const auto sumColumns = [&](std::uint32_t inField, auto inValue) {
-        const std::size_t row = width;
+    const auto sumColumns = [&](std::size_t inField, auto inValue) {
         const std::uint8_t* a = mLuma.data();
-        const std::uint8_t* b = a + row * km_BlockSize;
-        std::uint32_t* sums = mColumns.data() + row * inField;
-        for (std::size_t x = 0; x < row; ++x)
-            sums[x] = inValue(a[x], b[x]) + inValue(a[x + row], b[x + row]) +
-                      inValue(a[x + 2 * row], b[x + 2 * row]) + inValue(a[x + 3 * row], b[x + 3 * row]);
+        const std::uint8_t* b = second;
+        std::uint32_t* sums = mColumns.data() + width * inField;
+        for (std::size_t x = 0; x < width; ++x)
+            sums[x] = inValue(a[x], b[x]) + inValue(a[x + width], b[x + width]) +
+                      inValue(a[x + 2 * width], b[x + 2 * width]) +
+                      inValue(a[x + 3 * width], b[x + 3 * width]);
     };
     using Value = std::uint32_t;
     sumColumns(0, [](Value inA, Value) { return inA; });
@@ -164,12 +230,12 @@ void PvLookMeter::SumBlocks(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSec
     sumColumns(2, [](Value inA, Value) { return inA * inA; });
     sumColumns(3, [](Value, Value inB) { return inB * inB; });
     sumColumns(4, [](Value inA, Value inB) { return inA * inB; });
-    const auto acrossBlock = [&](std::uint32_t inField, std::uint32_t inColumn) {
-        const std::uint32_t* sums = mColumns.data() + std::size_t{width} * inField + inColumn * km_BlockSize;
+    const auto acrossBlock = [&](std::size_t inField, std::size_t inColumn) {
+        const std::uint32_t* sums = mColumns.data() + width * inField + inColumn * km_BlockSize;
         return sums[0] + sums[1] + sums[2] + sums[3];
     };
-    Block* blocks = mBlocks.data() + std::size_t{mBlockColumns} * inBlockRow;
-    for (std::uint32_t column = 0; column < mBlockColumns; ++column)
+    Block* blocks = mBlocks.data() + std::size_t{mBlockColumns} * inBlockRow + inBlocks.mFirst;
+    for (std::size_t column = 0; column < inBlocks.mEnd - inBlocks.mFirst; ++column)
         blocks[column] = {acrossBlock(0, column), acrossBlock(1, column), acrossBlock(2, column),
                           acrossBlock(3, column), acrossBlock(4, column)};
 }

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "nvcode2/nvgifplayer.h"
+
+class NvGIFFrame;
 
 /** How close one displayed frame looks to another. */
 struct PvFrameLook {
@@ -16,6 +19,9 @@ struct PvFrameLook {
     std::uint32_t mMaxError = 0; ///< largest difference of a channel, 0 to 255
 
     static constexpr double km_MaxPsnr = 99.0; ///< stands for no difference at all
+
+    /** Fills in the last two, which the meter does not. Both canvases are of one size. */
+    void MeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond);
 };
 
 /** Measures displayed frames beside each other.
@@ -30,16 +36,24 @@ public:
      *  @param inHeight  of both canvases, pixels */
     PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight);
 
+    using Columns = NvGIFPlayer::Columns;
+
     /** Measures two whole canvases. */
     PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond);
 
-    /** The same when only some rows may have changed since the last measurement; at the first all have.
-     *  @param inTop     the first of those rows
-     *  @param inBottom  one past the last of them */
-    PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, std::uint32_t inTop,
-                        std::uint32_t inBottom);
+    /** The same when not all pixels may have changed since the last measurement; at the first all have.
+     *  @param inChanged  columns that may have, by row */
+    PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond,
+                        const std::vector<Columns>& inChanged);
+
+    /** Measures two frames by themselves, undrawn pixels as mid grey; of the meter's size both. */
+    PvFrameLook Measure(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond);
 
 private:
+    /** Writes the luma of a row's columns from the first given up to the end given. */
+    using LumaSource =
+        std::function<void(std::uint32_t inY, const Columns& inColumns, std::uint8_t* outLuma)>;
+
     /** Sums over the 4 x 4 pixels of a block. */
     struct Block {
         std::uint32_t mFirst = 0;
@@ -56,18 +70,13 @@ private:
         std::uint32_t mContrastWindows = 0;
     };
 
-    /** Colour differences of a row's pixels that are covered in both canvases. */
-    struct RowErrors {
-        std::uint64_t mSquares = 0;
-        std::uint32_t mPixels = 0;
-        std::uint32_t mMax = 0;
-    };
-
-    void SumBlocks(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, std::uint32_t inBlockRow);
+    PvFrameLook MeasureChanged(const LumaSource& inFirst, const LumaSource& inSecond,
+                               const std::vector<Columns>* inChanged);
+    Columns ChangedBlocks(const std::vector<Columns>& inChanged, std::uint32_t inBlockRow) const;
+    void SumBlocks(const LumaSource& inFirst, const LumaSource& inSecond, std::uint32_t inBlockRow,
+                   const Columns& inBlocks);
     void SumWindows(std::uint32_t inWindowRow);
     static double WindowSsim(const Block& inSums, bool& outHasContrast);
-    static RowErrors CompareRow(const NvGIFPlayer::Pixel* inFirst, const NvGIFPlayer::Pixel* inSecond,
-                                std::uint32_t inWidth);
     PvFrameLook Summarize() const;
 
     std::uint32_t mWidth;
@@ -77,7 +86,7 @@ private:
     bool mHasMeasured = false;
     std::vector<Block> mBlocks;          // row-major
     std::vector<WindowRow> mWindowRows;  // each of two rows of blocks
-    std::vector<RowErrors> mErrors;      // by row
+    std::vector<Columns> mChangedBlocks; // by row of blocks
     std::vector<std::uint8_t> mLuma;     // four rows of the first canvas, four of the second, in whole blocks
     std::vector<std::uint32_t> mColumns; // sums over the four rows, in the order of Block's fields
 };

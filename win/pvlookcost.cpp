@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "nvcode2/nvgifframe.h"
-#include "nvcode2/nvgifplayer.h"
 #include "win/pvlook.h"
 
 namespace {
@@ -23,9 +22,5 @@ double PvSizeAtLookCost(double inCost) {
 }
 
 double PvFrameSimilarity(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond) {
-    NvGIFPlayer first(inFirst.GetWidth(), inFirst.GetHeight());
-    NvGIFPlayer second(inFirst.GetWidth(), inFirst.GetHeight());
-    first.ShowAlone(inFirst);
-    second.ShowAlone(inSecond);
-    return PvLookMeter(inFirst.GetWidth(), inFirst.GetHeight()).Measure(first, second).mSsim;
+    return PvLookMeter(inFirst.GetWidth(), inFirst.GetHeight()).Measure(inFirst, inSecond).mSsim;
 }

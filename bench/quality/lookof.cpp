@@ -59,7 +59,9 @@ FileLook Measure(const fs::path& inOriginal, const fs::path& inResult) {
     for (std::uint32_t i = 0; i < original.GetFrameCount(); ++i) {
         originalPlayer.ShowFrame(*original.ReadFrame(i));
         resultPlayer.ShowFrame(*result.ReadFrame(i));
-        look.Add(meter.Measure(originalPlayer, resultPlayer));
+        PvFrameLook frameLook = meter.Measure(originalPlayer, resultPlayer);
+        frameLook.MeasureErrors(originalPlayer, resultPlayer);
+        look.Add(frameLook);
     }
     look.Finish();
     return look;
