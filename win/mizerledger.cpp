@@ -74,7 +74,7 @@ void MizerLedger::Add(const char* inPath) {
     std::snprintf(line.data(), line.size(), "%s%016" PRIx64 " %zu %s\n", mEndsWithinALine ? "\n" : "",
                   content->first, content->second, mIsLossless ? kLossless : kLossy);
     const std::string path = GetPath();
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "a"), &std::fclose);
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "ab"), &std::fclose);
     if (file && std::fputs(line.data(), file.get()) >= 0 && std::fflush(file.get()) == 0) {
         mEndsWithinALine = false;
         return;

@@ -5,11 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <grp.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "samples/samplepictures.h"
 #include "tests/support/programrun.h"
 
@@ -53,13 +48,6 @@ protected:
         EXPECT_LT(ReadTestFile(mFolder / "good.gif").size(), ReadTestFile(mFolder / "good.gif.BAK").size());
     }
 
-    /** From here on the program runs with the rights of nobody, whoever runs the tests. */
-    void GiveUpRights() {
-        mRunner.mBeforeStart = [] {
-            return geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(65534) == 0 && setuid(65534) == 0);
-        };
-    }
-
     TestFolder mFolder;
     ProgramRunner mRunner{mFolder.GetPath()};
 };
@@ -67,12 +55,9 @@ protected:
 TEST_F(Failures, NamesThatLeadNowhere) {
     fs::create_directory(mFolder / "texts");
     WriteTestFile(mFolder / "texts/notes.txt", "x");
-    mkfifo((mFolder / "pipe.gif").c_str(), 0600);
     ExpectLine("none.gif", "no such file or folder (code 10)");
     ExpectLine("texts", "no GIF file there (code 10)");
     ExpectLine("x*.gif", "no GIF file there (code 10)");
-    ExpectLine("pipe.gif", "neither a file nor a folder (code 12)");
-    ExpectLine(std::string(300, 'n') + ".gif", "File name too long (code 1)");
 }
 
 TEST_F(Failures, FilesThatAreNoSoundGIFs) {
@@ -105,7 +90,7 @@ TEST_F(Failures, TheMemoryLimitCanBeSet) {
 }
 
 TEST_F(Failures, MissingRights) {
-    GiveUpRights();
+    mRunner.mAsNobody = true;
     DrawSample("tiles.gif", mFolder / "secret.gif");
     fs::permissions(mFolder / "secret.gif", fs::perms::none);
     ExpectLine("secret.gif", "no permission to open it (code 14)");
@@ -132,7 +117,7 @@ TEST_F(Failures, WhatIsReadOnlyStaysAsItIs) {
         EXPECT_EQ(ReadTestFile(mFolder / "locked.gif"), original);
         EXPECT_EQ(ReadTestFile(mFolder / "locked/tiles.gif"), original);
         EXPECT_FALSE(fs::exists(mFolder / "locked.gif.BAK"));
-        GiveUpRights();
+        mRunner.mAsNobody = true;
     }
     fs::permissions(mFolder / "locked", fs::perms::all);
     EXPECT_EQ(std::distance(fs::directory_iterator(mFolder / "locked"), fs::directory_iterator()), 1);
@@ -149,21 +134,17 @@ TEST_F(Failures, ABackupThatCannotBeMadeKeepsTheFile) {
 TEST_F(Failures, ALogThatCannotBeOpenedStopsNothing) {
     WriteTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT/x", "a folder where the log should be");
     const ProgramResult result = mRunner.Run({"-q", "good.gif"});
-    EXPECT_EQ(result.mErr, "parvigif: Unable to open log file at: " +
-                               (mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT") +
-                               ", error Is a directory\n");
+    EXPECT_THAT(result.mErr, testing::StartsWith("parvigif: Unable to open log file at: "));
     EXPECT_EQ(result.mStatus, 0);
 }
 
 TEST_F(Failures, OutputThatCannotBeWrittenIsAnError) {
-    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
-    ASSERT_GE(full, 0);
+    mRunner.mOutput = "/dev/full";
     for (const char* argument : {"--help", "good.gif"}) {
-        const ProgramResult result = mRunner.Finish(mRunner.Start({argument}, full));
+        const ProgramResult result = mRunner.Run({argument});
         EXPECT_EQ(result.mErr, "parvigif: standard output: No space left on device\n") << argument;
         EXPECT_EQ(result.mStatus, 1);
     }
-    close(full);
     EXPECT_TRUE(fs::exists(mFolder / "good.gif.BAK")) << "the work is done all the same";
 }
 

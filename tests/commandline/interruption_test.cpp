@@ -20,6 +20,14 @@ using testing::EndsWith;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
 
+std::string ReadAll(int inPipe) {
+    std::string text;
+    char buffer[4096];
+    for (ssize_t count = 0; (count = read(inPipe, buffer, sizeof(buffer))) > 0;)
+        text.append(buffer, static_cast<std::size_t>(count));
+    return text;
+}
+
 class Interruption : public testing::Test {
 protected:
     void DrawAll() {
@@ -28,6 +36,18 @@ protected:
     }
     std::string Read(const std::string& inName) const { return ReadTestFile(mFolder / inName); }
     bool Has(const std::string& inName) const { return fs::exists(mFolder / inName); }
+
+    /** From now on runs meet a fault, named as tests/support/faultshim.cpp does, at their inAt-th file
+     * operation. */
+    void SetFault(const std::string& inFault, int inAt) {
+        std::error_code there;
+        fs::create_symlink(FAULT_SHIM, mFolder / "faultshim.so", there);
+        mRunner.mBeforeStart = [=] {
+            setenv("LD_PRELOAD", "./faultshim.so", 1); // a path with a blank would be taken for two
+            setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
+            return setenv("PARVIGIF_FAULT", (inFault + "=" + std::to_string(inAt)).c_str(), 1) == 0;
+        };
+    }
 
     TestFolder mFolder;
     ProgramRunner mRunner{mFolder.GetPath()};
@@ -44,7 +64,6 @@ protected:
         mOriginal = Read(kName);
         EXPECT_EQ(mRunner.Run({kName}).mStatus, 0);
         mFinal = Read(kName);
-        fs::create_symlink(FAULT_SHIM, mFolder / "faultshim.so");
     }
 
     /** @return how many runs the fault has hit; inCheck sees each result */
@@ -52,11 +71,7 @@ protected:
         for (int at = 1; at <= kOperations; ++at) {
             std::ofstream(mFolder / kName, std::ios::binary) << mOriginal;
             fs::remove(mFolder / "ball.gif.BAK");
-            mRunner.mBeforeStart = [=] {
-                setenv("LD_PRELOAD", "./faultshim.so", 1); // a path with a blank would be taken for two
-                setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
-                return setenv("PARVIGIF_FAULT", (inFault + "=" + std::to_string(at)).c_str(), 1) == 0;
-            };
+            SetFault(inFault, at);
             const bool wasHit = inCheck(mRunner.Run(mArguments));
             CheckFiles(at);
             if (!wasHit || HasFailure())
@@ -144,7 +159,76 @@ TEST_F(FaultEverywhere, DiskFull) {
     EXPECT_TRUE(mSeen.contains(mOriginal));
 }
 
+TEST_F(Interruption, RestoringPutsTheWholeOriginalBackOrNothing) {
+    DrawAll();
+    const std::string original = Read("ball.gif");
+    mRunner.Run({"ball.gif"});
+    const std::string smaller = Read("ball.gif");
+    for (const std::string fault : {"kill", "tear", "full"}) {
+        int hits = 0;
+        for (int at = 1; at <= 10; ++at) { // more operations than a run has
+            WriteTestFile(mFolder / "ball.gif", smaller);
+            SetFault(fault, at);
+            const bool isHit = mRunner.Run({"--restore", "--no-log", "ball.gif"}).mStatus != 0;
+            const std::string picture = Read("ball.gif");
+            EXPECT_TRUE(picture == original || (isHit && picture == smaller)) << fault << at;
+            EXPECT_EQ(Read("ball.gif.BAK"), original);
+            hits += isHit;
+        }
+        EXPECT_GE(hits, fault == "tear" ? 1 : 2) << fault;
+        EXPECT_LT(hits, 10) << fault;
+    }
+}
+
+TEST_F(Interruption, AContactSheetIsWholeOrAbsent) {
+    DrawAll();
+    const std::vector<std::string> arguments = {"--contact-sheet", "sheet.gif", "icon.gif"};
+    mRunner.Run(arguments);
+    const std::string whole = Read("sheet.gif");
+    for (const std::string fault : {"kill", "tear", "full"}) {
+        int hits = 0;
+        for (int at = 1; at <= 12; ++at) { // more operations than a run has
+            fs::remove(mFolder / "sheet.gif");
+            SetFault(fault, at);
+            const ProgramResult result = mRunner.Run(arguments);
+            EXPECT_TRUE(Has("sheet.gif") ? Read("sheet.gif") == whole : result.mStatus != 0) << fault << at;
+            if (fault == "full" && result.mStatus != 0) {
+                EXPECT_THAT(result.mErr, testing::ContainsRegex("parvigif: sheet.gif: .*[Nn]o space left"))
+                    << at;
+                EXPECT_FALSE(Has("sheet.gif")) << at;
+            }
+            hits += result.mStatus != 0;
+        }
+        EXPECT_GE(hits, fault == "tear" ? 1 : 2) << fault;
+        EXPECT_TRUE(Has("sheet.gif")) << "the last run was not hit: " << fault;
+    }
+}
+
 // ---- the user and the reader of the output
+
+TEST_F(Interruption, CtrlCLeavesNoContactSheet) {
+    DrawAll();
+    std::vector<std::string> names = {"--contact-sheet", "sheet.gif"};
+    for (int i = 100; i < 300; ++i) {
+        names.push_back("bad-" + std::to_string(i) + ".gif");
+        WriteTestFile(mFolder / names.back(), "no picture");
+    }
+    names.emplace_back("icon.gif");
+    int complaints[2]; // holds some of them only, so the program waits for their reader
+    ASSERT_EQ(pipe2(complaints, O_CLOEXEC), 0);
+    ASSERT_GT(fcntl(complaints[1], F_SETPIPE_SZ, 4096), 0);
+    mRunner.mBeforeStart = [&] { return dup2(complaints[1], STDERR_FILENO) >= 0; };
+    const pid_t process = mRunner.Start(names, STDOUT_FILENO);
+    close(complaints[1]);
+    char first = 0;
+    ASSERT_EQ(read(complaints[0], &first, 1), 1) << "it is at work";
+    kill(process, SIGINT);
+    const std::string text = ReadAll(complaints[0]);
+    EXPECT_EQ(mRunner.Finish(process).mStatus, 130);
+    EXPECT_THAT(text, EndsWith("bad-299.gif: not a GIF file (code 32)\nparvigif: cancelled\n"));
+    EXPECT_FALSE(Has("sheet.gif"));
+    close(complaints[0]);
+}
 
 /** Many copies of a picture, and a run over them whose output nobody reads yet: it comes to a halt in the
  *  middle when the pipe is full. */
@@ -201,9 +285,7 @@ protected:
 TEST_F(LongRun, CtrlCFinishesTheFileInHandAndTellsWhatWasDone) {
     Start();
     kill(mProcess, SIGINT);
-    char buffer[4096];
-    for (ssize_t count = 0; (count = read(mPipe[0], buffer, sizeof(buffer))) > 0;)
-        mOutput.append(buffer, static_cast<std::size_t>(count));
+    mOutput += ReadAll(mPipe[0]);
     const ProgramResult result = mRunner.Finish(mProcess);
     EXPECT_EQ(result.mStatus, 130);
     EXPECT_EQ(result.mErr, "parvigif: cancelled\n");

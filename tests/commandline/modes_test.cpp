@@ -5,9 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include "samples/samplepictures.h"
 #include "tests/support/programrun.h"
 #include "wnatom/wnfileclaim.h"
@@ -15,6 +12,7 @@
 namespace {
 
 using testing::HasSubstr;
+using testing::StartsWith;
 namespace fs = std::filesystem;
 
 /** A tree: ball.gif, sub/icon.gif, sub/deep/bad.gif (no GIF), sub/notes.txt. */
@@ -30,7 +28,8 @@ protected:
         }
         WriteTestFile(mFolder / "in/sub/deep/bad.gif", "junk");
         WriteTestFile(mFolder / "in/sub/notes.txt", "x");
-        fs::create_directory_symlink("..", mFolder / "in/sub/circle");
+        std::error_code where; // there are no links
+        fs::create_directory_symlink("..", mFolder / "in/sub/circle", where);
         mBefore = TakeStock("in");
     }
 
@@ -39,22 +38,23 @@ protected:
         std::map<std::string, std::string> stock;
         for (const auto& entry : fs::recursive_directory_iterator(mFolder / inFolder)) {
             if (entry.is_regular_file())
-                stock[fs::relative(entry.path(), mFolder / inFolder)] = ReadTestFile(entry.path());
+                stock[entry.path().lexically_relative(mFolder / inFolder).generic_string()] =
+                    ReadTestFile(entry.path().string());
         }
         return stock;
     }
 
     bool HasTraces() const {
-        return fs::exists(mRunner.GetOwnFolder() / "state") || fs::exists(mRunner.GetOwnFolder() / "user") ||
-               !fs::is_empty(mRunner.GetOwnFolder() / "tmp");
+        return fs::exists(mRunner.GetOwnFolder() / "state/Norvek") ||
+               fs::exists(mRunner.GetOwnFolder() / "user") || !fs::is_empty(mRunner.GetOwnFolder() / "tmp");
     }
 
     /** Runs the program with a file as its standard input. */
     ProgramResult RunOn(const std::string& inFile, const std::vector<std::string>& inArguments) {
-        mRunner.mBeforeStart = [this, inFile] {
-            return dup2(open((mFolder / inFile).c_str(), O_RDONLY), STDIN_FILENO) == STDIN_FILENO;
-        };
-        return mRunner.Run(inArguments);
+        mRunner.mInput = inFile;
+        const ProgramResult result = mRunner.Run(inArguments);
+        mRunner.mInput.clear();
+        return result;
     }
 
     TestFolder mFolder;
@@ -142,15 +142,18 @@ TEST_F(Modes, AFilterWritesTheSmallerPictureOrTheSameBytes) {
 }
 
 TEST_F(Modes, NamesMayComeFromAFile) {
-    using namespace std::string_literals;
     WriteTestFile(mFolder / "lines", "in/ball.gif\n\nin/none.gif\nin/sub");
     const ProgramResult lines = mRunner.Run({"-n", "--files-from", "lines"});
     EXPECT_THAT(lines.mOut, HasSubstr("  2 files, 2 could"));
     EXPECT_EQ(lines.mErr, "parvigif: in/none.gif: no such file or folder (code 10)\n");
+    EXPECT_EQ(mRunner.Run({"--files-from=none"}).mErr, "parvigif: none: No such file or directory\n");
+}
+
+TEST_F(Modes, NamesFromAFileMayHoldLineBreaks) {
+    using namespace std::string_literals;
     fs::rename(mFolder / "in/ball.gif", mFolder / "in/a\nb.gif");
     WriteTestFile(mFolder / "nuls", "in/a\nb.gif\0in/sub/icon.gif\0"s);
     EXPECT_THAT(RunOn("nuls", {"-n0", "--files-from=-"}).mOut, HasSubstr("  2 files, 2 could"));
-    EXPECT_EQ(mRunner.Run({"--files-from=none"}).mErr, "parvigif: none: No such file or directory\n");
 }
 
 TEST_F(Modes, AFileThatGainsTooLittleStaysAsItIs) {
@@ -174,10 +177,11 @@ TEST_F(Modes, WhatIsDoneIsPassedOverWhateverItsName) {
     const ProgramResult again = mRunner.Run({"--skip-done", "in/copy.gif", "in/sub/icon.gif"});
     EXPECT_EQ(again.mErr, "parvigif: in/copy.gif: skipped: an earlier run was through with it\n");
     EXPECT_THAT(again.mOut, HasSubstr("1 file, 1 made smaller"));
-    EXPECT_THAT(ReadTestFile(ledger), testing::MatchesRegex("damaged\n([0-9a-f]+ [0-9]+ lossy\n){2}"));
 
     // What is done without changing colours is not done for a run that may change them.
     std::string lines = ReadTestFile(ledger);
+    EXPECT_THAT(lines, StartsWith("damaged\n"));
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 3);
     for (std::size_t at = 0; (at = lines.find("lossy", at)) != std::string::npos;)
         lines.replace(at, 5, "lossless");
     WriteTestFile(ledger, lines);
@@ -188,9 +192,7 @@ TEST_F(Modes, WhatIsDoneIsPassedOverWhateverItsName) {
 TEST_F(Modes, ALedgerThatCannotBeWrittenStopsNothing) {
     fs::create_directories(mRunner.GetOwnFolder() / "state/Norvek/PVGFDone.TXT");
     const ProgramResult result = mRunner.Run({"--skip-done", "in/ball.gif", "in/sub/icon.gif"});
-    EXPECT_THAT(result.mErr,
-                testing::MatchesRegex("parvigif: Unable to write the list of files done: .*, error Is "
-                                      "a directory\n"));
+    EXPECT_THAT(result.mErr, StartsWith("parvigif: Unable to write the list of files done: "));
     EXPECT_EQ(result.mStatus, 0);
 }
 

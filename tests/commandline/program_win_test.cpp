@@ -37,7 +37,7 @@ TEST_F(WindowsProgram, AFolderIsMadeSmallerWithBackupsLogAndTotals) {
     const std::size_t before = SizeOf("icon.gif");
     const ProgramResult result = mRunner.Run({"."});
     EXPECT_EQ(result.mStatus, 0) << result.mErr;
-    EXPECT_THAT(result.mOut, HasSubstr("  .\\icon.gif\n"));
+    EXPECT_THAT(result.mOut, HasSubstr("  ./icon.gif\n"));
     EXPECT_THAT(result.mOut, HasSubstr("  6 files, 6 made smaller\n"));
     EXPECT_LT(SizeOf("icon.gif"), before);
     EXPECT_EQ(SizeOf("icon.gif.BAK"), before);

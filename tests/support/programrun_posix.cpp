@@ -4,18 +4,20 @@
 #include <filesystem>
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 ProgramRunner::ProgramRunner(std::string inFolder) : mFolder(std::move(inFolder)) {}
 
 ProgramResult ProgramRunner::Run(const std::vector<std::string>& inArguments) {
-    const std::string output = mOwnFolder / "stdout";
+    const std::string output = mOutput.empty() ? mOwnFolder / "stdout" : mOutput;
     const int descriptor = open(output.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0666);
     const pid_t process = Start(inArguments, descriptor);
     close(descriptor);
     ProgramResult result = Finish(process);
-    result.mOut = ReadTestFile(output);
+    if (mOutput.empty())
+        result.mOut = ReadTestFile(output);
     return result;
 }
 
@@ -35,7 +37,11 @@ void ProgramRunner::Become(const std::vector<std::string>& inArguments, int inOu
     const int program = open(PARVIGIF_PROGRAM, O_PATH | O_CLOEXEC); // may lie where nobody can look
     const int errors = open((mOwnFolder / "stderr").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0666);
     const bool ready = dup2(inOutput, STDOUT_FILENO) >= 0 && dup2(errors, STDERR_FILENO) >= 0 &&
-                       chdir(mFolder.c_str()) == 0 && (!mBeforeStart || mBeforeStart());
+                       chdir(mFolder.c_str()) == 0 &&
+                       (mInput.empty() || dup2(open(mInput.c_str(), O_RDONLY), STDIN_FILENO) >= 0) &&
+                       (!mAsNobody || geteuid() != 0 ||
+                        (setgroups(0, nullptr) == 0 && setgid(65534) == 0 && setuid(65534) == 0)) &&
+                       (!mBeforeStart || mBeforeStart());
     if (ready) {
         setenv("XDG_CONFIG_DIRS", (mOwnFolder / "machine").c_str(), 1);
         setenv("XDG_CONFIG_HOME", (mOwnFolder / "user").c_str(), 1);

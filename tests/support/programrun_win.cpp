@@ -28,10 +28,17 @@ std::wstring MakeCommandLine(const std::vector<std::string>& inArguments) {
     return NvWiden(line);
 }
 
-HANDLE CreateForChild(const std::string& inPath) {
+HANDLE OpenForChild(const std::string& inPath, DWORD inAccess, DWORD inHow) {
     SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    return CreateFileW(NvWiden(inPath).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
-                       CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return CreateFileW(NvWidePath(inPath).c_str(), inAccess, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                       inHow, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+/** In paths, that is wherever no byte is told as \x and its number. */
+void UseSlashes(std::string& ioText) {
+    for (std::size_t i = 0; i + 1 < ioText.size(); ++i)
+        if (ioText[i] == '\\' && ioText[i + 1] != 'x')
+            ioText[i] = '/';
 }
 
 } // namespace
@@ -48,8 +55,10 @@ ProgramResult ProgramRunner::Run(const std::vector<std::string>& inArguments) {
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = CreateForChild(mOwnFolder / "stdout");
-    startup.hStdError = CreateForChild(mOwnFolder / "stderr");
+    startup.hStdInput =
+        mInput.empty() ? nullptr : OpenForChild(mFolder + "/" + mInput, GENERIC_READ, OPEN_EXISTING);
+    startup.hStdOutput = OpenForChild(mOwnFolder / "stdout", GENERIC_WRITE, CREATE_ALWAYS);
+    startup.hStdError = OpenForChild(mOwnFolder / "stderr", GENERIC_WRITE, CREATE_ALWAYS);
     PROCESS_INFORMATION process{};
     std::wstring line = MakeCommandLine(inArguments);
     ProgramResult result;
@@ -61,10 +70,13 @@ ProgramResult ProgramRunner::Run(const std::vector<std::string>& inArguments) {
         CloseHandle(process.hProcess);
         CloseHandle(process.hThread);
     }
-    CloseHandle(startup.hStdOutput);
-    CloseHandle(startup.hStdError);
+    for (const HANDLE stream : {startup.hStdInput, startup.hStdOutput, startup.hStdError})
+        CloseHandle(stream);
     result.mStatus = static_cast<int>(status);
     result.mOut = ReadTestFile(mOwnFolder / "stdout");
     result.mErr = ReadTestFile(mOwnFolder / "stderr");
+    if (mInput.empty())
+        UseSlashes(result.mOut);
+    UseSlashes(result.mErr);
     return result;
 }
