@@ -1,12 +1,15 @@
 #include "win/pvfirstpass.h"
 
+#include <optional>
 #include <utility>
 
 #include "nvcode2/nvanimation.h"
 #include "nvcode2/nverrorcode.h"
+#include "nvcode2/nvgifplayer.h"
 #include "win/pvdifference.h"
 #include "win/pvframecolours.h"
 #include "win/pvframestream.h"
+#include "win/pvlookseries.h"
 #include "win/pvlossless.h"
 #include "win/pvpalette.h"
 #include "win/pvprogress.h"
@@ -20,6 +23,28 @@ constexpr std::uint32_t km_MaxColours = 256;
 // A canvas is put together from parts of several frames, so its mean may lie above that of each of them by
 // this much of it.
 constexpr double km_CanvasErrorShare = 1.0;
+
+/** Watches what becomes of frames on a screen. */
+class FrameWatch {
+public:
+    FrameWatch(const PvFrameReader& inReader)
+        : mOriginal(inReader.GetScreenWidth(), inReader.GetScreenHeight()),
+          mResult(inReader.GetScreenWidth(), inReader.GetScreenHeight()),
+          mLooks(inReader.GetScreenWidth(), inReader.GetScreenHeight(), inReader.GetFrameCount()) {}
+
+    void ShowOriginal(const NvGIFFrame& inFrame) { mOriginal.ShowFrame(inFrame); }
+    void ShowResult(const NvGIFFrame& inFrame) {
+        mResult.ShowFrame(inFrame);
+        mLooks.ShowFrame(mOriginal, mResult);
+    }
+
+    double GetMeanStructure() const { return mLooks.GetMeanStructure(); }
+
+private:
+    NvGIFPlayer mOriginal;
+    NvGIFPlayer mResult;
+    PvLookSeries mLooks;
+};
 
 /** Has a frame show the colours that its indices will be mapped to; the pixels themselves are mapped when
  * fewer of them are left. */
@@ -85,9 +110,10 @@ PvColourAllowance PvFirstPass::GetAllowance(std::uint32_t inTolerance) const {
     return allowance;
 }
 
-std::unique_ptr<NvAnimation> PvFirstPass::Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress) {
+std::unique_ptr<NvAnimation> PvFirstPass::Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
+                                                  double* outStructure) {
     ioProgress.BeginStep(0.45);
-    std::unique_ptr<NvAnimation> animation = DifferenceFrames(inTolerance, ioProgress);
+    std::unique_ptr<NvAnimation> animation = DifferenceFrames(inTolerance, ioProgress, outStructure);
     if (!mOptions.mIsLossless)
         OrderSharedTable(*animation, PvPaletteLimit(km_Mode), mMaps);
     else if (ShareExactColours(*animation, ioProgress))
@@ -106,24 +132,33 @@ std::shared_ptr<NvGIFGlobalInfo> PvFirstPass::MakeGlobalInfo() {
     return info;
 }
 
-std::unique_ptr<NvAnimation> PvFirstPass::DifferenceFrames(std::uint32_t inTolerance,
-                                                           PvProgress& ioProgress) {
+std::unique_ptr<NvAnimation> PvFirstPass::DifferenceFrames(std::uint32_t inTolerance, PvProgress& ioProgress,
+                                                           double* outStructure) {
     const std::uint32_t width = mReader.GetScreenWidth();
     const std::uint32_t height = mReader.GetScreenHeight();
     auto animation = std::make_unique<NvAnimation>(MakeGlobalInfo(), width, height);
+    std::optional<FrameWatch> watch;
+    if (outStructure)
+        watch.emplace(mReader);
     PvFrameStream stream = OpenStream();
     PvDifferencer differencer(width, height, inTolerance, mOptions.mIsLossless ? km_MaxColours : 0);
     PvCropper cropper(width, height, stream.MayClear());
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, GetFrameCount());
         std::unique_ptr<NvGIFFrame> frame = stream.Next();
+        if (watch)
+            watch->ShowOriginal(*frame);
         if (!mOptions.mIsLossless)
             ShowMapped(*frame, mMaps[i], mSharedTable);
         differencer.Difference(*frame);
+        if (watch)
+            watch->ShowResult(*frame);
         if (stream.Crops())
             if (std::unique_ptr<NvGIFFrame> cropped = cropper.Crop(*frame))
                 frame = std::move(cropped);
         animation->AddFrame(std::move(frame));
     }
+    if (watch)
+        *outStructure = watch->GetMeanStructure();
     return animation;
 }

@@ -44,8 +44,11 @@ public:
      *
      *  Precondition: when nothing may be lost, the tolerance is 0 and this is the only call.
      *  @param inTolerance   levels per channel, see PvDifferencer
+     *  @param outStructure  how close the frames look as PvComparison::mMeanStructure has it; null spares the
+     * time to measure that
      *  @throws NvErrorCode  as the constructor */
-    std::unique_ptr<NvAnimation> Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress);
+    std::unique_ptr<NvAnimation> Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
+                                         double* outStructure = nullptr);
 
     /** How far the colours may be from the original's after Rebuild. */
     PvColourAllowance GetAllowance(std::uint32_t inTolerance) const;
@@ -54,7 +57,8 @@ private:
     PvFrameStream OpenStream();
     void ChooseColours(PvProgress& ioProgress);
     std::shared_ptr<NvGIFGlobalInfo> MakeGlobalInfo();
-    std::unique_ptr<NvAnimation> DifferenceFrames(std::uint32_t inTolerance, PvProgress& ioProgress);
+    std::unique_ptr<NvAnimation> DifferenceFrames(std::uint32_t inTolerance, PvProgress& ioProgress,
+                                                  double* outStructure);
 
     PvFrameReader mReader;
     PvPassOptions mOptions;

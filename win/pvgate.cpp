@@ -10,6 +10,7 @@
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvgifplayer.h"
 #include "win/pvload.h"
+#include "win/pvlookseries.h"
 
 namespace {
 
@@ -108,40 +109,8 @@ private:
     bool mSamePixelsCovered = true;
 };
 
-// A frame of fewer windows than this is too small for its structure to be judged by similarity.
-constexpr std::uint32_t km_SizableArea = 32;
 constexpr double km_LeastStructure = 0.80; // below it the eye is caught
 constexpr double km_GoodStructure = 0.97;  // from it on there is nothing to gain
-constexpr std::uint32_t km_FramesMeasured = 48;
-
-double StructureOf(const PvFrameLook& inLook) {
-    return inLook.mContrastWindows >= km_SizableArea ? inLook.mContrastSsim : 1.0;
-}
-
-/** What the measured frames come to. */
-class Looks {
-public:
-    /** Adds the look of two canvases. */
-    void Add(const PvFrameLook& inLook, const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate) {
-        const auto rank = [](const PvFrameLook& inAny) {
-            return std::make_pair(StructureOf(inAny), inAny.mSsim);
-        };
-        if (rank(inLook) < rank(mWorst)) {
-            mWorst = inLook;
-            mWorst.MeasureErrors(inOriginal, inCandidate);
-        }
-        mStructureSum += StructureOf(inLook);
-        ++mCount;
-    }
-
-    const PvFrameLook& Worst() const { return mWorst; }
-    double MeanStructure() const { return mCount == 0 ? 1.0 : mStructureSum / mCount; }
-
-private:
-    PvFrameLook mWorst;
-    double mStructureSum = 0.0;
-    std::uint32_t mCount = 0;
-};
 
 std::string InFrame(std::uint32_t inIndex, const char* inWhat) {
     return "frame " + std::to_string(inIndex + 1) + " " + inWhat;
@@ -154,11 +123,8 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
     NvGIFPlayer originalPlayer(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
     NvGIFPlayer candidatePlayer(ioCandidate.GetScreenWidth(), ioCandidate.GetScreenHeight());
     CanvasComparison comparison(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
-    PvLookMeter meter(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight());
-    Looks looks;
-    std::vector<Columns> changedSinceMeasured(ioOriginal.GetScreenHeight());
     const std::uint32_t count = ioOriginal.GetFrameCount();
-    const std::uint32_t measureEvery = (count + km_FramesMeasured - 1) / km_FramesMeasured;
+    PvLookSeries looks(ioOriginal.GetScreenWidth(), ioOriginal.GetScreenHeight(), count);
     for (std::uint32_t i = 0; i < count; ++i) {
         const NvGIFFrameInfo& original = ioOriginal.PlayFrame(i, originalPlayer);
         const NvGIFFrameInfo& candidate = ioCandidate.PlayFrame(i, candidatePlayer);
@@ -166,12 +132,9 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
             return InFrame(i, "would be shown for another time");
         if (original.mUserInput != candidate.mUserInput)
             return InFrame(i, "would wait differently for the user");
-        for (std::uint32_t y = 0; y < ioOriginal.GetScreenHeight(); ++y) {
-            Columns changed = originalPlayer.GetChangedColumns(y);
-            changed.Add(candidatePlayer.GetChangedColumns(y));
-            comparison.Update(originalPlayer, candidatePlayer, y, changed);
-            changedSinceMeasured[y].Add(changed);
-        }
+        for (std::uint32_t y = 0; y < ioOriginal.GetScreenHeight(); ++y)
+            comparison.Update(originalPlayer, candidatePlayer, y,
+                              PvChangedColumns(originalPlayer, candidatePlayer, y));
         if (!comparison.SamePixelsCovered())
             return InFrame(i, "would cover other pixels");
         const double moved = comparison.CoveredPixels() == 0
@@ -180,21 +143,17 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
         // A pixel only ever trades places with one whose channels differ by at most 128.
         if (comparison.MeanError() > inAllowance.mMeanError + 128.0 * std::min(1.0, moved))
             return InFrame(i, "would show other colours");
-        if ((count - 1 - i) % measureEvery == 0) {
-            looks.Add(meter.Measure(originalPlayer, candidatePlayer, changedSinceMeasured), originalPlayer,
-                      candidatePlayer);
-            std::fill(changedSinceMeasured.begin(), changedSinceMeasured.end(), Columns());
-        }
+        looks.ShowFrame(originalPlayer, candidatePlayer);
     }
-    ioComparison.mWorstLook = looks.Worst();
-    ioComparison.mMeanStructure = looks.MeanStructure();
+    ioComparison.mWorstLook = looks.GetWorst();
+    ioComparison.mMeanStructure = looks.GetMeanStructure();
     return {};
 }
 
 } // namespace
 
 double PvComparison::GetStructure() const {
-    return StructureOf(mWorstLook);
+    return PvStructureOf(mWorstLook);
 }
 
 bool PvComparison::HasLostStructure() const {

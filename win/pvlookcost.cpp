@@ -17,8 +17,8 @@ double PvLookCost(double inBytes, double inSimilarity) {
     return std::log(inBytes + km_SizeThatHardlyCounts) - km_SizePerSimilarity * inSimilarity;
 }
 
-double PvSizeAtLookCost(double inCost) {
-    return std::max(0.0, std::exp(inCost + km_SizePerSimilarity) - km_SizeThatHardlyCounts);
+double PvSizeAtLookCost(double inCost, double inSimilarity) {
+    return std::max(0.0, std::exp(inCost + km_SizePerSimilarity * inSimilarity) - km_SizeThatHardlyCounts);
 }
 
 double PvFrameSimilarity(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond) {

@@ -12,8 +12,8 @@ class NvGIFFrame;
  *  @param inSimilarity  structural similarity to the original, 1.0 for the same picture */
 double PvLookCost(double inBytes, double inSimilarity);
 
-/** The size in bytes at which even a result that looks like the original has this cost; 0 if none has. */
-double PvSizeAtLookCost(double inCost);
+/** The size in bytes at which a result of some similarity has this cost; 0 if none has. */
+double PvSizeAtLookCost(double inCost, double inSimilarity);
 
 /** Structural similarity of two frames of the same size, undrawn pixels as mid grey. */
 double PvFrameSimilarity(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond);

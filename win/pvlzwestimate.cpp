@@ -35,11 +35,9 @@ std::uint64_t PvLZWEstimator::EstimateFrame(const NvGIFFrame& inFrame) {
                            image.GetColorTable().GetSize(), inFrame.GetInfo().mInterlaced != 0);
 }
 
-std::uint64_t PvLZWEstimator::EstimateFrames(const NvAnimation& inAnimation, std::uint64_t inEnough) {
+std::uint64_t PvLZWEstimator::EstimateFrames(const NvAnimation& inAnimation) {
     std::uint64_t bits = 0;
     for (const NvGIFFrame& frame : inAnimation) {
-        if (bits >= inEnough)
-            break;
         const NvIndexedImage& image = frame.GetImage();
         const std::uint32_t colors = image.GetHighestIndex() + 1U;
         const NvConstPixelLock pixels(image);

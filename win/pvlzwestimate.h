@@ -26,9 +26,8 @@ public:
     /** The same for a whole frame. */
     std::uint64_t EstimateFrame(const NvGIFFrame& inFrame);
 
-    /** The same for all frames together, each with no wider codes than its indices need; stops when inEnough
-     * is reached. */
-    std::uint64_t EstimateFrames(const NvAnimation& inAnimation, std::uint64_t inEnough);
+    /** The same for all frames together, each with no wider codes than its indices need. */
+    std::uint64_t EstimateFrames(const NvAnimation& inAnimation);
 
 private:
     PvLZWParser mParser;

@@ -7,6 +7,7 @@
 #include "nvcode2/nvanimation.h"
 #include "win/pvload.h"
 #include "win/pvlookcost.h"
+#include "win/pvlzwestimate.h"
 #include "win/pvprogress.h"
 #include "win/pvwrite.h"
 #include "win/wholefile.h"
@@ -23,6 +24,14 @@ std::uint32_t NextTolerance(std::uint32_t inTolerance) {
     return inTolerance > 8 ? 8 : 0;
 }
 
+// A size told beforehand may be wrong by this much of it.
+constexpr double km_DoubtfulSize = 1.02;
+
+/** How long the frames' data is as they are. */
+double MeasureLength(const NvAnimation& inAnimation) {
+    return static_cast<double>(PvLZWEstimator().EstimateFrames(inAnimation));
+}
+
 } // namespace
 
 /** A result, written beside the file it may replace and found fit to do so. */
@@ -35,9 +44,9 @@ struct PvOptimizer::Candidate {
 
     double Cost() const { return PvLookCost(mSize, mComparison.mMeanStructure); }
 
-    /** A size, in bytes, at which no candidate can be better, even one that looks like the original. */
-    std::uint32_t HopelessSize() const {
-        const double size = PvSizeAtLookCost(Cost()) + 2.0; // rounding must not decide
+    /** A size, in bytes, at which no candidate of a similarity can be better. */
+    std::uint32_t HopelessSize(double inSimilarity) const {
+        const double size = PvSizeAtLookCost(Cost(), inSimilarity) + 2.0; // rounding must not decide
         return static_cast<std::uint32_t>(std::min<double>(size, UINT32_MAX));
     }
 };
@@ -91,12 +100,10 @@ auto PvOptimizer::KeepLoadError(const Work& inRead) -> decltype(inRead()) {
         if (error.GetCode() == NvErrorCode::km_OutOfMemory || error.GetCode() == NvErrorCode::km_Cancelled)
             throw;
         mOutcome.mLoadError = error;
-        return nullptr;
+        return {};
     }
 }
 
-// A tolerance freezes slow, soft motion: stripes that differ by less are left standing and tear. Where that
-// is seen the file is done again with smaller ones, as long as that may look better at a fair price.
 std::optional<PvOptimizer::Candidate>
 PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, PvProgress& ioProgress) {
     const std::unique_ptr<PvFirstPass> file = KeepLoadError([&] {
@@ -105,43 +112,65 @@ PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, P
     if (!file)
         return std::nullopt;
     mOutcome.mFrameCount = file->GetFrameCount();
-    std::uint32_t tolerance = IsPreferred("LOSSLESS") ? 0 : mSettings.mTolerance;
-    std::optional<Candidate> best = RunFirstPass(inPath, *file, tolerance, inOriginalSize, false, ioProgress);
-    while (best && tolerance > 0 && mOutcome.mFrameCount > 1 && best->mComparison.MayLookBetter()) {
-        tolerance = NextTolerance(tolerance);
-        best->mAnimation.reset(); // there is room for one
-        const bool mustChange = best->mComparison.HasLostStructure();
-        const std::uint32_t sizeToBeat =
-            mustChange ? inOriginalSize : std::min(inOriginalSize, best->HopelessSize());
-        std::optional<Candidate> nearer =
-            RunFirstPass(inPath, *file, tolerance, sizeToBeat, true, ioProgress);
-        if (!nearer && !mustChange)
-            break; // a still smaller tolerance leaves still more to draw
-        if (mustChange || nearer->Cost() <= best->Cost())
-            best = std::move(nearer);
-    }
-    return best;
-}
-
-/** @param inMayGiveUp  when it becomes clear on the way that the size will not be beaten
- *  @return             nothing when the result is not smaller or not fit to replace the file */
-std::optional<PvOptimizer::Candidate> PvOptimizer::RunFirstPass(const char* inPath, PvFirstPass& ioFile,
-                                                                std::uint32_t inTolerance,
-                                                                std::uint32_t inSizeToBeat, bool inMayGiveUp,
-                                                                PvProgress& ioProgress) {
+    const std::uint32_t tolerance = IsPreferred("LOSSLESS") ? 0 : mSettings.mTolerance;
     std::unique_ptr<NvAnimation> animation =
-        KeepLoadError([&] { return ioFile.Rebuild(inTolerance, ioProgress); });
+        KeepLoadError([&] { return file->Rebuild(tolerance, ioProgress); });
     if (!animation)
         return std::nullopt;
-    const std::optional<std::uint64_t> moved = mPasses.RunFirst(
-        *animation, ioFile.GetBackground(), PassOptions(), inMayGiveUp ? inSizeToBeat : 0, ioProgress);
-    if (!moved)
-        return std::nullopt;
-    PvColourAllowance allowance = ioFile.GetAllowance(inTolerance);
-    allowance.mMovedPixels = static_cast<double>(*moved);
-    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeToBeat, *animation, allowance);
+    std::optional<Candidate> candidate =
+        FinishFirstPass(inPath, *file, tolerance, std::move(animation), inOriginalSize, ioProgress);
+    if (candidate && tolerance > 0 && file->GetFrameCount() > 1)
+        ReduceTolerance(inPath, *file, tolerance, inOriginalSize, candidate, ioProgress);
+    return candidate;
+}
+
+// A tolerance freezes slow, soft motion: stripes that differ by less are left standing and tear. Where that
+// is seen the file is done again with smaller ones, as long as that may look better at a fair price. How it
+// looks is known once the frames are rebuilt, and about how large it gets, since what is left to do saves
+// much the same part of the size with any tolerance.
+void PvOptimizer::ReduceTolerance(const char* inPath, PvFirstPass& ioFile, std::uint32_t inTolerance,
+                                  std::uint32_t inOriginalSize, std::optional<Candidate>& ioBest,
+                                  PvProgress& ioProgress) {
+    double bestLength = 0.0;
+    for (std::uint32_t tolerance = inTolerance;
+         ioBest && tolerance > 0 && ioBest->mComparison.MayLookBetter();) {
+        ioBest->mAnimation.reset(); // there is room for one
+        if (bestLength == 0.0)
+            bestLength = MeasureLength(*ioFile.Rebuild(tolerance, ioProgress));
+        tolerance = NextTolerance(tolerance);
+        double structure = 1.0;
+        std::unique_ptr<NvAnimation> animation = ioFile.Rebuild(tolerance, ioProgress, &structure);
+        const double length = MeasureLength(*animation);
+        const bool mustChange = ioBest->mComparison.HasLostStructure();
+        std::uint32_t sizeToBeat = inOriginalSize;
+        if (!mustChange) {
+            const double size = ioBest->mSize * length / bestLength;
+            if (size > km_DoubtfulSize * ioBest->HopelessSize(1.0))
+                break; // a still smaller tolerance leaves still more to draw
+            sizeToBeat = std::min(inOriginalSize, ioBest->HopelessSize(structure));
+            if (size > km_DoubtfulSize * sizeToBeat)
+                continue;
+        }
+        std::optional<Candidate> nearer =
+            FinishFirstPass(inPath, ioFile, tolerance, std::move(animation), sizeToBeat, ioProgress);
+        if (!mustChange && (!nearer || nearer->Cost() > ioBest->Cost()))
+            continue;
+        ioBest = std::move(nearer);
+        bestLength = length;
+    }
+}
+
+/** @return  nothing when the result is not smaller or not fit to replace the file */
+std::optional<PvOptimizer::Candidate>
+PvOptimizer::FinishFirstPass(const char* inPath, const PvFirstPass& inFile, std::uint32_t inTolerance,
+                             std::unique_ptr<NvAnimation> inAnimation, std::uint32_t inSizeToBeat,
+                             PvProgress& ioProgress) {
+    PvColourAllowance allowance = inFile.GetAllowance(inTolerance);
+    allowance.mMovedPixels = static_cast<double>(
+        mPasses.RunFirst(*inAnimation, inFile.GetBackground(), PassOptions(), ioProgress));
+    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeToBeat, *inAnimation, allowance);
     if (candidate)
-        candidate->mAnimation = std::move(animation);
+        candidate->mAnimation = std::move(inAnimation);
     return candidate;
 }
 

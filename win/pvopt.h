@@ -78,9 +78,13 @@ private:
                                     bool inIsBackedUp, PvProgress& ioProgress);
     std::optional<Candidate> ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize,
                                              PvProgress& ioProgress);
-    std::optional<Candidate> RunFirstPass(const char* inPath, PvFirstPass& ioFile, std::uint32_t inTolerance,
-                                          std::uint32_t inSizeToBeat, bool inMayGiveUp,
-                                          PvProgress& ioProgress);
+    void ReduceTolerance(const char* inPath, PvFirstPass& ioFile, std::uint32_t inTolerance,
+                         std::uint32_t inOriginalSize, std::optional<Candidate>& ioBest,
+                         PvProgress& ioProgress);
+    std::optional<Candidate> FinishFirstPass(const char* inPath, const PvFirstPass& inFile,
+                                             std::uint32_t inTolerance,
+                                             std::unique_ptr<NvAnimation> inAnimation,
+                                             std::uint32_t inSizeToBeat, PvProgress& ioProgress);
     std::optional<Candidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
                                            NvAnimation& ioAnimation, const PvColourAllowance& inAllowance);
     template <typename Work>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "win/pvfirstpass.h"
 #include "win/pvswap.h"
@@ -15,12 +14,10 @@ public:
     /** The first pass over what PvFirstPass rebuilt.
      *
      *  @param inBackground  what the file's background index named
-     *  @param inSizeToBeat  bytes; 0: none. The pass is given up when it will not get below it
-     *  @return              how many pixels were exchanged on the way; nothing when it was given up
+     *  @return              how many pixels were exchanged on the way
      *  @throws NvErrorCode  3 when the progress was told to stop */
-    std::optional<std::uint64_t> RunFirst(NvAnimation& ioAnimation, const NvColor& inBackground,
-                                          const PvPassOptions& inOptions, std::uint32_t inSizeToBeat,
-                                          PvProgress& ioProgress);
+    std::uint64_t RunFirst(NvAnimation& ioAnimation, const NvColor& inBackground,
+                           const PvPassOptions& inOptions, PvProgress& ioProgress);
 
     /** The second pass, over what is on the disk after the first: crops and exchanges pixels once more.
      *
