@@ -36,9 +36,9 @@ public:
     static void SetBit(std::uint8_t* iBuffer, std::uint32_t iRowBytes, std::uint32_t iColumn,
                        std::uint32_t iRow, std::uint32_t iBit) {
         NvAssert(iRowBytes && iBuffer);
-        std::uint8_t& byte = iBuffer[std::size_t{iRow} * iRowBytes + iColumn / 8];
+        std::uint8_t& eight = iBuffer[std::size_t{iRow} * iRowBytes + iColumn / 8];
         const unsigned mask = 0x80u >> iColumn % 8;
-        byte = static_cast<std::uint8_t>(iBit ? byte | mask : byte & ~mask);
+        eight = static_cast<std::uint8_t>(iBit ? eight | mask : eight & ~mask);
     }
 
     std::uint8_t GetPolarity() const { return mPolarity; }
