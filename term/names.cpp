@@ -18,7 +18,7 @@ std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages&
     const std::string& path = inSettings.mNamesFile;
     const bool isStandardInput = path == "-";
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
-        isStandardInput ? nullptr : std::fopen(path.c_str(), "rb"), &std::fclose);
+        isStandardInput ? nullptr : std::fopen(path.c_str(), "r"), &std::fclose);
     std::FILE* const file = isStandardInput ? stdin : opened.get();
     const int end = inSettings.mNamesEndInNul ? '\0' : '\n';
     std::vector<std::string> names;

@@ -57,6 +57,8 @@ INT_PTR CALLBACK KAppDialog::Procedure(HWND inWindow, UINT inMessage, WPARAM inW
         dialog->OnInit();
         return TRUE;
     }
+    if (inMessage == WM_DPICHANGED_BEFOREPARENT || inMessage == WM_DPICHANGED_AFTERPARENT)
+        return TRUE; // a child is laid out by its parent
     auto* const dialog = reinterpret_cast<KAppDialog*>(GetWindowLongPtrW(inWindow, DWLP_USER));
     if (!dialog || inMessage != WM_COMMAND || HIWORD(inWParam) != BN_CLICKED)
         return FALSE;

@@ -93,6 +93,7 @@ void KAppWindow::SetScale(UINT inDPI) {
     SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0, inDPI);
     const HFONT before = mFont;
     mFont = CreateFontIndirectW(&metrics.lfMessageFont);
+    mPanel.SetScale(inDPI);
     mList->SetScale(inDPI, mFont);
     mPreview->SetScale(inDPI, mFont);
     SendMessageW(mStatus, WM_SETFONT, reinterpret_cast<WPARAM>(mFont), TRUE);
@@ -395,10 +396,10 @@ LRESULT KAppWindow::OnMessage(UINT inMessage, WPARAM inWParam, LPARAM inLParam) 
             LayOut();
         return 0;
     case WM_DPICHANGED: {
+        SetScale(HIWORD(inWParam)); // first: the least size is that of the new screen
         const RECT& rect = *reinterpret_cast<const RECT*>(inLParam);
         SetWindowPos(mWindow, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
                      SWP_NOZORDER | SWP_NOACTIVATE);
-        SetScale(HIWORD(inWParam));
         return 0;
     }
     case WM_GETMINMAXINFO:

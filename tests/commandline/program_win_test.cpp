@@ -53,6 +53,13 @@ TEST_F(WindowsProgram, AStoredPreferenceHolds) {
     EXPECT_FALSE(Has("icon.gif.BAK"));
 }
 
+TEST_F(WindowsProgram, NamesFromAFileMayEndInCRLF) {
+    WriteTestFile(mFolder / "list", "icon.gif\r\ntiles.gif\r\n");
+    mRunner.mInput = "list";
+    for (const char* list : {"--files-from=list", "--files-from=-"})
+        EXPECT_THAT(mRunner.Run({"-n", list}).mOut, HasSubstr("  2 files, 2 could be made smaller\n"));
+}
+
 TEST_F(WindowsProgram, NamesOfAnyScriptAndLength) {
     const std::string name = "\xe6\x97\xa5 \xd0\xb6 \xf0\x9f\x90\xb1 '%.gif";
     Copy("icon.gif", name);

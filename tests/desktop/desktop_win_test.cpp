@@ -1,5 +1,7 @@
 // The desktop application as a person meets it: the real program, its window, its files.
 
+#include <array>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -152,6 +154,30 @@ TEST_F(Desktop, ClosingDuringABatchLeavesFilesWholeAndTotalsRight) {
         backups += entry.path().extension() == ".BAK" ? 1 : 0;
     EXPECT_LT(backups, 360u);
     EXPECT_THAT(OwnRegistry::GetPreference("FILESPROCESSED"), AnyOf(backups, backups + 1));
+}
+
+TEST_F(Desktop, AScreenOfAnotherResolutionScalesThePanelAndBack) {
+    DesktopRun run;
+    const HWND cancel = GetDlgItem(run.GetPanel(), IDC_CANCEL);
+    const auto placeOf = [](HWND inWindow) {
+        RECT rect{};
+        GetWindowRect(inWindow, &rect);
+        return std::array{rect.left, rect.top, rect.right, rect.bottom};
+    };
+    const auto sizeOf = [&](HWND inWindow) {
+        const auto place = placeOf(inWindow);
+        return std::pair(place[2] - place[0], place[3] - place[1]);
+    };
+    const auto window = placeOf(run.GetWindow()), button = placeOf(cancel);
+    const auto panelSize = sizeOf(run.GetPanel()), buttonSize = sizeOf(cancel);
+    run.MoveToScreen(192, {0, 0, 1200, 900});
+    EXPECT_EQ(sizeOf(run.GetPanel()), std::pair(2 * panelSize.first, 2 * panelSize.second));
+    EXPECT_EQ(sizeOf(cancel), std::pair(2 * buttonSize.first, 2 * buttonSize.second));
+    EXPECT_GE(sizeOf(run.GetWindow()).first, 2 * panelSize.first);
+    run.MoveToScreen(96, {window[0], window[1], window[2], window[3]});
+    EXPECT_EQ(placeOf(run.GetWindow()), window);
+    EXPECT_EQ(placeOf(cancel), button);
+    EXPECT_EQ(run.Close(), 0u);
 }
 
 TEST_F(Desktop, PreferencesFollowTheirRulesAndAreStoredByOKAlone) {

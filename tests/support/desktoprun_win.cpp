@@ -91,6 +91,13 @@ DesktopRun::~DesktopRun() {
     CloseHandle(mProcess.hThread);
 }
 
+void DesktopRun::MoveToScreen(int inDPI, RECT inPlace) const {
+    const RemoteMemory place(mProcess.hProcess, sizeof(inPlace));
+    place.Write(&inPlace, sizeof(inPlace));
+    SendMessageW(mWindow, WM_DPICHANGED, static_cast<WPARAM>(MAKELONG(inDPI, inDPI)),
+                 reinterpret_cast<LPARAM>(place.Get()));
+}
+
 /** Under Wine the memory of a drop is not carried over with the message, so it is made in the program. Any
  * address there does as a handle: it stands for memory that does not move. */
 void DesktopRun::Drop(const std::vector<std::string>& inPaths) const {

@@ -26,6 +26,8 @@ public:
     void Choose(int inMenuCommand) const {
         PostMessageW(mWindow, WM_COMMAND, static_cast<WPARAM>(inMenuCommand), 0);
     }
+    /** Moves it to a screen of that many dots per inch, as Windows tells it. */
+    void MoveToScreen(int inDPI, RECT inPlace) const;
     void Drop(const std::vector<std::string>& inPaths) const;
 
     /** A dialog or message box of the program. Fails the test when none of that title comes. */

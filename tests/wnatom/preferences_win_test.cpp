@@ -65,6 +65,21 @@ TEST_F(Preferences, WritesAndAdditionsGoToBothRoots) {
     EXPECT_EQ(Get(HKEY_CURRENT_USER, "BYTESSAVED"), 4u);
 }
 
+TEST_F(Preferences, WithoutRightsToTheMachineWideKeyTheUsersServes) {
+    // A key that goes with the session takes none that stays.
+    HKEY refusing = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Refusing", 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
+                              nullptr, &refusing, nullptr),
+              ERROR_SUCCESS);
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, refusing);
+    EXPECT_TRUE(mPrefs.WriteDWord("OBACK", 3));
+    EXPECT_TRUE(mPrefs.AddToDWord("OBACK", 2));
+    EXPECT_EQ(Read("OBACK"), 5u);
+    EXPECT_EQ(Get(HKEY_CURRENT_USER, "OBACK"), 5u);
+    EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, "OBACK"), 99u);
+    RegCloseKey(refusing);
+}
+
 TEST_F(Preferences, WhatIsNoNumberIsNotRead) {
     Set(HKEY_LOCAL_MACHINE, "LOG", REG_SZ, "7", 2);
     Set(HKEY_LOCAL_MACHINE, "LOGALL", REG_DWORD, "\1\0", 2);
