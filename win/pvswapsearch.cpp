@@ -32,13 +32,16 @@ void PvSwapSearch::Begin(std::uint8_t* ioPixels, std::uint32_t inWidth, std::uin
     mMisses = CountMisses(0, 0, UINT64_MAX);
     mSegmentStart = 0;
     mMissesBefore = 0;
-    mParser.Start(mStream[0]);
-    mNext = 1;
+    mNext = km_Nowhere;
+    mRecord.Begin(mStream, mLength, pixelBits);
+    mPlainSteps = 0;
+    mReluctance = km_LeastReluctance;
 }
 
 bool PvSwapSearch::ExchangeIfShorter(std::uint32_t inX, std::uint32_t inY) {
     const std::uint32_t pair = mRowStart[inY] + inX;
-    MoveTo(pair);
+    FindSegment(pair);
+    RecordIfWorthIt(pair);
     const std::uint32_t presentEnd = SegmentFrom(mSegmentStart).mEnd;
     std::swap(mStream[pair], mStream[pair + 1]);
     if (!KeepIfFewer(pair, presentEnd)) {
@@ -53,39 +56,77 @@ bool PvSwapSearch::ExchangeIfShorter(std::uint32_t inX, std::uint32_t inY) {
 }
 
 // Rows of an interlaced frame are visited in another order than the stream's: a pair may lie before the last.
-void PvSwapSearch::MoveTo(std::uint32_t inPosition) {
+void PvSwapSearch::FindSegment(std::uint32_t inPosition) {
     std::uint32_t start = mSegmentStart;
     if (start >= inPosition) {
         start = 0;
         mMissesBefore = 0;
     }
-    for (Segment segment = SegmentFrom(start); segment.mEnd < inPosition; segment = SegmentFrom(start)) {
+    for (PvSegment segment = SegmentFrom(start); segment.mEnd < inPosition; segment = SegmentFrom(start)) {
         mMissesBefore += segment.mMisses;
         start = segment.mEnd;
     }
-    if (start != mSegmentStart || mNext > inPosition) {
-        mParser.Start(mStream[start]);
-        mSegmentStart = start;
-        mNext = start + 1;
-    }
-    mPixelSteps += inPosition - mNext;
-    mParser.Read(mStream, inPosition, mNext);
+    if (start == mSegmentStart)
+        return;
+    mSegmentStart = start;
+    mNext = km_Nowhere;
+    mPlainSteps = 0;
 }
 
-// The pair has changed places already; the parse stands before it.
-bool PvSwapSearch::KeepIfFewer(std::uint32_t inPair, std::uint32_t inPresentEnd) {
+void PvSwapSearch::RecordIfWorthIt(std::uint32_t inPair) {
+    if (mRecord.Holds(mSegmentStart)) {
+        if (!mRecord.Serves(inPair))
+            mRecord.RecordFrom(inPair);
+        return;
+    }
+    const PvSegment& segment = SegmentFrom(mSegmentStart);
+    const std::uint32_t length = segment.mEnd - mSegmentStart;
+    if (length <= km_ShortString * segment.mMisses && mPlainSteps >= std::uint64_t{mReluctance} * length)
+        mRecord.Record(mSegmentStart);
+}
+
+// The pair has changed places already.
+PvSegment PvSwapSearch::Try(std::uint32_t inPair) {
+    if (!mRecord.Holds(mSegmentStart))
+        return TryPlainly(inPair);
+    if (const std::optional<PvSegment> trial = mRecord.Try(inPair))
+        return *trial;
+    mRecord.Drop();
+    mPlainSteps = 0;
+    mReluctance = std::min(2 * mReluctance, km_MaxReluctance);
+    return TryPlainly(inPair);
+}
+
+PvSegment PvSwapSearch::TryPlainly(std::uint32_t inPair) {
+    MoveTo(inPair);
     const PvLZWParser::State before = mParser.GetState();
     const std::uint64_t toBeat = mMisses - mMissesBefore;
     const auto limit = static_cast<std::uint32_t>(std::min<std::uint64_t>(mParser.GetCapacity(), toBeat));
     std::uint32_t end = mNext;
     const bool hasReset = mParser.Read(mStream, mLength, end, limit);
     mPixelSteps += end - mNext;
-    const Segment trial{hasReset ? end : mLength, mParser.GetState().mMisses};
+    mPlainSteps += end - mNext;
+    const PvSegment trial{hasReset ? end : mLength, mParser.GetState().mMisses};
     mParser.Restore(before);
+    return trial;
+}
 
+void PvSwapSearch::MoveTo(std::uint32_t inPosition) {
+    if (mNext > inPosition) {
+        mParser.Start(mStream[mSegmentStart]);
+        mNext = mSegmentStart + 1;
+    }
+    mPixelSteps += inPosition - mNext;
+    mParser.Read(mStream, inPosition, mNext);
+}
+
+// The pair has changed places already.
+bool PvSwapSearch::KeepIfFewer(std::uint32_t inPair, std::uint32_t inPresentEnd) {
+    const PvSegment trial = Try(inPair);
     // From a reset where the present stream has one too, both go on alike.
-    if (hasReset && end == inPresentEnd && end > inPair + 1)
+    if (trial.mEnd < mLength && trial.mEnd == inPresentEnd && trial.mEnd > inPair + 1)
         return false;
+    const std::uint64_t toBeat = mMisses - mMissesBefore;
     std::uint64_t misses = trial.mMisses;
     if (misses < toBeat)
         misses += CountMisses(trial.mEnd, inPair + 2, toBeat - misses);
@@ -94,7 +135,17 @@ bool PvSwapSearch::KeepIfFewer(std::uint32_t inPair, std::uint32_t inPresentEnd)
     mMisses = mMissesBefore + misses;
     ForgetSegmentsOver(inPair);
     mSegments[mSegmentStart] = trial;
+    UpdateRecord(inPair);
     return true;
+}
+
+void PvSwapSearch::UpdateRecord(std::uint32_t inPair) {
+    if (mRecord.Holds(mSegmentStart)) {
+        mRecord.RecordFrom(inPair);
+        mNext = km_Nowhere;
+    } else if (mRecord.Reads(inPair)) {
+        mRecord.Drop();
+    }
 }
 
 /** Misses from a reset position to the end of the stream, or any number from inToBeat on.
@@ -103,20 +154,20 @@ std::uint64_t PvSwapSearch::CountMisses(std::uint32_t inReset, std::uint32_t inU
                                         std::uint64_t inToBeat) {
     std::uint64_t misses = 0;
     while (inReset < mLength && misses < inToBeat) {
-        const Segment segment = inReset < inUnchanged ? ParseSegment(inReset) : SegmentFrom(inReset);
+        const PvSegment segment = inReset < inUnchanged ? ParseSegment(inReset) : SegmentFrom(inReset);
         misses += segment.mMisses;
         inReset = segment.mEnd;
     }
     return misses;
 }
 
-const PvSwapSearch::Segment& PvSwapSearch::SegmentFrom(std::uint32_t inReset) {
+const PvSegment& PvSwapSearch::SegmentFrom(std::uint32_t inReset) {
     const auto known = mSegments.find(inReset);
     return known != mSegments.end() ? known->second
                                     : mSegments.emplace(inReset, ParseSegment(inReset)).first->second;
 }
 
-PvSwapSearch::Segment PvSwapSearch::ParseSegment(std::uint32_t inReset) {
+PvSegment PvSwapSearch::ParseSegment(std::uint32_t inReset) {
     mAhead.Start(mStream[inReset]);
     std::uint32_t next = inReset + 1;
     const bool hasReset = mAhead.Read(mStream, mLength, next);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "win/pvlzwparser.h"
+#include "win/pvsegmentrecord.h"
 
 /** Answers the swap search's question: does a frame's LZW data become shorter when two neighbouring pixels
  * change places?
@@ -16,13 +17,18 @@
  *  - Where a table was emptied, what follows depends on the reset position and the pixels from there on
  *    alone. So the segment that begins at a reset position is remembered, and a trial that has come to its
  *    first reset goes on from segment to segment. Segments that begin at different positions soon meet.
+ *  - Where many pairs of a segment are asked for, its parse is recorded, and a trial runs only where the two
+ *    parses differ (see PvSegmentRecord). A record pays once as many pixels were read without it as it takes;
+ *    when a trial gives up, records are made more reluctantly from then on.
  *
  *  Invariants, for a pair at positions q and q + 1 of the stream:
  *  - mSegments holds what is true of the pixels as they are. A trial neither asks for nor stores segments
  *    that begin at q + 1 or before, since they read the pair. When an exchange is kept, those of them that
  *    reach q are dropped; a segment reads the pixel at its end too, which is the one that missed.
  *  - The parse stands in the present stream, has read the pixels before mNext, and mNext is at most q at
- * every trial: an exchange kept at q leaves it true.
+ * every trial it makes: an exchange kept at q leaves it true. It starts again when an exchange was kept that
+ * it did not try.
+ *  - The record is true of the pixels as they are.
  *  - mMisses is the number of misses of the stream as it is. */
 class PvSwapSearch {
 public:
@@ -44,20 +50,19 @@ public:
     bool ExchangeIfShorter(std::uint32_t inX, std::uint32_t inY);
 
     /** Pixels read for all frames so far, for measurements. */
-    std::uint64_t GetPixelSteps() const { return mPixelSteps; }
+    std::uint64_t GetPixelSteps() const { return mPixelSteps + mRecord.GetPixelSteps(); }
 
 private:
-    /** What follows a reset position, or the stream's begin, up to the next one. */
-    struct Segment {
-        std::uint32_t mEnd = 0; // the next reset position, the stream's length when there is none
-        std::uint32_t mMisses = 0;
-    };
-
+    void FindSegment(std::uint32_t inPosition);
+    void RecordIfWorthIt(std::uint32_t inPair);
     void MoveTo(std::uint32_t inPosition);
+    PvSegment Try(std::uint32_t inPair);
+    PvSegment TryPlainly(std::uint32_t inPair);
     bool KeepIfFewer(std::uint32_t inPair, std::uint32_t inPresentEnd);
+    void UpdateRecord(std::uint32_t inPair);
     std::uint64_t CountMisses(std::uint32_t inReset, std::uint32_t inUnchanged, std::uint64_t inToBeat);
-    const Segment& SegmentFrom(std::uint32_t inReset);
-    Segment ParseSegment(std::uint32_t inReset);
+    const PvSegment& SegmentFrom(std::uint32_t inReset);
+    PvSegment ParseSegment(std::uint32_t inReset);
     void ForgetSegmentsOver(std::uint32_t inPair);
 
     std::uint8_t* mFrame = nullptr;        // as handed in
@@ -68,12 +73,21 @@ private:
     std::uint32_t mLength = 0; // of the stream
     std::uint64_t mMisses = 0;
 
-    PvLZWParser mParser;
-    std::uint32_t mSegmentStart = 0; // where the parser's table was empty last, less than any pair's position
+    std::uint32_t mSegmentStart = 0; // of the segment that reads the pair
     std::uint64_t mMissesBefore = 0; // of the segments before that one
-    std::uint32_t mNext = 0;         // the pixel that the parser reads next
 
-    PvLZWParser mAhead;                         // parses the segments
-    std::map<std::uint32_t, Segment> mSegments; // by where they begin
+    static constexpr std::uint32_t km_Nowhere = UINT32_MAX;
+    static constexpr std::uint32_t km_LeastReluctance = 4;
+    static constexpr std::uint32_t km_MaxReluctance = 512;
+    static constexpr std::uint32_t km_ShortString = 3; // pixels
+    PvLZWParser mParser;
+    std::uint32_t mNext = km_Nowhere; // the pixel of the segment that the parser reads next
+
+    PvSegmentRecord mRecord;
+    std::uint64_t mPlainSteps = 0; // pixels read for trials without a record, in this segment
+    std::uint32_t mReluctance = km_LeastReluctance; // times a segment's length to be read before it is recorded
+
+    PvLZWParser mAhead;                           // parses the segments
+    std::map<std::uint32_t, PvSegment> mSegments; // by where they begin
     std::uint64_t mPixelSteps = 0;
 };
