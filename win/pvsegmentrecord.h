@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -42,9 +43,6 @@ struct PvSegment {
  *    follow were all born there or later. */
 class PvSegmentRecord {
 public:
-    /** Positions in a segment, beyond which no record should be made: each takes 8 bytes. */
-    static constexpr std::uint32_t km_MaxLength = 1U << 20;
-
     /** @param inStream  borrowed; may change by exchanges, as told below
      *  @throws NvErrorCode  2 */
     void Begin(const std::uint8_t* inStream, std::uint32_t inLength, std::uint32_t inPixelBits);
@@ -52,7 +50,8 @@ public:
     void Drop() { mIsValid = false; }
     bool Holds(std::uint32_t inStart) const { return mIsValid && mStart == inStart; }
 
-    /** Whether a trial can be made of a pair. */
+    /** Whether a pair of the segment lies behind the last exchange that was kept, as Try demands; RecordFrom
+     * makes it so. */
     bool Serves(std::uint32_t inPair) const { return mLinkedFrom <= inPair; }
 
     /** Whether a pair at inPair and inPair + 1 is among the pixels read. */
@@ -60,14 +59,14 @@ public:
         return mIsValid && mStart <= inPair + 1 && inPair < mStart + mPositions.size();
     }
 
-    /** Records the segment that begins at a position. */
+    /** Records the segment that begins at a position; each of its pixels takes 8 bytes. */
     void Record(std::uint32_t inStart);
 
-    /** Records afresh from a pair on that has changed places since. */
+    /** Records afresh from a pair on, which may have changed places since. */
     void RecordFrom(std::uint32_t inPair);
 
     /** The segment as it becomes by an exchange that has been made in the stream.
-     *  @param inPair  behind the segment's begin, up to its end
+     *  @param inPair  behind the segment's begin, up to its end; served
      *  @return        nothing when that would take too long */
     std::optional<PvSegment> Try(std::uint32_t inPair);
 
@@ -145,7 +144,7 @@ private:
     bool mIsValid = false;
     std::uint32_t mStart = 0;
     std::uint32_t mMisses = 0;
-    std::uint32_t mLinkedFrom = 0;
+    std::uint32_t mLinkedFrom = 0;    // from here on positions are linked with those behind them
     std::vector<Position> mPositions; // from mStart on; the first, which asks for nothing, is not used
     std::unique_ptr<std::uint16_t[], FreeMemory> mCodes; // 0: no such string
     std::array<String, 2 * km_MaxCodes> mStrings{};

@@ -73,16 +73,19 @@ void PvSwapSearch::FindSegment(std::uint32_t inPosition) {
     mPlainSteps = 0;
 }
 
+bool PvSwapSearch::IsWorthRecording(std::uint32_t inStart, const PvSegment& inSegment) {
+    return inSegment.mEnd - inStart <= km_ShortString * inSegment.mMisses;
+}
+
 void PvSwapSearch::RecordIfWorthIt(std::uint32_t inPair) {
+    const PvSegment& segment = SegmentFrom(mSegmentStart);
     if (mRecord.Holds(mSegmentStart)) {
         if (!mRecord.Serves(inPair))
             mRecord.RecordFrom(inPair);
-        return;
-    }
-    const PvSegment& segment = SegmentFrom(mSegmentStart);
-    const std::uint32_t length = segment.mEnd - mSegmentStart;
-    if (length <= km_ShortString * segment.mMisses && mPlainSteps >= std::uint64_t{mReluctance} * length)
+    } else if (mPlainSteps >= std::uint64_t{mReluctance} * (segment.mEnd - mSegmentStart) &&
+               IsWorthRecording(mSegmentStart, segment)) {
         mRecord.Record(mSegmentStart);
+    }
 }
 
 // The pair has changed places already.
@@ -135,17 +138,17 @@ bool PvSwapSearch::KeepIfFewer(std::uint32_t inPair, std::uint32_t inPresentEnd)
     mMisses = mMissesBefore + misses;
     ForgetSegmentsOver(inPair);
     mSegments[mSegmentStart] = trial;
-    UpdateRecord(inPair);
+    UpdateRecord(inPair, trial);
     return true;
 }
 
-void PvSwapSearch::UpdateRecord(std::uint32_t inPair) {
-    if (mRecord.Holds(mSegmentStart)) {
+void PvSwapSearch::UpdateRecord(std::uint32_t inPair, const PvSegment& inSegment) {
+    if (mRecord.Holds(mSegmentStart))
+        mNext = km_Nowhere; // the parse may stand behind the pair
+    if (mRecord.Holds(mSegmentStart) && IsWorthRecording(mSegmentStart, inSegment))
         mRecord.RecordFrom(inPair);
-        mNext = km_Nowhere;
-    } else if (mRecord.Reads(inPair)) {
+    else if (mRecord.Reads(inPair))
         mRecord.Drop();
-    }
 }
 
 /** Misses from a reset position to the end of the stream, or any number from inToBeat on.

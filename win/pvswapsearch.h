@@ -18,8 +18,8 @@
  *    alone. So the segment that begins at a reset position is remembered, and a trial that has come to its
  *    first reset goes on from segment to segment. Segments that begin at different positions soon meet.
  *  - Where many pairs of a segment are asked for, its parse is recorded, and a trial runs only where the two
- *    parses differ (see PvSegmentRecord). A record pays once as many pixels were read without it as it takes;
- *    when a trial gives up, records are made more reluctantly from then on.
+ *    parses differ (see PvSegmentRecord). That pays where strings are short, and once some times as many
+ *    pixels were read without a record as it takes to make one; more of them after each trial that gave up.
  *
  *  Invariants, for a pair at positions q and q + 1 of the stream:
  *  - mSegments holds what is true of the pixels as they are. A trial neither asks for nor stores segments
@@ -54,12 +54,13 @@ public:
 
 private:
     void FindSegment(std::uint32_t inPosition);
+    static bool IsWorthRecording(std::uint32_t inStart, const PvSegment& inSegment);
     void RecordIfWorthIt(std::uint32_t inPair);
     void MoveTo(std::uint32_t inPosition);
     PvSegment Try(std::uint32_t inPair);
     PvSegment TryPlainly(std::uint32_t inPair);
     bool KeepIfFewer(std::uint32_t inPair, std::uint32_t inPresentEnd);
-    void UpdateRecord(std::uint32_t inPair);
+    void UpdateRecord(std::uint32_t inPair, const PvSegment& inSegment);
     std::uint64_t CountMisses(std::uint32_t inReset, std::uint32_t inUnchanged, std::uint64_t inToBeat);
     const PvSegment& SegmentFrom(std::uint32_t inReset);
     PvSegment ParseSegment(std::uint32_t inReset);
@@ -79,13 +80,15 @@ private:
     static constexpr std::uint32_t km_Nowhere = UINT32_MAX;
     static constexpr std::uint32_t km_LeastReluctance = 4;
     static constexpr std::uint32_t km_MaxReluctance = 512;
-    static constexpr std::uint32_t km_ShortString = 3; // pixels
+    static constexpr std::uint32_t km_ShortString =
+        3; // pixels; longer ones are passed over faster without a record
     PvLZWParser mParser;
     std::uint32_t mNext = km_Nowhere; // the pixel of the segment that the parser reads next
 
     PvSegmentRecord mRecord;
     std::uint64_t mPlainSteps = 0; // pixels read for trials without a record, in this segment
-    std::uint32_t mReluctance = km_LeastReluctance; // times a segment's length to be read before it is recorded
+    std::uint32_t mReluctance =
+        km_LeastReluctance; // times a segment's length to be read before it is recorded
 
     PvLZWParser mAhead;                           // parses the segments
     std::map<std::uint32_t, PvSegment> mSegments; // by where they begin

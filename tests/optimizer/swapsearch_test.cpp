@@ -138,7 +138,8 @@ Resets FindResets(const Frame& inFrame) {
     return resets;
 }
 
-// Half of the pairs lie on and beside the pixels that empty a table, in any order.
+// Pairs in the rows above a pixel that empties a table, until their segment is worth recording; then every
+// other one on and beside that pixel. Exchanges that are kept move it, and those behind it.
 TEST(SwapSearch, AnswersAsWholeEstimatesDoWhereTablesFillUp) {
     BothSearches searches;
     std::uint32_t besideResets = 0;
@@ -147,16 +148,20 @@ TEST(SwapSearch, AnswersAsWholeEstimatesDoWhereTablesFillUp) {
         TestRandom random(seed);
         const Frame frame = BusyFrame(random);
         searches.Begin(frame);
-        for (int i = 0; i < 150; ++i) {
+        for (std::uint32_t i = 0, chosen = 0; i < 150; ++i) {
+            const Resets resets = FindResets(searches.GetFrame());
+            if (i % 50 == 0)
+                chosen = random.Below(100);
             std::uint32_t x = random.Below(frame.mWidth - 1);
             std::uint32_t y = 1 + random.Below(frame.mHeight - 1);
-            const auto resets = i % 2 == 0 ? FindResets(searches.GetFrame()) : Resets();
             if (!resets.empty()) {
-                const auto [row, column] = resets[random.Below(static_cast<std::uint32_t>(resets.size()))];
-                if (row > 0 && column >= 3 && column + 3 < frame.mWidth) {
+                const auto [row, column] = resets[chosen % resets.size()];
+                if (i % 50 > 14 && i % 2 == 0 && row > 0 && column >= 3 && column + 3 < frame.mWidth) {
                     y = row;
                     x = column - 3 + random.Below(6);
                     ++besideResets;
+                } else if (row > 1) {
+                    y = row - random.Below(std::min(row, 4U));
                 }
             }
             searches.Try(x, y);
