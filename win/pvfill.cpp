@@ -23,24 +23,27 @@ void CollectPresent(const NvGIFFrame& inFrame, PvPixelChoices& outChoices) {
                             [&](std::uint32_t y) { next = std::copy_n(pixels.Row(y), width, next); });
 }
 
+/** What a row may draw instead. */
+void CollectRow(const std::uint8_t* inPresent, std::uint32_t inWidth, std::uint8_t inTransparent,
+                const PvFillCanvas::Pixel* inCanvas, std::uint32_t inEnd, std::uint8_t* outOther) {
+    for (std::uint32_t x = 0; x < inWidth; ++x) {
+        const bool hasChoice = inPresent[x] == inTransparent && inCanvas[x] < inEnd;
+        outOther[x] = hasChoice ? static_cast<std::uint8_t>(inCanvas[x]) : inPresent[x];
+    }
+}
+
 /** What it may draw instead, in colours that codes of as many bits hold; CollectPresent comes first.
  *  @return whether any pixel has a choice */
 bool CollectOthers(const NvGIFFrame& inFrame, const PvFillCanvas& inCanvas, PvPixelChoices& ioChoices) {
     const NvGIFFrameInfo& info = inFrame.GetInfo();
     const std::uint32_t width = inFrame.GetWidth();
-    const std::uint8_t transparent = info.mTransparentIndex;
-    const auto end = static_cast<PvFillCanvas::Pixel>(1U << ioChoices.mPixelBits);
+    const std::uint32_t end = 1U << ioChoices.mPixelBits;
     ioChoices.mOther.resize(ioChoices.mPresent.size());
-    const std::uint8_t* present = ioChoices.mPresent.data();
-    std::uint8_t* other = ioChoices.mOther.data();
+    std::size_t next = 0;
     NvForEachRowInFileOrder(inFrame.GetHeight(), info.mInterlaced != 0, [&](std::uint32_t y) {
-        const PvFillCanvas::Pixel* canvas = inCanvas.Row(info.mTop + y) + info.mLeft;
-        for (std::uint32_t x = 0; x < width; ++x) {
-            const bool hasChoice = present[x] == transparent && canvas[x] < end;
-            other[x] = hasChoice ? static_cast<std::uint8_t>(canvas[x]) : present[x];
-        }
-        present += width;
-        other += width;
+        CollectRow(ioChoices.mPresent.data() + next, width, info.mTransparentIndex,
+                   inCanvas.Row(info.mTop + y) + info.mLeft, end, ioChoices.mOther.data() + next);
+        next += width;
     });
     return ioChoices.mOther != ioChoices.mPresent;
 }

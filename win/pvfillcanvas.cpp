@@ -18,10 +18,11 @@ void PvFillCanvas::Draw(const NvGIFFrame& inFrame) {
         mCovered = mPixels;
     const NvConstPixelLock pixels(inFrame.GetImage());
     const Pixel transparent = inFrame.HasTransparency() ? inFrame.GetTransparentIndex() : km_None;
+    const std::uint32_t width = info.mWidth;
     for (std::uint32_t y = 0; y < info.mHeight; ++y) {
         const std::uint8_t* indices = pixels.Row(y);
         Pixel* row = PlaceOf(info.mLeft, static_cast<std::int32_t>(info.mTop + y));
-        for (std::uint32_t x = 0; x < info.mWidth; ++x)
+        for (std::uint32_t x = 0; x < width; ++x)
             row[x] = indices[x] == transparent ? row[x] : indices[x];
     }
 }
