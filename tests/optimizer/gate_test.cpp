@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "tests/optimizer/optimizertest.h"
+#include "tests/support/randomgif.h"
 #include "win/pvgate.h"
 
 namespace {
@@ -176,6 +177,38 @@ TEST_F(GateTest, AFileSavedAnewMeanwhileStaysAsItWasSaved) {
         EXPECT_EQ(ReadTestFile(path), saved);
         EXPECT_THAT(Names("pictures"), testing::ElementsAre("test.gif"));
     }
+}
+
+// The frames are read more than once: what was learnt from one file must not be applied to another one.
+TEST_F(GateTest, AFileWrittenOverAtAnyMomentStaysAsItWasWritten) {
+    class Host : public TestHost {
+        bool ReportProgress(double inFraction) override {
+            if (mProgress.size() == mMoment)
+                mWriteOver();
+            return TestHost::ReportProgress(inFraction);
+        }
+
+    public:
+        std::size_t mMoment = 0;
+        std::function<void()> mWriteOver;
+    };
+    std::size_t writtenOver = 0;
+    for (std::uint32_t seed = 0; seed < 150; ++seed) {
+        SCOPED_TRACE(seed);
+        const std::string path = Write(RandomGIF(seed));
+        const std::string other = EncodeGIF(RandomGIF(1000 + seed));
+        Host host;
+        host.mMoment = seed % 15;
+        host.mWriteOver = [&] { WriteTestFile(path, other); };
+        PvOptimizer optimizer(mPrefs, host);
+        const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path));
+        CodeOf([&] { optimizer.OptimizeGIFFile(path.c_str(), size); });
+        if (host.mProgress.size() <= host.mMoment)
+            continue;
+        ++writtenOver;
+        EXPECT_EQ(ReadTestFile(path), other);
+    }
+    EXPECT_GT(writtenOver, 100u);
 }
 
 } // namespace
