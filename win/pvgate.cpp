@@ -132,9 +132,12 @@ std::string PlayBoth(PvFrameReader& ioOriginal, PvFrameReader& ioCandidate,
             return InFrame(i, "would be shown for another time");
         if (original.mUserInput != candidate.mUserInput)
             return InFrame(i, "would wait differently for the user");
+        // What was taken for unchanged all the time is looked at once more in the end.
+        const bool isLast = i + 1 == count;
         for (std::uint32_t y = 0; y < ioOriginal.GetScreenHeight(); ++y)
             comparison.Update(originalPlayer, candidatePlayer, y,
-                              PvChangedColumns(originalPlayer, candidatePlayer, y));
+                              isLast ? Columns{0, ioOriginal.GetScreenWidth()}
+                                     : PvChangedColumns(originalPlayer, candidatePlayer, y));
         if (!comparison.SamePixelsCovered())
             return InFrame(i, "would cover other pixels");
         const double moved = comparison.CoveredPixels() == 0
