@@ -100,10 +100,9 @@ void PvFirstPass::ChooseColours(PvProgress& ioProgress) {
 }
 
 PvColourAllowance PvFirstPass::GetAllowance(std::uint32_t inTolerance) const {
-    PvColourAllowance
-        allowance; // when nothing may be lost, none at all: what cannot be done, the gate refuses
+    PvColourAllowance allowance;
     if (mOptions.mIsLossless)
-        return allowance;
+        return allowance; // none at all: what cannot be done exactly, the gate refuses
     allowance.mMeanError = mFlattenError + mColourError;
     if (GetFrameCount() > 1)
         allowance.mMeanError += km_CanvasErrorShare * mColourError + inTolerance;

@@ -133,7 +133,7 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
         20; // two canvases with what they restore, differencing, coverage
     constexpr std::uint64_t km_PerCanvasColor = 128; // counting and looking up what a restored canvas shows
     constexpr std::uint64_t km_CommentCopies =
-        5; // loaded, and twice each in the two files that the gate plays
+        6; // loaded, to be written, and twice each in the two files that the gate plays
     const std::uint64_t screen = std::uint64_t{GetScreenWidth()} * GetScreenHeight();
     const std::uint64_t frames = mAnyFrameRestores ? screen * GetFrameCount() : mPixelsOfAllFrames;
     const std::uint64_t largest = mAnyFrameRestores ? screen : mPixelsOfLargestFrame;

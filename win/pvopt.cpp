@@ -135,11 +135,19 @@ void PvOptimizer::ReduceTolerance(const char* inPath, PvFirstPass& ioFile, std::
     for (std::uint32_t tolerance = inTolerance;
          ioBest && tolerance > 0 && ioBest->mComparison.MayLookBetter();) {
         ioBest->mAnimation.reset(); // there is room for one
+        const auto rebuild = [&](double* outStructure) {
+            return KeepLoadError([&] { return ioFile.Rebuild(tolerance, ioProgress, outStructure); });
+        };
         if (bestLength == 0.0)
-            bestLength = MeasureLength(*ioFile.Rebuild(tolerance, ioProgress));
+            if (const std::unique_ptr<NvAnimation> best = rebuild(nullptr))
+                bestLength = MeasureLength(*best);
         tolerance = NextTolerance(tolerance);
         double structure = 1.0;
-        std::unique_ptr<NvAnimation> animation = ioFile.Rebuild(tolerance, ioProgress, &structure);
+        std::unique_ptr<NvAnimation> animation = rebuild(&structure);
+        if (mOutcome.mLoadError) {
+            ioBest.reset(); // it is not what it was when it was read before
+            return;
+        }
         const double length = MeasureLength(*animation);
         const bool mustChange = ioBest->mComparison.HasLostStructure();
         std::uint32_t sizeToBeat = inOriginalSize;

@@ -202,7 +202,7 @@ TEST_F(GateTest, AFileWrittenOverAtAnyMomentStaysAsItWasWritten) {
         host.mWriteOver = [&] { WriteTestFile(path, other); };
         PvOptimizer optimizer(mPrefs, host);
         const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path));
-        CodeOf([&] { optimizer.OptimizeGIFFile(path.c_str(), size); });
+        EXPECT_EQ(CodeOf([&] { optimizer.OptimizeGIFFile(path.c_str(), size); }), 0u);
         if (host.mProgress.size() <= host.mMoment)
             continue;
         ++writtenOver;
