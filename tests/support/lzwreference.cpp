@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <bit>
-#include <map>
 #include <optional>
+#include <unordered_map>
 
 namespace {
 
@@ -68,10 +68,10 @@ std::string PackLZWCodes(const std::vector<LZWCode>& inCodes) {
     return blocks + '\0';
 }
 
-std::string ReferenceLZWEncode(unsigned inMinimumCodeSize, const Indices& inPixels) {
-    const unsigned pixelBits = std::max(inMinimumCodeSize, 2U);
-    const unsigned clear = 1U << pixelBits;
-    std::map<std::string, unsigned> table;
+std::vector<LZWCode> ReferenceLZWCodes(unsigned inMinimumCodeSize, const Indices& inPixels) {
+    const unsigned clear = 1U << std::max(inMinimumCodeSize, 2U);
+    std::unordered_map<unsigned, unsigned>
+        table; // code of a string by that of all but its last pixel, which follows
     std::vector<LZWCode> codes;
     unsigned sinceClear = 0;
     // The width is the reader's: it has defined a code for every one read since the clear but the first.
@@ -84,31 +84,36 @@ std::string ReferenceLZWEncode(unsigned inMinimumCodeSize, const Indices& inPixe
         put(clear);
         sinceClear = 0;
         table.clear();
-        for (unsigned root = 0; root < clear; ++root)
-            table[std::string(1, static_cast<char>(root))] = root;
     };
 
     putClear();
-    unsigned next = clear + 2;
-    std::string string;
-    for (const std::uint8_t pixel : inPixels) {
-        const std::string longer = string + static_cast<char>(pixel);
-        if (table.count(longer) != 0) {
-            string = longer;
+    std::optional<unsigned> string;
+    for (const unsigned pixel : inPixels) {
+        if (!string) {
+            string = pixel;
             continue;
         }
-        put(table.at(string));
-        table[longer] = next++;
-        if (next == 4096) {
-            putClear();
-            next = clear + 2;
+        const unsigned longer = *string << 8 | pixel;
+        if (const auto known = table.find(longer); known != table.end()) {
+            string = known->second;
+            continue;
         }
-        string = longer.back();
+        put(*string);
+        const unsigned code = clear + 2 + static_cast<unsigned>(table.size());
+        table[longer] = code;
+        if (code == 4095)
+            putClear();
+        string = pixel;
     }
-    if (!string.empty())
-        put(table.at(string));
+    if (string)
+        put(*string);
     put(clear + 1);
-    return static_cast<char>(pixelBits) + PackLZWCodes(codes);
+    return codes;
+}
+
+std::string ReferenceLZWEncode(unsigned inMinimumCodeSize, const Indices& inPixels) {
+    return static_cast<char>(std::max(inMinimumCodeSize, 2U)) +
+           PackLZWCodes(ReferenceLZWCodes(inMinimumCodeSize, inPixels));
 }
 
 LZWDecoded ReferenceLZWDecode(const std::string& inStream, std::size_t inPixelCount) {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/** GIF's LZW written down as plainly as it can be said, as a second opinion: whole strings in a map, one bit
- * at a time, no care for speed. It shares nothing with the library. */
+/** GIF's LZW written down as plainly as it can be said, as a second opinion: strings in a map, one bit at a
+ * time, no care for speed. It shares nothing with the library. */
 
 using Indices = std::vector<std::uint8_t>;
 
@@ -19,8 +19,11 @@ struct LZWCode {
 /** Packs codes into bytes, the lowest bit first, and those into data sub-blocks with their terminator. */
 std::string PackLZWCodes(const std::vector<LZWCode>& inCodes);
 
-/** The code size byte and the data sub-blocks of a frame.
+/** The codes of a frame, from its first clear code to the end code.
  *  @param inPixels  in file order, all below 2^inMinimumCodeSize */
+std::vector<LZWCode> ReferenceLZWCodes(unsigned inMinimumCodeSize, const Indices& inPixels);
+
+/** The same as a file has them: the code size byte and the data sub-blocks. */
 std::string ReferenceLZWEncode(unsigned inMinimumCodeSize, const Indices& inPixels);
 
 struct LZWDecoded {

@@ -1,62 +1,20 @@
 #include "tests/support/swapreference.h"
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cstdlib>
-#include <unordered_map>
+
+#include "tests/support/lzwreference.h"
+#include "tests/support/testgif.h"
 
 std::uint64_t SwapReference::Estimate() const {
-    std::uint32_t minimum = 2;
-    while (1U << minimum < mColors.size())
-        ++minimum;
-    std::vector<std::uint8_t> stream;
-    const auto addRows = [&](std::uint32_t inStart, std::uint32_t inStep) {
-        for (std::uint32_t y = inStart; y < mHeight; y += inStep)
-            stream.insert(stream.end(), mPixels.begin() + y * mWidth, mPixels.begin() + (y + 1) * mWidth);
-    };
-    if (mInterlaced) {
-        addRows(0, 8);
-        addRows(4, 8);
-        addRows(2, 4);
-        addRows(1, 2);
-    } else {
-        addRows(0, 1);
-    }
-
-    std::unordered_map<std::uint32_t, std::uint32_t> strings; // prefix code and pixel
-    std::uint32_t width = minimum + 1;
-    std::uint32_t widthBefore = width;
-    std::uint32_t next = (1U << minimum) + 2;
+    Indices stream;
+    for (const std::uint32_t y : FileOrder(mHeight, mInterlaced))
+        stream.insert(stream.end(), mPixels.begin() + y * mWidth, mPixels.begin() + (y + 1) * mWidth);
     std::uint64_t bits = 0;
-    const auto emit = [&] {
-        bits += widthBefore;
-        widthBefore = width;
-    };
-    emit();
-    std::uint32_t prefix = stream.at(0);
-    for (std::size_t i = 1; i < stream.size(); ++i) {
-        const std::uint32_t key = prefix << 8 | stream[i];
-        if (const auto found = strings.find(key); found != strings.end()) {
-            prefix = found->second;
-            continue;
-        }
-        strings[key] = next++;
-        emit();
-        if (next == 1U << width) {
-            if (width < 12) {
-                ++width;
-            } else {
-                widthBefore = 12;
-                strings.clear();
-                width = minimum + 1;
-                next = (1U << minimum) + 2;
-                emit();
-            }
-        }
-        prefix = stream[i];
-    }
-    emit();
-    emit();
+    for (const LZWCode& code :
+         ReferenceLZWCodes(static_cast<unsigned>(std::bit_width(mColors.size() - 1)), stream))
+        bits += code.mBits;
     return bits;
 }
 
@@ -131,33 +89,4 @@ void SwapReference::PostDither() {
         if (Qualifies(x, y, mTransparent))
             std::swap(p[0], p[1]);
     });
-}
-
-std::uint64_t CountLZWBits(const std::string& inStream) {
-    const auto byteAt = [&](std::size_t inAt) { return static_cast<unsigned char>(inStream.at(inAt)); };
-    const std::uint32_t minimum = byteAt(0);
-    std::vector<bool> bits;
-    for (std::size_t at = 1; byteAt(at) != 0; at += byteAt(at) + 1U)
-        for (std::size_t i = 1; i <= byteAt(at); ++i)
-            for (int bit = 0; bit < 8; ++bit)
-                bits.push_back(byteAt(at + i) >> bit & 1);
-
-    const std::uint32_t clear = 1U << minimum;
-    std::uint32_t width = minimum + 1;
-    std::uint32_t next = clear + 1; // the first code after a clear defines none
-    for (std::size_t at = 0; at + width <= bits.size();) {
-        std::uint32_t code = 0;
-        for (std::uint32_t i = 0; i < width; ++i)
-            code |= static_cast<std::uint32_t>(bits[at + i]) << i;
-        at += width;
-        if (code == clear + 1)
-            return at;
-        if (code == clear) {
-            width = minimum + 1;
-            next = clear + 1;
-        } else if (++next == 1U << width && width < 12) {
-            ++width;
-        }
-    }
-    return 0;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 /** The pixel swap search written down as plainly as it can be said: every trial encodes the whole frame. It
@@ -32,7 +31,3 @@ private:
     template <typename Visitor>
     void ForEachPlace(Visitor inVisit);
 };
-
-/** The length in bits of a frame's codes in a file, as a decoder reads them.
- *  @param inStream  minimum code size, data sub-blocks */
-std::uint64_t CountLZWBits(const std::string& inStream);

@@ -23,21 +23,6 @@ std::string TableBytes(const TestTable& inTable) {
     return bytes;
 }
 
-/** Rows in the order in which the file holds them. */
-std::vector<std::uint32_t> FileOrder(std::uint32_t inHeight, bool inInterlaced) {
-    std::vector<std::uint32_t> rows;
-    const std::pair<std::uint32_t, std::uint32_t> passes[] = {{0, 8}, {4, 8}, {2, 4}, {1, 2}};
-    if (inInterlaced) {
-        for (const auto& [start, step] : passes)
-            for (std::uint32_t y = start; y < inHeight; y += step)
-                rows.push_back(y);
-    } else {
-        for (std::uint32_t y = 0; y < inHeight; ++y)
-            rows.push_back(y);
-    }
-    return rows;
-}
-
 std::string FrameBytes(const TestFrame& inFrame, const TestTable& inGlobalTable) {
     std::string bytes;
     const bool transparent = inFrame.mTransparent >= 0;
@@ -62,6 +47,15 @@ std::string FrameBytes(const TestFrame& inFrame, const TestTable& inGlobalTable)
 }
 
 } // namespace
+
+std::vector<std::uint32_t> FileOrder(std::uint32_t inHeight, bool inInterlaced) {
+    using Passes = std::vector<std::pair<std::uint32_t, std::uint32_t>>; // first row, step
+    std::vector<std::uint32_t> rows;
+    for (const auto& [start, step] : inInterlaced ? Passes{{0, 8}, {4, 8}, {2, 4}, {1, 2}} : Passes{{0, 1}})
+        for (std::uint32_t y = start; y < inHeight; y += step)
+            rows.push_back(y);
+    return rows;
+}
 
 TestFrame Picture(const std::string& inRows, std::uint32_t inLeft, std::uint32_t inTop) {
     TestFrame frame;

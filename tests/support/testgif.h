@@ -56,6 +56,9 @@ TestTable Greys(std::uint32_t inSize);
 /** Up to 32 colours from blue to brown that differ in all but their luma. */
 TestTable EquallyBright(std::uint32_t inSize);
 
+/** A frame's rows in the order in which a file holds them. */
+std::vector<std::uint32_t> FileOrder(std::uint32_t inHeight, bool inInterlaced);
+
 /** The bytes of the file, compressed as a plain encoder does it. */
 std::string EncodeGIF(const TestGIF& inGIF);
 
