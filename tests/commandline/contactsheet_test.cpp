@@ -1,56 +1,19 @@
 // A contact sheet is a new file or none, tells what is on it, and leaves everything else alone.
 
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "samples/samplepictures.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 
 namespace {
 
 using testing::StartsWith;
 namespace fs = std::filesystem;
 
-class ContactSheetCommand : public testing::Test {
+class ContactSheetCommand : public ProgramTest {
 protected:
-    ContactSheetCommand() {
-        for (const SamplePicture& picture : GetSamplePictures())
-            picture.mDraw(mFolder / picture.mFileName);
-        mBefore = ReadAll();
-    }
-
-    /** Every file below the folder with its bytes. */
-    std::map<std::string, std::string> ReadAll() const {
-        std::map<std::string, std::string> files;
-        for (const auto& entry : fs::recursive_directory_iterator(mFolder.GetPath()))
-            if (entry.is_regular_file())
-                files[entry.path().lexically_relative(mFolder.GetPath()).generic_string()] =
-                    ReadTestFile(entry.path().string());
-        return files;
-    }
-
-    void Write(const std::string& inName, const std::string& inBytes) {
-        WriteTestFile(mFolder / inName, inBytes);
-        mBefore[inName] = inBytes;
-    }
-
-    /** Runs, and expects the line, status 1 and no change to any file. */
-    void ExpectRefusal(const std::vector<std::string>& inArguments, const std::string& inText) {
-        const ProgramResult result = mRunner.Run(inArguments);
-        EXPECT_EQ(result.mErr, "parvigif: " + inText + "\n");
-        EXPECT_EQ(result.mStatus, 1);
-        EXPECT_EQ(result.mOut, "");
-        EXPECT_EQ(ReadAll(), mBefore);
-    }
-
-    TestFolder mFolder;
-    ProgramRunner mRunner{mFolder.GetPath()};
-    std::map<std::string, std::string> mBefore;
+    ContactSheetCommand() { DrawSamples(); }
 };
 
 TEST_F(ContactSheetCommand, TellsWhereEachFileIsAndChangesNone) {
+    const Files before = ReadAll();
     const ProgramResult result = mRunner.Run(
         {"--contact-sheet", "sheet.gif", "icon.gif", "ball.gif", "icon.gif", "s*.gif", "tiles.gif"});
     EXPECT_EQ(result.mErr, "parvigif: icon.gif: skipped: the same file was named before\n");
@@ -61,9 +24,9 @@ TEST_F(ContactSheetCommand, TellsWhereEachFileIsAndChangesNone) {
                            "      2       1  ./spinner.gif\n"
                            "      2       2  ./sunset.gif\n"
                            "      3       1  tiles.gif\n");
-    auto after = ReadAll();
+    Files after = ReadAll();
     EXPECT_THAT(after.extract("sheet.gif").mapped(), StartsWith("GIF87a"));
-    EXPECT_EQ(after, mBefore);
+    EXPECT_EQ(after, before);
     EXPECT_EQ(fs::status(mFolder / "sheet.gif").permissions(),
               fs::status(mRunner.GetOwnFolder() / "stdout").permissions())
         << "those of any new file";
@@ -72,14 +35,15 @@ TEST_F(ContactSheetCommand, TellsWhereEachFileIsAndChangesNone) {
 
     const ProgramResult quiet = mRunner.Run({"--contact-sheet=quiet.gif", "-q", "."});
     EXPECT_EQ(quiet.mOut + quiet.mErr, "");
-    EXPECT_TRUE(fs::exists(mFolder / "quiet.gif"));
+    EXPECT_TRUE(Has("quiet.gif"));
 }
 
 TEST_F(ContactSheetCommand, FilesThatCannotBeReadAreToldAndLeftOut) {
-    Write("torn.gif", mBefore["ball.gif"].substr(0, mBefore["ball.gif"].size() / 2));
+    Write("torn.gif", Read("ball.gif").substr(0, 1000));
     Write("notes.gif", "no picture");
     Write("notes.txt", "no picture");
     Write("empty.gif", "");
+    const Files before = ReadAll();
     const ProgramResult result = mRunner.Run({"--contact-sheet", "sheet.gif", "none.gif", "torn.gif",
                                               "notes.gif", "notes.txt", "empty.gif", "icon.gif"});
     EXPECT_EQ(result.mErr, "parvigif: none.gif: no such file or folder (code 10)\n"
@@ -89,10 +53,10 @@ TEST_F(ContactSheetCommand, FilesThatCannotBeReadAreToldAndLeftOut) {
                            "parvigif: empty.gif: skipped: empty\n");
     EXPECT_EQ(result.mStatus, 1);
     EXPECT_EQ(result.mOut, "    Row  Column  File\n      1       1  icon.gif\n");
-    auto after = ReadAll();
+    Files after = ReadAll();
     mRunner.Run({"--contact-sheet", "alone.gif", "icon.gif"});
-    EXPECT_EQ(after.extract("sheet.gif").mapped(), ReadTestFile(mFolder / "alone.gif"));
-    EXPECT_EQ(after, mBefore);
+    EXPECT_EQ(after.extract("sheet.gif").mapped(), Read("alone.gif"));
+    EXPECT_EQ(after, before);
 }
 
 TEST_F(ContactSheetCommand, NeverReplacesAFile) {

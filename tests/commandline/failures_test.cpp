@@ -1,24 +1,11 @@
 // Bad input and a hostile system: one clear line, status 1, the file as it was, the rest of the batch done.
 
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "samples/samplepictures.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 
 namespace {
 
 using testing::HasSubstr;
 namespace fs = std::filesystem;
-
-void DrawSample(const std::string& inName, const std::string& inPath) {
-    for (const SamplePicture& picture : GetSamplePictures()) {
-        if (inName == picture.mFileName)
-            picture.mDraw(inPath);
-    }
-}
 
 /** Signature, a screen of the given size, and one frame as large as it, with a stream that ends at once. */
 std::string MakeHugeGIF(std::uint8_t inHigh) {
@@ -27,42 +14,42 @@ std::string MakeHugeGIF(std::uint8_t inHigh) {
            std::string(",\0\0\0\0", 5) + side + side + std::string("\0\x02\x02\x4c\x01\0;", 7);
 }
 
-class Failures : public testing::Test {
+class Failures : public ProgramTest {
 protected:
-    void SetUp() override {
+    Failures() {
         fs::permissions(mFolder.GetPath(), fs::perms::all);
-        DrawSample("icon.gif", mFolder / "good.gif");
+        DrawGoodFile();
+    }
+
+    void DrawGoodFile() const {
+        fs::remove(mFolder / "good.gif.BAK");
+        fs::remove(mFolder / "good.gif");
+        DrawSample("icon.gif", "good.gif");
         fs::permissions(mFolder / "good.gif", fs::perms::all);
     }
 
     /** Runs over the bad name and a good file behind it; the good one is made smaller all the same. */
     void ExpectLine(const std::string& inBadName, const std::string& inText) {
-        fs::remove(mFolder / "good.gif.BAK");
-        fs::remove(mFolder / "good.gif");
-        DrawSample("icon.gif", mFolder / "good.gif");
-        fs::permissions(mFolder / "good.gif", fs::perms::all);
+        DrawGoodFile();
         const ProgramResult result = mRunner.Run({inBadName, "good.gif"});
         EXPECT_EQ(result.mErr, "parvigif: " + inBadName + ": " + inText + "\n");
         EXPECT_EQ(result.mStatus, 1);
         EXPECT_THAT(result.mOut, HasSubstr("  good.gif\n"));
-        EXPECT_LT(ReadTestFile(mFolder / "good.gif").size(), ReadTestFile(mFolder / "good.gif.BAK").size());
+        EXPECT_LT(Read("good.gif").size(), Read("good.gif.BAK").size());
     }
-
-    TestFolder mFolder;
-    ProgramRunner mRunner{mFolder.GetPath()};
 };
 
 TEST_F(Failures, NamesThatLeadNowhere) {
     fs::create_directory(mFolder / "texts");
-    WriteTestFile(mFolder / "texts/notes.txt", "x");
+    Write("texts/notes.txt", "x");
     ExpectLine("none.gif", "no such file or folder (code 10)");
     ExpectLine("texts", "no GIF file there (code 10)");
     ExpectLine("x*.gif", "no GIF file there (code 10)");
 }
 
 TEST_F(Failures, FilesThatAreNoSoundGIFs) {
-    DrawSample("spinner.gif", mFolder / "spinner.gif");
-    const std::string sound = ReadTestFile(mFolder / "spinner.gif");
+    DrawSample("spinner.gif", "spinner.gif");
+    const std::string sound = Read("spinner.gif");
     std::string unknownBlock = sound;
     unknownBlock[13 + 768] = 'x'; // the first byte behind the global colour table
     const std::vector<std::pair<std::string, std::string>> cases = {
@@ -75,15 +62,15 @@ TEST_F(Failures, FilesThatAreNoSoundGIFs) {
         {MakeHugeGIF(0xff), "needs more memory than allowed (code 2)"},
     };
     for (const auto& [bytes, text] : cases) {
-        WriteTestFile(mFolder / "bad.gif", bytes);
+        Write("bad.gif", bytes);
         ExpectLine("bad.gif", text);
-        EXPECT_EQ(ReadTestFile(mFolder / "bad.gif"), bytes) << text;
-        EXPECT_FALSE(fs::exists(mFolder / "bad.gif.BAK"));
+        EXPECT_EQ(Read("bad.gif"), bytes) << text;
+        EXPECT_FALSE(Has("bad.gif.BAK"));
     }
 }
 
 TEST_F(Failures, TheMemoryLimitCanBeSet) {
-    WriteTestFile(mFolder / "large.gif", MakeHugeGIF(0x07)); // 2047 x 2047
+    Write("large.gif", MakeHugeGIF(0x07)); // 2047 x 2047
     const ProgramResult result = mRunner.Run({"--max-memory=1", "large.gif"});
     EXPECT_EQ(result.mErr, "parvigif: large.gif: needs more memory than allowed (code 2)\n");
     EXPECT_EQ(mRunner.Run({"large.gif"}).mStatus, 0);
@@ -91,7 +78,7 @@ TEST_F(Failures, TheMemoryLimitCanBeSet) {
 
 TEST_F(Failures, MissingRights) {
     mRunner.mAsNobody = true;
-    DrawSample("tiles.gif", mFolder / "secret.gif");
+    DrawSample("tiles.gif", "secret.gif");
     fs::permissions(mFolder / "secret.gif", fs::perms::none);
     ExpectLine("secret.gif", "no permission to open it (code 14)");
     fs::create_directory(mFolder / "closed");
@@ -103,10 +90,10 @@ TEST_F(Failures, MissingRights) {
 
 TEST_F(Failures, WhatIsReadOnlyStaysAsItIs) {
     const std::string readOnly = "no permission to replace it: the file or its folder is read-only (code 5)";
-    DrawSample("tiles.gif", mFolder / "locked.gif");
+    DrawSample("tiles.gif", "locked.gif");
     fs::create_directory(mFolder / "locked");
-    DrawSample("tiles.gif", mFolder / "locked/tiles.gif");
-    const std::string original = ReadTestFile(mFolder / "locked.gif");
+    DrawSample("tiles.gif", "locked/tiles.gif");
+    const std::string original = Read("locked.gif");
     fs::permissions(mFolder / "locked.gif", fs::perms::owner_read | fs::perms::others_read);
     fs::permissions(mFolder / "locked/tiles.gif", fs::perms::all);
     fs::permissions(mFolder / "locked", fs::perms::owner_read | fs::perms::owner_exec |
@@ -114,9 +101,9 @@ TEST_F(Failures, WhatIsReadOnlyStaysAsItIs) {
     for (int run = 0; run < 2; ++run) { // as whoever runs the tests, then as nobody
         ExpectLine("locked.gif", readOnly);
         ExpectLine("locked/tiles.gif", readOnly);
-        EXPECT_EQ(ReadTestFile(mFolder / "locked.gif"), original);
-        EXPECT_EQ(ReadTestFile(mFolder / "locked/tiles.gif"), original);
-        EXPECT_FALSE(fs::exists(mFolder / "locked.gif.BAK"));
+        EXPECT_EQ(Read("locked.gif"), original);
+        EXPECT_EQ(Read("locked/tiles.gif"), original);
+        EXPECT_FALSE(Has("locked.gif.BAK"));
         mRunner.mAsNobody = true;
     }
     fs::permissions(mFolder / "locked", fs::perms::all);
@@ -124,11 +111,11 @@ TEST_F(Failures, WhatIsReadOnlyStaysAsItIs) {
 }
 
 TEST_F(Failures, ABackupThatCannotBeMadeKeepsTheFile) {
-    DrawSample("tiles.gif", mFolder / "tiles.gif");
-    const std::string original = ReadTestFile(mFolder / "tiles.gif");
+    DrawSample("tiles.gif", "tiles.gif");
+    const std::string original = Read("tiles.gif");
     fs::create_directory(mFolder / "tiles.gif.BAK");
     ExpectLine("tiles.gif", "no backup could be made: File exists (code 1)");
-    EXPECT_EQ(ReadTestFile(mFolder / "tiles.gif"), original);
+    EXPECT_EQ(Read("tiles.gif"), original);
 }
 
 TEST_F(Failures, ALogThatCannotBeOpenedStopsNothing) {
@@ -145,7 +132,7 @@ TEST_F(Failures, OutputThatCannotBeWrittenIsAnError) {
         EXPECT_EQ(result.mErr, "parvigif: standard output: No space left on device\n") << argument;
         EXPECT_EQ(result.mStatus, 1);
     }
-    EXPECT_TRUE(fs::exists(mFolder / "good.gif.BAK")) << "the work is done all the same";
+    EXPECT_TRUE(Has("good.gif.BAK")) << "the work is done all the same";
 }
 
 } // namespace

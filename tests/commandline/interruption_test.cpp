@@ -4,15 +4,11 @@
 #include <fstream>
 #include <set>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "samples/samplepictures.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 
 namespace {
 
@@ -20,7 +16,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
 
-std::string ReadAll(int inPipe) {
+std::string ReadPipe(int inPipe) {
     std::string text;
     char buffer[4096];
     for (ssize_t count = 0; (count = read(inPipe, buffer, sizeof(buffer))) > 0;)
@@ -28,15 +24,8 @@ std::string ReadAll(int inPipe) {
     return text;
 }
 
-class Interruption : public testing::Test {
+class Interruption : public ProgramTest {
 protected:
-    void DrawAll() {
-        for (const SamplePicture& picture : GetSamplePictures())
-            picture.mDraw(mFolder / picture.mFileName);
-    }
-    std::string Read(const std::string& inName) const { return ReadTestFile(mFolder / inName); }
-    bool Has(const std::string& inName) const { return fs::exists(mFolder / inName); }
-
     /** From now on runs meet a fault, named as tests/support/faultshim.cpp does, at their inAt-th file
      * operation. */
     void SetFault(const std::string& inFault, int inAt) {
@@ -48,9 +37,6 @@ protected:
             return setenv("PARVIGIF_FAULT", (inFault + "=" + std::to_string(inAt)).c_str(), 1) == 0;
         };
     }
-
-    TestFolder mFolder;
-    ProgramRunner mRunner{mFolder.GetPath()};
 };
 
 // ---- faults at every single file operation
@@ -60,7 +46,7 @@ protected:
 class FaultEverywhere : public Interruption {
 protected:
     FaultEverywhere() {
-        DrawAll();
+        DrawSamples();
         mOriginal = Read(kName);
         EXPECT_EQ(mRunner.Run({kName}).mStatus, 0);
         mFinal = Read(kName);
@@ -160,7 +146,7 @@ TEST_F(FaultEverywhere, DiskFull) {
 }
 
 TEST_F(Interruption, RestoringPutsTheWholeOriginalBackOrNothing) {
-    DrawAll();
+    DrawSamples();
     const std::string original = Read("ball.gif");
     mRunner.Run({"ball.gif"});
     const std::string smaller = Read("ball.gif");
@@ -181,7 +167,7 @@ TEST_F(Interruption, RestoringPutsTheWholeOriginalBackOrNothing) {
 }
 
 TEST_F(Interruption, AContactSheetIsWholeOrAbsent) {
-    DrawAll();
+    DrawSamples();
     const std::vector<std::string> arguments = {"--contact-sheet", "sheet.gif", "icon.gif"};
     mRunner.Run(arguments);
     const std::string whole = Read("sheet.gif");
@@ -207,7 +193,7 @@ TEST_F(Interruption, AContactSheetIsWholeOrAbsent) {
 // ---- the user and the reader of the output
 
 TEST_F(Interruption, CtrlCLeavesNoContactSheet) {
-    DrawAll();
+    DrawSamples();
     std::vector<std::string> names = {"--contact-sheet", "sheet.gif"};
     for (int i = 100; i < 300; ++i) {
         names.push_back("bad-" + std::to_string(i) + ".gif");
@@ -223,7 +209,7 @@ TEST_F(Interruption, CtrlCLeavesNoContactSheet) {
     char first = 0;
     ASSERT_EQ(read(complaints[0], &first, 1), 1) << "it is at work";
     kill(process, SIGINT);
-    const std::string text = ReadAll(complaints[0]);
+    const std::string text = ReadPipe(complaints[0]);
     EXPECT_EQ(mRunner.Finish(process).mStatus, 130);
     EXPECT_THAT(text, EndsWith("bad-299.gif: not a GIF file (code 32)\nparvigif: cancelled\n"));
     EXPECT_FALSE(Has("sheet.gif"));
@@ -237,12 +223,10 @@ protected:
     static constexpr int kFiles = 120;
 
     LongRun() {
-        DrawAll();
-        mOriginal = Read("icon.gif");
-        for (const SamplePicture& picture : GetSamplePictures())
-            fs::remove(mFolder / picture.mFileName);
-        for (int i = 100; i < 100 + kFiles; ++i)
-            WriteTestFile(mFolder / NameOf(i), mOriginal);
+        DrawSample("icon.gif", NameOf(100));
+        mOriginal = Read(NameOf(100));
+        for (int i = 101; i < 100 + kFiles; ++i)
+            Write(NameOf(i), mOriginal);
         EXPECT_EQ(pipe2(mPipe, O_CLOEXEC), 0);
         EXPECT_GT(fcntl(mPipe[1], F_SETPIPE_SZ, 4096), 0);
     }
@@ -285,7 +269,7 @@ protected:
 TEST_F(LongRun, CtrlCFinishesTheFileInHandAndTellsWhatWasDone) {
     Start();
     kill(mProcess, SIGINT);
-    mOutput += ReadAll(mPipe[0]);
+    mOutput += ReadPipe(mPipe[0]);
     const ProgramResult result = mRunner.Finish(mProcess);
     EXPECT_EQ(result.mStatus, 130);
     EXPECT_EQ(result.mErr, "parvigif: cancelled\n");

@@ -1,12 +1,6 @@
 // Runs that leave the originals alone, or find their files elsewhere than on the command line.
 
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "samples/samplepictures.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 #include "wnatom/wnfileclaim.h"
 
 namespace {
@@ -16,32 +10,17 @@ using testing::StartsWith;
 namespace fs = std::filesystem;
 
 /** A tree: ball.gif, sub/icon.gif, sub/deep/bad.gif (no GIF), sub/notes.txt. */
-class Modes : public testing::Test {
+class Modes : public ProgramTest {
 protected:
     Modes() {
         fs::create_directories(mFolder / "in/sub/deep");
-        for (const SamplePicture& picture : GetSamplePictures()) {
-            if (picture.mFileName == std::string("ball.gif"))
-                picture.mDraw(mFolder / "in/ball.gif");
-            if (picture.mFileName == std::string("icon.gif"))
-                picture.mDraw(mFolder / "in/sub/icon.gif");
-        }
-        WriteTestFile(mFolder / "in/sub/deep/bad.gif", "junk");
-        WriteTestFile(mFolder / "in/sub/notes.txt", "x");
+        DrawSample("ball.gif", "in/ball.gif");
+        DrawSample("icon.gif", "in/sub/icon.gif");
+        Write("in/sub/deep/bad.gif", "junk");
+        Write("in/sub/notes.txt", "x");
         std::error_code where; // there are no links
         fs::create_directory_symlink("..", mFolder / "in/sub/circle", where);
-        mBefore = TakeStock("in");
-    }
-
-    /** Every regular file below a folder: its name, its bytes. */
-    std::map<std::string, std::string> TakeStock(const std::string& inFolder) const {
-        std::map<std::string, std::string> stock;
-        for (const auto& entry : fs::recursive_directory_iterator(mFolder / inFolder)) {
-            if (entry.is_regular_file())
-                stock[entry.path().lexically_relative(mFolder / inFolder).generic_string()] =
-                    ReadTestFile(entry.path().string());
-        }
-        return stock;
+        mBefore = ReadAll("in");
     }
 
     bool HasTraces() const {
@@ -57,14 +36,12 @@ protected:
         return result;
     }
 
-    TestFolder mFolder;
-    ProgramRunner mRunner{mFolder.GetPath()};
-    std::map<std::string, std::string> mBefore;
+    Files mBefore;
 };
 
 TEST_F(Modes, ADryRunTellsWhatARunSavesAndLeavesNoTrace) {
     const ProgramResult dry = mRunner.Run({"-n", "-r", "in"});
-    EXPECT_EQ(TakeStock("in"), mBefore);
+    EXPECT_EQ(ReadAll("in"), mBefore);
     EXPECT_FALSE(HasTraces());
     EXPECT_THAT(dry.mOut, HasSubstr("  2 files, 2 could be made smaller; 1 failed\n"));
     const ProgramResult real = mRunner.Run({"-r", "in"});
@@ -75,12 +52,12 @@ TEST_F(Modes, ADryRunTellsWhatARunSavesAndLeavesNoTrace) {
 
 TEST_F(Modes, AWholeTreeCanBeRestored) {
     mRunner.Run({"-r", "in"});
-    EXPECT_NE(ReadTestFile(mFolder / "in/sub/icon.gif"), mBefore["sub/icon.gif"]);
+    EXPECT_NE(Read("in/sub/icon.gif"), mBefore["sub/icon.gif"]);
     const ProgramResult result = mRunner.Run({"--restore", "-r", "in"});
     EXPECT_EQ(result.mErr, "");
     EXPECT_EQ(result.mOut, "restored  in/ball.gif\nrestored  in/sub/icon.gif\n");
     for (const auto& [name, bytes] : mBefore)
-        EXPECT_EQ(ReadTestFile(mFolder / ("in/" + name)), bytes) << name;
+        EXPECT_EQ(Read("in/" + name), bytes) << name;
 }
 
 TEST_F(Modes, ADryRunTellsOfAFileThatCannotBeReplaced) {
@@ -90,10 +67,10 @@ TEST_F(Modes, ADryRunTellsOfAFileThatCannotBeReplaced) {
 
 TEST_F(Modes, AnOutputFolderGetsEveryFileAndNoOriginalChanges) {
     const ProgramResult result = mRunner.Run({"-r", "-o", "out/new", "--keep-times", "in"});
-    EXPECT_EQ(TakeStock("in"), mBefore);
+    EXPECT_EQ(ReadAll("in"), mBefore);
     EXPECT_EQ(result.mStatus, 1);
     EXPECT_EQ(result.mErr, "parvigif: in/sub/deep/bad.gif: not a GIF file (code 32)\n");
-    const auto results = TakeStock("out/new");
+    const auto results = ReadAll("out/new");
     ASSERT_EQ(results.size(), 3u);
     EXPECT_LT(results.at("ball.gif").size(), mBefore["ball.gif"].size());
     EXPECT_LT(results.at("sub/icon.gif").size(), mBefore["sub/icon.gif"].size());
@@ -104,13 +81,12 @@ TEST_F(Modes, AnOutputFolderGetsEveryFileAndNoOriginalChanges) {
     EXPECT_THAT(
         mRunner.Run({"-o", "out/new", "in/ball.gif"}).mErr,
         HasSubstr("in/ball.gif: not written to the output folder: the file exists already (code 31)\n"));
-    EXPECT_EQ(TakeStock("out/new"), results);
+    EXPECT_EQ(ReadAll("out/new"), results);
 }
 
 TEST_F(Modes, AnOutputFolderThatCannotBeRightStopsTheRun) {
     fs::create_directory_symlink(mFolder / "in", mFolder / "link");
-    WriteTestFile(mFolder / "in/other/ball.gif", mBefore["ball.gif"] + "x");
-    mBefore = TakeStock("in");
+    Write("in/other/ball.gif", mBefore["ball.gif"] + "x");
     const std::vector<std::pair<std::vector<std::string>, const char*>> cases = {
         {{"-r", "-o", "link/sub/out", "in"},
          "the output folder 'link/sub/out' lies in 'in', whose files are to be read"},
@@ -120,11 +96,8 @@ TEST_F(Modes, AnOutputFolderThatCannotBeRightStopsTheRun) {
         {{"-o", "in/ball.gif", "in"}, "'--output' needs a folder, and 'in/ball.gif' is none"},
     };
     for (const auto& [arguments, text] : cases) {
-        const ProgramResult result = mRunner.Run(arguments);
-        EXPECT_EQ(result.mErr, std::string("parvigif: ") + text + "\n");
-        EXPECT_EQ(result.mStatus, 2);
-        EXPECT_EQ(TakeStock("in"), mBefore);
-        EXPECT_FALSE(fs::exists(mFolder / "out"));
+        ExpectRefusal(arguments, text, 2);
+        EXPECT_FALSE(Has("out"));
     }
 }
 
@@ -138,11 +111,11 @@ TEST_F(Modes, AFilterWritesTheSmallerPictureOrTheSameBytes) {
     EXPECT_EQ(bad.mStatus, 1);
     EXPECT_FALSE(HasTraces());
     mRunner.Run({"in/ball.gif"});
-    EXPECT_EQ(good.mOut, ReadTestFile(mFolder / "in/ball.gif"));
+    EXPECT_EQ(good.mOut, Read("in/ball.gif"));
 }
 
 TEST_F(Modes, NamesMayComeFromAFile) {
-    WriteTestFile(mFolder / "lines", "in/ball.gif\n\nin/none.gif\nin/sub");
+    Write("lines", "in/ball.gif\n\nin/none.gif\nin/sub");
     const ProgramResult lines = mRunner.Run({"-n", "--files-from", "lines"});
     EXPECT_THAT(lines.mOut, HasSubstr("  2 files, 2 could"));
     EXPECT_EQ(lines.mErr, "parvigif: in/none.gif: no such file or folder (code 10)\n");
@@ -152,7 +125,7 @@ TEST_F(Modes, NamesMayComeFromAFile) {
 TEST_F(Modes, NamesFromAFileMayHoldLineBreaks) {
     using namespace std::string_literals;
     fs::rename(mFolder / "in/ball.gif", mFolder / "in/a\nb.gif");
-    WriteTestFile(mFolder / "nuls", "in/a\nb.gif\0in/sub/icon.gif\0"s);
+    Write("nuls", "in/a\nb.gif\0in/sub/icon.gif\0"s);
     EXPECT_THAT(RunOn("nuls", {"-n0", "--files-from=-"}).mOut, HasSubstr("  2 files, 2 could"));
 }
 
@@ -162,8 +135,8 @@ TEST_F(Modes, AFileThatGainsTooLittleStaysAsItIs) {
     const ProgramResult result =
         mRunner.Run({"--min-saving=60.5%", "--keep-times", "in/ball.gif", "in/sub/icon.gif"});
     EXPECT_THAT(result.mOut, HasSubstr("  2 files, 1 made smaller\n"));
-    EXPECT_EQ(ReadTestFile(mFolder / "in/ball.gif"), mBefore["ball.gif"]);
-    EXPECT_EQ(ReadTestFile(mFolder / "in/sub/icon.gif.BAK"), mBefore["sub/icon.gif"]);
+    EXPECT_EQ(Read("in/ball.gif"), mBefore["ball.gif"]);
+    EXPECT_EQ(Read("in/sub/icon.gif.BAK"), mBefore["sub/icon.gif"]);
     EXPECT_EQ(fs::last_write_time(mFolder / "in/sub/icon.gif"), time);
     EXPECT_THAT(mRunner.Run({"--min-saving", "1023", "in/ball.gif"}).mOut, HasSubstr("1 file, 0 made"));
     EXPECT_THAT(mRunner.Run({"--min-saving", "1022", "in/ball.gif"}).mOut, HasSubstr("1 file, 1 made"));
@@ -205,7 +178,7 @@ TEST_F(Modes, AFileThatAnotherProcessWorksOnIsLeftToIt) {
         EXPECT_TRUE(claim.IsMine());
         const ProgramResult result = mRunner.Run({"in/ball.gif", "in/sub/icon.gif"});
         EXPECT_EQ(result.mErr, "parvigif: in/ball.gif: skipped: another run is working on it\n");
-        EXPECT_EQ(ReadTestFile(mFolder / "in/ball.gif"), mBefore["ball.gif"]);
+        EXPECT_EQ(Read("in/ball.gif"), mBefore["ball.gif"]);
         EXPECT_THAT(result.mOut, HasSubstr("1 file, 1 made smaller"));
     }
     EXPECT_THAT(mRunner.Run({"in/ball.gif"}).mOut, HasSubstr("1 file, 1 made smaller"));

@@ -2,11 +2,8 @@
 
 #include <sstream>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "term/options.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 
 namespace {
 
@@ -58,7 +55,9 @@ TEST(Options, HelpAndVersionWinOverMistakes) {
     EXPECT_THAT(Parse({"--set=LOG=0", "-h"}).mStored, IsEmpty());
 }
 
-TEST(Program, AWrongCommandLineIsOneLineAndStatus2) {
+using Program = ProgramTest;
+
+TEST_F(Program, AWrongCommandLineIsOneLineAndStatus2) {
     const std::vector<std::pair<std::vector<std::string>, const char*>> cases = {
         {{}, "no file named"},
         {{"-q"}, "no file named"},
@@ -87,19 +86,13 @@ TEST(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"--max-memory=99999999999", "a"}, "option '--max-memory' cannot be '99999999999'"},
         {{"--\x1b[31m"}, "unknown option '--\\x1b[31m'"},
     };
-    const TestFolder folder;
-    for (const auto& [arguments, text] : cases) {
-        const ProgramResult result = ProgramRunner(folder.GetPath()).Run(arguments);
-        EXPECT_EQ(result.mErr, std::string("parvigif: ") + text + " (see 'parvigif --help')\n");
-        EXPECT_EQ(result.mStatus, 2) << text;
-        EXPECT_EQ(result.mOut, "");
-    }
+    for (const auto& [arguments, text] : cases)
+        ExpectRefusal(arguments, std::string(text) + " (see 'parvigif --help')", 2);
 }
 
-TEST(Program, TheWholeHelpShowsEveryOptionAndTheShortOneFitsAScreen) {
-    const TestFolder folder;
-    const ProgramResult full = ProgramRunner(folder.GetPath()).Run({"--help"});
-    const ProgramResult brief = ProgramRunner(folder.GetPath()).Run({"-h"});
+TEST_F(Program, TheWholeHelpShowsEveryOptionAndTheShortOneFitsAScreen) {
+    const ProgramResult full = mRunner.Run({"--help"});
+    const ProgramResult brief = mRunner.Run({"-h"});
     for (const bool isFull : {true, false}) {
         const ProgramResult& help = isFull ? full : brief;
         EXPECT_EQ(help.mStatus, 0);
@@ -120,9 +113,8 @@ TEST(Program, TheWholeHelpShowsEveryOptionAndTheShortOneFitsAScreen) {
     EXPECT_LE(std::count(brief.mOut.begin(), brief.mOut.end(), '\n'), 40);
 }
 
-TEST(Program, VersionIsOneLine) {
-    const TestFolder folder;
-    const ProgramResult result = ProgramRunner(folder.GetPath()).Run({"--version"});
+TEST_F(Program, VersionIsOneLine) {
+    const ProgramResult result = mRunner.Run({"--version"});
     EXPECT_THAT(result.mOut, testing::MatchesRegex("parvigif .*\\..*\\..*\n"));
     EXPECT_EQ(result.mStatus, 0);
 }

@@ -1,14 +1,10 @@
 // The program on Windows: names, locked files, log, totals and preferences as that system has them.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <windows.h>
 
 #include "nvcode2/nvwindows_win.h"
-#include "samples/samplepictures.h"
 #include "tests/support/ownregistry_win.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 
 namespace {
 
@@ -19,13 +15,10 @@ std::int64_t Ticks(const FILETIME& inTime) {
     return static_cast<std::int64_t>(std::uint64_t{inTime.dwHighDateTime} << 32 | inTime.dwLowDateTime);
 }
 
-class WindowsProgram : public testing::Test {
+class WindowsProgram : public ProgramTest {
 protected:
-    void SetUp() override {
-        for (const SamplePicture& picture : GetSamplePictures())
-            picture.mDraw(mFolder / picture.mFileName);
-    }
-    void TearDown() override { OwnRegistry::ForgetPreferences(); } // whoever comes next in this prefix
+    WindowsProgram() { DrawSamples(); }
+    ~WindowsProgram() override { OwnRegistry::ForgetPreferences(); } // whoever comes next in this prefix
     std::size_t SizeOf(const std::string& inName) const { return ReadTestFile(mFolder / inName).size(); }
     bool Has(const std::string& inName) const {
         return GetFileAttributesW(NvWidePath(mFolder / inName).c_str()) != INVALID_FILE_ATTRIBUTES;
@@ -33,9 +26,6 @@ protected:
     void Copy(const std::string& inFrom, const std::string& inTo) const {
         CopyFileW(NvWidePath(mFolder / inFrom).c_str(), NvWidePath(mFolder / inTo).c_str(), TRUE);
     }
-
-    TestFolder mFolder;
-    ProgramRunner mRunner{mFolder.GetPath()};
 };
 
 TEST_F(WindowsProgram, AFolderIsMadeSmallerWithBackupsLogAndTotals) {

@@ -1,14 +1,8 @@
 // The page that --report writes: there whole or not at all, over nothing but an older one, with what fits in
 // it.
 
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "samples/samplepictures.h"
 #include "term/utf8.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 
 namespace {
 
@@ -17,36 +11,21 @@ using testing::Not;
 using testing::StartsWith;
 namespace fs = std::filesystem;
 
-class Report : public testing::Test {
+class Report : public ProgramTest {
 protected:
-    Report() {
-        for (const SamplePicture& picture : GetSamplePictures())
-            picture.mDraw(mFolder / picture.mFileName);
-    }
-    std::string Read(const std::string& inName) const { return ReadTestFile(mFolder / inName); }
-
-    TestFolder mFolder;
-    ProgramRunner mRunner{mFolder.GetPath()};
+    Report() { DrawSamples(); }
 };
 
 TEST_F(Report, APathThatCannotBeWrittenIsToldBeforeAnyFileIsTouched) {
-    WriteTestFile(mFolder / "page.html", "<!DOCTYPE html>\n<p>Somebody's own.</p>\n");
+    Write("page.html", "<!DOCTYPE html>\n<p>Somebody's own.</p>\n");
     const std::string exists = "the file exists already (code 31)";
-    const std::string ball = Read("ball.gif");
     for (const auto& [path, text] : std::vector<std::pair<std::string, std::string>>{
              {"none/report.html", "no such file or folder (code 10)"},
              {"ball.gif", exists},
              {"page.html", exists},
              {".", exists},
-         }) {
-        const ProgramResult result = mRunner.Run({"--report", path, "ball.gif"});
-        EXPECT_EQ(result.mErr, "parvigif: " + path + ": no report can be written there: " + text + "\n");
-        EXPECT_EQ(result.mOut, "");
-        EXPECT_EQ(result.mStatus, 1);
-    }
-    EXPECT_EQ(Read("ball.gif"), ball);
-    EXPECT_FALSE(fs::exists(mFolder / "ball.gif.BAK"));
-    EXPECT_THAT(Read("page.html"), HasSubstr("Somebody's own."));
+         })
+        ExpectRefusal({"--report", path, "ball.gif"}, path + ": no report can be written there: " + text);
 }
 
 TEST_F(Report, PicturesAreThoseOfBeforeAndAfterTheRun) {
@@ -69,7 +48,7 @@ TEST_F(Report, PicturesAreThoseOfBeforeAndAfterTheRun) {
 }
 
 TEST_F(Report, WhatDoesNotFitIsLeftOutAndSaidSo) {
-    WriteTestFile(mFolder / "large.gif", Read("ball.gif") + std::string(2 << 20, '\0')); // behind the trailer
+    Write("large.gif", Read("ball.gif") + std::string(2 << 20, '\0')); // behind the trailer
     mRunner.Run({"--report=report.html", "--report-limit=1", "large.gif", "icon.gif"});
     const std::string page = Read("report.html");
     EXPECT_THAT(page, HasSubstr("The pictures of 1 file are left out"));

@@ -1,14 +1,8 @@
 // What a run prints, and what it leaves on the disk, when all goes well.
 
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "samples/samplepictures.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 #include "win/mizertotals.h"
 
 namespace {
@@ -37,18 +31,7 @@ std::vector<Row> ParseTable(const std::string& inText) {
     return rows;
 }
 
-class Results : public testing::Test {
-protected:
-    /** Draws all samples into the folder. */
-    void DrawSamples() {
-        for (const SamplePicture& picture : GetSamplePictures())
-            picture.mDraw(mFolder / picture.mFileName);
-    }
-    std::string Read(const std::string& inName) const { return ReadTestFile(mFolder / inName); }
-
-    TestFolder mFolder;
-    ProgramRunner mRunner{mFolder.GetPath()};
-};
+using Results = ProgramTest;
 
 TEST_F(Results, ALinePerFileThenATotal) {
     DrawSamples();
@@ -85,7 +68,7 @@ TEST_F(Results, ALinePerFileThenATotal) {
 
 TEST_F(Results, AFolderIsTakenInNameOrderAndASecondRunTouchesNoBackup) {
     DrawSamples();
-    WriteTestFile(mFolder / "notes.txt", "no picture");
+    Write("notes.txt", "no picture");
     const std::string original = Read("icon.gif");
     std::vector<Row> rows = ParseTable(mRunner.Run({"."}).mOut);
     ASSERT_EQ(rows.size(), 7u);
@@ -98,28 +81,6 @@ TEST_F(Results, AFolderIsTakenInNameOrderAndASecondRunTouchesNoBackup) {
     EXPECT_EQ(ParseTable(again.mOut).size(), 7u) << "backups and other files are no entries";
     EXPECT_EQ(Read("icon.gif.BAK"), original) << "nothing was replaced, so no backup either";
     EXPECT_EQ(Read("notes.txt"), "no picture");
-}
-
-TEST_F(Results, WithoutABackup) {
-    DrawSamples();
-    EXPECT_EQ(mRunner.Run({"--no-backup", "icon.gif"}).mStatus, 0);
-    EXPECT_FALSE(fs::exists(mFolder / "icon.gif.BAK"));
-    EXPECT_LT(Read("icon.gif").size(), 1000u);
-}
-
-TEST_F(Results, AStoredPreferenceHoldsAndAnOptionWinsOverIt) {
-    DrawSamples();
-    WriteTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini", "BACKUP=0\nOBACK=0\n");
-    mRunner.Run({"icon.gif"});
-    EXPECT_FALSE(fs::exists(mFolder / "icon.gif.BAK"));
-
-    WriteTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini", "BACKUP=1\nOBACK=0\n");
-    WriteTestFile(mFolder / "tiles.gif.BAK", "old");
-    mRunner.Run({"tiles.gif"});
-    EXPECT_EQ(Read("tiles.gif.BAK"), "old");
-    WriteTestFile(mFolder / "ball.gif.BAK", "old");
-    mRunner.Run({"--overwrite-backups", "ball.gif"});
-    EXPECT_NE(Read("ball.gif.BAK"), "old");
 }
 
 TEST_F(Results, TheLogGetsOneEntryPerFile) {
@@ -138,7 +99,7 @@ TEST_F(Results, TheLogGetsOneEntryPerFile) {
 
 TEST_F(Results, QuietPrintsErrorsOnly) {
     DrawSamples();
-    WriteTestFile(mFolder / "notes.txt", "x");
+    Write("notes.txt", "x");
     const ProgramResult result = mRunner.Run({"-q", "icon.gif", "notes.txt", "none.gif"});
     EXPECT_EQ(result.mOut, "");
     EXPECT_EQ(result.mErr, "parvigif: none.gif: no such file or folder (code 10)\n");
@@ -147,9 +108,9 @@ TEST_F(Results, QuietPrintsErrorsOnly) {
 }
 
 TEST_F(Results, WhatIsPassedOverIsToldWhenItWasNamed) {
-    WriteTestFile(mFolder / "notes.txt", "x");
-    WriteTestFile(mFolder / "empty.gif", "");
-    WriteTestFile(mFolder / "old.gif.BAK", "x");
+    Write("notes.txt", "x");
+    Write("empty.gif", "");
+    Write("old.gif.BAK", "x");
     fs::create_symlink("empty.gif", mFolder / "link.gif");
     const ProgramResult named = mRunner.Run({"notes.txt", "empty.gif", "old.gif.BAK", "link.gif"});
     EXPECT_EQ(named.mStatus, 0);
@@ -175,7 +136,7 @@ TEST_F(Results, ALinkStaysALinkAndNamesMayHoldAnything) {
     EXPECT_TRUE(fs::is_symlink(mFolder / "link.gif"));
     EXPECT_LT(Read("vault/icon.gif").size(), Read("link.gif.BAK").size());
     EXPECT_THAT(result.mOut, HasSubstr("  a\\n\\x1b[31m\\xc2\\x9b *[x] \xc3\xa9\xff.gif\n"));
-    EXPECT_TRUE(fs::exists(mFolder / "-v.gif.BAK"));
+    EXPECT_TRUE(Has("-v.gif.BAK"));
 }
 
 TEST_F(Results, TheReadmeShowsWhatTheSamplesReallyGive) {

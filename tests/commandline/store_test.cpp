@@ -1,12 +1,6 @@
 // Going back to the originals, and what is kept between runs: preferences, totals, the log.
 
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "samples/samplepictures.h"
-#include "tests/support/programrun.h"
+#include "tests/support/programtest.h"
 
 namespace {
 
@@ -14,26 +8,13 @@ using testing::EndsWith;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
 
-class Store : public testing::Test {
+class Store : public ProgramTest {
 protected:
-    Store() {
-        for (const SamplePicture& picture : GetSamplePictures())
-            picture.mDraw(mFolder / picture.mFileName);
-    }
-    std::string Read(const std::string& inName) const { return ReadTestFile(mFolder / inName); }
+    Store() { DrawSamples(); }
     std::string GetLog() const { return ReadTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"); }
-
-    void ExpectRefusal(const std::string& inName, const std::string& inText) {
-        const std::string picture = Read(inName);
-        const ProgramResult result = mRunner.Run({"--restore", inName});
-        EXPECT_EQ(result.mErr, "parvigif: " + inName + ": " + inText + "\n");
-        EXPECT_EQ(result.mOut, "");
-        EXPECT_EQ(result.mStatus, 1);
-        EXPECT_EQ(Read(inName), picture);
+    void ExpectNotRestored(const std::string& inName, const std::string& inText) {
+        ExpectRefusal({"--restore", inName}, inName + ": " + inText);
     }
-
-    TestFolder mFolder;
-    ProgramRunner mRunner{mFolder.GetPath()};
 };
 
 TEST_F(Store, RestoringPutsTheOriginalBackAndKeepsTheBackup) {
@@ -64,22 +45,23 @@ TEST_F(Store, RestoringPutsTheOriginalBackAndKeepsTheBackup) {
 }
 
 TEST_F(Store, WhatCannotBeRestoredStaysAsItIs) {
-    ExpectRefusal("icon.gif", "no backup: there is no icon.gif.BAK (code 10)");
+    ExpectNotRestored("icon.gif", "no backup: there is no icon.gif.BAK (code 10)");
     const std::string ball = Read("ball.gif");
-    WriteTestFile(mFolder / "icon.gif.BAK", ball);
-    ExpectRefusal("icon.gif", "not restored: it is another picture than its backup, of another size or "
-                              "number of frames; move it away first");
+    Write("icon.gif.BAK", ball);
+    ExpectNotRestored("icon.gif", "not restored: it is another picture than its backup, of another size or "
+                                  "number of frames; move it away first");
     for (const std::size_t size : {std::size_t{0}, std::size_t{400}, ball.size() - 2}) {
-        WriteTestFile(mFolder / "ball.gif.BAK", ball.substr(0, size));
-        ExpectRefusal("ball.gif", "not restored: the file ends too early (code 18)");
+        Write("ball.gif.BAK", ball.substr(0, size));
+        ExpectNotRestored("ball.gif", "not restored: the file ends too early (code 18)");
     }
     fs::create_directory(mFolder / "tiles.gif.BAK");
-    ExpectRefusal("tiles.gif", "not restored: neither a file nor a folder (code 12)");
+    ExpectNotRestored("tiles.gif", "not restored: neither a file nor a folder (code 12)");
 
     fs::copy_file(mFolder / "sunset.gif", mFolder / "sunset.gif.BAK");
     fs::permissions(mFolder / "sunset.gif", fs::perms::owner_read);
-    ExpectRefusal("sunset.gif",
-                  "not restored: no permission to replace it: the file or its folder is read-only (code 5)");
+    ExpectNotRestored(
+        "sunset.gif",
+        "not restored: no permission to replace it: the file or its folder is read-only (code 5)");
     fs::permissions(mFolder / "sunset.gif", fs::perms::all);
     EXPECT_FALSE(fs::exists(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"));
 }
@@ -97,7 +79,7 @@ TEST_F(Store, PreferencesTellTheirOriginAndASetOneHolds) {
     EXPECT_EQ(ReadTestFile(user), "\xff\xfe=\n=\nOBACK=many\nLOG=0\nMINE=7\nBACKUP=0\nBYTESSAVED=5\n");
     EXPECT_EQ(mRunner.Run({"--totals"}).mOut, "0 Files processed to date.\n5 bytes saved\n");
     mRunner.Run({"icon.gif"});
-    EXPECT_FALSE(fs::exists(mFolder / "icon.gif.BAK"));
+    EXPECT_FALSE(Has("icon.gif.BAK"));
 
     for (const char* root : {"machine", "user"}) { // a folder where the file should be
         fs::remove_all(mRunner.GetOwnFolder() / root);
