@@ -38,8 +38,8 @@ bool SameFrame(const Frame& inLeft, const Frame& inRight) {
 /** Bytes of all comments, an empty one counting for nothing, as a file cannot hold it. */
 std::string CommentsOf(const NvGIFGlobalInfo& inInfo) {
     std::string text;
-    for (const NvList::Node* node = inInfo.mComments.GetFirst(); node; node = node->GetNext())
-        text += static_cast<const NvGIFComment*>(node->GetElement())->mText;
+    for (const std::string& comment : inInfo.mComments.GetTexts())
+        text += comment;
     return text;
 }
 

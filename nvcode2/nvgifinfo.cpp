@@ -2,26 +2,27 @@
 
 #include <utility>
 
-NvGIFGlobalInfo::~NvGIFGlobalInfo() {
-    for (const NvList::Node* node = mComments.GetFirst(); node; node = node->GetNext())
+NvGIFComments::NvGIFComments(const NvGIFComments& inOther) : NvList() {
+    for (std::string& text : inOther.GetTexts())
+        Append(std::move(text));
+}
+
+NvGIFComments::~NvGIFComments() {
+    for (const Node* node = GetFirst(); node; node = node->GetNext())
         delete static_cast<NvGIFComment*>(node->GetElement());
 }
 
-std::unique_ptr<NvGIFGlobalInfo> NvGIFGlobalInfo::Clone() const {
-    auto copy = std::make_unique<NvGIFGlobalInfo>();
-    copy->mColorTable = mColorTable;
-    copy->mVersionFlag = mVersionFlag;
-    copy->mHasGlobalTable = mHasGlobalTable;
-    copy->mColorResolution = mColorResolution;
-    copy->mDeclaredTableSize = mDeclaredTableSize;
-    copy->mSortFlag = mSortFlag;
-    copy->mBackgroundIndex = mBackgroundIndex;
-    copy->mHasLoop = mHasLoop;
-    copy->mLoopCount = mLoopCount;
-    copy->mAspect = mAspect;
-    for (const NvList::Node* node = mComments.GetFirst(); node; node = node->GetNext())
-        copy->AppendComment(static_cast<const NvGIFComment*>(node->GetElement())->mText);
-    return copy;
+void NvGIFComments::Append(std::string inText) {
+    auto comment = std::make_unique<NvGIFComment>(NvGIFComment{std::move(inText)});
+    NvList::Append(comment.get());
+    comment.release();
+}
+
+std::vector<std::string> NvGIFComments::GetTexts() const {
+    std::vector<std::string> texts;
+    for (const Node* node = GetFirst(); node; node = node->GetNext())
+        texts.push_back(static_cast<const NvGIFComment*>(node->GetElement())->mText);
+    return texts;
 }
 
 std::unique_ptr<NvGIFGlobalInfo> NvGIFGlobalInfo::MakeReaderDefault() {
@@ -29,13 +30,6 @@ std::unique_ptr<NvGIFGlobalInfo> NvGIFGlobalInfo::MakeReaderDefault() {
     info->mVersionFlag = 1;
     info->mColorResolution = 8;
     return info;
-}
-
-void NvGIFGlobalInfo::AppendComment(std::string inText) {
-    auto comment = std::make_unique<NvGIFComment>();
-    comment->mText = std::move(inText);
-    mComments.Append(comment.get());
-    comment.release();
 }
 
 NvColor NvGIFGlobalInfo::GetBackgroundColor() const {

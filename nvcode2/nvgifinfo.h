@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "nvcode2/nvimgfmtinfo.h"
 #include "nvcode2/nvlist.h"
@@ -17,24 +18,29 @@ struct NvGIFComment {
     std::string mText; ///< any bytes, not necessarily text
 };
 
-/** What a GIF says once per file. */
-class NvGIFGlobalInfo : public NvImgFmtGlobalInfo {
+/** The comments of a file, in file order. It owns them; a copy has its own. */
+class NvGIFComments : private NvList {
 public:
-    /** Every field zero: an "87a" file without global table, loop or comments. */
-    NvGIFGlobalInfo() = default;
-    ~NvGIFGlobalInfo() override;
-
-    NvGIFGlobalInfo(const NvGIFGlobalInfo&) = delete;
-    NvGIFGlobalInfo& operator=(const NvGIFGlobalInfo&) = delete;
-
-    /** A record with the same contents, comments included. */
-    std::unique_ptr<NvGIFGlobalInfo> Clone() const;
-
-    /** The record a reader starts from: version "89a", colour resolution 8. */
-    static std::unique_ptr<NvGIFGlobalInfo> MakeReaderDefault();
+    NvGIFComments() = default;
+    NvGIFComments(const NvGIFComments& inOther);
+    NvGIFComments& operator=(const NvGIFComments&) = delete;
+    ~NvGIFComments();
 
     /** Adds a comment behind the others. */
-    void AppendComment(std::string inText);
+    void Append(std::string inText);
+
+    /** Nodes of NvGIFComment; nullptr when there are none. */
+    using NvList::GetFirst;
+
+    std::vector<std::string> GetTexts() const;
+};
+
+/** What a GIF says once per file. Default-made, every field is zero: an "87a" file without global table, loop
+ * or comments. */
+class NvGIFGlobalInfo : public NvImgFmtGlobalInfo {
+public:
+    /** The record a reader starts from: version "89a", colour resolution 8. */
+    static std::unique_ptr<NvGIFGlobalInfo> MakeReaderDefault();
 
     /** The colour that the background index names, black when it names none. */
     NvColor GetBackgroundColor() const;
@@ -48,7 +54,7 @@ public:
     std::uint8_t mHasLoop = 0;            ///< 0 or 1: a looping block was read or is to be written
     std::uint16_t mLoopCount = 0;         ///< 0: forever
     std::uint8_t mAspect = 0;             ///< pixel aspect ratio byte, kept as read
-    NvList mComments;                     ///< of NvGIFComment, owned, in file order
+    NvGIFComments mComments;
 };
 
 /** What a GIF says once per frame. */

@@ -112,7 +112,7 @@ void NvGIFFile::ScanComment() {
         text.resize(end + length);
         mReader.Read(text.data() + end, length);
     }
-    mGlobalInfo->AppendComment(std::move(text));
+    mGlobalInfo->mComments.Append(std::move(text));
 }
 
 void NvGIFFile::CountCommentMemory(std::uint64_t inBytes) {

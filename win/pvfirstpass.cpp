@@ -124,7 +124,7 @@ std::unique_ptr<NvAnimation> PvFirstPass::Rebuild(std::uint32_t inTolerance, PvP
 std::shared_ptr<NvGIFGlobalInfo> PvFirstPass::MakeGlobalInfo() {
     if (mOptions.mIsLossless)
         return mReader.ShareGlobalInfo();
-    std::shared_ptr<NvGIFGlobalInfo> info = mReader.ShareGlobalInfo()->Clone();
+    auto info = std::make_shared<NvGIFGlobalInfo>(*mReader.ShareGlobalInfo());
     info->mHasGlobalTable = 1;
     info->mSortFlag = 0;
     info->mColorTable = mSharedTable;

@@ -125,13 +125,11 @@ TEST_F(LogTest, BothKindsByDefault) {
     EXPECT_THAT(ReadLog(), MatchesRegex(mSmaller + mUnchanged));
 }
 
-TEST_F(LogTest, OnlyResultsWhenLOGALLIsOff) {
+TEST_F(LogTest, OnlyResultsWhenLOGALLIsOffAndNothingWhenLOGIsOff) {
     mPrefs.Override("LOGALL", 0);
     RunOneOfEach();
     EXPECT_THAT(ReadLog(), MatchesRegex(mSmaller));
-}
-
-TEST_F(LogTest, NothingWhenLOGIsOff) {
+    std::filesystem::remove(mFolder / "PVGFLog.TXT");
     mPrefs.Override("LOG", 0);
     mPrefs.Override("LOGALL", 1);
     RunOneOfEach();

@@ -1,6 +1,5 @@
 // Files among pipes, devices, permissions, limits and descriptors.
 
-#include <cerrno>
 #include <csignal>
 #include <filesystem>
 
@@ -13,31 +12,11 @@
 
 namespace {
 
-TEST_F(FileTest, AFileHasNothingBelowIt) {
-    const std::string path = PathWith("");
-    NvFile below((path + "/file").c_str());
-    try {
-        below.Open(NvFile::km_ReadPerm);
-        FAIL() << "a file has nothing below it";
-    } catch (const NvErrorCode& error) {
-        EXPECT_EQ(error.GetCode(), 1u);
-        EXPECT_EQ(error.GetSystemError(), ENOTDIR);
-    }
-}
-
-TEST_F(FileTest, WithoutTheRightToOpenIsToldAsSuch) {
-    if (geteuid() == 0)
-        return; // nothing is denied to root
-    NvFile denied = FileWith("");
-    std::filesystem::permissions(denied.GetPath(), std::filesystem::perms::none);
-    EXPECT_EQ(CodeOf([&] { denied.Open(NvFile::km_ReadPerm); }), 14u);
-    EXPECT_EQ(CodeOf([&] { denied.Create(); }), 5u);
-}
-
 TEST_F(FileTest, OnlyRegularFilesAreRead) {
     const std::string pipe = mFolder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string& path : {pipe, mFolder.GetPath(), std::string("/dev/zero")}) {
+    for (const std::string& path :
+         {pipe, mFolder.GetPath(), PathWith("") + "/below", std::string("/dev/zero")}) {
         NvFile file(path.c_str());
         EXPECT_EQ(CodeOf([&] { file.Open(NvFile::km_ReadPerm); }), 1u) << path;
     }

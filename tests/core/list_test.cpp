@@ -63,13 +63,6 @@ TEST(ListTest, RemovesAtEveryPlace) {
     EXPECT_EQ(list.GetLast(), nullptr);
 }
 
-TEST(ListTest, ALongListIsFreedWithoutRecursion) {
-    NvList list;
-    for (int i = 0; i < 1000000; ++i)
-        list.Append(nullptr);
-    EXPECT_EQ(list.GetCount(), 1000000u);
-}
-
 TEST(ListDeathTest, PlacesMustExist) {
     NvList list;
     EXPECT_DEATH(list.GetNode(0), "\"temp\"");

@@ -13,16 +13,6 @@
 
 namespace {
 
-std::vector<std::string> RandomRows(std::uint32_t inWidth, std::uint32_t inHeight, unsigned inUndrawnOf8,
-                                    std::mt19937& ioRandom) {
-    std::vector<std::string> rows(inHeight, std::string(inWidth, '.'));
-    for (std::string& row : rows)
-        for (char& pixel : row)
-            if (RandomBelow(ioRandom, 8) >= inUndrawnOf8)
-                pixel = static_cast<char>('0' + RandomBelow(ioRandom, 8));
-    return rows;
-}
-
 TEST(MaskRow, SeesWhatSinglePixelsSay) {
     std::mt19937 random(1);
     for (const std::uint32_t width : {1U, 2U, 7U, 8U, 9U, 16U, 17U, 63U, 64U, 65U, 72U, 73U, 130U, 200U})
@@ -45,38 +35,6 @@ TEST(MaskRow, SeesWhatSinglePixelsSay) {
             });
             EXPECT_EQ(visited, clear);
             EXPECT_EQ(NvIsRowSet(row.data(), width), clear.empty());
-        }
-}
-
-TEST(GIFFrame, CropsAtAnyColumn) {
-    std::mt19937 random(2);
-    const std::vector<std::string> rows = RandomRows(37, 5, 4, random);
-    const auto frame = MakeFrame(rows, NvColorTable(8), 100, 200);
-    frame->GetInfo().mDelay = 77;
-    for (std::int32_t left = 0; left < 18; ++left)
-        for (std::int32_t right = left + 1; right <= 37; ++right) {
-            const std::int32_t top = left % 3;
-            const auto part = frame->CropCopy({left, top, right, 5});
-            std::vector<std::string> expected;
-            for (std::int32_t y = top; y < 5; ++y)
-                expected.push_back(rows[static_cast<std::size_t>(y)].substr(
-                    static_cast<std::size_t>(left), static_cast<std::size_t>(right - left)));
-            ASSERT_EQ(RowsOf(*part), expected) << left << ".." << right;
-            EXPECT_EQ(part->GetScreenRect(), (NvRect{100 + left, 200 + top, 100 + right, 205}));
-            EXPECT_EQ(part->GetInfo().mDelay, 77);
-            EXPECT_EQ(part->GetImage().GetColorTable().GetSize(), 8u);
-        }
-}
-
-TEST(GIFFrame, FindsTheBoundsOfWhatIsDrawn) {
-    const NvColorTable table(8);
-    EXPECT_TRUE(MakeFrame({"...", "..."}, table)->FindDrawnBounds().IsEmpty());
-    for (std::int32_t left = 0; left < 17; ++left)
-        for (std::int32_t right = left + 1; right <= 17; ++right) {
-            std::vector<std::string> rows(5, std::string(17, '.'));
-            rows[1][static_cast<std::size_t>(left)] = '1';
-            rows[3][static_cast<std::size_t>(right - 1)] = '1';
-            EXPECT_EQ(MakeFrame(rows, table)->FindDrawnBounds(), (NvRect{left, 1, right, 4}));
         }
 }
 

@@ -12,13 +12,6 @@ namespace {
 
 using testing::ElementsAre;
 
-std::vector<std::string> CommentsOf(const NvGIFGlobalInfo& inInfo) {
-    std::vector<std::string> comments;
-    for (const NvList::Node* node = inInfo.mComments.GetFirst(); node; node = node->GetNext())
-        comments.push_back(static_cast<const NvGIFComment*>(node->GetElement())->mText);
-    return comments;
-}
-
 NvGIFFrameInfo InfoOf(NvGIFFile& inFile, std::uint32_t inIndex) {
     return static_cast<const NvGIFFrameInfo&>(*inFile.ReadFrameInfo(inIndex));
 }
@@ -136,7 +129,7 @@ TEST(GIFReader, FindsItsWayThroughTheBlocks) {
         EXPECT_EQ(file->GetNumberOfFrames(), row.mFrames);
         const NvGIFGlobalInfo& info = *file->GetGlobalInfo();
         EXPECT_EQ(info.mHasLoop ? info.mLoopCount : -1, row.mLoopCount);
-        EXPECT_EQ(CommentsOf(info), row.mComments);
+        EXPECT_EQ(info.mComments.GetTexts(), row.mComments);
         if (row.mFrames > 0) {
             const NvGIFFrameInfo frame = InfoOf(*file, 0);
             EXPECT_EQ(frame.mHasGraphicControl ? frame.mDelay : -1, row.mDelay);
@@ -229,7 +222,7 @@ TEST(GIFReader, ReadsFramesInAnyOrderAndFilesOneAfterTheOther) {
     EXPECT_EQ(file->GetCurrentFrameIndex(), 0u);
     for (const std::uint32_t index : {1U, 0U, 0U, 1U})
         EXPECT_THAT(BytesOf(file.ReadImage(index)), ElementsAre(1 - index));
-    EXPECT_EQ(CommentsOf(*file->GetGlobalInfo())[0].size(), 600u * 255);
+    EXPECT_EQ(file->GetGlobalInfo()->mComments.GetTexts()[0].size(), 600u * 255);
     file->SeekToFrame(1);
     EXPECT_EQ(file->GetCurrentFrameIndex(), 1u);
     EXPECT_DEATH(file->SeekToFrame(2), "inIndex < mNumberOfFrames");

@@ -1,7 +1,5 @@
 #include <algorithm>
-#include <numeric>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -25,9 +23,9 @@ TEST(GIFWriter, WritesTheExpectedBytes) {
     global.mBackgroundIndex = 2;
     global.mAspect = 49;
     global.mHasLoop = 1;
-    global.AppendComment(std::string(600, 'c'));
-    global.AppendComment("");
-    global.AppendComment(std::string(255, 'd'));
+    global.mComments.Append(std::string(600, 'c'));
+    global.mComments.Append("");
+    global.mComments.Append(std::string(255, 'd'));
 
     const NvIndexedImage plain = MakeIndexedRow({1}, MakeTable({km_Black, km_White}));
     NvIndexedImage colourful(2, 2, NvColorTable(5));
@@ -74,27 +72,6 @@ TEST(GIFWriter, AnUntouchedRecordGivesThePlainestFile) {
     file.Open(2, 1, 0, NvFile::km_WritePerm | NvFile::km_CountPerm);
     file->Close();
     EXPECT_EQ(file->GetWrittenLength(), 26u);
-}
-
-TEST(GIFWriter, StoresInterlacedRowsInFourPasses) {
-    for (std::uint16_t height = 1; height <= 9; ++height) {
-        NvIndexedImage image(1, height, NvColorTable(16));
-        Indices rows(height);
-        std::iota(rows.begin(), rows.end(), std::uint8_t{0});
-        SetBytes(image, rows);
-        const auto order = [](int inRow) {
-            const int pass = inRow % 8 == 0 ? 0 : inRow % 8 == 4 ? 1 : inRow % 4 == 2 ? 2 : 3;
-            return std::tuple(pass, inRow);
-        };
-        std::ranges::sort(rows, {}, order);
-        NvGIFFrameInfo info = PlainInfoFor(image);
-        info.mInterlaced = 1;
-        GIFOutput file;
-        file.Open(1, height, 1);
-        file->WriteFrame(image, info);
-        EXPECT_EQ(file.Close(), GIFHeader(1, height, 0, "87a") + GIFDescriptor(0, 0, 1, height, 0x40) +
-                                    ReferenceLZWEncode(4, rows) + ';');
-    }
 }
 
 TEST(GIFWriter, RefusesColoursThatNoTableHolds) {

@@ -5,9 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "nvcode2/nvprogressindicator.h"
 #include "tests/image/images.h"
-#include "tests/support/codeof.h"
 #include "tests/support/frames.h"
 
 namespace {
@@ -23,20 +21,12 @@ const NvColorTable& Table() {
     return table;
 }
 
-/** What a thumbnail shows of a screen as large as the first of these frames, after the last of them. */
+/** What a thumbnail shows of a frame. */
 class Screen {
 public:
-    explicit Screen(const std::vector<std::string>& inRows, std::uint32_t inDisposal = 0)
+    explicit Screen(const std::vector<std::string>& inRows)
         : mPlayer(static_cast<std::uint32_t>(inRows[0].size()), static_cast<std::uint32_t>(inRows.size())) {
-        Show(inRows, 0, 0, inDisposal);
-    }
-
-    Screen& Show(const std::vector<std::string>& inRows, std::uint16_t inLeft, std::uint16_t inTop,
-                 std::uint32_t inDisposal = 0) {
-        const auto frame = MakeFrame(inRows, Table(), inLeft, inTop);
-        frame->GetInfo().mDisposal = inDisposal;
-        mPlayer.ShowFrame(*frame);
-        return *this;
+        mPlayer.ShowFrame(*MakeFrame(inRows, Table()));
     }
 
     Colors Render(const NvThumbnail& inThumbnail) const {
@@ -48,8 +38,6 @@ public:
             colors.push_back({bytes[i], bytes[i + 1], bytes[i + 2]});
         return colors;
     }
-
-    const NvGIFPlayer& GetPlayer() const { return mPlayer; }
 
 private:
     NvGIFPlayer mPlayer;
@@ -85,16 +73,6 @@ TEST(Thumbnail, TheBackdropShowsWhereNothingIsDrawn) {
     EXPECT_THAT(Screen({"."}).Render(NvThumbnail(1, 1, {km_Dark, km_Dark, 1})), ElementsAre(km_Dark));
 }
 
-TEST(Thumbnail, ShowsWhatIsDisplayed) {
-    const NvThumbnail thumbnail(2, 2, {km_Light, km_Light, 1});
-    Screen cleared({"11", "11"});
-    cleared.Show({"2"}, 0, 0, 2).Show({"3"}, 1, 1);
-    EXPECT_THAT(cleared.Render(thumbnail), ElementsAre(km_Light, km_Red, km_Red, km_Blue));
-    Screen restored({"11", "1."});
-    restored.Show({"22", "22"}, 0, 0, 3).Show({"3"}, 1, 0);
-    EXPECT_THAT(restored.Render(thumbnail), ElementsAre(km_Red, km_Blue, km_Red, km_Light));
-}
-
 TEST(Thumbnail, ReducedPixelsCountAsMuchAsTheyCover) {
     const NvThumbnail thumbnail(1, 1, {{255, 255, 255}, km_Dark, 8});
     EXPECT_THAT(Screen({"12", "12"}).Render(thumbnail), ElementsAre(NvColor{128, 128, 0}));
@@ -114,15 +92,6 @@ TEST(Thumbnail, SquaresStayWholeAtAnyReduction) {
     EXPECT_THAT(Screen(rows).Render(NvThumbnail(10, 10, {km_Light, km_Dark, 3})),
                 ElementsAre(km_Light, km_Light, km_Light, km_Dark, km_Dark, km_Dark, km_Light, km_Light,
                             km_Light, km_Dark));
-}
-
-TEST(Thumbnail, CanBeStopped) {
-    struct : NvProgressIndicator {
-        bool Progress(std::uint32_t inDone, std::uint32_t) override { return inDone < 2; }
-    } indicator;
-    const Screen screen({"12", "12", "12"});
-    EXPECT_EQ(CodeOf([&] { NvThumbnail(2, 2).Render(screen.GetPlayer(), &indicator); }),
-              NvErrorCode::km_Cancelled);
 }
 
 } // namespace

@@ -106,20 +106,6 @@ TEST_F(LoadTest, WhenAllColoursAreInUseTheLeastMissedGivesUpItsPlace) {
     EXPECT_EQ(comparison.mWorstChannel, 1);
 }
 
-TEST_F(LoadTest, WhatTheFileSaysBesidesPixelsIsKept) {
-    TestGIF gif = Movie({Picture("01"), Picture("2."), Picture("33")});
-    gif.mAspect = 49;
-    gif.mLoop = 7;
-    gif.mComments = {"one", std::string(600, 'x')};
-    gif.mFrames[0].mDelay = 65535;
-    gif.mFrames[1].mUserInput = true;
-    gif.mFrames[2].mInterlaced = true;
-    gif.mFrames[2].mDisposal = 2;
-    const TestGIF loaded = Describe(*Load(Write(gif)));
-    EXPECT_EQ(CompareGIFs(gif, loaded).mDifference, "");
-    EXPECT_EQ(loaded.mFrames[2].mDisposal, 2u);
-}
-
 TEST_F(LoadTest, BackgroundIsTheEntryNamedOrBlack) {
     TestGIF gif = FourGreys({WithOwnTable(Picture("00"))});
     const auto backgroundOf = [&] {
@@ -179,35 +165,6 @@ TEST_F(LoadTest, CommentsCountAgainstTheMemoryLimitWhileTheyAreFound) {
         const std::string path = WriteTestFile(mFolder / "pictures/talkative.gif", commented(comments));
         EXPECT_EQ(CodeOf([&] { Load(path, limit); }), comments == 100 ? 0u : 2u) << comments;
         EXPECT_EQ(CodeOf([&] { PvFrameReader(path.c_str(), limit); }), comments == 100'000 ? 2u : 0u);
-    }
-}
-
-TEST_F(LoadTest, ABadFileIsLeftAloneAndTheReasonKept) {
-    const std::string good = EncodeGIF(Movie({Picture("0123"), Picture("3210")}));
-    TestGIF outside = Movie({Picture("0123")});
-    outside.mWidth = 3;
-    TestGIF frameless = Movie({Picture("0")});
-    frameless.mFrames.clear();
-    const struct {
-        const char* mName;
-        std::string mBytes;
-        std::uint32_t mCode;
-    } cases[] = {
-        {"no GIF", "PNG" + good.substr(3), 32},
-        {"another version", "GIF90a" + good.substr(6), 33},
-        {"cut in the middle of a block", good.substr(0, good.size() - 3), 18},
-        {"a frame beyond the screen", EncodeGIF(outside), 28},
-        {"damaged data in the second frame", good.substr(0, good.size() - 5) + "\xFF\xFF\xFF" + "\0;"s, 28},
-        {"no frames", EncodeGIF(frameless), 28},
-    };
-    for (const auto& [name, bytes, code] : cases) {
-        SCOPED_TRACE(name);
-        const std::string path = WriteTestFile(mFolder / "pictures/bad.gif", bytes);
-        EXPECT_EQ(Optimize(path), bytes.size());
-        ASSERT_TRUE(mOutcome.mLoadError);
-        EXPECT_EQ(mOutcome.mLoadError->GetCode(), code);
-        EXPECT_EQ(ReadTestFile(path), bytes);
-        EXPECT_TRUE(mHost.mBackups.empty());
     }
 }
 

@@ -126,19 +126,6 @@ TEST_F(PassesTest, ASmallChangeBecomesASmallFrameOfNarrowCodes) {
         << "a colour that both frames use stands at the front of the table";
 }
 
-TEST_F(PassesTest, TheToleranceIs28Levels) {
-    for (const std::uint32_t grey : {0x808080u, 0x818181u}) {
-        TestGIF gif =
-            Movie({Textured(TestTexture::km_Noise, 12, 1, 1), Textured(TestTexture::km_Noise, 12, 1, 1)});
-        gif.mTable.assign(256, 0x646464);
-        gif.mTable[255] = grey;
-        gif.mFrames[1].mPixels.assign(144, 255);
-        const std::string path = Write(gif);
-        Optimize(path);
-        EXPECT_EQ(Play(ReadGIF(path))[1][77], grey == 0x808080 ? 0x646464 : 0x818181);
-    }
-}
-
 TEST_F(PassesTest, AFileThatCannotShrinkKeepsItsBytesAndNeedsNoBackup) {
     const std::string path = Write(Wasteful());
     std::uint32_t before = 0;

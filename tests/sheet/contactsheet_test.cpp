@@ -205,19 +205,6 @@ TEST_F(ContactSheet, LargePicturesAreReducedInTheirOwnColours) {
     EXPECT_LT(worst, 17) << "less than a step of the picture";
 }
 
-TEST_F(ContactSheet, AFileThatFailsIsNotOnIt) {
-    Add(Movie({Picture("12")}));
-    Finish();
-    const std::string before = ReadTestFile(mFolder / "sheet.gif");
-    const std::string torn = EncodeGIF(Movie({Picture("34"), Picture("56")}));
-    WriteTestFile(mFolder / "torn.gif", torn.substr(0, torn.size() - 6));
-    WriteTestFile(mFolder / "text.gif", "no picture");
-    EXPECT_EQ(CodeOf([&] { mSheet.AddFile((mFolder / "torn.gif").c_str()); }), NvErrorCode::km_EndOfFile);
-    EXPECT_EQ(CodeOf([&] { mSheet.AddFile((mFolder / "text.gif").c_str()); }), NvErrorCode::km_NotGIF);
-    Finish();
-    EXPECT_EQ(ReadTestFile(mFolder / "sheet.gif"), before);
-}
-
 TEST_F(ContactSheet, TheMemoryLimitHoldsForFileAndSheet) {
     TestGIF wide = Movie({Picture("1")});
     wide.mWidth = wide.mHeight = 60000;

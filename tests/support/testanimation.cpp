@@ -85,7 +85,7 @@ std::unique_ptr<NvAnimation> MakeAnimation(const TestGIF& inGIF) {
     info->mHasLoop = inGIF.mLoop ? 1 : 0;
     info->mLoopCount = static_cast<std::uint16_t>(inGIF.mLoop.value_or(0));
     for (const std::string& comment : inGIF.mComments)
-        info->AppendComment(comment);
+        info->mComments.Append(comment);
     auto animation = std::make_unique<NvAnimation>(info, inGIF.mWidth, inGIF.mHeight);
     for (const TestFrame& frame : inGIF.mFrames)
         animation->AddFrame(MakeFrame(frame, info->mColorTable));
@@ -102,8 +102,7 @@ TestGIF Describe(const NvGIFGlobalInfo& inInfo, std::uint32_t inWidth, std::uint
     gif.mAspect = inInfo.mAspect;
     if (inInfo.mHasLoop)
         gif.mLoop = inInfo.mLoopCount;
-    for (const NvList::Node* node = inInfo.mComments.GetFirst(); node; node = node->GetNext())
-        gif.mComments.push_back(static_cast<const NvGIFComment*>(node->GetElement())->mText);
+    gif.mComments = inInfo.mComments.GetTexts();
     return gif;
 }
 
