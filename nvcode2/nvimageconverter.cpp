@@ -5,21 +5,6 @@
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvmakeinvcolormap.h"
 
-NvRGBImage NvImageConverter::ToRGB(const NvRealImage& inImage) const {
-    NvRGBImage image(inImage.GetWidth(), inImage.GetHeight());
-    if (!image.IsAllocated())
-        return image;
-    const NvPixelLock pixels(image);
-    NvRect row = inImage.GetBounds();
-    const std::int32_t height = row.bottom;
-    for (row.bottom = 1; row.top < height; ++row.top, ++row.bottom) {
-        const auto y = static_cast<std::uint32_t>(row.top);
-        inImage.ReadRGB(row, pixels.Row(y), image.GetRowBytes(), {});
-        NvReportProgress(mIndicator, y + 1, image.GetHeight());
-    }
-    return image;
-}
-
 NvIndexedImage NvImageConverter::ToIndexed(const NvRealImage& inImage, const NvColorTable& inTable) const {
     const auto inverseMap = NvMakeArray<std::uint8_t>(km_InverseColorMapSize);
     MakeInverseColorMap(&inTable, inverseMap.get());

@@ -23,6 +23,8 @@ TEST(Options, NamesAndOptionsMayMixUntilTheDoubleDash) {
     EXPECT_THAT(settings.mNames, ElementsAre("a", "b", "-v", "--", "--help"));
     EXPECT_EQ(settings.mDetail, TermDetail::km_Quiet);
     EXPECT_EQ(settings.mTask, TermTask::km_Process);
+    EXPECT_EQ(Parse({"-qv", "a"}).mDetail, TermDetail::km_Verbose) << "the last of two counts";
+    EXPECT_EQ(Parse({"-v", "-q", "a"}).mDetail, TermDetail::km_Quiet);
 }
 
 TEST(Options, EachSetsItsPreferenceForTheRun) {
@@ -41,11 +43,6 @@ TEST(Options, AValueFollowsOrIsAttached) {
     EXPECT_EQ(Parse({"a"}).mOptimizer.mTolerance, 28u);
     EXPECT_EQ(Parse({"--tolerance=0", "a"}).mOptimizer.mTolerance, 0u);
     EXPECT_EQ(Parse({"--max-memory=5000", "a"}).mOptimizer.mMemoryLimit, 5000ull << 20);
-}
-
-TEST(Options, TheLastOfTwoCounts) {
-    EXPECT_EQ(Parse({"-qv", "a"}).mDetail, TermDetail::km_Verbose);
-    EXPECT_EQ(Parse({"-v", "-q", "a"}).mDetail, TermDetail::km_Quiet);
 }
 
 TEST(Options, HelpAndVersionWinOverMistakes) {

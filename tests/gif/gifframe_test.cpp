@@ -9,7 +9,7 @@
 
 #include "nvcode2/nvmaskrow.h"
 #include "tests/image/images.h"
-#include "tests/support/frames.h"
+#include "tests/support/testanimation.h"
 
 namespace {
 
@@ -72,41 +72,36 @@ const TransparencyCase km_Transparencies[] = {
 };
 
 TEST(GIFFrame, FindsAnIndexForWhatIsNotDrawn) {
-    NvColorTable greys(8);
-    for (std::uint32_t i = 0; i < 6; ++i) {
-        const auto level = static_cast<std::uint8_t>(10 * i * i);
-        greys.SetColor(i, {level, level, level});
-    }
+    const TestTable greys = {0x000000, 0x0A0A0A, 0x282828, 0x5A5A5A, 0xA0A0A0, 0xFAFAFA, 0, 0};
     const auto firstGreys = [&](std::uint32_t inSize) {
-        NvColorTable table(greys);
-        table.SetSize(inSize);
-        return table;
+        return TestTable(greys.begin(), greys.begin() + inSize);
     };
     for (const TransparencyCase& row : km_Transparencies) {
         SCOPED_TRACE(row.mName);
-        const auto frame = MakeFrame({row.mRow}, firstGreys(row.mTableSize));
-        NvGIFFrameInfo& info = frame->GetInfo();
+        TestGIF gif = Movie({Picture(row.mRow)});
         const bool isShared = row.mSharedSize >= 0;
-        NvColorTable shared = firstGreys(static_cast<std::uint32_t>(std::max(row.mSharedSize, 0)));
+        gif.mTable = firstGreys(row.mTableSize);
+        const auto animation = MakeAnimation(gif);
+        NvGIFFrame& frame = animation->GetFrame(0);
+        NvGIFFrameInfo& info = frame.GetInfo();
         info.mHasLocalTable = !isShared;
         info.mHasTransparency = row.mPresent >= 0;
         info.mTransparentIndex = static_cast<std::uint8_t>(std::max(row.mPresent, 0));
+        gif.mTable = firstGreys(static_cast<std::uint32_t>(std::max(row.mSharedSize, 0)));
+        NvColorTable shared = MakeAnimation(gif)->GetGlobalInfo().mColorTable;
 
-        frame->UpdateTransparency(isShared ? &shared : nullptr, row.mLimit);
+        frame.UpdateTransparency(isShared ? &shared : nullptr, row.mLimit);
 
         EXPECT_EQ(info.mHasTransparency ? info.mTransparentIndex : -1, row.mTransparent);
-        EXPECT_EQ(frame->GetImage().GetColorTable().GetSize(), row.mNewTableSize);
-        EXPECT_EQ(RowsOf(*frame), std::vector<std::string>{row.mNewRow});
-        for (std::uint32_t x = 0; x < frame->GetWidth(); ++x)
-            EXPECT_EQ(frame->GetImage().GetPixel(x, 0) == row.mTransparent, row.mNewRow[x] == '.');
+        EXPECT_EQ(frame.GetImage().GetColorTable().GetSize(), row.mNewTableSize);
+        EXPECT_EQ(Rows(frame), row.mNewRow);
+        for (std::uint32_t x = 0; x < frame.GetWidth(); ++x)
+            EXPECT_EQ(frame.GetImage().GetPixel(x, 0) == row.mTransparent, row.mNewRow[x] == '.');
         if (isShared) {
             ASSERT_EQ(shared.GetSize(), static_cast<std::uint32_t>(row.mNewSharedSize));
-            NvColorTable leading(shared);
-            leading.SetSize(row.mNewTableSize);
-            EXPECT_TRUE(leading == frame->GetImage().GetColorTable());
-        } else {
-            EXPECT_TRUE(info.mColorTable == frame->GetImage().GetColorTable());
+            shared.SetSize(row.mNewTableSize);
         }
+        EXPECT_TRUE((isShared ? shared : info.mColorTable) == frame.GetImage().GetColorTable());
     }
 }
 

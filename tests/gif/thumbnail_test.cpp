@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/image/images.h"
-#include "tests/support/frames.h"
+#include "tests/support/testanimation.h"
 
 namespace {
 
@@ -16,32 +16,19 @@ using Colors = std::vector<NvColor>;
 constexpr NvColor km_Light{250, 200, 150};
 constexpr NvColor km_Dark{50, 100, 150};
 
-const NvColorTable& Table() {
-    static const NvColorTable table = MakeTable({km_Black, km_Red, km_Green, km_Blue, {10, 20, 30}});
-    return table;
+/** What a thumbnail shows of a frame, whose rows Picture takes. */
+Colors Render(const std::string& inRows, const NvThumbnail& inThumbnail) {
+    const TestGIF gif = Movie({Picture(inRows)});
+    NvGIFPlayer player(gif.mWidth, gif.mHeight);
+    player.ShowFrame(MakeAnimation(gif)->GetFrame(0));
+    const NvRGBImage image = inThumbnail.Render(player);
+    EXPECT_EQ(image.GetBounds(), inThumbnail.Fit(gif.mWidth, gif.mHeight));
+    const std::vector<std::uint8_t> bytes = BytesOf(image);
+    Colors colors;
+    for (std::size_t i = 0; i < bytes.size(); i += 3)
+        colors.push_back({bytes[i], bytes[i + 1], bytes[i + 2]});
+    return colors;
 }
-
-/** What a thumbnail shows of a frame. */
-class Screen {
-public:
-    explicit Screen(const std::vector<std::string>& inRows)
-        : mPlayer(static_cast<std::uint32_t>(inRows[0].size()), static_cast<std::uint32_t>(inRows.size())) {
-        mPlayer.ShowFrame(*MakeFrame(inRows, Table()));
-    }
-
-    Colors Render(const NvThumbnail& inThumbnail) const {
-        const NvRGBImage image = inThumbnail.Render(mPlayer);
-        EXPECT_EQ(image.GetBounds(), inThumbnail.Fit(mPlayer.GetScreenWidth(), mPlayer.GetScreenHeight()));
-        const std::vector<std::uint8_t> bytes = BytesOf(image);
-        Colors colors;
-        for (std::size_t i = 0; i < bytes.size(); i += 3)
-            colors.push_back({bytes[i], bytes[i + 1], bytes[i + 2]});
-        return colors;
-    }
-
-private:
-    NvGIFPlayer mPlayer;
-};
 
 TEST(Thumbnail, FitsItsBoxWithItsProportions) {
     struct {
@@ -66,30 +53,29 @@ TEST(Thumbnail, FitsItsBoxWithItsProportions) {
 
 TEST(Thumbnail, TheBackdropShowsWhereNothingIsDrawn) {
     const NvThumbnail thumbnail(10, 10, {km_Light, km_Dark, 2});
-    EXPECT_THAT(Screen({"...1.", ".....", "....."}).Render(thumbnail),
+    EXPECT_THAT(Render("...1. ..... .....", thumbnail),
                 ElementsAre(km_Light, km_Light, km_Dark, km_Red, km_Light,  //
                             km_Light, km_Light, km_Dark, km_Dark, km_Light, //
                             km_Dark, km_Dark, km_Light, km_Light, km_Dark));
-    EXPECT_THAT(Screen({"."}).Render(NvThumbnail(1, 1, {km_Dark, km_Dark, 1})), ElementsAre(km_Dark));
+    EXPECT_THAT(Render(".", NvThumbnail(1, 1, {km_Dark, km_Dark, 1})), ElementsAre(km_Dark));
 }
 
 TEST(Thumbnail, ReducedPixelsCountAsMuchAsTheyCover) {
     const NvThumbnail thumbnail(1, 1, {{255, 255, 255}, km_Dark, 8});
-    EXPECT_THAT(Screen({"12", "12"}).Render(thumbnail), ElementsAre(NvColor{128, 128, 0}));
-    EXPECT_THAT(Screen({"1.", ".."}).Render(thumbnail), ElementsAre(NvColor{255, 191, 191}));
-    EXPECT_THAT(Screen({"1."}).Render(thumbnail), ElementsAre(NvColor{255, 127, 127}));
+    EXPECT_THAT(Render("12 12", thumbnail), ElementsAre(NvColor{128, 128, 0}));
+    EXPECT_THAT(Render("1. ..", thumbnail), ElementsAre(NvColor{255, 191, 191}));
+    EXPECT_THAT(Render("1.", thumbnail), ElementsAre(NvColor{255, 127, 127}));
     // however the parts are rounded, one colour on itself stays that colour
-    const NvColor color{10, 20, 30};
+    const NvColor color{0, 128, 128}; // entry 14
     for (std::size_t undrawn = 0; undrawn <= 7; ++undrawn)
-        EXPECT_THAT(Screen({std::string(undrawn, '.') + std::string(7 - undrawn, '4')})
-                        .Render(NvThumbnail(1, 1, {color, color, 1})),
+        EXPECT_THAT(Render(std::string(undrawn, '.') + std::string(7 - undrawn, 'e'),
+                           NvThumbnail(1, 1, {color, color, 1})),
                     ElementsAre(color))
             << undrawn;
 }
 
 TEST(Thumbnail, SquaresStayWholeAtAnyReduction) {
-    const std::vector<std::string> rows(7, std::string(70, '.'));
-    EXPECT_THAT(Screen(rows).Render(NvThumbnail(10, 10, {km_Light, km_Dark, 3})),
+    EXPECT_THAT(Render(std::string(70, '.'), NvThumbnail(10, 10, {km_Light, km_Dark, 3})),
                 ElementsAre(km_Light, km_Light, km_Light, km_Dark, km_Dark, km_Dark, km_Light, km_Light,
                             km_Light, km_Dark));
 }

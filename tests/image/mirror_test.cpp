@@ -41,6 +41,10 @@ TEST(Mirror, PixelsOfEveryUnitChangePlaces) {
             ASSERT_EQ(pixels, expected) << unit << " bytes, width " << width;
         }
     }
+    NvMirrorPixels(nullptr, 0, 0, 5, 3);
+    NvMirrorRows(nullptr, 0, 5, 0);
+    std::uint8_t byte = 0;
+    EXPECT_DEATH(NvMirrorBytes(&byte, 0, 1, 1), "inRowBytes .. !\\(inWidth && inHeight\\)");
 }
 
 TEST(Mirror, BitsChangePlacesAtEveryWidth) {
@@ -67,13 +71,6 @@ TEST(Mirror, ImagesMirrorBothWays) {
                 ElementsAre(21, 22, 23, 24, 25, 26, 11, 12, 13, 14, 15, 16, 1, 2, 3, 4, 5, 6));
     const auto indices = MakeIndexedRow({1, 2, 3}, NvColorTable(4)).NewHorizontalMirror();
     EXPECT_THAT(BytesOf(static_cast<const NvIndexedImage&>(*indices)), ElementsAre(3, 2, 1));
-}
-
-TEST(Mirror, NothingToMirrorNeedsNoPointer) {
-    NvMirrorPixels(nullptr, 0, 0, 5, 3);
-    NvMirrorRows(nullptr, 0, 5, 0);
-    std::uint8_t byte = 0;
-    EXPECT_DEATH(NvMirrorBytes(&byte, 0, 1, 1), "inRowBytes .. !\\(inWidth && inHeight\\)");
 }
 
 } // namespace
