@@ -74,10 +74,4 @@ TEST_F(BackupTest, AnOriginalThatCannotBeReadIsCode1) {
     EXPECT_FALSE(fs::exists(mBackup));
 }
 
-TEST_F(BackupTest, LeftoversOfAKilledRunAreRemovedOnTheWay) {
-    const std::string leftover = WriteTestFile(mFolder / ".parvigif-abc123.tmp", "half a picture");
-    EXPECT_EQ(Backup(), 0u);
-    EXPECT_FALSE(fs::exists(leftover));
-}
-
 } // namespace

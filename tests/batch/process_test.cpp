@@ -44,19 +44,6 @@ TEST_F(ProcessTest, OnlyNonEmptyFilesNamedLikeGIFsAreWorkedOn) {
                                    MizerSkip::km_NotNamedGIF, MizerSkip::km_Empty));
 }
 
-TEST_F(ProcessTest, EachFileIsTold) {
-    const std::string path = Queue("a.gif", 1000);
-    Queue("b.gif", 50);
-    mBrain->mNewSizes["a.gif"] = 750;
-    mBrain->ProcessQueue();
-    EXPECT_THAT(StatusesOf(mShell.mResults), ElementsAre(MizerStatus::km_Smaller, MizerStatus::km_Unchanged));
-    EXPECT_EQ(mShell.mResults[0].mPath, path);
-    EXPECT_EQ(mShell.mResults[0].mOriginalSize, 1000u);
-    EXPECT_EQ(mShell.mResults[0].mNewSize, 750u);
-    EXPECT_EQ(mShell.mResults[1].GetSaved(), 0u);
-    EXPECT_EQ(mShell.mCommands, "+-");
-}
-
 TEST_F(ProcessTest, AFileThatCannotBeMeasuredFailsAndTheBatchGoesOn) {
     const std::string gone = Queue("gone.gif", 1);
     std::filesystem::resize_file(Queue("huge.gif", 1), std::uintmax_t{1} << 31); // sparse

@@ -71,8 +71,11 @@ TEST_F(QueueTest, AFileIsQueuedOnceUnderWhateverNames) {
 TEST_F(QueueTest, AFolderGivesItsRegularFilesInBytewiseOrder) {
     Make({"b.gif", "B.GIF", "a.gif", "a.gif.BAK", "notes.txt", "sub/inner.gif"});
     mkfifo((mFolder / "pipe.gif").c_str(), 0600);
-    EXPECT_THAT(Find(""), ElementsAre("B.GIF", "a.gif", "a.gif.BAK", "b.gif", "notes.txt"));
-    EXPECT_EQ(mFound, 3u);
+    fs::create_symlink("nothing", mFolder / "dangling.gif");
+    WriteTestFile(mFolder / "elsewhere/other.gif", "x");
+    fs::create_symlink("elsewhere/other.gif", mFolder / "link.gif");
+    EXPECT_THAT(Find(""), ElementsAre("B.GIF", "a.gif", "a.gif.BAK", "b.gif", "link.gif", "notes.txt"));
+    EXPECT_EQ(mFound, 4u);
     EXPECT_EQ(CodeOf([&] { Find("none/"); }), NvErrorCode::km_FileNotFound);
 }
 

@@ -120,22 +120,6 @@ protected:
     const std::string mUnchanged = mTime + "\"" + (mFolder / "b.gif") + "\" \n    File Unchanged.\n";
 };
 
-TEST_F(LogTest, BothKindsByDefault) {
-    RunOneOfEach();
-    EXPECT_THAT(ReadLog(), MatchesRegex(mSmaller + mUnchanged));
-}
-
-TEST_F(LogTest, OnlyResultsWhenLOGALLIsOffAndNothingWhenLOGIsOff) {
-    mPrefs.Override("LOGALL", 0);
-    RunOneOfEach();
-    EXPECT_THAT(ReadLog(), MatchesRegex(mSmaller));
-    std::filesystem::remove(mFolder / "PVGFLog.TXT");
-    mPrefs.Override("LOG", 0);
-    mPrefs.Override("LOGALL", 1);
-    RunOneOfEach();
-    EXPECT_FALSE(HasLog());
-}
-
 TEST_F(LogTest, SkippedFilesLeaveNoEntry) {
     Queue("empty.gif", 0);
     Queue("a.gif.BAK", 1);

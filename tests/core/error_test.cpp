@@ -63,19 +63,6 @@ TEST(ErrorTest, RuntimeErrorsMapToCodes) {
     }
 }
 
-TEST(ErrorTest, ThrowNamesTheCallersPlace) {
-    const std::uint32_t line = __LINE__ + 2;
-    try {
-        NvThrow(NvErrorCode::km_MalformedGIF);
-    } catch (const NvErrorCode& error) {
-        EXPECT_EQ(error.GetSystemError(), 0);
-        EXPECT_EQ(FileNameOf(error), __FILE__);
-        EXPECT_EQ(error.GetLine(), line);
-        return;
-    }
-    FAIL() << "nothing thrown";
-}
-
 TEST(AssertDeathTest, ReportsTheExpressionAfterTheHook) {
     const int present = 0;
     NvAssert(!present);

@@ -120,36 +120,30 @@ TEST(StringTest, TrimsSpacesOnly) {
 
 TEST(StringTest, FindsInBothDirections) {
     const NvString text("abcabc");
-    std::uint32_t index = 99;
-    EXPECT_TRUE(text.Find(0, 'b', index));
-    EXPECT_EQ(index, 1u);
-    EXPECT_TRUE(text.Find(2, 'b', index));
-    EXPECT_EQ(index, 4u);
-    EXPECT_TRUE(text.FindReverse(5, 'a', index));
-    EXPECT_EQ(index, 3u);
-    EXPECT_TRUE(text.FindReverse(2, 'a', index));
-    EXPECT_EQ(index, 0u);
-    index = 99;
-    EXPECT_FALSE(text.Find(5, 'b', index));
-    EXPECT_FALSE(text.Find(6, 'c', index));
-    EXPECT_FALSE(text.Find(0xffffffff, 'c', index));
-    EXPECT_FALSE(text.FindReverse(1, 'c', index));
-    EXPECT_FALSE(text.FindReverse(-1, 'a', index));
-    EXPECT_EQ(index, 99u);
+    const struct {
+        bool isReverse;
+        std::int32_t from;
+        char sought;
+        std::uint32_t found; // 99: nowhere
+    } rows[] = {{false, 0, 'b', 1},  {false, 2, 'b', 4},   {false, 5, 'b', 99},
+                {false, 6, 'c', 99}, {false, -1, 'c', 99}, {true, 5, 'a', 3},
+                {true, 2, 'a', 0},   {true, 1, 'c', 99},   {true, -1, 'a', 99}};
+    for (const auto& row : rows) {
+        std::uint32_t index = 99;
+        EXPECT_EQ(row.isReverse ? text.FindReverse(row.from, row.sought, index)
+                                : text.Find(static_cast<std::uint32_t>(row.from), row.sought, index),
+                  row.found != 99);
+        EXPECT_EQ(index, row.found) << row.sought << " from " << row.from;
+    }
     EXPECT_EQ(TextOf(text.SubString(1, 3)), "bca");
     EXPECT_EQ(TextOf(text.SubString(5, 5)), "c");
 }
 
 TEST(StringTest, WritesNumbersInDecimal) {
-    EXPECT_EQ(Decimal(0u), "0");
-    EXPECT_EQ(Decimal(7u), "7");
-    EXPECT_EQ(Decimal(100u), "100");
-    EXPECT_EQ(Decimal(1000000000u), "1000000000");
-    EXPECT_EQ(Decimal(4294967295u), "4294967295");
-    EXPECT_EQ(Decimal(0), "0");
-    EXPECT_EQ(Decimal(-5), "-5");
-    EXPECT_EQ(Decimal(std::numeric_limits<std::int32_t>::max()), "2147483647");
-    EXPECT_EQ(Decimal(std::numeric_limits<std::int32_t>::min()), "-2147483648");
+    for (const std::uint32_t number : {0u, 7u, 100u, 1000000000u, 4294967295u})
+        EXPECT_EQ(Decimal(number), std::to_string(number));
+    for (const std::int32_t number : {0, -5, 2147483647, std::numeric_limits<std::int32_t>::min()})
+        EXPECT_EQ(Decimal(number), std::to_string(number));
 }
 
 /** A module whose answers a test sets. */

@@ -16,44 +16,25 @@ NvGIFFrameInfo InfoOf(NvGIFFile& inFile, std::uint32_t inIndex) {
     return static_cast<const NvGIFFrameInfo&>(*inFile.ReadFrameInfo(inIndex));
 }
 
-TEST(GIFReader, ReadsEveryField) {
+// The other fields: tests of the round trip to another reader.
+TEST(GIFReader, ReadsWhatOnlyItsRecordsHold) {
     const std::string screen = "GIF89a"s + GIFWord(300) + GIFWord(200) + "\xC9\x03\x31"s + GIFTable(4);
-    const std::string control = GIFControl(3 << 2 | 2 | 1, 0x1234, 2);
     const std::string frame = GIFDescriptor(290, 180, 3, 5, 0xE2) + GIFTable(8) +
                               ReferenceLZWEncode(3, {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6});
-    GIFInput file(screen + control + frame + ';');
+    GIFInput file(screen + GIFControl(3 << 2 | 2 | 1, 0x1234, 2) + frame + ';');
     file.Open();
-    const std::shared_ptr<NvGIFGlobalInfo> global = file->GetGlobalInfo();
-    EXPECT_EQ(global->mVersionFlag, 1u);
-    EXPECT_EQ(global->mHasGlobalTable, 1);
-    EXPECT_EQ(global->mColorResolution, 5);
-    EXPECT_EQ(global->mSortFlag, 1);
-    EXPECT_EQ(global->mDeclaredTableSize, 4);
-    EXPECT_EQ(global->mBackgroundIndex, 3);
-    EXPECT_EQ(global->mAspect, 0x31);
-    EXPECT_EQ(global->mHasLoop, 0);
-    EXPECT_EQ(global->mColorTable.GetColor(3), (NvColor{3, 3, 3}));
-    EXPECT_EQ(file->GetScreenWidth(), 300u);
-    EXPECT_EQ(file->GetScreenHeight(), 200u);
+    const NvGIFGlobalInfo& global = *file->GetGlobalInfo();
+    EXPECT_EQ(global.mVersionFlag, 1u);
+    EXPECT_EQ(global.mColorResolution, 5);
+    EXPECT_EQ(global.mSortFlag, 1);
+    EXPECT_EQ(global.mDeclaredTableSize, 4);
 
     const NvIndexedImage image = file.ReadImage(0);
     EXPECT_THAT(BytesOf(image), ElementsAre(0, 1, 2, 1, 2, 3, 6, 7, 0, 4, 5, 6, 3, 4, 5)) << "rows 0 4 2 1 3";
-    EXPECT_EQ(image.GetColorTable().GetSize(), 8u);
     const std::unique_ptr<NvGIFFrameInfo> info = file->DetachFrameInfo();
-    EXPECT_EQ(info->mLeft, 290);
-    EXPECT_EQ(info->mTop, 180);
-    EXPECT_EQ(info->mWidth, 3);
-    EXPECT_EQ(info->mHeight, 5);
-    EXPECT_EQ(info->mHasLocalTable, 1);
     EXPECT_TRUE(info->mColorTable == image.GetColorTable());
     EXPECT_EQ(info->mSortFlag, 1);
-    EXPECT_EQ(info->mInterlaced, 1);
     EXPECT_EQ(info->mHasGraphicControl, 1);
-    EXPECT_EQ(info->mDelay, 0x1234);
-    EXPECT_EQ(info->mUserInput, 1);
-    EXPECT_EQ(info->mDisposal, 3u);
-    EXPECT_EQ(info->mHasTransparency, 1);
-    EXPECT_EQ(info->mTransparentIndex, 2);
     EXPECT_EQ(info->mMinimumCodeSize, 3);
     EXPECT_DEATH(file->DetachFrameInfo(), "mFrameInfoPtr");
 

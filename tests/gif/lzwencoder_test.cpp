@@ -46,25 +46,6 @@ TEST(LZWEncoder, WritesTheExpectedBytes) {
     EXPECT_DEATH(codec.Encode(9, {0}, {1, 1, 1, false}), "inMinimumCodeSize <= 8");
 }
 
-// In a run each code is the one just assigned, one pixel longer than the code before it.
-TEST(LZWEncoder, GrowsThroughEveryWidthAndClearsAFullTable) {
-    std::vector<LZWCode> codes{{4, 3}, {0, 3}};
-    std::uint32_t pixels = 1;
-    for (unsigned code = 6; code < 4095; ++code) {
-        codes.push_back({code, static_cast<unsigned>(std::bit_width(code))});
-        pixels += code - 4;
-    }
-    codes.insert(codes.end(), {{4, 12}, {0, 3}, {5, 3}});
-    ++pixels;
-
-    const TestFolder folder;
-    LZWCodec codec(folder / "stream");
-    const FrameShape shape{pixels, 1, pixels, false};
-    const std::string stream = codec.Encode(2, Indices(pixels, 0), shape);
-    EXPECT_TRUE(stream == '\x02' + PackLZWCodes(codes));
-    EXPECT_TRUE(codec.Decode(stream, shape).mPixels == Indices(pixels, 0));
-}
-
 TEST(LZWCodec, AgreesWithTheReferenceAtEveryCodeSizeAndInEveryShape) {
     const TestFolder folder;
     LZWCodec codec(folder / "stream");

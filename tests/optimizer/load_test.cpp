@@ -82,43 +82,6 @@ TEST_F(LoadTest, InterlacedRowsThatDidNotArriveAreUndrawnAtEveryHeight) {
         }
 }
 
-TEST_F(LoadTest, TransparencyThatNothingUsesIsGone) {
-    const auto animation = Load(Write(Movie({WithTransparent(Picture("0123"), 9)})));
-    EXPECT_FALSE(animation->GetFrame(0).HasTransparency());
-}
-
-TEST_F(LoadTest, WhenAllColoursAreInUseTheLeastMissedGivesUpItsPlace) {
-    TestGIF gif;
-    gif.mWidth = 256;
-    gif.mHeight = 3;
-    gif.mTable = Greys(256);
-    gif.mTable[7] = gif.mTable[6] + 1; // one level of blue apart
-    TestFrame frame;
-    frame.mWidth = 256;
-    frame.mHeight = 3;
-    for (std::uint32_t i = 0; i < 256 * 3; ++i)
-        frame.mPixels.push_back(static_cast<std::uint8_t>(i));
-    frame.mDelivered = 512;
-    gif.mFrames = {frame};
-    const TestComparison comparison = CompareGIFs(gif, Describe(*Load(Write(gif))));
-    EXPECT_EQ(comparison.mDifference, "");
-    EXPECT_EQ(comparison.mDiffering, 2u);
-    EXPECT_EQ(comparison.mWorstChannel, 1);
-}
-
-TEST_F(LoadTest, BackgroundIsTheEntryNamedOrBlack) {
-    TestGIF gif = FourGreys({WithOwnTable(Picture("00"))});
-    const auto backgroundOf = [&] {
-        return NvPackColor(Load(Write(gif))->GetGlobalInfo().GetBackgroundColor());
-    };
-    gif.mBackground = 2;
-    EXPECT_EQ(backgroundOf(), 0xAAAAAAu);
-    gif.mBackground = 4;
-    EXPECT_EQ(backgroundOf(), 0u);
-    gif.mTable.clear();
-    EXPECT_EQ(backgroundOf(), 0u);
-}
-
 TEST_F(LoadTest, AFileThatNeedsTooMuchMemoryIsRefusedBeforeItsPixelsAreRead) {
     const auto screenful = [](std::uint32_t inFrames, std::uint32_t inFrameSize, std::uint32_t inDisposal) {
         const std::string noPixels = "\x02\x01\x2C\x00"s; // clear 4 and end 5 in codes of 3 bits

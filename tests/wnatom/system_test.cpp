@@ -1,6 +1,5 @@
-// Folders, file identities, the data folder and scratch files.
+// The data folder and scratch files.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -13,47 +12,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-TEST(System, AFolderListsItsRegularFilesInBytewiseOrder) {
-    const TestFolder folder;
-    for (const char* name : {"b.gif", "B.gif", "a.gif", "\xc3\xa9.gif", ".hidden.gif"})
-        WriteTestFile(folder / name, "x");
-    fs::create_directory(folder / "folder.gif");
-    mkfifo((folder / "pipe.gif").c_str(), 0600);
-    fs::create_symlink("a.gif", folder / "link.gif");
-    fs::create_symlink("nothing", folder / "dangling.gif");
-    EXPECT_THAT(WnListFiles(folder.GetPath().c_str()),
-                testing::ElementsAre(".hidden.gif", "B.gif", "a.gif", "b.gif", "link.gif", "\xc3\xa9.gif"));
-    EXPECT_THROW(WnListFiles((folder / "none").c_str()), NvErrorCode);
-}
-
-TEST(System, LinksHaveTheIdentityOfTheirFile) {
-    const TestFolder folder;
-    const std::string file = WriteTestFile(folder / "a.gif", "x");
-    const std::string other = WriteTestFile(folder / "b.gif", "x");
-    fs::create_symlink("a.gif", folder / "soft");
-    fs::create_hard_link(file, folder / "hard");
-    const auto identity = WnGetFileIdentity(file.c_str());
-    EXPECT_TRUE(identity.has_value());
-    EXPECT_EQ(WnGetFileIdentity((folder / "soft").c_str()), identity);
-    EXPECT_EQ(WnGetFileIdentity((folder / "hard").c_str()), identity);
-    EXPECT_NE(WnGetFileIdentity(other.c_str()), identity);
-    EXPECT_EQ(WnGetFileIdentity((folder / "none").c_str()), std::nullopt);
-}
-
-TEST(System, KindsOfFiles) {
-    const TestFolder folder;
-    WriteTestFile(folder / "file", "x");
-    mkfifo((folder / "pipe").c_str(), 0600);
-    fs::create_symlink("nothing", folder / "dangling");
-    fs::create_symlink("file", folder / "link");
-    EXPECT_EQ(WnGetFileKind((folder / "file").c_str()), WnFileKind::km_RegularFile);
-    EXPECT_EQ(WnGetFileKind((folder / "link").c_str()), WnFileKind::km_RegularFile);
-    EXPECT_EQ(WnGetFileKind(folder.GetPath().c_str()), WnFileKind::km_Folder);
-    EXPECT_EQ(WnGetFileKind((folder / "pipe").c_str()), WnFileKind::km_Other);
-    EXPECT_EQ(WnGetFileKind((folder / "dangling").c_str()), WnFileKind::km_Other);
-    EXPECT_EQ(WnGetFileKind((folder / "none").c_str()), WnFileKind::km_Missing);
-}
 
 TEST(System, TheDataFolderFallsBackToAPrivateOne) {
     const TestFolder folder;
