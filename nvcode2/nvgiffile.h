@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -11,7 +12,7 @@
 #include "nvcode2/nvlzwdecoder.h"
 #include "nvcode2/nvlzwencoder.h"
 
-class NvBitmapImage;
+struct NvInterlacePass;
 
 /** A GIF file, read or written frame by frame.
  *
@@ -60,6 +61,16 @@ public:
      *  @throws NvErrorCode 28 for a frame that is empty, not inside the screen or without any colour table,
      * and for corrupt data; nothing is allocated before that check. 18 when the file ends, 2 */
     void ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) override;
+
+    /** Takes a row of a frame: what arrived of its pixels, from the first on. */
+    using RowTaker =
+        std::function<void(std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount)>;
+
+    /** Reads a frame as ReadFrame does, for whoever needs a row at a time only: first its record, then, by
+     * ReadRows, the rows that arrived, in the order of the file.
+     *  @return  the record, which stays until another frame is opened or read */
+    const NvGIFFrameInfo& OpenFrame(std::uint32_t inIndex);
+    void ReadRows(const RowTaker& inTakeRow);
 
     void SeekToFrame(std::uint32_t inIndex) override;
 
@@ -118,6 +129,8 @@ private:
     void CountCommentMemory(std::uint64_t inBytes);
     void ScanApplication();
     void ScanImage();
+    void ReadPass(const NvInterlacePass& inPass, std::vector<std::uint8_t>& ioBand,
+                  const RowTaker& inTakeRow);
     void ReadColorTable(NvColorTable& outTable, std::uint32_t inSize);
     void ReadGraphicControl(NvGIFFrameInfo& ioInfo);
     void ReadImageDescriptor(NvGIFFrameInfo& ioInfo);

@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "nvcode2/nvgeometry.h"
+#include "nvcode2/nvgifcanvas.h"
 #include "nvcode2/nvgifinfo.h"
 
 class NvGIFFrame;
-class NvIndexedImage;
 
 /** Plays an animation frame by frame onto a canvas, as browsers show it.
  *
@@ -16,57 +16,57 @@ class NvIndexedImage;
  * expected. */
 class NvGIFPlayer {
 public:
-    /** A canvas pixel: NvPackColor with the top byte 255 when covered; 0 when transparent. */
-    using Pixel = std::uint32_t;
-    static constexpr Pixel km_Covered = 0xFF000000U;
+    using Pixel = NvGIFCanvas::Pixel;
+    static constexpr Pixel km_Covered = NvGIFCanvas::km_Covered;
+    using Columns = NvGIFCanvas::Columns;
 
-    /** Columns of a row, the last one excluded. */
-    struct Columns {
-        std::uint32_t mFirst = 0;
-        std::uint32_t mEnd = 0;
-
-        bool IsEmpty() const { return mFirst >= mEnd; }
-        void Add(const Columns& inColumns);
-    };
-
-    /** A transparent canvas of the logical screen's size. @throws std::bad_alloc */
+    /** A transparent canvas of the logical screen's size. */
     NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight);
 
     /** Does to the canvas what the frame shown last asks for when its time is over. What is on the canvas
-     * then lies under the next frame. ShowFrame does it too, unless it has been done. */
+     * then lies under the next frame. The next frame does it too, unless it has been done. */
     void DisposeOfLastFrame();
 
     /** Disposes of the frame shown before and draws the next one. Every drawn index must be in the frame's
-     * table. */
+     * table. @throws std::bad_alloc */
     void ShowFrame(const NvGIFFrame& inFrame);
 
-    /** The same for a frame as it was read, whole: every pixel is drawn but those of the transparent index;
-     * indices beyond the table are black. Spares whoever only looks at a frame making its mask.
-     *  @param inImage  with the table that the frame is shown with */
-    void ShowFrame(const NvIndexedImage& inImage, const NvGIFFrameInfo& inInfo);
+    /** The same for a frame row by row as it is read: BeginFrame, then DrawRow for what there is of it. Every
+     * pixel is drawn but those of the transparent index; indices beyond the table are black.
+     *  @param inTable  that the frame is shown with
+     *  @throws std::bad_alloc */
+    void BeginFrame(const NvGIFFrameInfo& inInfo, const NvColorTable& inTable);
 
-    /** The first pixel of a row of what is displayed now; GetScreenWidth() pixels. */
-    const Pixel* Row(std::uint32_t inY) const { return mCanvas.data() + std::size_t{inY} * mWidth; }
+    /** @param inRow    of the frame
+     *  @param inCount  pixels from the row's first on */
+    void DrawRow(std::uint32_t inRow, const std::uint8_t* inIndices, std::uint32_t inCount);
 
-    std::uint32_t GetScreenWidth() const { return mWidth; }
-    std::uint32_t GetScreenHeight() const { return mHeight; }
+    /** Draws the frame in hand over what there is of it. */
+    void DrawFrame(const NvGIFFrame& inFrame);
 
-    /** The columns of a row outside of which the last ShowFrame changed nothing, disposal included. */
+    /** What is displayed now. */
+    const NvGIFCanvas& GetCanvas() const { return mCanvas; }
+
+    /** Copies a part of a row of it. */
+    void Read(std::uint32_t inY, const Columns& inColumns, Pixel* outPixels) const {
+        mCanvas.Read(inY, inColumns, mCanvas.GetColours(), outPixels);
+    }
+
+    /** The whole row. */
+    std::vector<Pixel> ReadRow(std::uint32_t inY) const;
+
+    std::uint32_t GetScreenWidth() const { return mCanvas.GetWidth(); }
+    std::uint32_t GetScreenHeight() const { return mCanvas.GetHeight(); }
+
+    /** The columns of a row outside of which the last frame changed nothing, disposal included. */
     const Columns& GetChangedColumns(std::uint32_t inY) const { return mChanged[inY]; }
 
 private:
-    void BeginFrame(const NvGIFFrameInfo& inInfo);
-    void MarkChanged(const NvRect& inRect);
-    Pixel* PlaceOf(const NvGIFFrameInfo& inInfo, std::uint32_t inRow) {
-        return mCanvas.data() + (std::size_t{inInfo.mTop} + inRow) * mWidth + inInfo.mLeft;
-    }
+    void Draw(std::uint32_t inX, std::uint32_t inRow, const std::uint8_t* inIndices, std::uint32_t inCount);
 
-    std::uint32_t mWidth;
-    std::uint32_t mHeight;
-    std::vector<Pixel> mCanvas;  // row-major
-    std::vector<Pixel> mCovered; // what the last frame covered, row-major, when it is to be restored
+    NvGIFCanvas mCanvas;
     std::uint32_t mLastDisposal = 0;
-    NvRect mLastRect{};
-    NvRect mDisposedRect{};        // changed by disposal since the last ShowFrame
+    NvRect mLastRect{};            // of the frame in hand
+    NvRect mDisposedRect{};        // changed by disposal since the last frame
     std::vector<Columns> mChanged; // by row
 };

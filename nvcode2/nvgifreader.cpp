@@ -1,7 +1,9 @@
 // The reading side of NvGIFFile.
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -19,6 +21,17 @@ constexpr std::uint64_t km_MemoryPerComment = 96;
 
 std::uint32_t TableSizeOf(std::uint32_t inPackedByte) {
     return 2U << (inPackedByte & 7U);
+}
+
+// Pixels read at once for those who take rows one by one.
+constexpr std::size_t km_BandSize = 8192;
+
+constexpr NvInterlacePass km_OnlyPass{0, 1};
+
+std::span<const NvInterlacePass> PassesOf(const NvGIFFrameInfo& inInfo) {
+    if (inInfo.mInterlaced)
+        return kInterlacePasses;
+    return {&km_OnlyPass, 1};
 }
 
 bool IsLoopingIdentifier(const std::array<std::uint8_t, km_ApplicationIdentifierSize>& inIdentifier) {
@@ -229,25 +242,53 @@ void NvGIFFile::CheckFrame(const NvGIFFrameInfo& inInfo) const {
         NvThrow(NvErrorCode::km_MalformedGIF);
 }
 
-void NvGIFFile::ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) {
+const NvGIFFrameInfo& NvGIFFile::OpenFrame(std::uint32_t inIndex) {
     std::unique_ptr<NvImgFmtFrameInfo> record = ReadFrameInfo(inIndex);
     mFrameInfoPtr.reset(static_cast<NvGIFFrameInfo*>(record.release()));
-    const NvGIFFrameInfo& info = *mFrameInfoPtr;
-    CheckFrame(info);
+    CheckFrame(*mFrameInfoPtr);
+    return *mFrameInfoPtr;
+}
 
+void NvGIFFile::ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) {
+    const NvGIFFrameInfo& info = OpenFrame(inIndex);
     outImage = NvIndexedImage(info.mWidth, info.mHeight,
                               info.mHasLocalTable ? info.mColorTable : mGlobalInfo->mColorTable);
     NvPixelLock pixels(outImage);
     const std::uint32_t stride = outImage.GetRowBytes();
     mDecoder.Begin();
     mDeliveredPixels = 0;
-    if (info.mInterlaced) {
-        for (const NvInterlacePass& pass : kInterlacePasses)
-            if (const std::uint32_t rows = pass.CountRows(info.mHeight))
-                mDeliveredPixels +=
-                    mDecoder.DecodeRows(pixels.Row(pass.mStart), info.mWidth, rows, stride * pass.mStep);
-    } else {
-        mDeliveredPixels = mDecoder.DecodeRows(pixels.Row(0), info.mWidth, info.mHeight, stride);
-    }
+    for (const NvInterlacePass& pass : PassesOf(info))
+        if (const std::uint32_t rows = pass.CountRows(info.mHeight))
+            mDeliveredPixels +=
+                mDecoder.DecodeRows(pixels.Row(pass.mStart), info.mWidth, rows, stride * pass.mStep);
     mDecoder.End();
+}
+
+void NvGIFFile::ReadRows(const RowTaker& inTakeRow) {
+    NvAssert(mFrameInfoPtr);
+    std::vector<std::uint8_t> band(std::max<std::size_t>(mFrameInfoPtr->mWidth, km_BandSize));
+    mDecoder.Begin();
+    mDeliveredPixels = 0;
+    for (const NvInterlacePass& pass : PassesOf(*mFrameInfoPtr))
+        ReadPass(pass, band, inTakeRow);
+    mDecoder.End();
+}
+
+/** @param ioBand  room for at least one row */
+void NvGIFFile::ReadPass(const NvInterlacePass& inPass, std::vector<std::uint8_t>& ioBand,
+                         const RowTaker& inTakeRow) {
+    const std::uint32_t width = mFrameInfoPtr->mWidth;
+    const auto rowsInBand = static_cast<std::uint32_t>(ioBand.size() / width);
+    const std::uint32_t rows = inPass.CountRows(mFrameInfoPtr->mHeight);
+    for (std::uint32_t first = 0; first < rows; first += rowsInBand) {
+        std::uint64_t arrived =
+            mDecoder.DecodeRows(ioBand.data(), width, std::min(rowsInBand, rows - first), width);
+        mDeliveredPixels += arrived;
+        std::uint32_t row = first;
+        for (const std::uint8_t* pixels = ioBand.data(); arrived > 0; pixels += width, ++row) {
+            const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(arrived, width));
+            inTakeRow(inPass.mStart + row * inPass.mStep, pixels, count);
+            arrived -= count;
+        }
+    }
 }

@@ -47,12 +47,17 @@ NvRGBImage NvThumbnail::Render(const NvGIFPlayer& inPlayer, NvProgressIndicator*
     const auto width = static_cast<std::uint32_t>(size.right);
     const auto height = static_cast<std::uint32_t>(size.bottom);
 
+    const std::uint32_t screenWidth = inPlayer.GetScreenWidth();
+    const auto displayed = NvMakeArray<Pixel>(std::size_t{screenWidth} * inPlayer.GetScreenHeight());
+    for (std::uint32_t y = 0; y < inPlayer.GetScreenHeight(); ++y)
+        inPlayer.Read(y, {0, screenWidth}, displayed.get() + std::size_t{y} * screenWidth);
+
     // Each of a canvas pixel's four bytes is averaged for itself, so their order in memory does not matter.
     const auto reduced = NvMakeArray<Pixel>(std::size_t{width} * height);
-    NvResizeChannels(reinterpret_cast<const std::uint8_t*>(inPlayer.Row(0)),
+    NvResizeChannels(reinterpret_cast<const std::uint8_t*>(displayed.get()),
                      reinterpret_cast<std::uint8_t*>(reduced.get()), sizeof(Pixel), sizeof(Pixel),
-                     sizeof(Pixel), inPlayer.GetScreenWidth() * sizeof(Pixel), width * sizeof(Pixel),
-                     inPlayer.GetScreenWidth(), inPlayer.GetScreenHeight(), width, height, inIndicator);
+                     sizeof(Pixel), screenWidth * sizeof(Pixel), width * sizeof(Pixel), screenWidth,
+                     inPlayer.GetScreenHeight(), width, height, inIndicator);
 
     NvRGBImage image(width, height);
     const NvPixelLock pixels(image);

@@ -53,11 +53,13 @@ void KAppPreview::Side::Paint() {
         NvThrow(NvErrorCode::km_OutOfMemory);
     GdiFlush();
     for (std::int32_t y = 0; y < height; ++y) {
-        const NvGIFPlayer::Pixel* const pixels = canvas.Row(static_cast<std::uint32_t>(y));
+        const std::vector<NvGIFPlayer::Pixel> displayed = canvas.ReadRow(static_cast<std::uint32_t>(y));
         const auto row = mBitmap.Row(y);
-        for (std::int32_t x = 0; x < width; ++x)
+        for (std::int32_t x = 0; x < width; ++x) {
+            const NvGIFPlayer::Pixel pixel = displayed[static_cast<std::size_t>(x)];
             row[static_cast<std::size_t>(x)] =
-                pixels[x] != 0 ? BitmapColour(pixels[x]) : WnCheckerboard(x, y, kSquare);
+                pixel != 0 ? BitmapColour(pixel) : WnCheckerboard(x, y, kSquare);
+        }
     }
 }
 

@@ -22,7 +22,7 @@ NvColor ColorOf(NvGIFPlayer::Pixel inPixel) {
 ColorCounts CountColors(const NvGIFPlayer& inPlayer) {
     ColorCounts counts;
     for (std::uint32_t y = 0; y < inPlayer.GetScreenHeight(); ++y) {
-        const NvGIFPlayer::Pixel* row = inPlayer.Row(y);
+        const std::vector<NvGIFPlayer::Pixel> row = inPlayer.ReadRow(y);
         std::uint32_t x = 0;
         while (x < inPlayer.GetScreenWidth()) {
             const std::uint32_t start = x;
@@ -82,7 +82,7 @@ std::unique_ptr<NvGIFFrame> MakeFrame(const NvGIFPlayer& inPlayer, const CanvasP
         NvGIFPlayer::Pixel lastPixel = 0;
         std::uint8_t lastIndex = 0;
         for (std::uint32_t y = 0; y < height; ++y) {
-            const NvGIFPlayer::Pixel* row = inPlayer.Row(y);
+            const std::vector<NvGIFPlayer::Pixel> row = inPlayer.ReadRow(y);
             for (std::uint32_t x = 0; x < width; ++x) {
                 if (row[x] != lastPixel) {
                     lastPixel = row[x];

@@ -48,17 +48,26 @@ using Columns = NvGIFPlayer::Columns;
 class CanvasComparison {
 public:
     CanvasComparison(std::uint32_t inWidth, std::uint32_t inHeight)
-        : mWidth(inWidth),
-          mPiecesPerRow((inWidth + km_PieceWidth - 1) / km_PieceWidth),
-          mPieces(std::size_t{mPiecesPerRow} * inHeight) {}
+        : mPiecesPerRow((inWidth + km_PieceWidth - 1) / km_PieceWidth),
+          mPieces(std::size_t{mPiecesPerRow} * inHeight),
+          mOriginal(inWidth),
+          mCandidate(inWidth) {}
 
     /** Compares some columns of a row again, those that changed. */
     void Update(const NvGIFPlayer& inOriginal, const NvGIFPlayer& inCandidate, std::uint32_t inY,
                 const Columns& inColumns) {
-        for (std::uint32_t i = inColumns.mFirst / km_PieceWidth; i * km_PieceWidth < inColumns.mEnd; ++i) {
-            const std::uint32_t left = i * km_PieceWidth;
-            const Piece now = ComparePiece(inOriginal.Row(inY) + left, inCandidate.Row(inY) + left,
-                                           std::min(mWidth - left, km_PieceWidth));
+        if (inColumns.IsEmpty())
+            return;
+        const auto width = static_cast<std::uint32_t>(mOriginal.size());
+        const std::uint32_t firstPiece = inColumns.mFirst / km_PieceWidth;
+        const std::uint32_t endPiece = (inColumns.mEnd + km_PieceWidth - 1) / km_PieceWidth;
+        const Columns read{firstPiece * km_PieceWidth, std::min(endPiece * km_PieceWidth, width)};
+        inOriginal.Read(inY, read, mOriginal.data());
+        inCandidate.Read(inY, read, mCandidate.data());
+        for (std::uint32_t i = firstPiece; i < endPiece; ++i) {
+            const std::uint32_t begin = (i - firstPiece) * km_PieceWidth;
+            const Piece now = ComparePiece(mOriginal.data() + begin, mCandidate.data() + begin,
+                                           std::min(read.mEnd - read.mFirst - begin, km_PieceWidth));
             Piece& piece = mPieces[std::size_t{inY} * mPiecesPerRow + i];
             mError += std::uint64_t{now.mError} - piece.mError;
             mCovered += std::uint64_t{now.mCovered} - piece.mCovered;
@@ -101,9 +110,10 @@ private:
         return {static_cast<std::uint16_t>(error), static_cast<std::uint16_t>(covered)};
     }
 
-    std::uint32_t mWidth;
     std::uint32_t mPiecesPerRow;
-    std::vector<Piece> mPieces; // row-major
+    std::vector<Piece> mPieces;                 // row-major
+    std::vector<NvGIFPlayer::Pixel> mOriginal;  // of the row in hand
+    std::vector<NvGIFPlayer::Pixel> mCandidate; // the same
     std::uint64_t mError = 0;
     std::uint64_t mCovered = 0;
     bool mSamePixelsCovered = true;

@@ -114,6 +114,7 @@ void PvFrameReader::Open(const char* inPath) {
 void PvFrameReader::CheckFrames() {
     if (GetFrameCount() == 0)
         NvThrow(NvErrorCode::km_MalformedGIF);
+    mColorsOfAllFrames = ShareGlobalInfo()->mColorTable.GetSize() + 1; // black, beyond tables
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
         const std::unique_ptr<NvImgFmtFrameInfo> record = mFile.ReadFrameInfo(i);
         const auto& info = static_cast<const NvGIFFrameInfo&>(*record);
@@ -121,7 +122,7 @@ void PvFrameReader::CheckFrames() {
         const std::uint64_t pixels = std::uint64_t{info.mWidth} * info.mHeight;
         mPixelsOfAllFrames += pixels;
         mPixelsOfLargestFrame = std::max(mPixelsOfLargestFrame, pixels);
-        mColorsOfAllFrames += std::min<std::uint64_t>(pixels, 256);
+        mColorsOfAllFrames += std::min<std::uint64_t>(pixels, info.mColorTable.GetSize());
         mAnyFrameRestores = mAnyFrameRestores || info.RestoresPrevious();
         mAnyFrameClears = mAnyFrameClears || info.mDisposal == NvGIFFrameInfo::km_DisposeClear;
     }
@@ -132,6 +133,7 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
     constexpr std::uint64_t km_PerScreenPixel =
         20; // two canvases with what they restore, differencing, coverage
     constexpr std::uint64_t km_PerCanvasColor = 128; // counting and looking up what a restored canvas shows
+    constexpr std::uint64_t km_PerColor = 80;        // numbering what each of the two shows
     constexpr std::uint64_t km_CommentCopies =
         6; // loaded, to be written, and twice each in the two files that the gate plays
     const std::uint64_t screen = std::uint64_t{GetScreenWidth()} * GetScreenHeight();
@@ -142,14 +144,15 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
         mAnyFrameRestores ? 256 * std::uint64_t{GetFrameCount()} : mColorsOfAllFrames;
     return frames + frames / 8 + GetFrameCount() * km_PerFrame + 4 * largest + screen * km_PerScreenPixel +
            km_CommentCopies * mFile.GetCommentMemory() + canvasColors * km_PerCanvasColor +
-           NvQuantOctree::EstimateMemory(colors);
+           std::max(NvQuantOctree::EstimateMemory(colors), mColorsOfAllFrames * km_PerColor);
 }
 
 std::uint64_t PvFrameReader::EstimatePlayMemory() const {
     constexpr std::uint64_t km_PerFrame = 64;       // where it lies in the file
-    constexpr std::uint64_t km_PerScreenPixel = 16; // a canvas with what it restores
+    constexpr std::uint64_t km_PerScreenPixel = 16; // a canvas with what it restores, and a copy to show
+    constexpr std::uint64_t km_PerColor = 40;       // its number
     return std::uint64_t{GetScreenWidth()} * GetScreenHeight() * km_PerScreenPixel +
-           4 * mPixelsOfLargestFrame + GetFrameCount() * km_PerFrame;
+           4 * mPixelsOfLargestFrame + GetFrameCount() * km_PerFrame + mColorsOfAllFrames * km_PerColor;
 }
 
 std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {
@@ -159,13 +162,17 @@ std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {
 }
 
 const NvGIFFrameInfo& PvFrameReader::PlayFrame(std::uint32_t inIndex, NvGIFPlayer& ioPlayer) {
-    mFile.ReadFrame(inIndex, mPlayed);
-    mPlayedInfo = mFile.DetachFrameInfo();
-    if (mFile.GetDeliveredPixels() < CountPixels(mPlayed))
-        ioPlayer.ShowFrame(*MakeFrame(std::move(mPlayed), std::make_unique<NvGIFFrameInfo>(*mPlayedInfo)));
-    else
-        ioPlayer.ShowFrame(mPlayed, *mPlayedInfo);
-    return *mPlayedInfo;
+    const NvGIFFrameInfo& info = mFile.OpenFrame(inIndex);
+    ioPlayer.BeginFrame(info, info.mHasLocalTable ? info.mColorTable : ShareGlobalInfo()->mColorTable);
+    mFile.ReadRows([&](std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount) {
+        ioPlayer.DrawRow(inY, inPixels, inCount);
+    });
+    if (mFile.GetDeliveredPixels() == std::uint64_t{info.mWidth} * info.mHeight)
+        return info;
+    // What is missing takes an entry of the table, which may cost the frame one of its colours.
+    mCutFrame = ReadFrame(inIndex);
+    ioPlayer.DrawFrame(*mCutFrame);
+    return mCutFrame->GetInfo();
 }
 
 /** @param inImage  the pixels that mFile read last */

@@ -45,8 +45,8 @@ public:
     /** @throws NvErrorCode  28 and 18 for corrupt image data, 2 */
     std::unique_ptr<NvGIFFrame> ReadFrame(std::uint32_t inIndex);
 
-    /** Reads a frame straight onto a canvas, which takes a fraction of the time.
-     *  @return             its record as the file has it, valid until the next frame is read
+    /** Reads a frame straight onto a canvas, row by row, which takes a fraction of time and memory.
+     *  @return             its record, valid until the next frame is read
      *  @throws NvErrorCode as ReadFrame */
     const NvGIFFrameInfo& PlayFrame(std::uint32_t inIndex, NvGIFPlayer& ioPlayer);
 
@@ -56,8 +56,7 @@ private:
     void CheckFrames();
 
     NvGIFFile mFile;
-    NvIndexedImage mPlayed; // the frame played last
-    std::unique_ptr<NvGIFFrameInfo> mPlayedInfo;
+    std::unique_ptr<NvGIFFrame> mCutFrame; // the frame played last, if pixels of it were missing
     std::uint64_t mPixelsOfAllFrames = 0;
     std::uint64_t mPixelsOfLargestFrame = 0;
     std::uint64_t mColorsOfAllFrames = 0; // as many as can differ

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint32_t km_BlockSize = 4;
 constexpr std::uint32_t km_WindowPixels = 64;
-constexpr std::uint8_t km_MidGrey = 128; // a single bit
+constexpr std::uint8_t km_MidGrey = 128;
 
 // The usual (0.01 * 255)^2 and (0.03 * 255)^2.
 constexpr double km_C1 = 6.5025;
@@ -25,26 +25,32 @@ std::uint32_t BlocksFor(std::uint32_t inPixels) {
     return std::max<std::uint32_t>((inPixels + km_BlockSize - 1) / km_BlockSize, 2);
 }
 
-/** In numbers of 16 bits, of which the processor adds twice as many at a time as of 32. Transparent pixels
- * are mid grey. */
+/** Transparent pixels are mid grey. */
 std::uint8_t Luma(NvGIFPlayer::Pixel inPixel) {
-    const auto red = static_cast<std::uint16_t>(inPixel & 0xFF);
-    const auto green = static_cast<std::uint16_t>((inPixel >> 8) & 0xFF);
-    const auto blue = static_cast<std::uint16_t>((inPixel >> 16) & 0xFF);
-    const auto sum = static_cast<std::uint16_t>(77 * red + 150 * green + 29 * blue + 128);
-    const auto grey = static_cast<std::uint16_t>((~inPixel >> 24) & km_MidGrey); // 0 of a covered pixel
-    return static_cast<std::uint8_t>((sum >> 8) | grey);
+    if (inPixel == 0)
+        return km_MidGrey;
+    const std::uint32_t red = inPixel & 0xFF;
+    const std::uint32_t green = (inPixel >> 8) & 0xFF;
+    const std::uint32_t blue = (inPixel >> 16) & 0xFF;
+    return static_cast<std::uint8_t>((77 * red + 150 * green + 29 * blue + 128) >> 8);
 }
 
 /** Luma of what a canvas shows. */
-auto LumaOf(const NvGIFPlayer& inCanvas) {
-    return [&inCanvas](std::uint32_t inY, const NvGIFPlayer::Columns& inColumns, std::uint8_t* outLuma) {
-        const NvGIFPlayer::Pixel* row = inCanvas.Row(inY) + inColumns.mFirst;
-        const std::uint32_t count = inColumns.mEnd - inColumns.mFirst;
-        for (std::uint32_t x = 0; x < count; ++x)
-            outLuma[x] = Luma(row[x]);
-    };
-}
+class CanvasLuma {
+public:
+    explicit CanvasLuma(const NvGIFPlayer& inPlayer) : mCanvas(inPlayer.GetCanvas()) {
+        for (const NvGIFPlayer::Pixel colour : mCanvas.GetColours())
+            mLuma.push_back(Luma(colour));
+    }
+
+    void operator()(std::uint32_t inY, const NvGIFPlayer::Columns& inColumns, std::uint8_t* outLuma) const {
+        mCanvas.Read(inY, inColumns, mLuma, outLuma);
+    }
+
+private:
+    const NvGIFCanvas& mCanvas;
+    std::vector<std::uint8_t> mLuma; // by colour number
+};
 
 /** Luma of a frame by itself. */
 class FrameLuma {
@@ -81,38 +87,42 @@ struct Errors {
     std::uint32_t mMax = 0; // of a channel
 };
 
-// Pieces short enough for sums of 32 bits. Where either pixel is not covered all its bits are taken out of
-// both; the top byte of covered ones is the same.
-void AddErrors(const NvGIFPlayer::Pixel* inFirst, const NvGIFPlayer::Pixel* inSecond, std::uint32_t inWidth,
-               Errors& ioErrors) {
-    constexpr std::uint32_t km_Piece = 256;
-    std::array<NvGIFPlayer::Pixel, km_Piece> first;
-    std::array<NvGIFPlayer::Pixel, km_Piece> second;
-    for (std::uint32_t begin = 0; begin < inWidth; begin += km_Piece) {
-        const std::uint32_t count = std::min(inWidth - begin, km_Piece);
-        std::uint32_t pixels = 0;
-        for (std::uint32_t i = 0; i < count; ++i) {
-            const std::uint32_t isCovered = (inFirst[begin + i] & inSecond[begin + i]) >> 31;
-            first[i] = inFirst[begin + i] & (0U - isCovered);
-            second[i] = inSecond[begin + i] & (0U - isCovered);
-            pixels += isCovered;
-        }
-        const auto* a = reinterpret_cast<const std::uint8_t*>(first.data());
-        const auto* b = reinterpret_cast<const std::uint8_t*>(second.data());
-        std::int32_t squares = 0;
-        std::uint8_t max = 0;
-        for (std::uint32_t i = 0; i < 4 * count; ++i) {
-            const auto difference = static_cast<std::int16_t>(a[i] - b[i]);
-            squares += difference * difference;
-        }
-        for (std::uint32_t i = 0; i < 4 * count; ++i) {
-            const auto difference = static_cast<std::uint8_t>(a[i] > b[i] ? a[i] - b[i] : b[i] - a[i]);
-            max = difference > max ? difference : max;
-        }
-        ioErrors.mSquares += static_cast<std::uint32_t>(squares);
-        ioErrors.mPixels += pixels;
-        ioErrors.mMax = std::max<std::uint32_t>(ioErrors.mMax, max);
+// Pixels read from a canvas at once.
+constexpr std::uint32_t km_Piece = 256;
+using Piece = std::array<NvGIFPlayer::Pixel, km_Piece>;
+
+/** Calls inVisit for a row's columns in pieces. */
+template <typename Visitor>
+void ForEachPiece(const NvGIFPlayer::Columns& inColumns, Visitor inVisit) {
+    for (std::uint32_t first = inColumns.mFirst; first < inColumns.mEnd; first += km_Piece)
+        inVisit(NvGIFPlayer::Columns{first, std::min(first + km_Piece, inColumns.mEnd)});
+}
+
+// Pieces are short enough for sums of 32 bits. Where either pixel is not covered all its bits are taken out
+// of both; the top byte of covered ones is the same.
+void AddErrors(Piece& ioFirst, Piece& ioSecond, std::uint32_t inCount, Errors& ioErrors) {
+    std::uint32_t pixels = 0;
+    for (std::uint32_t i = 0; i < inCount; ++i) {
+        const std::uint32_t isCovered = (ioFirst[i] & ioSecond[i]) >> 31;
+        ioFirst[i] &= 0U - isCovered;
+        ioSecond[i] &= 0U - isCovered;
+        pixels += isCovered;
     }
+    const auto* a = reinterpret_cast<const std::uint8_t*>(ioFirst.data());
+    const auto* b = reinterpret_cast<const std::uint8_t*>(ioSecond.data());
+    std::int32_t squares = 0;
+    std::uint8_t max = 0;
+    for (std::uint32_t i = 0; i < 4 * inCount; ++i) {
+        const auto difference = static_cast<std::int16_t>(a[i] - b[i]);
+        squares += difference * difference;
+    }
+    for (std::uint32_t i = 0; i < 4 * inCount; ++i) {
+        const auto difference = static_cast<std::uint8_t>(a[i] > b[i] ? a[i] - b[i] : b[i] - a[i]);
+        max = difference > max ? difference : max;
+    }
+    ioErrors.mSquares += static_cast<std::uint32_t>(squares);
+    ioErrors.mPixels += pixels;
+    ioErrors.mMax = std::max<std::uint32_t>(ioErrors.mMax, max);
 }
 
 } // namespace
@@ -120,7 +130,13 @@ void AddErrors(const NvGIFPlayer::Pixel* inFirst, const NvGIFPlayer::Pixel* inSe
 void PvFrameLook::MeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond) {
     Errors errors;
     for (std::uint32_t y = 0; y < inFirst.GetScreenHeight(); ++y)
-        AddErrors(inFirst.Row(y), inSecond.Row(y), inFirst.GetScreenWidth(), errors);
+        ForEachPiece({0, inFirst.GetScreenWidth()}, [&](const NvGIFPlayer::Columns& inPiece) {
+            Piece first;
+            Piece second;
+            inFirst.Read(y, inPiece, first.data());
+            inSecond.Read(y, inPiece, second.data());
+            AddErrors(first, second, inPiece.mEnd - inPiece.mFirst, errors);
+        });
     mMaxError = errors.mMax;
     mPsnr = km_MaxPsnr;
     if (errors.mSquares > 0) {
@@ -142,12 +158,16 @@ PvLookMeter::PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight)
       mColumns(std::size_t{mBlockColumns} * km_BlockSize * 5) {}
 
 PvFrameLook PvLookMeter::Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond) {
-    return MeasureChanged(LumaOf(inFirst), LumaOf(inSecond), nullptr);
+    const CanvasLuma first(inFirst);
+    const CanvasLuma second(inSecond);
+    return MeasureChanged(std::cref(first), std::cref(second), nullptr);
 }
 
 PvFrameLook PvLookMeter::Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond,
                                  const std::vector<Columns>& inChanged) {
-    return MeasureChanged(LumaOf(inFirst), LumaOf(inSecond), mHasMeasured ? &inChanged : nullptr);
+    const CanvasLuma first(inFirst);
+    const CanvasLuma second(inSecond);
+    return MeasureChanged(std::cref(first), std::cref(second), mHasMeasured ? &inChanged : nullptr);
 }
 
 PvFrameLook PvLookMeter::Measure(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond) {

@@ -105,13 +105,12 @@ TEST(Session, AMoviePlaysOnAndOnFromAnEmptyCanvas) {
     const std::uint32_t count = movie.GetFrameCount();
     EXPECT_EQ(count, 12u);
     EXPECT_GE(movie.GetDelay(), 20u);
-    const NvGIFPlayer::Pixel* const first = movie.GetCanvas().Row(0);
-    const std::vector<NvGIFPlayer::Pixel> row(first, first + movie.GetCanvas().GetScreenWidth());
+    const std::vector<NvGIFPlayer::Pixel> row = movie.GetCanvas().ReadRow(0);
     for (std::uint32_t i = 1; i <= count; ++i) {
         movie.Advance();
         EXPECT_EQ(movie.GetFrameIndex(), i % count);
     }
-    EXPECT_TRUE(std::equal(row.begin(), row.end(), movie.GetCanvas().Row(0)));
+    EXPECT_EQ(movie.GetCanvas().ReadRow(0), row);
     EXPECT_EQ(CodeOf([] { GIFMovie(std::string(SAMPLES_FOLDER) + "/spinner.gif", 1000); }),
               NvErrorCode::km_OutOfMemory);
 }

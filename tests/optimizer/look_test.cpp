@@ -96,7 +96,7 @@ TEST_F(LookTest, PixelsThatStayedAreNotMeasuredAgain) {
         const NvGIFPlayer blank(gif.mWidth, gif.mHeight);
         PvLookMeter meter(gif.mWidth, gif.mHeight);
         for (const NvGIFFrame& frame : *animation) {
-            player.ShowFrame(frame.GetImage(), frame.GetInfo());
+            player.ShowFrame(frame);
             std::vector<NvGIFPlayer::Columns> changed;
             for (std::uint32_t y = 0; y < gif.mHeight; ++y)
                 changed.push_back(player.GetChangedColumns(y));
