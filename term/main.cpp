@@ -3,11 +3,11 @@
 #include <new>
 #include <string>
 
+#include "term/arguments.h"
 #include "term/batchrun.h"
 #include "term/contactsheet.h"
 #include "term/help.h"
 #include "term/messages.h"
-#include "term/options.h"
 #include "term/print.h"
 #include "term/restore.h"
 #include "term/standardstreams.h"

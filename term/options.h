@@ -22,6 +22,12 @@ enum class TermTask {
     km_Version
 };
 
+/** Help and version, which win over every other task. */
+inline bool TermIsHelp(TermTask inTask) {
+    return inTask == TermTask::km_BriefHelp || inTask == TermTask::km_FullHelp ||
+           inTask == TermTask::km_Version;
+}
+
 /** How much the program tells: errors only, a line per file, or what was passed over too. */
 enum class TermDetail { km_Quiet, km_Normal, km_Verbose };
 
@@ -67,8 +73,3 @@ struct TermOption {
 
 /** Grouped, in the order of the help. */
 std::span<const TermOption> TermGetOptions();
-
-/** Reads the arguments (without the program's name). Help and version win over anything that is wrong.
- *  @return whether they make sense; else outError is one line that names the bad one */
-bool TermParseArguments(const std::vector<std::string>& inArguments, TermSettings& outSettings,
-                        std::string& outError);

@@ -1,10 +1,7 @@
 #include "win/kappwindow.h"
 
-#include <algorithm>
-#include <array>
 #include <new>
 
-#include <commctrl.h>
 #include <shellapi.h>
 
 #include "nvcode2/nvwindows_win.h"
@@ -22,11 +19,6 @@ constexpr const wchar_t* kClass = L"Parvigif";
 constexpr const char* kHint = "Drop GIF files or folders here, or choose File > Open File(s)...";
 constexpr const char* kSelectHint = "Select a file to compare it with what it was.";
 constexpr ULONGLONG kPumpPause = 30; // milliseconds between looks at the messages inside a file
-constexpr int kDesiredWidth = 980;   // pixels at 96 per inch, like all lengths here
-constexpr int kDesiredHeight = 600;
-constexpr int kMinimumHeight = 380;
-constexpr int kGap = 6;
-constexpr int kProgressWidth = 160;
 
 HINSTANCE Instance() {
     return GetModuleHandleW(nullptr);
@@ -74,75 +66,10 @@ void KAppWindow::MakeChildren() {
     mList->mOnSelect = [this] { ShowSelected(); };
     mPreview = std::make_unique<KAppPreview>(mWindow);
     mPreview->ShowText(kHint);
-    mStatus =
-        CreateWindowExW(0, STATUSCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0, 0, 0, mWindow,
-                        reinterpret_cast<HMENU>(std::intptr_t{IDC_STATUS}), Instance(), nullptr);
-    mProgress = CreateWindowExW(0, PROGRESS_CLASSW, L"", WS_CHILD | PBS_SMOOTH, 0, 0, 0, 0, mStatus, nullptr,
-                                Instance(), nullptr);
-    if (!mStatus || !mProgress)
-        ThrowRuntimeError(NvLastErrno());
+    mStatus = std::make_unique<KAppStatus>(mWindow);
     ShowWindow(mPanel.GetWindow(), SW_SHOW);
     SetScale(GetDpiForWindow(mWindow));
-    SetStatus("Ready");
-}
-
-void KAppWindow::SetScale(UINT inDPI) {
-    mDPI = inDPI;
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof(metrics);
-    SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0, inDPI);
-    const HFONT before = mFont;
-    mFont = CreateFontIndirectW(&metrics.lfMessageFont);
-    mPanel.SetScale(inDPI);
-    mList->SetScale(inDPI, mFont);
-    mPreview->SetScale(inDPI, mFont);
-    SendMessageW(mStatus, WM_SETFONT, reinterpret_cast<WPARAM>(mFont), TRUE);
-    if (before)
-        DeleteObject(before);
-    LayOut();
-}
-
-void KAppWindow::LayOut() {
-    const auto scaled = [this](int pixels) { return MulDiv(pixels, static_cast<int>(mDPI), 96); };
-    SendMessageW(mStatus, WM_SIZE, 0, 0);
-    RECT client{};
-    RECT status{};
-    GetClientRect(mWindow, &client);
-    GetWindowRect(mStatus, &status);
-    const int gap = scaled(kGap);
-    const SIZE panel = mPanel.GetSize();
-    const int top = panel.cy + gap;
-    const int height = std::max(0L, client.bottom - (status.bottom - status.top) - gap - top);
-    const int listWidth = std::max(0L, (client.right - 3 * gap) * 3 / 5);
-    MoveWindow(mPanel.GetWindow(), 0, 0, panel.cx, panel.cy, TRUE);
-    mList->SetPlace({gap, top, gap + listWidth, top + height});
-    const int left = 2 * gap + listWidth;
-    MoveWindow(mPreview->GetWindow(), left, top, std::max(0L, client.right - gap - left), height, TRUE);
-
-    const int progressLeft = static_cast<int>(client.right) - scaled(kProgressWidth + 20);
-    const std::array<int, 2> parts = {progressLeft, -1};
-    SendMessageW(mStatus, SB_SETPARTS, parts.size(), reinterpret_cast<LPARAM>(parts.data()));
-    RECT place{};
-    SendMessageW(mStatus, SB_GETRECT, 1, reinterpret_cast<LPARAM>(&place));
-    MoveWindow(mProgress, place.left + scaled(2), place.top + scaled(3), scaled(kProgressWidth),
-               place.bottom - place.top - scaled(6), TRUE);
-}
-
-/** Room for the whole panel, and some of the list below it. */
-POINT KAppWindow::GetLeastSize() const {
-    RECT rect{0, 0, mPanel.GetWindow() ? mPanel.GetSize().cx : 0, 0};
-    AdjustWindowRectExForDpi(&rect, WS_OVERLAPPEDWINDOW, TRUE, 0, mDPI);
-    return {rect.right - rect.left, MulDiv(kMinimumHeight, static_cast<int>(mDPI), 96)};
-}
-
-void KAppWindow::Show(int inShowCommand) {
-    if (!KAppRestorePlacement(mWindow)) {
-        SetWindowPos(mWindow, nullptr, 0, 0, MulDiv(kDesiredWidth, static_cast<int>(mDPI), 96),
-                     MulDiv(kDesiredHeight, static_cast<int>(mDPI), 96), SWP_NOMOVE | SWP_NOZORDER);
-        ShowWindow(mWindow, inShowCommand);
-    }
-    SetFocus(mList->GetWindow());
-    UpdateWindow(mWindow);
+    mStatus->SetText("Ready");
 }
 
 int KAppWindow::Run() {
@@ -175,7 +102,7 @@ bool KAppWindow::PumpAll() {
 bool KAppWindow::ShowProgress(double inFraction) {
     if (GetTickCount64() - mLastPump < kPumpPause)
         return mQuitSeen;
-    SendMessageW(mProgress, PBM_SETPOS, static_cast<WPARAM>(std::clamp(inFraction, 0.0, 1.0) * 100), 0);
+    mStatus->SetProgress(inFraction);
     return PumpAll();
 }
 
@@ -199,8 +126,8 @@ void KAppWindow::ProcessNames(const std::vector<std::string>& inNames) {
 void KAppWindow::RunBatch() {
     if (mBrain->IsBusy())
         return; // what was added is part of the batch that runs
-    SetStatus("Optimizing...");
-    ShowWindow(mProgress, SW_SHOW);
+    mStatus->SetText("Optimizing...");
+    mStatus->ShowProgress(true);
     bool isCancelled = false;
     for (bool isDone = false; !isDone;) {
         try {
@@ -217,9 +144,9 @@ void KAppWindow::RunBatch() {
     if (isCancelled) // nothing goes on with the file that was in hand
         for (const MizerControl control : {MizerControl::km_ThisFile, MizerControl::km_ThisFilePercent})
             SetPanelText(control, "");
-    ShowWindow(mProgress, SW_HIDE);
+    mStatus->ShowProgress(false);
     const std::string summary = mRows.GetSummary();
-    SetStatus(isCancelled ? "Cancelled. " + summary : summary.empty() ? "Ready" : summary);
+    mStatus->SetText(isCancelled ? "Cancelled. " + summary : summary.empty() ? "Ready" : summary);
     if (!mList->GetSelected() && mRows.GetCount() != 0)
         mList->Select(0);
     if (mQuitSeen)
@@ -240,7 +167,7 @@ void KAppWindow::FileDone(const MizerFileResult& inResult) {
         mList->Reveal(row);
     if (!selected || mRows.GetRow(*selected).mPath == inResult.mPath)
         ShowSelected();
-    SetStatus("Optimizing... " + mRows.GetSummary());
+    mStatus->SetText("Optimizing... " + mRows.GetSummary());
 }
 
 void KAppWindow::BeforeReplace(const char* inPath) {
@@ -288,10 +215,6 @@ std::string KAppWindow::GetDataFolder() {
 
 void KAppWindow::PostQuit() {
     DestroyWindow(mWindow);
-}
-
-void KAppWindow::SetStatus(const std::string& inText) {
-    SendMessageW(mStatus, SB_SETTEXTW, 0, reinterpret_cast<LPARAM>(NvWiden(inText).c_str()));
 }
 
 void KAppWindow::Cancel() {

@@ -10,6 +10,7 @@
 #include "win/kapplist.h"
 #include "win/kapppanel.h"
 #include "win/kapppreview.h"
+#include "win/kappstatus.h"
 #include "win/mizerbrain.h"
 #include "win/sessionlist.h"
 #include "win/sessionoriginals.h"
@@ -59,7 +60,6 @@ private:
     void EditPreferences();
     void SortList(SessionList::Column inColumn);
     void ShowSelected();
-    void SetStatus(const std::string& inText);
 
     // MizerShell
     bool PumpEvents() override { return PumpAll(); }
@@ -76,8 +76,6 @@ private:
     void PostQuit() override;
 
     HWND mWindow = nullptr;
-    HWND mStatus = nullptr;
-    HWND mProgress = nullptr; // in the status bar
     HFONT mFont = nullptr;
     UINT mDPI = 96;
     HACCEL mAccelerators = nullptr;
@@ -87,6 +85,7 @@ private:
     SessionOriginals mOriginals;
     std::unique_ptr<KAppList> mList;
     std::unique_ptr<KAppPreview> mPreview;
+    std::unique_ptr<KAppStatus> mStatus;
 
     WnPref mPrefs{"Parvigif", "1.x"};
     std::unique_ptr<MizerBrain> mBrain;

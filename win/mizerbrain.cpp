@@ -1,7 +1,5 @@
 #include "win/mizerbrain.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <new>
@@ -10,7 +8,6 @@
 
 #include "nvcode2/nvfile.h"
 #include "win/mizerdelivery.h"
-#include "win/mizerrestore.h"
 #include "win/mizersettings.h"
 #include "win/wholefile.h"
 #include "wnatom/wnfileclaim.h"
@@ -29,11 +26,6 @@ constexpr std::uint32_t kCancelledBetweenFiles = 612;
 
 [[noreturn]] void ThrowCancelled(std::uint32_t inLine) {
     throw NvErrorCode(NvErrorCode::km_Cancelled, kSource, inLine);
-}
-
-std::string GetFolderOf(const std::string& inPath) {
-    const auto separator = std::find_if(inPath.rbegin(), inPath.rend(), WnIsSeparator);
-    return separator == inPath.rend() ? std::string(".") : std::string(inPath.begin(), separator.base());
 }
 
 } // namespace
@@ -62,6 +54,7 @@ MizerBrain::MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings
       mShell(inShell),
       mSettings(inSettings),
       mOptions(inOptions),
+      mBackups(inPrefs),
       mTotals(inPrefs, inShell),
       mLog(inPrefs, inShell),
       mLedger(inShell, MizerSettings::Read(inPrefs).mIsLossless) {}
@@ -249,7 +242,7 @@ std::string MizerBrain::DeliverResult(const char* inPath, const char* inResultPa
     if (mOptions.mDelivery) {
         TryToDeliver([&] { place = mOptions.mDelivery->Deliver(inPath, inResultPath); });
         if (!place.empty())
-            RemoveLeftoversBeside(place.c_str());
+            mBackups.RemoveLeftoversBeside(place.c_str());
     } else if (inResultPath != inPath) {
         WnCheckReplaceable(inPath);
         WnSafeFile file(inPath);
@@ -277,7 +270,7 @@ void MizerBrain::RecordResult(const MizerFileResult& inResult) {
     if (inResult.mStatus == MizerStatus::km_Smaller) {
         mTotals.AddSaving(inResult.mNewSize);
         mLog.WriteLogEntry(MizerSmallerEntry(now, path, inResult.mOriginalSize, inResult.mNewSize));
-    } else if (IsOn("LOGALL", 1)) {
+    } else if (MizerSettings::Read(mPrefs).mLogAll) {
         mLog.WriteLogEntry(MizerUnchangedEntry(now, path));
     }
 }
@@ -299,43 +292,14 @@ std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOr
 void MizerBrain::BackupFile(const char* inPath) {
     if (inPath == mCopyPath)
         return;
-    RemoveLeftoversBeside(inPath);
-    if (IsOn("BACKUP", 1)) {
-        try {
-            mBackupPath = WriteBackup(inPath);
-        } catch (const NvErrorCode&) {
-            mBackupFailed = true; // the person should know which of the two files it is about
-            throw;
-        }
+    mBackups.RemoveLeftoversBeside(inPath);
+    try {
+        mBackupPath = mBackups.Write(inPath);
+    } catch (const NvErrorCode&) {
+        mBackupFailed = true; // the person should know which of the two files it is about
+        throw;
     }
     mShell.BeforeReplace(inPath);
-}
-
-/** @return where the original is kept now */
-std::string MizerBrain::WriteBackup(const char* inPath) {
-    const std::string backup = MizerBackupName(inPath);
-    const WnFileKind present = WnGetFileKind(backup.c_str());
-    if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
-        NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);
-    const bool overwrite = IsOn("OBACK", 0);
-    if (present == WnFileKind::km_RegularFile && !overwrite)
-        return backup; // the first backup holds the oldest original
-
-    WnSafeFile file(backup.c_str(), inPath);
-    MizerCopyFile(inPath, file.GetTemporaryPath());
-    if (overwrite)
-        file.Commit();
-    else
-        file.CommitUnlessPresent();
-    return backup;
-}
-
-void MizerBrain::RemoveLeftoversBeside(const char* inPath) {
-    std::string folder = GetFolderOf(inPath);
-    if (folder == mCleanedFolder)
-        return;
-    WnRemoveLeftovers(folder.c_str());
-    mCleanedFolder = std::move(folder);
 }
 
 bool MizerBrain::PumpMessages() {
@@ -352,10 +316,4 @@ bool MizerBrain::ReportProgress(double inFraction) {
 
 void MizerBrain::Pause() {
     mShell.ShowMessage("Click 'OK' to continue...", "OPERATION PAUSED", MizerShell::Icon::km_None);
-}
-
-bool MizerBrain::IsOn(const char* inPreference, std::uint32_t inDefault) const {
-    std::uint32_t value = 0;
-    mPrefs.ReadDWordDefault(inPreference, value, inDefault);
-    return value != 0;
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "win/filequeue.h"
+#include "win/mizerbackups.h"
 #include "win/mizerledger.h"
 #include "win/mizerlog.h"
 #include "win/mizeroptions.h"
@@ -88,9 +89,6 @@ private:
     std::string DeliverResult(const char* inPath, const char* inResultPath);
     void TryToDeliver(const std::function<void()>& inStep);
     void RecordResult(const MizerFileResult& inResult);
-    std::string WriteBackup(const char* inPath);
-    void RemoveLeftoversBeside(const char* inPath);
-    bool IsOn(const char* inPreference, std::uint32_t inDefault) const;
 
     bool mCancelFlag = false;
     bool mQuitRequested = false;
@@ -105,8 +103,8 @@ private:
     PvOptSettings mSettings;
     MizerOptions mOptions;
     FileQueue mQueue;
+    MizerBackups mBackups;
     MizerTotals mTotals;
     MizerLog mLog;
     MizerLedger mLedger;
-    std::string mCleanedFolder; // the last one that leftovers of killed runs were removed from
 };

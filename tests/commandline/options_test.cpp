@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "term/options.h"
+#include "term/arguments.h"
 #include "tests/support/programtest.h"
 
 namespace {
