@@ -34,27 +34,27 @@ int CopyFile(const char* inPath, const char* inMode, std::FILE* inStream) {
     return *inMode == 'r' ? CopyStream(file.get(), inStream) : CopyStream(inStream, file.get());
 }
 
-void WritePicture(const char* inPath, TermMessages& ioMessages) {
-    const int error = CopyFile(inPath, "rb", stdout);
-    if (error == EPIPE)
-        TermEndOfClosedPipe();
-    else if (error != 0)
-        ioMessages.Error(std::string("standard output: ") + std::strerror(error));
-}
-
-void Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
-    const WnScratchFile picture;
-    const int error = CopyFile(picture.GetPath(), "wb", stdin);
-    if (error != 0 && !TermIsInterrupted())
-        return ioMessages.Error(std::string("standard input: ") + std::strerror(error));
+/** @return 0, else the errno of what kept the picture from standard output */
+int Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
+    const WnPrivateFolder folder;
+    const std::string picture = folder.MakePath("PICTURE.GIF");
+    const int error = CopyFile(picture.c_str(), "wb", stdin);
+    TermCatchInterrupts();
+    if (TermIsInterrupted())
+        return EINTR;
+    if (error != 0) {
+        const char* const place = std::ferror(stdin) ? "standard input: " : "no private copy could be made: ";
+        ioMessages.Error(place + std::string(std::strerror(error)));
+        return 0;
+    }
     TermInputs inputs;
-    inputs.mFiles = {{picture.GetPath(), "-"}};
+    inputs.mFiles = {{picture, "-"}};
     TermOutcomes outcomes(inSettings);
     if (!outcomes.Begin(ioMessages))
-        return;
+        return 0;
     TermProcessInputs(inputs, inSettings, ioMessages, outcomes);
-    if (!inSettings.mIsDryRun && !TermIsInterrupted())
-        WritePicture(picture.GetPath(), ioMessages);
+    const bool isCancelled = ioMessages.GetExit() == TermExit::km_Cancelled;
+    return inSettings.mIsDryRun || isCancelled ? 0 : CopyFile(picture.c_str(), "rb", stdout);
 }
 
 } // namespace
@@ -68,9 +68,15 @@ void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages) {
                                 TermExit::km_Usage);
     TermCarryBytes();
     std::ungetc(std::getc(stdin), stdin); // nothing is begun before the first byte, so Ctrl-C just ends
-    TermCatchInterrupts();
+    TermCatchInterrupts(true);
     try {
-        Filter(inSettings, ioMessages);
+        const int error = Filter(inSettings, ioMessages);
+        if (error == EPIPE)
+            TermEndOfClosedPipe();
+        else if (error == EINTR)
+            ioMessages.Error("cancelled", TermExit::km_Cancelled);
+        else if (error != 0)
+            ioMessages.Error(std::string("standard output: ") + std::strerror(error));
     } catch (const NvErrorCode& error) {
         ioMessages.Error(MizerErrorWords(error)); // no place for the picture
     }

@@ -28,10 +28,10 @@ extern "C" void NoteHangup(int /*inSignal*/) {
 
 } // namespace
 
-void TermCatchInterrupts() {
-    TermCatchSignal(SIGINT, NoteInterrupt);
-    TermCatchSignal(SIGTERM, NoteInterrupt);
-    TermCatchSignal(SIGHUP, NoteHangup);
+void TermCatchInterrupts(bool inEndsReads) {
+    TermCatchSignal(SIGINT, NoteInterrupt, inEndsReads);
+    TermCatchSignal(SIGTERM, NoteInterrupt, inEndsReads);
+    TermCatchSignal(SIGHUP, NoteHangup, inEndsReads);
     std::signal(SIGPIPE, SIG_IGN);
 }
 
@@ -40,6 +40,5 @@ bool TermIsInterrupted() {
 }
 
 void TermEndOfClosedPipe() {
-    std::signal(SIGPIPE, SIG_DFL);
-    std::raise(SIGPIPE);
+    TermRaiseWithDefault(SIGPIPE);
 }

@@ -28,7 +28,7 @@ BOOL WINAPI NoteInterrupt(DWORD inEvent) {
 
 } // namespace
 
-void TermCatchInterrupts() {
+void TermCatchInterrupts(bool /*inEndsReads*/) {
     SetConsoleCtrlHandler(&NoteInterrupt, TRUE);
 }
 

@@ -22,8 +22,7 @@ constexpr auto kFiles = std::to_array<TermManualItem>({
     {"NAME.BAK", "The original of NAME."},
     {"Norvek/Parvigif/1.x.ini",
      "Preferences and totals, lines like BACKUP=0; read below /etc/xdg, then below ~/.config (or "
-     "$XDG_CONFIG_DIRS, $XDG_CONFIG_HOME). BACKUP, OBACK, ALLOWCROP, LOG and LOGALL hold what options change "
-     "for one run."},
+     "$XDG_CONFIG_DIRS, $XDG_CONFIG_HOME). --preferences lists them; options change them for one run."},
     {"Norvek/PVGFLog.TXT", "The results log, below ~/.local/state (or $XDG_STATE_HOME)."},
     {"Norvek/PVGFDone.TXT", "What --skip-done remembers, in the same folder."},
 });

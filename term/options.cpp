@@ -113,9 +113,13 @@ constexpr auto kOptions = std::to_array<TermOption>({
      "Without this, the original of every file that is made smaller stands beside it, with .BAK "
      "appended to its whole name.",
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "BACKUP", 0); }},
+    {"backup", 0, nullptr, "Backups", "keep the original, whatever the preferences say", nullptr,
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "BACKUP", 1); }, true},
     {"overwrite-backups", 0, nullptr, "Backups", "replace a backup that exists",
      "Without this, the first backup stays, so that it holds the oldest original.",
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 1); }, true},
+    {"keep-backups", 0, nullptr, "Backups", "keep older backups, whatever the preferences say", nullptr,
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 0); }, true},
     {"restore", 0, nullptr, "Backups", "put backups back in the place of NAMEs",
      "Every backup is read as a GIF before it replaces the picture in one step; it stays. Of a folder or a "
      "pattern, the pictures that have one.",
@@ -124,10 +128,14 @@ constexpr auto kOptions = std::to_array<TermOption>({
      "What is left stays at its place on the screen, whose size does not change. The frames of "
      "animations are always cut so.",
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 1); }, true},
+    {"no-allow-crop", 0, nullptr, "Picture", "leave borders, whatever the preferences say", nullptr,
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 0); }, true},
     {"lossless", 0, nullptr, "Picture", "change no displayed colour",
      "Saves less: only colours that nothing uses, pixels that the screen shows already and the way the "
      "data is packed. Without this a file is shown with at most 128 colours.",
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOSSLESS", 1); }},
+    {"no-lossless", 0, nullptr, "Picture", "let colours change, whatever the preferences say", nullptr,
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOSSLESS", 0); }, true},
     {"tolerance", 0, "N", "Picture", "leave less changed between frames, 0 to 28",
      "A pixel of an animation is not drawn again where the screen shows a colour that differs by at most N "
      "of 255 in red, green and blue. The usual 28 gives way by itself in a file where it would be seen.",
@@ -137,8 +145,12 @@ constexpr auto kOptions = std::to_array<TermOption>({
      true},
     {"no-log", 0, nullptr, "Log and preferences", "write nothing to the results log", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 0); }},
+    {"log", 0, nullptr, "Log and preferences", "write the results log, whatever the preferences say", nullptr,
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 1); }, true},
     {"log-results-only", 0, nullptr, "Log and preferences", "log only files that were made smaller", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOGALL", 0); }, true},
+    {"log-all", 0, nullptr, "Log and preferences", "log all files, whatever the preferences say", nullptr,
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOGALL", 1); }, true},
     {"show-log", 0, nullptr, "Log and preferences", "print the results log and stop", nullptr,
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ShowLog); }},
     {"clear-log", 0, nullptr, "Log and preferences", "empty the results log and stop", nullptr,

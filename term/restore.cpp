@@ -117,6 +117,8 @@ private:
         case MizerRestored::km_OtherImage:
             return mMessages.FileError(inPath, "not restored: it is another picture than its backup, of "
                                                "another size or number of frames; move it away first");
+        case MizerRestored::km_InUse:
+            return mMessages.FileError(inPath, "not restored: another run is working on it");
         case MizerRestored::km_Restored:
             break;
         }

@@ -97,8 +97,8 @@ void TermResults::Print(const std::string& inLine) {
     if (mPipeClosed)
         return;
     const bool isWritten = std::fwrite(inLine.data(), 1, inLine.size(), mStream) == inLine.size();
-    if (isWritten && std::fflush(mStream) == 0)
-        return;
+    if ((isWritten && std::fflush(mStream) == 0) || mStream == stderr)
+        return; // beside a picture the table is a remark, like all others there
     if (errno == EPIPE)
         mPipeClosed = true;
     else

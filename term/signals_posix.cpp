@@ -4,14 +4,14 @@
 
 #include <signal.h>
 
-void TermCatchSignal(int inSignal, void (*inHandler)(int)) {
+void TermCatchSignal(int inSignal, void (*inHandler)(int), bool inEndsReads) {
     struct sigaction present {};
     sigaction(inSignal, nullptr, &present);
     if (present.sa_handler == SIG_IGN)
         return;
     struct sigaction action {};
     action.sa_handler = inHandler;
-    action.sa_flags = SA_RESTART;
+    action.sa_flags = inEndsReads ? 0 : SA_RESTART;
     sigaction(inSignal, &action, nullptr);
 }
 

@@ -211,12 +211,13 @@ std::uint32_t MizerBrain::WorkOnCopy(const char* inPath, std::uint32_t inOrigina
     if (mOptions.mDelivery)
         TryToDeliver([&] { mOptions.mDelivery->Prepare(inPath); });
     const auto state = WnGetFileState(inPath);
-    const WnScratchFile copy;
-    MizerCopyFile(inPath, copy.GetPath());
-    mCopyPath = copy.GetPath();
+    const WnPrivateFolder folder;
+    mCopyPath = folder.MakePath("COPY.GIF");
+    const char* const copy = mCopyPath.c_str();
+    MizerCopyFile(inPath, copy);
     std::uint32_t newSize = inOriginalSize;
     try {
-        newSize = OptimizeGIFFile(copy.GetPath(), inOriginalSize, outOutcome);
+        newSize = OptimizeGIFFile(copy, inOriginalSize, outOutcome);
     } catch (const NvErrorCode& error) {
         if (error.GetCode() != NvErrorCode::km_Cancelled)
             DeliverResult(inPath, inPath);
@@ -231,9 +232,9 @@ std::uint32_t MizerBrain::WorkOnCopy(const char* inPath, std::uint32_t inOrigina
         newSize = inOriginalSize;
     if (newSize < inOriginalSize) {
         mShell.BeforeReplace(inPath);
-        mShell.ResultMade(copy.GetPath());
+        mShell.ResultMade(copy);
     }
-    outPlace = DeliverResult(inPath, newSize < inOriginalSize ? copy.GetPath() : inPath);
+    outPlace = DeliverResult(inPath, newSize < inOriginalSize ? copy : inPath);
     return newSize;
 }
 

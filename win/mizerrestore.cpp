@@ -8,6 +8,7 @@
 #include "win/mizerlog.h"
 #include "win/pvload.h"
 #include "win/wholefile.h"
+#include "wnatom/wnfileclaim.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
@@ -55,6 +56,9 @@ std::string MizerBackupName(const std::string& inPath) {
 }
 
 MizerRestored MizerRestore(const std::string& inPath, std::uint64_t inMemoryLimit) {
+    const WnFileClaim claim(WnGetDataFolder(), inPath.c_str());
+    if (!claim.IsMine())
+        return MizerRestored::km_InUse;
     const std::string backup = MizerBackupName(inPath);
     const WnFileKind backupKind = WnGetFileKind(backup.c_str());
     if (backupKind == WnFileKind::km_Missing)

@@ -11,6 +11,7 @@ enum class MizerRestored {
     km_Restored,
     km_NoBackup,   ///< there is none
     km_OtherImage, ///< the picture has another screen or other frames, so it was not made from this backup
+    km_InUse,      ///< another process works on the picture
 };
 
 /** Puts a backup back in its picture's place, in one step; the backup stays. The picture may be missing.

@@ -17,7 +17,7 @@ void SessionOriginals::Keep(const std::string& inPath) {
         if (WnGetFileKind(place.c_str()) != WnFileKind::km_RegularFile) {
             if (!mFolder)
                 mFolder = std::make_unique<WnPrivateFolder>();
-            place = mFolder->GetPath() + WnGetSeparator() + std::to_string(mPlaces.size()) + ".gif";
+            place = mFolder->MakePath(std::to_string(mPlaces.size()) + ".gif");
             MizerCopyFile(inPath.c_str(), place.c_str());
         }
         mPlaces[inPath] = place;

@@ -4,7 +4,7 @@
 #include <string>
 
 /** A fresh folder for throw-away files that only this user can enter. It goes at destruction with the files
- * in it. */
+ * in it. What a process that was killed has left of these goes when the next process makes its first. */
 class WnPrivateFolder {
 public:
     /** @throws NvErrorCode by the runtime's error number when none can be made below the temporary one */
@@ -13,16 +13,20 @@ public:
     WnPrivateFolder(const WnPrivateFolder&) = delete;
     WnPrivateFolder& operator=(const WnPrivateFolder&) = delete;
 
-    /** Without a closing separator. */
-    const std::string& GetPath() const { return mPath; }
+    /** The path for a file of this name in it. */
+    std::string MakePath(const std::string& inName) const;
 
 private:
-    std::string mPath;
+    struct Hold;
+
+    std::string mPath;           // without a closing separator
+    std::unique_ptr<Hold> mHold; // tells other processes that the folder is in use
 };
 
 /** A path for throw-away measurements: "TEMP.GIF" in a private folder. On Windows "C:\TEMP.GIF" comes first;
  * the folder is for when that cannot be made or something stands there already. The file is removed with its
- * folder at destruction, whether or not it was ever written. */
+ * folder at destruction, whether or not it was ever written; the one on Windows goes with the process, too,
+ * and is to be written over, not replaced. */
 class WnScratchFile {
 public:
     /** @throws NvErrorCode as WnPrivateFolder */
@@ -34,6 +38,9 @@ public:
     const char* GetPath() const { return mPath.c_str(); }
 
 private:
-    std::unique_ptr<WnPrivateFolder> mFolder; // null when the path needs none
+    struct Fixed;
+
+    std::unique_ptr<Fixed> mFixed; // null when the path lies in a private folder
+    std::unique_ptr<WnPrivateFolder> mFolder;
     std::string mPath;
 };

@@ -1,5 +1,7 @@
 #include "wnatom/wnscratch.h"
 
+#include <string_view>
+
 #include <windows.h>
 
 #include "nvcode2/nverrorcode.h"
@@ -7,49 +9,98 @@
 #include "wnatom/wnfolders_win.h"
 #include "wnatom/wnsystem.h"
 
+// A folder stays open for as long as it is in use, so a living process holds it against whoever opens it to
+// remove it: that tells it from a leftover.
+
 namespace {
 
 constexpr const char* kFixedPath = "C:\\TEMP.GIF";
+constexpr std::wstring_view kPrefix = L"parvigif-scratch-";
+constexpr int kTries = 5; // the name was there, or another process took the folder for left over too soon
 
-/** Makes the file, unless something of that name is there already. */
-bool CreateExclusively(const char* inPath) {
-    const NvWindowsHandle file(CreateFileW(NvWiden(inPath).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                           FILE_ATTRIBUTE_TEMPORARY, nullptr));
-    return file.IsValid();
+void RemoveFilesIn(const std::string& inFolder) {
+    try {
+        for (const std::string& name : WnListFiles(inFolder.c_str()))
+            DeleteFileW(NvWidePath(inFolder + "\\" + name).c_str());
+    } catch (const NvErrorCode&) {
+        return; // somebody else removed it
+    }
 }
 
-std::string MakeFreshFolder() {
-    for (;;) {
-        const std::wstring folder = WnGetTemporaryFolder() + L"\\parvigif-" + WnGetRandomName();
-        if (CreateDirectoryW(folder.c_str(), nullptr))
-            return NvNarrow(folder);
-        if (GetLastError() != ERROR_ALREADY_EXISTS)
-            ThrowRuntimeError(NvLastErrno());
-    }
+void RemoveIfLeftOver(const std::wstring& inFolder) {
+    const NvWindowsHandle mine(CreateFileW(
+        inFolder.c_str(), DELETE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+        FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (mine.IsValid())
+        RemoveFilesIn(NvNarrow(inFolder));
+}
+
+void RemoveLeftovers(const std::wstring& inParent) {
+    WIN32_FIND_DATAW entry;
+    const std::wstring start = inParent + L"\\" + std::wstring(kPrefix);
+    const HANDLE search = FindFirstFileW((start + L"*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE)
+        return;
+    do {
+        const DWORD kind = entry.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT);
+        const std::wstring_view name = entry.cFileName;
+        if (kind == FILE_ATTRIBUTE_DIRECTORY && name.size() == kPrefix.size() + km_RandomNameSize)
+            RemoveIfLeftOver(inParent + L"\\" + entry.cFileName);
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
 }
 
 } // namespace
 
-WnPrivateFolder::WnPrivateFolder() : mPath(MakeFreshFolder()) {}
+struct WnPrivateFolder::Hold {
+    explicit Hold(const std::wstring& inPath)
+        : mFolder(CreateFileW(inPath.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr)) {}
+
+    NvWindowsHandle mFolder;
+};
+
+WnPrivateFolder::WnPrivateFolder() {
+    const std::wstring parent = WnGetTemporaryFolder();
+    static const bool isClean = (RemoveLeftovers(parent), true);
+    static_cast<void>(isClean);
+    for (int tries = kTries;; --tries) {
+        const std::wstring path = parent + L"\\" + std::wstring(kPrefix) + WnGetRandomName();
+        if (CreateDirectoryW(path.c_str(), nullptr)) {
+            mPath = NvNarrow(path);
+            mHold = std::make_unique<Hold>(path);
+            if (mHold->mFolder.IsValid())
+                return;
+        }
+        if (tries <= 1)
+            ThrowRuntimeError(NvLastErrno());
+    }
+}
 
 WnPrivateFolder::~WnPrivateFolder() {
-    try {
-        for (const std::string& name : WnListFiles(mPath.c_str()))
-            DeleteFileW(NvWidePath(mPath + "\\" + name).c_str());
-    } catch (const NvErrorCode&) {
-        return; // somebody else removed it
-    }
+    RemoveFilesIn(mPath);
+    mHold.reset();
     RemoveDirectoryW(NvWidePath(mPath).c_str());
 }
 
-WnScratchFile::WnScratchFile() : mPath(kFixedPath) {
-    if (CreateExclusively(kFixedPath))
-        return;
-    mFolder = std::make_unique<WnPrivateFolder>();
-    mPath = mFolder->GetPath() + "\\TEMP.GIF";
+std::string WnPrivateFolder::MakePath(const std::string& inName) const {
+    return mPath + "\\" + inName;
 }
 
-WnScratchFile::~WnScratchFile() {
-    if (!mFolder)
-        DeleteFileW(NvWiden(mPath).c_str());
+/** Made for the moment, unless something of that name is there already; gone when it is closed. */
+struct WnScratchFile::Fixed {
+    NvWindowsHandle mFile{CreateFileW(NvWiden(kFixedPath).c_str(), GENERIC_WRITE | DELETE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
+                                      nullptr)};
+};
+
+WnScratchFile::WnScratchFile() : mFixed(std::make_unique<Fixed>()), mPath(kFixedPath) {
+    if (mFixed->mFile.IsValid())
+        return;
+    mFixed.reset();
+    mFolder = std::make_unique<WnPrivateFolder>();
+    mPath = mFolder->MakePath("TEMP.GIF");
 }
+
+WnScratchFile::~WnScratchFile() = default;

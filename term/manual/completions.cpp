@@ -1,30 +1,36 @@
 #include "term/manual/completions.h"
 
-#include <algorithm>
+#include <initializer_list>
 #include <string_view>
 
 #include "term/options.h"
+#include "win/mizerpreferences.h"
 
 namespace {
 
 /** What a shell may offer as an option's value. */
-enum class Value { km_None, km_Anything, km_File, km_Folder, km_Words };
+enum class Value { km_None, km_Anything, km_File, km_Folder, km_Preference };
 
 Value GetValue(const TermOption& inOption) {
     if (!inOption.mArgument)
         return Value::km_None;
     const std::string_view argument = inOption.mArgument;
-    if (argument.find('|') != std::string_view::npos)
-        return Value::km_Words;
     if (argument == "FILE" || argument == "OUT")
         return Value::km_File;
+    if (argument == "NAME=VALUE")
+        return Value::km_Preference;
     return argument == "DIR" ? Value::km_Folder : Value::km_Anything;
 }
 
-/** The words of "auto|always|never", parted by blanks. */
-std::string GetWords(const TermOption& inOption) {
-    std::string words = inOption.mArgument;
-    std::replace(words.begin(), words.end(), '|', ' ');
+/** The preferences that are switches, each with one end or both behind its name. */
+std::string GetSwitches(const char* inParting, std::initializer_list<const char*> inEnds) {
+    std::string words;
+    for (const MizerPreference& preference : MizerGetPreferences()) {
+        if (preference.mLargest != 1)
+            continue;
+        for (const char* end : inEnds)
+            words += (words.empty() ? "" : inParting) + std::string(preference.mName) + end;
+    }
     return words;
 }
 
@@ -43,7 +49,7 @@ std::string Replaced(std::string_view inText, char inCharacter, const char* inBy
 }
 
 /** One case of the bash script for all options whose values are of a kind; nothing when there are none. */
-std::string BashCase(Value inValue, const char* inCommands) {
+std::string BashCase(Value inValue, const std::string& inCommands) {
     std::string patterns;
     for (const TermOption& option : TermGetOptions()) {
         if (GetValue(option) == inValue)
@@ -52,29 +58,19 @@ std::string BashCase(Value inValue, const char* inCommands) {
     return patterns.empty() ? "" : "    " + patterns + ")\n" + inCommands + "        return ;;\n";
 }
 
-std::string BashWordCases() {
-    std::string text;
-    for (const TermOption& option : TermGetOptions()) {
-        if (GetValue(option) == Value::km_Words)
-            text += "    " + Spellings(option, "|") + ")\n        mapfile -t COMPREPLY < <(compgen -W '" +
-                    GetWords(option) + "' -- \"$word\")\n        return ;;\n";
-    }
-    return text;
-}
-
 std::string ZshArgument(const TermOption& inOption) {
     const Value value = GetValue(inOption);
     std::string text = "[" + Replaced(Replaced(inOption.mBrief, '[', "\\["), ']', "\\]") + "]";
     if (value != Value::km_None)
-        text += ":" + std::string(value == Value::km_Words ? inOption.mName : inOption.mArgument) + ":";
+        text += ":" + std::string(inOption.mArgument) + ":";
     if (value == Value::km_Anything)
         text += " ";
     else if (value == Value::km_File)
         text += "_files";
     else if (value == Value::km_Folder)
         text += "_files -/";
-    else if (value == Value::km_Words)
-        text += "(" + GetWords(inOption) + ")";
+    else if (value == Value::km_Preference)
+        text += "(" + GetSwitches(" ", {"=0", "=1"}) + ")";
     text = "'" + Replaced(text, '\'', "'\\''") + "'";
     const char* const shortEnd = value == Value::km_None ? "" : "+";
     const char* const longEnd = value == Value::km_None ? "" : "=";
@@ -104,8 +100,8 @@ std::string FishLine(const TermOption& inOption) {
     case Value::km_Folder:
         line += " -x -a '(__fish_complete_directories)'";
         break;
-    case Value::km_Words:
-        line += " -x -a '" + GetWords(inOption) + "'";
+    case Value::km_Preference:
+        line += " -x -a '" + GetSwitches(" ", {"=0", "=1"}) + "'";
         break;
     }
     return line + " -d '" + Replaced(inOption.mBrief, '\'', "\\'") + "'\n";
@@ -122,20 +118,29 @@ _parvigif() {
     local word=${COMP_WORDS[COMP_CWORD]} option=${COMP_WORDS[COMP_CWORD-1]} ended= at
     # bash parts --name=value into three words
     if [[ $word == = ]]; then
-        word=
+        word= option+==
     elif [[ $option == = ]]; then
-        option=${COMP_WORDS[COMP_CWORD-2]}
+        option=${COMP_WORDS[COMP_CWORD-2]}=
     fi
     for ((at = 1; at < COMP_CWORD; ++at)); do
         if [[ ${COMP_WORDS[at]} == -- ]]; then ended=1 option=; fi
     done
     case $option in
+    )" + GetSwitches("|", {"="}) +
+           R"()
+        mapfile -t COMPREPLY < <(compgen -W '0 1' -- "$word")
+        return ;;
+    esac
+    case ${option%=} in
 )" +
            BashCase(Value::km_File, "        compopt -o filenames 2>/dev/null\n"
                                     "        mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n") +
            BashCase(Value::km_Folder, "        compopt -o filenames 2>/dev/null\n"
                                       "        mapfile -t COMPREPLY < <(compgen -d -- \"$word\")\n") +
-           BashWordCases() + BashCase(Value::km_Anything, "") + R"(    esac
+           BashCase(Value::km_Preference, "        compopt -o nospace 2>/dev/null\n"
+                                          "        mapfile -t COMPREPLY < <(compgen -W '" +
+                                              GetSwitches(" ", {"="}) + "' -- \"$word\")\n") +
+           BashCase(Value::km_Anything, "") + R"(    esac
     if [[ $word == -* && ! $ended ]]; then
         mapfile -t COMPREPLY < <(compgen -W ')" +
            all + R"(' -- "$word")

@@ -100,6 +100,7 @@ TEST_F(FaultEverywhere, Killed) {
     }
     for (const auto& entry : fs::directory_iterator(mFolder.GetPath()))
         EXPECT_FALSE(entry.path().extension() == ".tmp") << "left over: " << entry.path();
+    EXPECT_TRUE(fs::is_empty(mRunner.GetOwnFolder() / "tmp")) << "left over by a killed run";
 }
 
 TEST_F(FaultEverywhere, KilledOnTheWayToAnotherFolder) {
@@ -191,6 +192,26 @@ TEST_F(Interruption, AContactSheetIsWholeOrAbsent) {
 }
 
 // ---- the user and the reader of the output
+
+TEST_F(Interruption, StreamsThatAreGoneCostNoPicture) {
+    DrawSamples();
+    const std::string original = Read("ball.gif");
+    int remarks[2];
+    ASSERT_EQ(pipe2(remarks, O_CLOEXEC), 0);
+    close(remarks[0]);
+    mRunner.mBeforeStart = [&] { return dup2(remarks[1], STDERR_FILENO) >= 0; };
+    mRunner.mInput = mFolder / "ball.gif";
+    const ProgramResult filtered = mRunner.Run({"-"});
+    close(remarks[1]);
+    EXPECT_EQ(filtered.mStatus, 0);
+
+    mRunner.mBeforeStart = [] { return close(STDOUT_FILENO) == 0; };
+    const ProgramResult result = mRunner.Run({"ball.gif"}); // the first file opened gets its number
+    EXPECT_EQ(result.mErr, "parvigif: standard output: Bad file descriptor\n");
+    EXPECT_EQ(result.mStatus, 1);
+    EXPECT_EQ(Read("ball.gif"), filtered.mOut);
+    EXPECT_EQ(Read("ball.gif.BAK"), original);
+}
 
 TEST_F(Interruption, CtrlCLeavesNoContactSheet) {
     DrawSamples();

@@ -82,6 +82,8 @@ TEST(Manual, BashOffersPicturesFoldersAndValues) {
     EXPECT_THAT(BashOffers(folder, "--contact-sheet b"), ElementsAre("b.txt"));
     EXPECT_THAT(BashOffers(folder, "--contact-sheet = b"), ElementsAre("b.txt"));
     EXPECT_THAT(BashOffers(folder, "--tolerance ''"), IsEmpty());
+    EXPECT_THAT(BashOffers(folder, "--set LOG"), ElementsAre("LOG=", "LOGALL="));
+    EXPECT_THAT(BashOffers(folder, "--set = LOG ="), ElementsAre("0", "1"));
     EXPECT_THAT(BashOffers(folder, "-- -"), IsEmpty());
 }
 

@@ -180,6 +180,9 @@ TEST_F(Modes, AFileThatAnotherProcessWorksOnIsLeftToIt) {
         EXPECT_EQ(result.mErr, "parvigif: in/ball.gif: skipped: another run is working on it\n");
         EXPECT_EQ(Read("in/ball.gif"), mBefore["ball.gif"]);
         EXPECT_THAT(result.mOut, HasSubstr("1 file, 1 made smaller"));
+        WriteTestFile(mFolder / "in/ball.gif.BAK", mBefore["ball.gif"]);
+        EXPECT_EQ(mRunner.Run({"--restore", "in/ball.gif"}).mErr,
+                  "parvigif: in/ball.gif: not restored: another run is working on it\n");
     }
     EXPECT_THAT(mRunner.Run({"in/ball.gif"}).mOut, HasSubstr("1 file, 1 made smaller"));
 }

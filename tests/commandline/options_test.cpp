@@ -35,6 +35,13 @@ TEST(Options, EachSetsItsPreferenceForTheRun) {
         Parse({"--no-backup", "--overwrite-backups", "--allow-crop", "--no-log", "--log-results-only", "a"})
             .mPreferences,
         all);
+    const std::map<std::string, std::uint32_t> opposites = {{"BACKUP", 1},   {"OBACK", 0}, {"ALLOWCROP", 0},
+                                                            {"LOSSLESS", 0}, {"LOG", 1},   {"LOGALL", 1}};
+    EXPECT_EQ(Parse({"--lossless", "--backup", "--keep-backups", "--no-allow-crop", "--no-lossless", "--log",
+                     "--log-all", "a"})
+                  .mPreferences,
+              opposites)
+        << "the last of two counts";
 }
 
 TEST(Options, AValueFollowsOrIsAttached) {
