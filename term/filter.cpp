@@ -78,6 +78,6 @@ void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages) {
         else if (error != 0)
             ioMessages.Error(std::string("standard output: ") + std::strerror(error));
     } catch (const NvErrorCode& error) {
-        ioMessages.Error(MizerErrorWords(error)); // no place for the picture
+        ioMessages.Error("no private copy could be made: " + MizerErrorWords(error));
     }
 }

@@ -161,7 +161,8 @@ constexpr auto kOptions = std::to_array<TermOption>({
      "Each with its value and whether that is machine-wide, this user's, or built in.",
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ListPreferences); }},
     {"set", 0, "NAME=VALUE", "Log and preferences", "store a preference for all runs to come",
-     "A switch such as BACKUP is 0 or 1. May be given several times, with or without NAMEs to work on.",
+     "A switch such as BACKUP is 0 or 1; --preferences lists them all. May be given several times, with or "
+     "without NAMEs to work on.",
      StorePreference},
     {"contact-sheet", 0, "OUT", "Output", "change no file, show all of them on a new GIF",
      "Draws the first, the middle and the last frame of every file side by side, file by file from the top "

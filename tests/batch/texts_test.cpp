@@ -114,10 +114,18 @@ protected:
     }
     bool HasLog() const { return std::filesystem::exists(mFolder / "PVGFLog.TXT"); }
 
+    /** The log without the folder's name, in which nothing is to be a pattern. */
+    std::string ReadEntries() const {
+        std::string log = ReadLog();
+        const std::string folder = mFolder / "";
+        for (std::size_t at = 0; (at = log.find(folder)) != std::string::npos;)
+            log.erase(at, folder.size());
+        return log;
+    }
+
     const std::string mTime = "[0-9]+/[0-9]+/20[0-9][0-9]  [0-9]+:[0-9]+:[0-9]+ File: ";
-    const std::string mSmaller =
-        mTime + "\"" + (mFolder / "a.gif") + "\" \n     10 bytes saved \\(40 - 30\\) 25.0%\n";
-    const std::string mUnchanged = mTime + "\"" + (mFolder / "b.gif") + "\" \n    File Unchanged.\n";
+    const std::string mSmaller = mTime + "\"a.gif\" \n     10 bytes saved \\(40 - 30\\) 25.0%\n";
+    const std::string mUnchanged = mTime + "\"b.gif\" \n    File Unchanged.\n";
 };
 
 TEST_F(LogTest, SkippedFilesLeaveNoEntry) {
@@ -131,13 +139,13 @@ TEST_F(LogTest, SkippedFilesLeaveNoEntry) {
 TEST_F(LogTest, AClearedLogIsOpenedAgainByTheNextEntry) {
     WriteTestFile(mFolder / "PVGFLog.TXT", "earlier\n");
     RunOneOfEach();
-    EXPECT_THAT(ReadLog(), MatchesRegex("earlier\n" + mSmaller + mUnchanged));
+    EXPECT_THAT(ReadEntries(), MatchesRegex("earlier\n" + mSmaller + mUnchanged));
     mBrain->ClearLog();
     EXPECT_EQ(ReadLog(), "");
     mBrain->mNewSizes.clear();
     Queue("b.gif", 40);
     mBrain->ProcessQueue();
-    EXPECT_THAT(ReadLog(), MatchesRegex(mUnchanged));
+    EXPECT_THAT(ReadEntries(), MatchesRegex(mUnchanged));
 }
 
 TEST_F(LogTest, ALogThatCannotBeOpenedIsToldForEachFileAndTheBatchGoesOn) {

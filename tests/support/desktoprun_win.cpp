@@ -170,7 +170,7 @@ std::string DesktopRun::GetPreviewText() const {
 }
 
 void DesktopRun::WaitFor(const char* inWhat, const std::function<bool()>& inCondition) {
-    constexpr int tries = 1000;
+    constexpr int tries = 6000;
     for (int i = 0; i < tries; ++i) {
         if (inCondition())
             return;

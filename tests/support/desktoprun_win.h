@@ -48,7 +48,7 @@ public:
     std::string GetCell(int inRow, int inColumn) const;
     std::string GetPreviewText() const;
 
-    /** Waits until it holds; fails the test after twenty seconds. */
+    /** Waits until it holds; fails the test after two minutes. */
     static void WaitFor(const char* inWhat, const std::function<bool()>& inCondition);
 
     /** Closes the window. @return the exit status */

@@ -44,7 +44,7 @@ def make_gif(side, frames):
 class Terminal:
     """The program in a folder of ten pictures, the third of which takes long."""
 
-    SMALL, LARGE = make_gif(8, 2), make_gif(300, 100)
+    SMALL, LARGE = make_gif(8, 2), make_gif(300, 300)
 
     def __init__(self, program, columns=80, arguments=(), takes_long=True):
         self.temporary = tempfile.TemporaryDirectory(prefix="parvigif-terminal-")
@@ -59,7 +59,7 @@ class Terminal:
         if self.pid == 0:
             os.environ.update(XDG_CONFIG_DIRS=str(folder / "machine"), XDG_CONFIG_HOME=str(folder / "user"),
                               XDG_STATE_HOME=str(folder / "state"), TMPDIR=str(folder / "tmp"), TERM="xterm",
-                              LC_ALL="C.UTF-8")
+                              LC_ALL="C.UTF-8", NO_COLOR="")
             fcntl.ioctl(0, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
             os.chdir(self.pictures)
             os.execv(program, ["parvigif", *arguments, "."])
