@@ -1,6 +1,7 @@
 #include "wnatom/wnscratch.h"
 
 #include <string_view>
+#include <vector>
 
 #include <windows.h>
 
@@ -18,21 +19,28 @@ constexpr const char* kFixedPath = "C:\\TEMP.GIF";
 constexpr std::wstring_view kPrefix = L"parvigif-scratch-";
 constexpr int kTries = 5; // the name was there, or another process took the folder for left over too soon
 
-void RemoveFilesIn(const std::string& inFolder) {
+/** Whole paths; none when somebody else has removed the folder. */
+std::vector<std::wstring> ListFiles(const std::string& inFolder) {
+    std::vector<std::wstring> paths;
     try {
         for (const std::string& name : WnListFiles(inFolder.c_str()))
-            DeleteFileW(NvWidePath(inFolder + "\\" + name).c_str());
+            paths.push_back(NvWidePath(inFolder + "\\" + name));
     } catch (const NvErrorCode&) {
-        return; // somebody else removed it
+        return {};
     }
+    return paths;
 }
 
+/** Listed first: Windows need not list what is about to be removed. */
 void RemoveIfLeftOver(const std::wstring& inFolder) {
+    const std::vector<std::wstring> files = ListFiles(NvNarrow(inFolder));
     const NvWindowsHandle mine(CreateFileW(
-        inFolder.c_str(), DELETE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+        inFolder.c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
-    if (mine.IsValid())
-        RemoveFilesIn(NvNarrow(inFolder));
+    if (!mine.IsValid())
+        return;
+    for (const std::wstring& file : files)
+        DeleteFileW(file.c_str());
 }
 
 void RemoveLeftovers(const std::wstring& inParent) {
@@ -78,7 +86,8 @@ WnPrivateFolder::WnPrivateFolder() {
 }
 
 WnPrivateFolder::~WnPrivateFolder() {
-    RemoveFilesIn(mPath);
+    for (const std::wstring& file : ListFiles(mPath))
+        DeleteFileW(file.c_str());
     mHold.reset();
     RemoveDirectoryW(NvWidePath(mPath).c_str());
 }

@@ -69,6 +69,7 @@ TEST(System, TheDataFolderLiesInTheUsersFolderForApplicationData) {
 TEST(System, TheScratchFileIsTheFixedOneUnlessThatIsTaken) {
     const TestFolder folder;
     const TestEnvironment environment(folder);
+    WriteTestFile(folder / "parvigif-scratch-dead01/TEMP.GIF", "of a killed run");
     std::string other;
     {
         const WnScratchFile fixed;
@@ -78,6 +79,7 @@ TEST(System, TheScratchFileIsTheFixedOneUnlessThatIsTaken) {
         EXPECT_TRUE(other.starts_with(folder / "parvigif-")) << other;
         EXPECT_TRUE(other.ends_with("\\TEMP.GIF")) << other;
         WriteTestFile(other, "x");
+        EXPECT_FALSE(fs::exists(folder / "parvigif-scratch-dead01"));
     }
     EXPECT_FALSE(fs::exists("C:\\TEMP.GIF"));
     EXPECT_FALSE(fs::exists(fs::path(other).parent_path()));
