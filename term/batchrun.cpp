@@ -9,9 +9,11 @@
 #include "term/panel.h"
 #include "term/terminal.h"
 #include "term/termshell.h"
+#include "win/errorwords.h"
 #include "win/mizerbrain.h"
 #include "win/mizerdelivery.h"
 #include "wnatom/wnpref.h"
+#include "wnatom/wnscratch.h"
 
 namespace {
 
@@ -56,6 +58,18 @@ std::unique_ptr<MizerDelivery> MakeDelivery(const TermInputs& inInputs, const Te
     return nullptr;
 }
 
+/** Every candidate is written to the temporary folder first: without one no file can be worked on, and an
+ * error about a file would name the wrong place. */
+bool HasTemporaryFolder(TermMessages& ioMessages) {
+    try {
+        const WnScratchFile trial;
+        return true;
+    } catch (const NvErrorCode& error) {
+        ioMessages.Error("nothing can be written to the temporary folder: " + MizerErrorWords(error));
+        return false;
+    }
+}
+
 bool WantsPanel(const TermSettings& inSettings) {
     const bool readsInput = inSettings.IsFilter() || inSettings.mNamesFile == "-";
     return inSettings.mDetail != TermDetail::km_Quiet && !inSettings.mIsJson && TermCanDraw(readsInput);
@@ -84,7 +98,7 @@ bool RunBrain(const TermInputs& inInputs, const TermSettings& inSettings, const 
 void TermProcessInputs(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
                        TermOutcomes& ioOutcomes) {
     const auto delivery = MakeDelivery(inInputs, inSettings, ioMessages);
-    if (ioMessages.GetExit() == TermExit::km_Usage)
+    if (ioMessages.GetExit() == TermExit::km_Usage || !HasTemporaryFolder(ioMessages))
         return;
     const MizerOptions options = {delivery.get(), inSettings.mLeastSaving, inSettings.mKeepsTimes,
                                   inSettings.mSkipsDone, !inSettings.IsFilter()};

@@ -43,7 +43,7 @@ int Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
     if (TermIsInterrupted())
         return EINTR;
     if (error != 0) {
-        const char* const place = std::ferror(stdin) ? "standard input: " : "no private copy could be made: ";
+        const char* const place = std::ferror(stdin) ? "standard input: " : "temporary folder: ";
         ioMessages.Error(place + std::string(std::strerror(error)));
         return 0;
     }
@@ -78,6 +78,6 @@ void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages) {
         else if (error != 0)
             ioMessages.Error(std::string("standard output: ") + std::strerror(error));
     } catch (const NvErrorCode& error) {
-        ioMessages.Error("no private copy could be made: " + MizerErrorWords(error));
+        ioMessages.Error("nothing can be written to the temporary folder: " + MizerErrorWords(error));
     }
 }

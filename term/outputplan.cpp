@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "nvcode2/nverrorcode.h"
+#include "win/errorwords.h"
 #include "win/filequeue.h"
 #include "wnatom/wnsystem.h"
 
@@ -29,9 +31,13 @@ bool IsSearched(const fs::path& inFolder, const fs::path& inParent, bool inIsRec
 
 std::string TermPlanOutput(const std::string& inFolder, const TermInputs& inInputs, bool inIsRecursive,
                            MizerOutputFolder& ioOutput) {
-    const WnFileKind kind = WnGetFileKind(inFolder.c_str());
-    if (kind != WnFileKind::km_Missing && kind != WnFileKind::km_Folder)
-        return "'--output' needs a folder, and '" + inFolder + "' is none";
+    try {
+        const WnFileKind kind = WnGetFileKind(inFolder.c_str());
+        if (kind != WnFileKind::km_Missing && kind != WnFileKind::km_Folder)
+            return "'--output' needs a folder, and '" + inFolder + "' is none";
+    } catch (const NvErrorCode& error) {
+        return "nothing can be written to '" + inFolder + "': " + MizerErrorWords(error);
+    }
     const fs::path output = Canonical(inFolder);
     for (const std::string& folder : inInputs.mFolders) {
         if (IsSearched(output, Canonical(folder), inIsRecursive))

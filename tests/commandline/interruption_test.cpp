@@ -5,6 +5,7 @@
 #include <set>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -264,6 +265,13 @@ protected:
         mOutput += first;
     }
 
+    /** Afterwards there is no room for two more lines. */
+    void WaitForFullPipe() const {
+        constexpr int lineSize = 60; // bytes
+        for (int held = 0; held <= 4096 - 2 * lineSize + 1; usleep(1000))
+            ASSERT_EQ(ioctl(mPipe[0], FIONREAD, &held), 0);
+    }
+
     /** How many files were made smaller; checks that they are the first ones and that all are whole. */
     int CountDone() {
         int done = 0;
@@ -307,6 +315,7 @@ TEST_F(LongRun, CtrlCFinishesTheFileInHandAndTellsWhatWasDone) {
 
 TEST_F(LongRun, ASecondCtrlCEndsAtOnce) {
     Start();
+    WaitForFullPipe(); // it cannot end by itself between the two
     siginfo_t ended{};
     while (waitid(P_PID, static_cast<id_t>(mProcess), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
            ended.si_pid == 0) {

@@ -100,16 +100,22 @@ class Trial:
         return complaints
 
 
-def run_kills(trial, wanted, longest):
-    """Kills the program while it works, wanted times; ends the script at the first complaint."""
+def run_kills(trial, wanted, whole_run, longest):
+    """Kills the program while it works, wanted times; ends the script at the first complaint.
+
+    How long a whole run takes changes with what else the machine does, so the guess follows."""
     kills = 0
     while kills < wanted:
         trial.restore()
+        started = time.monotonic()
         process = trial.start()
-        time.sleep(random.uniform(0, longest))
-        process.send_signal(signal.SIGKILL)
-        if process.wait() == -signal.SIGKILL:
-            kills += 1
+        try:
+            process.wait(timeout=random.uniform(0, min(whole_run, longest)))
+            whole_run = time.monotonic() - started
+        except subprocess.TimeoutExpired:
+            process.kill()
+            kills += process.wait() == -signal.SIGKILL
+            whole_run *= 1.05
         if complaints := trial.check():
             sys.exit("\n".join([f"after kill {kills}:", *complaints]))
 
@@ -134,7 +140,7 @@ def main():
         if complaints := trial.check():
             sys.exit("\n".join(["without any kill:", *complaints]))
 
-        run_kills(trial, options.kills, min(options.longest, whole_run))
+        run_kills(trial, options.kills, whole_run, options.longest)
         trial.restore()
         trial.start().wait()
         if left := [name for name in os.listdir(trial.pictures) if name.endswith(".tmp")]:
