@@ -19,6 +19,7 @@
 #include "nvcode2/nverrorcode.h"
 #include "wnatom/wnfolders_posix.h"
 #include "wnatom/wnsafefile.h"
+#include "wnatom/wnsystem.h"
 
 // A key is a text file of lines NAME=VALUE. Lines that do not read so are left alone: comments survive, and
 // a damaged line costs only itself. The file is replaced as a whole, under the lock of a file beside it,
@@ -124,20 +125,28 @@ bool ReplaceFile(const std::string& inPath, const std::vector<std::string>& inLi
     }
 }
 
-/** The lock of the writers, or -1 when another process keeps it for so long that it must be stuck. */
+/** The lock of the writers, or -1 when another process keeps it and writes nothing for so long that it must
+ * be stuck. Many that write one after the other may take any time. */
 int LockForWriting(const std::string& inPath) {
+    using Clock = std::chrono::steady_clock;
     const int lock = open((inPath + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (lock < 0)
         return -1;
     constexpr std::chrono::milliseconds pause(5); // a write takes about as long
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    constexpr std::chrono::seconds patience(10);
+    auto state = WnGetFileState(inPath.c_str());
+    auto end = Clock::now() + patience;
     while (flock(lock, LOCK_EX | LOCK_NB) != 0) {
         const bool isBusy = errno == EWOULDBLOCK || errno == EINTR;
-        if (!isBusy || std::chrono::steady_clock::now() > end) {
+        if (!isBusy || Clock::now() > end) {
             close(lock);
             return -1;
         }
         std::this_thread::sleep_for(pause);
+        if (auto now = WnGetFileState(inPath.c_str()); now != state) {
+            state = now;
+            end = Clock::now() + patience;
+        }
     }
     return lock;
 }
