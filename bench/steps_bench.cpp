@@ -13,6 +13,7 @@
 
 #include "bench/pictures.h"
 #include "nvcode2/nvanimation.h"
+#include "nvcode2/nvlzwstringtable.h"
 #include "win/pvcrop.h"
 #include "win/pvdifference.h"
 #include "win/pvfill.h"
@@ -22,6 +23,7 @@
 #include "win/pvprogress.h"
 #include "win/pvsimilar.h"
 #include "win/pvswap.h"
+#include "win/pvtableplan.h"
 
 namespace {
 
@@ -30,14 +32,16 @@ constexpr std::uint32_t km_Height = 360;
 constexpr std::uint32_t km_Frames = 20;
 constexpr std::uint32_t km_TableLimit = 128;
 
+using Frames = std::vector<std::unique_ptr<NvGIFFrame>>;
+
 class SilentHost : public PvOptHost {
     void BackupFile(const char*) override {}
     bool ReportProgress(double) override { return false; }
 };
 
-std::unique_ptr<NvAnimation> DrawMovie(PictureKind inKind) {
+Frames DrawMovie(PictureKind inKind) {
     const NvIndexedImage scene = DrawPicture(inKind, km_Width, km_Height + 2 * km_Frames);
-    auto animation = std::make_unique<NvAnimation>(std::make_shared<NvGIFGlobalInfo>(), km_Width, km_Height);
+    Frames frames;
     for (std::uint32_t i = 0; i < km_Frames; ++i) {
         const auto top = static_cast<std::int32_t>(2 * i);
         const NvRect part{0, top, km_Width, top + static_cast<std::int32_t>(km_Height)};
@@ -46,19 +50,20 @@ std::unique_ptr<NvAnimation> DrawMovie(PictureKind inKind) {
         info->mWidth = km_Width;
         info->mHeight = km_Height;
         info->mColorTable = scene.GetColorTable();
-        animation->AddFrame(std::make_unique<NvGIFFrame>(static_cast<NvIndexedImage&&>(*image),
-                                                         NvBitmapImage(km_Width, km_Height, 0, 1),
-                                                         std::move(info)));
+        frames.push_back(std::make_unique<NvGIFFrame>(static_cast<NvIndexedImage&&>(*image),
+                                                      NvBitmapImage(km_Width, km_Height, 0, 1),
+                                                      std::move(info)));
     }
-    return animation;
+    return frames;
 }
 
 /** A movie's way through the first pass; reading it apart, which bench/lzw_bench times. */
 struct Run {
-    std::unique_ptr<NvAnimation> mAnimation;
+    Frames mFrames;
     std::vector<PvFrameColours> mColours;
     PvSharedPalette mPalette;
-    std::vector<NvIndexMap> mMaps;
+    NvAnimation mAnimation{std::make_shared<NvGIFGlobalInfo>(), km_Width, km_Height};
+    PvTablePlan mPlan;
 };
 
 struct Step {
@@ -66,17 +71,22 @@ struct Step {
     std::function<void(Run&, PvProgress&)> mRun;
 };
 
+template <typename Work>
+void ForEachFrame(Run& io, const Work& inWork) {
+    for (std::unique_ptr<NvGIFFrame>& frame : io.mFrames)
+        inWork(frame);
+}
+
 const Step km_Steps[] = {
     {"count colours",
      [](Run& io, PvProgress&) {
-         for (const NvGIFFrame& frame : std::as_const(*io.mAnimation))
-             io.mColours.emplace_back(frame);
+         ForEachFrame(io, [&](const auto& frame) { io.mColours.emplace_back(*frame); });
      }},
     {"merge near colours",
      [](Run& io, PvProgress&) {
          std::vector<std::unique_ptr<NvGIFFrame>> tried;
          for (const std::uint32_t i : PvFramesToTry(km_Frames))
-             tried.emplace_back(static_cast<NvGIFFrame*>(io.mAnimation->GetFrame(i).Clone().release()));
+             tried.emplace_back(static_cast<NvGIFFrame*>(io.mFrames[i]->Clone().release()));
          MergeSimilarFrameColours(io.mColours, tried);
      }},
     {"build the palette",
@@ -87,24 +97,43 @@ const Step km_Steps[] = {
     {"difference",
      [](Run& io, PvProgress&) {
          PvDifferencer differencer(km_Width, km_Height, km_DifferenceTolerance, 0);
-         for (NvGIFFrame& frame : *io.mAnimation) {
-             frame.GetInfo().mHasLocalTable = 0;
-             differencer.Difference(frame);
+         ForEachFrame(io, [&](auto& frame) {
+             frame->GetInfo().mHasLocalTable = 0;
+             differencer.Difference(*frame);
+         });
+     }},
+    {"crop",
+     [](Run& io, PvProgress&) {
+         PvCropper cropper(km_Width, km_Height, false);
+         ForEachFrame(io, [&](auto& frame) {
+             if (auto cropped = cropper.Crop(*frame))
+                 frame = std::move(cropped);
+         });
+     }},
+    {"map and pack",
+     [](Run& io, PvProgress&) {
+         NvLZWStringTable strings;
+         for (std::size_t i = 0; i < io.mFrames.size(); ++i) {
+             NvQuantRemap(io.mFrames[i]->GetImage(), io.mColours[i].mMap, io.mPalette.mTable);
+             io.mAnimation.AddFrame(NvPackedFrame(std::move(io.mFrames[i]), strings));
          }
      }},
-    {"crop", [](Run& io, PvProgress&) { CropFrames(*io.mAnimation); }},
-    {"order the table",
+    {"plan the table and unpack",
      [](Run& io, PvProgress&) {
-         io.mAnimation->GetGlobalInfo().mColorTable = io.mPalette.mTable;
-         for (const PvFrameColours& frame : io.mColours)
-             io.mMaps.push_back(frame.mMap);
-         OrderSharedTable(*io.mAnimation, km_TableLimit, io.mMaps);
+         io.mPlan = PvPlanSharedTable(io.mAnimation, io.mPalette.mTable, km_TableLimit);
+         for (std::uint32_t i = 0; i < io.mFrames.size(); ++i)
+             io.mFrames[i] = io.mPlan.MakeFrame(io.mAnimation, i);
      }},
     {"settle undrawn pixels",
-     [](Run& io, PvProgress& progress) { FillUndrawnPixels(*io.mAnimation, progress); }},
-    {"narrow tables", [](Run& io, PvProgress&) { NarrowTables(*io.mAnimation); }},
+     [](Run& io, PvProgress&) {
+         PvUndrawnFiller filler(km_Width, km_Height);
+         ForEachFrame(io, [&](auto& frame) { filler.FillUndrawnPixels(*frame); });
+     }},
     {"exchange pixels",
-     [](Run& io, PvProgress& progress) { PvPixelSwapper().SwapAllFrames(*io.mAnimation, progress); }},
+     [](Run& io, PvProgress&) {
+         PvPixelSwapper swapper;
+         ForEachFrame(io, [&](auto& frame) { swapper.SwapIfWorthIt(*frame); });
+     }},
 };
 
 void RunStep(benchmark::State& ioState, PictureKind inKind, std::size_t inStep) {
@@ -113,7 +142,7 @@ void RunStep(benchmark::State& ioState, PictureKind inKind, std::size_t inStep) 
         ioState.PauseTiming();
         PvProgress progress(host);
         Run run;
-        run.mAnimation = DrawMovie(inKind);
+        run.mFrames = DrawMovie(inKind);
         for (std::size_t i = 0; i < inStep; ++i)
             km_Steps[i].mRun(run, progress);
         ioState.ResumeTiming();

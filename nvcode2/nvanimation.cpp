@@ -10,27 +10,22 @@ NvAnimation::NvAnimation(std::shared_ptr<NvGIFGlobalInfo> inInfo, std::uint32_t 
     NvAssert(mGlobalInfo);
 }
 
-NvGIFFrame& NvAnimation::GetFrame(std::uint32_t inIndex) {
-    NvAssert(inIndex < mFrames.size());
-    return *mFrames[inIndex];
-}
-
-const NvGIFFrame& NvAnimation::GetFrame(std::uint32_t inIndex) const {
-    NvAssert(inIndex < mFrames.size());
-    return *mFrames[inIndex];
-}
-
-void NvAnimation::AddFrame(std::unique_ptr<NvGIFFrame> inFrame) {
-    NvAssert(inFrame);
+void NvAnimation::AddFrame(NvPackedFrame inFrame) {
     mFrames.push_back(std::move(inFrame));
 }
 
-void NvAnimation::ReplaceFrame(std::uint32_t inIndex, std::unique_ptr<NvGIFFrame> inFrame) {
+const NvPackedFrame& NvAnimation::GetPackedFrame(std::uint32_t inIndex) const {
     NvAssert(inIndex < mFrames.size());
-    NvAssert(inFrame);
-    mFrames[inIndex] = std::move(inFrame);
+    return mFrames[inIndex];
 }
 
-NvColorTable* NvAnimation::GetSharedTableOf(const NvGIFFrame& inFrame) {
-    return inFrame.GetInfo().mHasLocalTable ? nullptr : &mGlobalInfo->mColorTable;
+std::unique_ptr<NvGIFFrame> NvAnimation::GetFrame(std::uint32_t inIndex) const {
+    return GetPackedFrame(inIndex).Unpack();
+}
+
+std::uint64_t NvAnimation::CountCodes() const {
+    std::uint64_t codes = 0;
+    for (const NvPackedFrame& frame : mFrames)
+        codes += frame.GetCodeCount();
+    return codes;
 }

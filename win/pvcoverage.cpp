@@ -3,17 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "nvcode2/nvanimation.h"
+#include "nvcode2/nvgifframe.h"
 
 bool PvClears(const NvGIFFrame& inFrame) {
     return inFrame.GetInfo().mDisposal == NvGIFFrameInfo::km_DisposeClear;
-}
-
-bool PvAnyFrameClears(const NvAnimation& inAnimation) {
-    for (const NvGIFFrame& frame : inAnimation)
-        if (PvClears(frame))
-            return true;
-    return false;
 }
 
 PvCoverage::PvCoverage(std::uint32_t inWidth, std::uint32_t inHeight)

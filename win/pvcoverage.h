@@ -5,12 +5,10 @@
 
 #include "nvcode2/nvgeometry.h"
 
-class NvAnimation;
 class NvGIFFrame;
 
 /** Whether a frame's rectangle is cleared when its time is over. */
 bool PvClears(const NvGIFFrame& inFrame);
-bool PvAnyFrameClears(const NvAnimation& inAnimation);
 
 /** Which pixels of the screen frames have left covered. A frame that is to be undone is not to be drawn. */
 class PvCoverage {

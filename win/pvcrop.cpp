@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "nvcode2/nvanimation.h"
+#include "nvcode2/nvgifframe.h"
 
 namespace {
 
@@ -35,16 +35,4 @@ std::unique_ptr<NvGIFFrame> PvCropper::Crop(const NvGIFFrame& inFrame) {
     if (bounds == NvRect{0, 0, info.mWidth, info.mHeight})
         return nullptr;
     return inFrame.CropCopy(bounds);
-}
-
-void CropFrames(NvAnimation& ioAnimation) {
-    PvCropper cropper(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(),
-                      PvAnyFrameClears(ioAnimation));
-    for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
-        std::unique_ptr<NvGIFFrame> cropped = cropper.Crop(ioAnimation.GetFrame(i));
-        if (!cropped)
-            continue;
-        cropped->UpdateTransparency(ioAnimation.GetSharedTableOf(*cropped), 256);
-        ioAnimation.ReplaceFrame(i, std::move(cropped));
-    }
 }

@@ -6,7 +6,6 @@
 
 #include "win/pvcoverage.h"
 
-class NvAnimation;
 class NvGIFFrame;
 
 /** Cuts transparent borders off an animation's frames, one after the other.
@@ -28,6 +27,3 @@ public:
 private:
     std::optional<PvCoverage> mCoverage; // where frames clear
 };
-
-/** The same for an animation in memory, transparency fields included. */
-void CropFrames(NvAnimation& ioAnimation);

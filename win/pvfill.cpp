@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "nvcode2/nvanimation.h"
+#include "nvcode2/nvgifframe.h"
 #include "nvcode2/nvinterlace.h"
-#include "win/pvfillcanvas.h"
-#include "win/pvfillchooser.h"
-#include "win/pvprogress.h"
 
 namespace {
 
@@ -66,20 +63,14 @@ void StorePixels(NvGIFFrame& ioFrame, const PvFillChooser::Pixels& inPixels) {
 
 } // namespace
 
-void FillUndrawnPixels(NvAnimation& ioAnimation, PvProgress& ioProgress) {
-    PvFillCanvas canvas(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight());
-    PvFillChooser chooser;
-    PvPixelChoices choices;
-    for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
-        ioProgress.ReportFrame(i, ioAnimation.GetFrameCount());
-        NvGIFFrame& frame = ioAnimation.GetFrame(i);
-        canvas.Prepare(frame);
-        if (frame.HasTransparency()) {
-            CollectPresent(frame, choices);
-            if (chooser.Begin(choices.mPresent, choices.mPixelBits) && CollectOthers(frame, canvas, choices))
-                if (const PvFillChooser::Pixels* better = chooser.Choose(choices))
-                    StorePixels(frame, *better);
-        }
-        canvas.Draw(frame);
+void PvUndrawnFiller::FillUndrawnPixels(NvGIFFrame& ioFrame) {
+    mCanvas.Prepare(ioFrame);
+    if (ioFrame.HasTransparency()) {
+        CollectPresent(ioFrame, mChoices);
+        if (mChooser.Begin(mChoices.mPresent, mChoices.mPixelBits) &&
+            CollectOthers(ioFrame, mCanvas, mChoices))
+            if (const PvFillChooser::Pixels* better = mChooser.Choose(mChoices))
+                StorePixels(ioFrame, *better);
     }
+    mCanvas.Draw(ioFrame);
 }

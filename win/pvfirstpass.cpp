@@ -6,14 +6,15 @@
 #include "nvcode2/nvanimation.h"
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvgifplayer.h"
+#include "nvcode2/nvlzwstringtable.h"
 #include "win/pvdifference.h"
 #include "win/pvframecolours.h"
 #include "win/pvframestream.h"
 #include "win/pvlookseries.h"
-#include "win/pvlossless.h"
 #include "win/pvpalette.h"
 #include "win/pvprogress.h"
 #include "win/pvsimilar.h"
+#include "win/pvtableplan.h"
 
 namespace {
 
@@ -112,36 +113,18 @@ PvColourAllowance PvFirstPass::GetAllowance(std::uint32_t inTolerance) const {
 std::unique_ptr<NvAnimation> PvFirstPass::Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
                                                   double* outStructure) {
     ioProgress.BeginStep(0.45);
-    std::unique_ptr<NvAnimation> animation = DifferenceFrames(inTolerance, ioProgress, outStructure);
-    if (!mOptions.mIsLossless)
-        OrderSharedTable(*animation, PvPaletteLimit(km_Mode), mMaps);
-    else if (ShareExactColours(*animation, ioProgress))
-        OrderSharedTable(*animation, km_MaxColours, {});
-    return animation;
-}
-
-// What is read later keeps referring to the table in the file, so that stays as it is while it is needed.
-std::shared_ptr<NvGIFGlobalInfo> PvFirstPass::MakeGlobalInfo() {
-    if (mOptions.mIsLossless)
-        return mReader.ShareGlobalInfo();
-    auto info = std::make_shared<NvGIFGlobalInfo>(*mReader.ShareGlobalInfo());
-    info->mHasGlobalTable = 1;
-    info->mSortFlag = 0;
-    info->mColorTable = mSharedTable;
-    return info;
-}
-
-std::unique_ptr<NvAnimation> PvFirstPass::DifferenceFrames(std::uint32_t inTolerance, PvProgress& ioProgress,
-                                                           double* outStructure) {
     const std::uint32_t width = mReader.GetScreenWidth();
     const std::uint32_t height = mReader.GetScreenHeight();
-    auto animation = std::make_unique<NvAnimation>(MakeGlobalInfo(), width, height);
+    // What is read later keeps referring to the table in the file, so the record is a copy.
+    auto animation = std::make_unique<NvAnimation>(
+        std::make_shared<NvGIFGlobalInfo>(*mReader.ShareGlobalInfo()), width, height);
     std::optional<FrameWatch> watch;
     if (outStructure)
         watch.emplace(mReader);
     PvFrameStream stream = OpenStream();
     PvDifferencer differencer(width, height, inTolerance, mOptions.mIsLossless ? km_MaxColours : 0);
     PvCropper cropper(width, height, stream.MayClear());
+    NvLZWStringTable strings;
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, GetFrameCount());
         std::unique_ptr<NvGIFFrame> frame = stream.Next();
@@ -155,9 +138,17 @@ std::unique_ptr<NvAnimation> PvFirstPass::DifferenceFrames(std::uint32_t inToler
         if (stream.Crops())
             if (std::unique_ptr<NvGIFFrame> cropped = cropper.Crop(*frame))
                 frame = std::move(cropped);
-        animation->AddFrame(std::move(frame));
+        if (!mOptions.mIsLossless)
+            NvQuantRemap(frame->GetImage(), mMaps[i], mSharedTable);
+        animation->AddFrame(NvPackedFrame(std::move(frame), strings));
     }
     if (watch)
         *outStructure = watch->GetMeanStructure();
     return animation;
+}
+
+PvTablePlan PvFirstPass::PlanTables(const NvAnimation& inAnimation) const {
+    if (mOptions.mIsLossless)
+        return PvPlanExactTables(inAnimation);
+    return PvPlanSharedTable(inAnimation, mSharedTable, PvPaletteLimit(km_Mode));
 }

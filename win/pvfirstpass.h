@@ -8,6 +8,7 @@
 #include "nvcode2/nvquantremap.h"
 #include "win/pvgate.h"
 #include "win/pvload.h"
+#include "win/pvtableplan.h"
 
 class NvAnimation;
 class PvFrameStream;
@@ -42,13 +43,15 @@ public:
 
     /** Reads the file again, and makes its frames as small as they can be.
      *
-     *  Precondition: when nothing may be lost, the tolerance is 0 and this is the only call.
-     *  @param inTolerance   levels per channel, see PvDifferencer
+     *  @param inTolerance   levels per channel, see PvDifferencer; 0 when nothing may be lost
      *  @param outStructure  how close the frames look as PvComparison::mMeanStructure has it; null spares the
      * time to measure that
      *  @throws NvErrorCode  as the constructor */
     std::unique_ptr<NvAnimation> Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
                                          double* outStructure = nullptr);
+
+    /** The tables that its frames get. */
+    PvTablePlan PlanTables(const NvAnimation& inAnimation) const;
 
     /** How far the colours may be from the original's after Rebuild. */
     PvColourAllowance GetAllowance(std::uint32_t inTolerance) const;
@@ -56,9 +59,6 @@ public:
 private:
     PvFrameStream OpenStream();
     void ChooseColours(PvProgress& ioProgress);
-    std::shared_ptr<NvGIFGlobalInfo> MakeGlobalInfo();
-    std::unique_ptr<NvAnimation> DifferenceFrames(std::uint32_t inTolerance, PvProgress& ioProgress,
-                                                  double* outStructure);
 
     PvFrameReader mReader;
     PvPassOptions mOptions;

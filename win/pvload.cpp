@@ -6,6 +6,7 @@
 #include "nvcode2/nverrorcode.h"
 #include "nvcode2/nvgifplayer.h"
 #include "nvcode2/nvinterlace.h"
+#include "nvcode2/nvlzwstringtable.h"
 #include "nvcode2/nvquantoctree.h"
 #include "win/pvprogress.h"
 #include "wnatom/wnsystem.h"
@@ -197,9 +198,10 @@ std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inM
         NvThrow(NvErrorCode::km_OutOfMemory);
     const std::shared_ptr<NvGIFGlobalInfo> info = reader.ShareGlobalInfo();
     auto animation = std::make_unique<NvAnimation>(info, reader.GetScreenWidth(), reader.GetScreenHeight());
+    NvLZWStringTable strings;
     for (std::uint32_t i = 0; i < reader.GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, reader.GetFrameCount());
-        animation->AddFrame(reader.ReadFrame(i));
+        animation->AddFrame(NvPackedFrame(reader.ReadFrame(i), strings));
     }
     return animation;
 }

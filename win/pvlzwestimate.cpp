@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "nvcode2/nvanimation.h"
 #include "nvcode2/nvgiffile.h"
 #include "nvcode2/nvgifframe.h"
 #include "nvcode2/nvinterlace.h"
@@ -33,16 +32,4 @@ std::uint64_t PvLZWEstimator::EstimateFrame(const NvGIFFrame& inFrame) {
     const NvConstPixelLock pixels(image);
     return EstimateLZWSize(pixels.Row(0), image.GetWidth(), image.GetHeight(), image.GetRowBytes(),
                            image.GetColorTable().GetSize(), inFrame.GetInfo().mInterlaced != 0);
-}
-
-std::uint64_t PvLZWEstimator::EstimateFrames(const NvAnimation& inAnimation) {
-    std::uint64_t bits = 0;
-    for (const NvGIFFrame& frame : inAnimation) {
-        const NvIndexedImage& image = frame.GetImage();
-        const std::uint32_t colors = image.GetHighestIndex() + 1U;
-        const NvConstPixelLock pixels(image);
-        bits += EstimateLZWSize(pixels.Row(0), image.GetWidth(), image.GetHeight(), image.GetRowBytes(),
-                                colors, frame.GetInfo().mInterlaced != 0);
-    }
-    return bits;
 }

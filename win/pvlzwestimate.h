@@ -4,7 +4,6 @@
 
 #include "win/pvlzwparser.h"
 
-class NvAnimation;
 class NvGIFFrame;
 
 /** Measures how long a frame's LZW data would be, without writing any. */
@@ -25,9 +24,6 @@ public:
 
     /** The same for a whole frame. */
     std::uint64_t EstimateFrame(const NvGIFFrame& inFrame);
-
-    /** The same for all frames together, each with no wider codes than its indices need. */
-    std::uint64_t EstimateFrames(const NvAnimation& inAnimation);
 
 private:
     PvLZWParser mParser;

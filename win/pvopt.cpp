@@ -7,9 +7,7 @@
 #include "nvcode2/nvanimation.h"
 #include "win/pvload.h"
 #include "win/pvlookcost.h"
-#include "win/pvlzwestimate.h"
 #include "win/pvprogress.h"
-#include "win/pvwrite.h"
 #include "win/wholefile.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
@@ -27,17 +25,12 @@ std::uint32_t NextTolerance(std::uint32_t inTolerance) {
 // A size told beforehand may be wrong by this much of it.
 constexpr double km_DoubtfulSize = 1.02;
 
-/** How long the frames' data is as they are. */
-double MeasureLength(const NvAnimation& inAnimation) {
-    return static_cast<double>(PvLZWEstimator().EstimateFrames(inAnimation));
-}
-
 } // namespace
 
 /** A result, written beside the file it may replace and found fit to do so. */
 struct PvOptimizer::Candidate {
-    std::unique_ptr<NvAnimation> mAnimation; // what was written; may be given up for lack of room
-    double mMovedPixels = 0.0;               // see PvColourAllowance
+    double mMovedPixels = 0.0; // see PvColourAllowance
+    double mCodes = 0.0;       // of the frames it was made of
     std::unique_ptr<WnSafeFile> mFile;
     std::uint32_t mSize = 0; // bytes
     PvComparison mComparison;
@@ -73,16 +66,15 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
     if (mOutcome.mLoadError || !mOutcome.mGateReason.empty())
         return inOriginalSize;
     if (!candidate)
-        return ReoptimizeGIFFile(inPath, inOriginalSize, nullptr, false, progress);
+        return ReoptimizeGIFFile(inPath, inOriginalSize, false, progress);
     const std::uint32_t size = candidate->mSize;
     if (!Replace(inPath, *candidate, false))
         return inOriginalSize;
     if (candidate->mMovedPixels == 0.0)
         return size; // the second pass only goes on where the first exchanged pixels
-    const std::unique_ptr<NvAnimation> written = std::move(candidate->mAnimation);
     candidate.reset();
     try {
-        return ReoptimizeGIFFile(inPath, size, written.get(), true, progress);
+        return ReoptimizeGIFFile(inPath, size, true, progress);
     } catch (const NvErrorCode&) {
         return size; // the first pass's result is in place and whole
     } catch (const std::bad_alloc&) {
@@ -131,40 +123,31 @@ PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, P
 void PvOptimizer::ReduceTolerance(const char* inPath, PvFirstPass& ioFile, std::uint32_t inTolerance,
                                   std::uint32_t inOriginalSize, std::optional<Candidate>& ioBest,
                                   PvProgress& ioProgress) {
-    double bestLength = 0.0;
     for (std::uint32_t tolerance = inTolerance;
          ioBest && tolerance > 0 && ioBest->mComparison.MayLookBetter();) {
-        ioBest->mAnimation.reset(); // there is room for one
-        const auto rebuild = [&](double* outStructure) {
-            return KeepLoadError([&] { return ioFile.Rebuild(tolerance, ioProgress, outStructure); });
-        };
-        if (bestLength == 0.0)
-            if (const std::unique_ptr<NvAnimation> best = rebuild(nullptr))
-                bestLength = MeasureLength(*best);
         tolerance = NextTolerance(tolerance);
         double structure = 1.0;
-        std::unique_ptr<NvAnimation> animation = rebuild(&structure);
-        if (mOutcome.mLoadError) {
+        std::unique_ptr<NvAnimation> animation =
+            KeepLoadError([&] { return ioFile.Rebuild(tolerance, ioProgress, &structure); });
+        if (!animation) {
             ioBest.reset(); // it is not what it was when it was read before
             return;
         }
-        const double length = MeasureLength(*animation);
         const bool mustChange = ioBest->mComparison.HasLostStructure();
         std::uint32_t sizeToBeat = inOriginalSize;
         if (!mustChange) {
-            const double size = ioBest->mSize * length / bestLength;
-            if (size > km_DoubtfulSize * ioBest->HopelessSize(1.0))
-                break; // a still smaller tolerance leaves still more to draw
+            const double size = ioBest->mSize * static_cast<double>(animation->CountCodes()) / ioBest->mCodes;
             sizeToBeat = std::min(inOriginalSize, ioBest->HopelessSize(structure));
-            if (size > km_DoubtfulSize * sizeToBeat)
+            if (size > km_DoubtfulSize * sizeToBeat) {
+                if (km_DoubtfulSize * size > ioBest->HopelessSize(1.0))
+                    break; // a still smaller tolerance leaves still more to draw
                 continue;
+            }
         }
         std::optional<Candidate> nearer =
             FinishFirstPass(inPath, ioFile, tolerance, std::move(animation), sizeToBeat, ioProgress);
-        if (!mustChange && (!nearer || nearer->Cost() > ioBest->Cost()))
-            continue;
-        ioBest = std::move(nearer);
-        bestLength = length;
+        if (mustChange || (nearer && nearer->Cost() <= ioBest->Cost()))
+            ioBest = std::move(nearer);
     }
 }
 
@@ -173,32 +156,29 @@ std::optional<PvOptimizer::Candidate>
 PvOptimizer::FinishFirstPass(const char* inPath, const PvFirstPass& inFile, std::uint32_t inTolerance,
                              std::unique_ptr<NvAnimation> inAnimation, std::uint32_t inSizeToBeat,
                              PvProgress& ioProgress) {
-    PvColourAllowance allowance = inFile.GetAllowance(inTolerance);
-    allowance.mMovedPixels = static_cast<double>(
-        mPasses.RunFirst(*inAnimation, inFile.GetBackground(), PassOptions(), ioProgress));
-    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeToBeat, *inAnimation, allowance);
+    const auto codes = static_cast<double>(inAnimation->CountCodes());
+    const PvWritten written = mPasses.RunFirst(ScratchPath(), *inAnimation, inFile.PlanTables(*inAnimation),
+                                               inFile.GetBackground(), PassOptions(), ioProgress);
+    inAnimation.reset(); // leaves its room to the check
+    std::optional<Candidate> candidate =
+        MakeCandidate(inPath, inSizeToBeat, written, inFile.GetAllowance(inTolerance));
     if (candidate)
-        candidate->mAnimation = std::move(inAnimation);
+        candidate->mCodes = codes;
     return candidate;
 }
 
-// What the first pass wrote need not be read again: the frames still in memory are those on the disk. Nor is
-// it written again unless the second pass found more pixels to exchange, since all else it does is done.
-std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar,
-                                             NvAnimation* ioWritten, bool inIsBackedUp,
+std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp,
                                              PvProgress& ioProgress) {
     ioProgress.BeginStep(0.85);
-    std::unique_ptr<NvAnimation> loaded;
-    if (!ioWritten)
-        loaded = KeepLoadError([&] { return LoadAnimation(inPath, mSettings.mMemoryLimit, ioProgress); });
-    NvAnimation* animation = ioWritten ? ioWritten : loaded.get();
+    const auto load = [&] { return LoadAnimation(inPath, mSettings.mMemoryLimit, ioProgress); };
+    std::unique_ptr<NvAnimation> animation = inIsBackedUp ? load() : KeepLoadError(load);
     if (!animation)
         return inSizeSoFar;
-    PvColourAllowance allowance; // beside what is on the disk by now
-    allowance.mMovedPixels = static_cast<double>(mPasses.RunSecond(*animation, PassOptions(), ioProgress));
-    if (inIsBackedUp && allowance.mMovedPixels == 0.0)
-        return inSizeSoFar;
-    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeSoFar, *animation, allowance);
+    const PvWritten written = mPasses.RunSecond(ScratchPath(), *animation, PassOptions(), ioProgress);
+    animation.reset();
+    if (inIsBackedUp && written.mMovedPixels == 0)
+        return inSizeSoFar; // all else it does is done
+    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeSoFar, written, PvColourAllowance());
     if (!candidate || !Replace(inPath, *candidate, inIsBackedUp))
         return inSizeSoFar;
     return candidate->mSize;
@@ -215,19 +195,25 @@ bool PvOptimizer::IsPreferred(const char* inName) const {
     return value != 0;
 }
 
-std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inPath,
-                                                                 std::uint32_t inSizeToBeat,
-                                                                 NvAnimation& ioAnimation,
-                                                                 const PvColourAllowance& inAllowance) {
+/** Where measurements are written. */
+const char* PvOptimizer::ScratchPath() {
     if (!mScratch)
         mScratch.emplace();
+    return mScratch->GetPath();
+}
+
+std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inPath,
+                                                                 std::uint32_t inSizeToBeat,
+                                                                 const PvWritten& inWritten,
+                                                                 PvColourAllowance inAllowance) {
     Candidate candidate;
-    candidate.mSize = WriteOptimizedGIF(mScratch->GetPath(), ioAnimation);
+    candidate.mSize = inWritten.mSize;
     if (candidate.mSize >= inSizeToBeat)
         return std::nullopt;
     WnCheckReplaceable(inPath);
     candidate.mFile = std::make_unique<WnSafeFile>(inPath);
-    MizerCopyFile(mScratch->GetPath(), candidate.mFile->GetTemporaryPath());
+    MizerCopyFile(ScratchPath(), candidate.mFile->GetTemporaryPath());
+    inAllowance.mMovedPixels = static_cast<double>(inWritten.mMovedPixels);
     candidate.mMovedPixels = inAllowance.mMovedPixels;
     candidate.mComparison = PvCompareGIFs(inPath, candidate.mFile->GetTemporaryPath(), inAllowance);
     mOutcome.mGateReason = candidate.mComparison.mReason;

@@ -74,8 +74,8 @@ private:
     struct Candidate;
 
     std::uint32_t RunBothPasses(const char* inPath, std::uint32_t inOriginalSize);
-    std::uint32_t ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, NvAnimation* ioWritten,
-                                    bool inIsBackedUp, PvProgress& ioProgress);
+    std::uint32_t ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp,
+                                    PvProgress& ioProgress);
     std::optional<Candidate> ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize,
                                              PvProgress& ioProgress);
     void ReduceTolerance(const char* inPath, PvFirstPass& ioFile, std::uint32_t inTolerance,
@@ -86,7 +86,8 @@ private:
                                              std::unique_ptr<NvAnimation> inAnimation,
                                              std::uint32_t inSizeToBeat, PvProgress& ioProgress);
     std::optional<Candidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
-                                           NvAnimation& ioAnimation, const PvColourAllowance& inAllowance);
+                                           const PvWritten& inWritten, PvColourAllowance inAllowance);
+    const char* ScratchPath();
     template <typename Work>
     auto KeepLoadError(const Work& inRead) -> decltype(inRead());
     PvPassOptions PassOptions() const;

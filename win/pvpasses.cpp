@@ -1,31 +1,83 @@
 #include "win/pvpasses.h"
 
+#include <utility>
+
 #include "nvcode2/nvanimation.h"
 #include "win/pvcrop.h"
 #include "win/pvfill.h"
 #include "win/pvpalette.h"
 #include "win/pvprogress.h"
+#include "win/pvtableplan.h"
 
-std::uint64_t PvPasses::RunFirst(NvAnimation& ioAnimation, const NvColor& inBackground,
-                                 const PvPassOptions& inOptions, PvProgress& ioProgress) {
-    ioProgress.BeginStep(0.65);
-    FillUndrawnPixels(ioAnimation, ioProgress);
+namespace {
+
+/** Cuts a frame's own colour table behind the highest index in use, the transparent one included, which is
+ * what the LZW code width follows from. The shared table stays whole. */
+void NarrowTable(NvGIFFrame& ioFrame) {
+    NvIndexedImage& image = ioFrame.GetImage();
+    image.GetColorTable().SetSize(image.GetHighestIndex() + 1U);
+}
+
+void ShareTable(NvGIFGlobalInfo& ioInfo, const NvColorTable& inTable) {
+    if (!(ioInfo.mColorTable == inTable))
+        ioInfo.mSortFlag = 0;
+    ioInfo.mHasGlobalTable = inTable.GetSize() > 0 ? 1 : 0;
+    ioInfo.mColorTable = inTable;
+}
+
+bool AnyFrameClears(const NvAnimation& inAnimation) {
+    for (std::uint32_t i = 0; i < inAnimation.GetFrameCount(); ++i)
+        if (inAnimation.GetPackedFrame(i).GetInfo().mDisposal == NvGIFFrameInfo::km_DisposeClear)
+            return true;
+    return false;
+}
+
+} // namespace
+
+PvWritten PvPasses::RunFirst(const char* inPath, NvAnimation& ioAnimation, PvTablePlan inPlan,
+                             const NvColor& inBackground, const PvPassOptions& inOptions,
+                             PvProgress& ioProgress) {
     ioProgress.BeginStep(0.75);
-    return Finish(ioAnimation, inBackground, inOptions, ioProgress);
+    ShareTable(ioAnimation.GetGlobalInfo(), inPlan.mShared);
+    RestoreBackgroundIndex(ioAnimation.GetGlobalInfo(), inBackground);
+    PvUndrawnFiller filler(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight());
+    const auto prepare = [&](std::uint32_t inIndex) {
+        std::unique_ptr<NvGIFFrame> frame = inPlan.MakeFrame(ioAnimation, inIndex);
+        filler.FillUndrawnPixels(*frame);
+        return frame;
+    };
+    return Write(inPath, ioAnimation, prepare, inOptions, ioProgress);
 }
 
-std::uint64_t PvPasses::RunSecond(NvAnimation& ioAnimation, const PvPassOptions& inOptions,
-                                  PvProgress& ioProgress) {
-    const NvColor background = ioAnimation.GetGlobalInfo().GetBackgroundColor();
-    if (ioAnimation.GetFrameCount() > 1 || inOptions.mCropsSingleImages)
-        CropFrames(ioAnimation);
+PvWritten PvPasses::RunSecond(const char* inPath, NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                              PvProgress& ioProgress) {
     ioProgress.BeginStep(0.95);
-    return Finish(ioAnimation, background, inOptions, ioProgress);
+    NvGIFGlobalInfo& info = ioAnimation.GetGlobalInfo();
+    RestoreBackgroundIndex(info, info.GetBackgroundColor());
+    const bool crops = ioAnimation.GetFrameCount() > 1 || inOptions.mCropsSingleImages;
+    PvCropper cropper(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(),
+                      AnyFrameClears(ioAnimation));
+    const auto prepare = [&](std::uint32_t inIndex) {
+        std::unique_ptr<NvGIFFrame> frame = ioAnimation.GetFrame(inIndex);
+        std::unique_ptr<NvGIFFrame> cropped = crops ? cropper.Crop(*frame) : nullptr;
+        if (!cropped)
+            return frame;
+        cropped->UpdateTransparency(cropped->GetInfo().mHasLocalTable ? nullptr : &info.mColorTable, 256);
+        return cropped;
+    };
+    return Write(inPath, ioAnimation, prepare, inOptions, ioProgress);
 }
 
-std::uint64_t PvPasses::Finish(NvAnimation& ioAnimation, const NvColor& inBackground,
-                               const PvPassOptions& inOptions, PvProgress& ioProgress) {
-    RestoreBackgroundIndex(ioAnimation, inBackground);
-    NarrowTables(ioAnimation);
-    return inOptions.mIsLossless ? 0 : 2 * mSwapper.SwapAllFrames(ioAnimation, ioProgress);
+PvWritten PvPasses::Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
+                          const PvPassOptions& inOptions, PvProgress& ioProgress) {
+    PvWritten written;
+    written.mSize = WriteOptimizedGIF(inPath, ioAnimation, [&](std::uint32_t inIndex) {
+        ioProgress.ReportFrame(inIndex, ioAnimation.GetFrameCount());
+        std::unique_ptr<NvGIFFrame> frame = inPrepare(inIndex);
+        NarrowTable(*frame);
+        if (!inOptions.mIsLossless)
+            written.mMovedPixels += 2 * mSwapper.SwapIfWorthIt(*frame);
+        return frame;
+    });
+    return written;
 }

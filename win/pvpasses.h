@@ -4,30 +4,39 @@
 
 #include "win/pvfirstpass.h"
 #include "win/pvswap.h"
+#include "win/pvwrite.h"
 
 class NvAnimation;
 class PvProgress;
+struct PvTablePlan;
 
-/** The two passes over an animation: which steps, in which order. */
+/** What a pass wrote. */
+struct PvWritten {
+    std::uint32_t mSize = 0;        ///< bytes
+    std::uint64_t mMovedPixels = 0; ///< that were exchanged on the way
+};
+
+/** What the two passes over an animation do to its frames, and in which order. Each frame is finished and
+ * written before the next one is looked at, so only the packed frames are all in memory. */
 class PvPasses {
 public:
     /** The first pass over what PvFirstPass rebuilt.
      *
+     *  @param inPath        created or replaced
      *  @param inBackground  what the file's background index named
-     *  @return              how many pixels were exchanged on the way
-     *  @throws NvErrorCode  3 when the progress was told to stop */
-    std::uint64_t RunFirst(NvAnimation& ioAnimation, const NvColor& inBackground,
-                           const PvPassOptions& inOptions, PvProgress& ioProgress);
+     *  @throws NvErrorCode  3 when the progress was told to stop; those of NvFile */
+    PvWritten RunFirst(const char* inPath, NvAnimation& ioAnimation, PvTablePlan inPlan,
+                       const NvColor& inBackground, const PvPassOptions& inOptions, PvProgress& ioProgress);
 
     /** The second pass, over what is on the disk after the first: crops and exchanges pixels once more.
      *
-     *  @return              how many pixels were exchanged
-     *  @throws NvErrorCode  3 when the progress was told to stop */
-    std::uint64_t RunSecond(NvAnimation& ioAnimation, const PvPassOptions& inOptions, PvProgress& ioProgress);
+     *  @throws NvErrorCode  as RunFirst */
+    PvWritten RunSecond(const char* inPath, NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                        PvProgress& ioProgress);
 
 private:
-    std::uint64_t Finish(NvAnimation& ioAnimation, const NvColor& inBackground,
-                         const PvPassOptions& inOptions, PvProgress& ioProgress);
+    PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
+                    const PvPassOptions& inOptions, PvProgress& ioProgress);
 
     PvPixelSwapper mSwapper;
 };

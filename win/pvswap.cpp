@@ -3,11 +3,10 @@
 #include <memory>
 #include <utility>
 
-#include "nvcode2/nvanimation.h"
+#include "nvcode2/nvgifframe.h"
 #include "nvcode2/nvpixelpairs.h"
 #include "nvcode2/nvpostdither.h"
 #include "win/pvlookcost.h"
-#include "win/pvprogress.h"
 
 namespace {
 
@@ -84,22 +83,13 @@ std::uint32_t PvPixelSwapper::Search(NvGIFFrame& ioFrame, std::int32_t inSparedI
     return exchanged;
 }
 
-std::uint64_t PvPixelSwapper::SwapAllFrames(NvAnimation& ioAnimation, PvProgress& ioProgress) {
-    std::uint64_t exchanged = 0;
-    for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
-        ioProgress.ReportFrame(i, ioAnimation.GetFrameCount());
-        NvGIFFrame& frame = ioAnimation.GetFrame(i);
-        const std::uint32_t candidates = CountSwapCandidates(frame);
-        if (candidates > 0) // most frames have none, sparing an index or not
-            exchanged += SwapIfWorthIt(frame, candidates);
-    }
-    return exchanged;
-}
-
-std::uint32_t PvPixelSwapper::SwapIfWorthIt(NvGIFFrame& ioFrame, std::uint32_t inCandidates) {
+std::uint32_t PvPixelSwapper::SwapIfWorthIt(NvGIFFrame& ioFrame) {
+    const std::uint32_t candidates = CountSwapCandidates(ioFrame);
+    if (candidates == 0)
+        return 0; // most frames have none, sparing an index or not
     const std::unique_ptr<NvImage> copy = ioFrame.Clone();
     auto& original = static_cast<NvGIFFrame&>(*copy);
-    const std::uint32_t exchanged = AreTooMany(inCandidates, ioFrame)
+    const std::uint32_t exchanged = AreTooMany(candidates, ioFrame)
                                         ? PostDitherSparing(ioFrame, SparedIndex(ioFrame))
                                         : Search(ioFrame, SparedIndex(ioFrame));
     if (exchanged == 0)

@@ -5,9 +5,7 @@
 #include "win/pvlzwestimate.h"
 #include "win/pvswapsearch.h"
 
-class NvAnimation;
 class NvGIFFrame;
-class PvProgress;
 
 /** Exchanges neighbouring pixels of frames where that makes their LZW data shorter and the eye does not
  * notice.
@@ -35,18 +33,16 @@ public:
     /** Works on a frame with transparency; the transparent index is never moved. */
     Result SwapPixelPairs(NvGIFFrame& ioFrame, std::uint8_t inTransparentIndex);
 
-    /** Works on every frame of an animation. What became of a frame is kept only when it lowers that frame's
-     * estimate by more than the look it costs is worth (see PvLookCost): post-dithering raises it on many
-     * pictures, and exchanged pixels roughen what was smooth.
+    /** Works on a frame as it is, and keeps what became of it only when it lowers the estimate by more than
+     * the look it costs is worth (see PvLookCost): post-dithering raises it on many pictures, and exchanged
+     * pixels roughen what was smooth.
      *
-     *  @return  pairs that changed places in all frames
-     *  @throws NvErrorCode  3 when the progress was told to stop; some frames are then done, others not */
-    std::uint64_t SwapAllFrames(NvAnimation& ioAnimation, PvProgress& ioProgress);
+     *  @return  pairs that changed places */
+    std::uint32_t SwapIfWorthIt(NvGIFFrame& ioFrame);
 
 private:
     Result Swap(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
     std::uint32_t Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
-    std::uint32_t SwapIfWorthIt(NvGIFFrame& ioFrame, std::uint32_t inCandidates);
 
     PvSwapSearch mSearch;
     PvLZWEstimator mEstimator;

@@ -12,27 +12,26 @@ bool NeedsGraphicControl(const NvGIFFrameInfo& inInfo, bool inIsStill) {
 
 } // namespace
 
-std::uint32_t WriteOptimizedGIF(const char* inPath, NvAnimation& ioAnimation) {
+std::uint32_t WriteOptimizedGIF(const char* inPath, NvAnimation& ioAnimation,
+                                const PvFrameFinisher& inFinish) {
     NvGIFGlobalInfo& global = ioAnimation.GetGlobalInfo();
     const bool isStill = ioAnimation.GetFrameCount() == 1;
-    bool needs89a = global.mHasLoop || global.mComments.GetFirst();
-    for (NvGIFFrame& frame : ioAnimation) {
-        NvGIFFrameInfo& info = frame.GetInfo();
-        info.mHasGraphicControl = NeedsGraphicControl(info, isStill) ? 1 : 0;
-        needs89a = needs89a || info.mHasGraphicControl;
-        if (info.mHasLocalTable)
-            info.mColorTable = frame.GetImage().GetColorTable();
-    }
-    if (needs89a)
-        global.mVersionFlag = 1;
-
     NvGIFFile file;
     file.Open(NvFileLocator(inPath), NvFile::km_WritePerm);
     file.SetScreenSize(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight());
     file.SetNumberOfFrames(ioAnimation.GetFrameCount());
     file.SetGlobalInfo(ioAnimation.ShareGlobalInfo());
-    for (const NvGIFFrame& frame : ioAnimation)
-        file.WriteFrame(frame.GetImage(), frame.GetInfo());
+    for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
+        const std::unique_ptr<NvGIFFrame> frame = inFinish(i);
+        NvGIFFrameInfo& info = frame->GetInfo();
+        info.mHasGraphicControl = NeedsGraphicControl(info, isStill) ? 1 : 0;
+        if (info.mHasLocalTable)
+            info.mColorTable = frame->GetImage().GetColorTable();
+        // Written ahead of the first frame, and animations are of the later version.
+        if (info.mHasGraphicControl || !isStill || global.mHasLoop || global.mComments.GetFirst())
+            global.mVersionFlag = 1;
+        file.WriteFrame(frame->GetImage(), info);
+    }
     file.Close();
     return file.GetWrittenLength();
 }

@@ -1,8 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 
 class NvAnimation;
+class NvGIFFrame;
+
+/** Makes a frame of an animation ready to be written: its tables as they are to be. */
+using PvFrameFinisher = std::function<std::unique_ptr<NvGIFFrame>(std::uint32_t inIndex)>;
 
 /** Writes an animation as a GIF file.
  *
@@ -10,7 +16,9 @@ class NvAnimation;
  * one; a still picture says nothing by its disposal and does without. The version is "89a" when anything in
  * the file needs it.
  *
- *  @param inPath  created or replaced
- *  @return        the file's length in bytes
- *  @throws NvErrorCode  those of NvFile; what is at inPath is then not a whole file */
-std::uint32_t WriteOptimizedGIF(const char* inPath, NvAnimation& ioAnimation);
+ *  @param inPath     created or replaced
+ *  @param inFinish   called for each frame in order, when those in front of it have been written
+ *  @return           the file's length in bytes
+ *  @throws NvErrorCode  those of NvFile and of inFinish; what is at inPath is then not a whole file */
+std::uint32_t WriteOptimizedGIF(const char* inPath, NvAnimation& ioAnimation,
+                                const PvFrameFinisher& inFinish);

@@ -88,7 +88,7 @@ TEST(GIFFrame, FindsAnIndexForWhatIsNotDrawn) {
         info.mHasTransparency = row.mPresent >= 0;
         info.mTransparentIndex = static_cast<std::uint8_t>(std::max(row.mPresent, 0));
         gif.mTable = firstGreys(static_cast<std::uint32_t>(std::max(row.mSharedSize, 0)));
-        NvColorTable shared = MakeAnimation(gif)->GetGlobalInfo().mColorTable;
+        NvColorTable shared = MakeAnimation(gif)->mInfo->mColorTable;
 
         frame.UpdateTransparency(isShared ? &shared : nullptr, row.mLimit);
 

@@ -38,11 +38,11 @@ TEST(GIFPlayer, ShowsWhatAPlainPlayerShows) {
         for (TestFrame& frame : gif.mFrames)
             frame.mDisposal = (frame.mDisposal + seed) % 8;
         const std::vector<TestCanvas> expected = Play(gif);
-        const std::unique_ptr<NvAnimation> animation = MakeAnimation(gif);
+        const std::unique_ptr<TestAnimation> animation = MakeAnimation(gif);
         NvGIFPlayer player(gif.mWidth, gif.mHeight);
         NvGIFPlayer maskless(gif.mWidth, gif.mHeight);
         TestCanvas before = CanvasOf(player);
-        for (std::uint32_t i = 0; i < animation->GetFrameCount(); ++i) {
+        for (std::uint32_t i = 0; i < animation->mFrames.size(); ++i) {
             const NvGIFFrame& frame = animation->GetFrame(i);
             player.ShowFrame(frame);
             const TestCanvas now = CanvasOf(player);

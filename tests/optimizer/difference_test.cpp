@@ -12,15 +12,15 @@ namespace {
 const TestTable km_Colors = {0x646464, 0x806464, 0x646480, 0x484848, 0x816464,
                              0x646447, 0x966464, 0x636464, 0x000000, 0xFFFFFF};
 
-void DifferenceFrames(NvAnimation& ioAnimation, std::uint32_t inTolerance) {
-    PvDifferencer differencer(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(), inTolerance, 128);
-    for (NvGIFFrame& frame : ioAnimation) {
-        differencer.Difference(frame);
-        frame.UpdateTransparency(ioAnimation.GetSharedTableOf(frame), 128);
+void DifferenceFrames(const TestAnimation& inAnimation, std::uint32_t inTolerance) {
+    PvDifferencer differencer(inAnimation.mWidth, inAnimation.mHeight, inTolerance, 128);
+    for (const auto& frame : inAnimation.mFrames) {
+        differencer.Difference(*frame);
+        frame->UpdateTransparency(inAnimation.GetSharedTableOf(*frame), 128);
     }
 }
 
-std::unique_ptr<NvAnimation> Difference(const std::vector<TestFrame>& inFrames) {
+std::unique_ptr<TestAnimation> Difference(const std::vector<TestFrame>& inFrames) {
     TestGIF gif = Movie(inFrames);
     gif.mTable = km_Colors;
     gif.mTable.resize(16);

@@ -18,9 +18,9 @@ std::pair<TestGIF, double> Stream(const TestGIF& inGIF) {
     const TestFolder folder;
     PvFrameReader reader(WriteTestFile(folder / "test.gif", EncodeGIF(inGIF)).c_str());
     PvFrameStream stream(reader, false);
-    NvAnimation animation(reader.ShareGlobalInfo(), reader.GetScreenWidth(), reader.GetScreenHeight());
+    TestAnimation animation(reader.ShareGlobalInfo(), reader.GetScreenWidth(), reader.GetScreenHeight());
     while (std::unique_ptr<NvGIFFrame> frame = stream.Next())
-        animation.AddFrame(std::move(frame));
+        animation.mFrames.push_back(std::move(frame));
     return {Describe(animation), stream.GetFlattenError()};
 }
 

@@ -13,9 +13,9 @@ constexpr std::uint64_t km_Plenty = std::uint64_t{1} << 30;
 
 class LoadTest : public OptimizerTest {
 protected:
-    std::unique_ptr<NvAnimation> Load(const std::string& inPath, std::uint64_t inMemoryLimit = km_Plenty) {
+    std::unique_ptr<TestAnimation> Load(const std::string& inPath, std::uint64_t inMemoryLimit = km_Plenty) {
         PvProgress progress(mHost);
-        return LoadAnimation(inPath.c_str(), inMemoryLimit, progress);
+        return std::make_unique<TestAnimation>(*LoadAnimation(inPath.c_str(), inMemoryLimit, progress));
     }
 };
 

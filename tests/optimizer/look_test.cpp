@@ -14,11 +14,11 @@ namespace {
 
 class LookTest : public OptimizerTest {
 protected:
-    static std::uint64_t BitsOf(const NvAnimation& inAnimation) {
+    static std::uint64_t BitsOf(const TestAnimation& inAnimation) {
         PvLZWEstimator estimator;
         std::uint64_t bits = 0;
-        for (const NvGIFFrame& frame : inAnimation)
-            bits += estimator.EstimateFrame(frame);
+        for (const auto& frame : inAnimation.mFrames)
+            bits += estimator.EstimateFrame(*frame);
         return bits;
     }
 
@@ -54,14 +54,16 @@ TEST_F(LookTest, UndrawnPixelsAreDrawnWhereThatIsShorterAndNobodySeesIt) {
     for (std::uint32_t seed = 0; seed < 150; ++seed) {
         SCOPED_TRACE(seed);
         PvProgress progress(mHost);
-        const auto animation = LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress);
-        const std::vector<TestCanvas> shown = Play(Describe(*animation));
-        const std::uint64_t bits = BitsOf(*animation);
-        FillUndrawnPixels(*animation, progress);
-        EXPECT_EQ(Play(Describe(*animation)), shown);
-        EXPECT_LE(BitsOf(*animation), bits);
+        const TestAnimation animation(*LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress));
+        const std::vector<TestCanvas> shown = Play(Describe(animation));
+        const std::uint64_t bits = BitsOf(animation);
+        PvUndrawnFiller filler(animation.mWidth, animation.mHeight);
+        for (const auto& frame : animation.mFrames)
+            filler.FillUndrawnPixels(*frame);
+        EXPECT_EQ(Play(Describe(animation)), shown);
+        EXPECT_LE(BitsOf(animation), bits);
         before += bits;
-        after += BitsOf(*animation);
+        after += BitsOf(animation);
     }
     EXPECT_LT(after, before);
 }
@@ -91,12 +93,12 @@ TEST_F(LookTest, PixelsThatStayedAreNotMeasuredAgain) {
     for (std::uint32_t seed = 300; seed < 340; ++seed) {
         SCOPED_TRACE(seed);
         const TestGIF gif = RandomGIF(seed);
-        const std::unique_ptr<NvAnimation> animation = MakeAnimation(gif);
+        const std::unique_ptr<TestAnimation> animation = MakeAnimation(gif);
         NvGIFPlayer player(gif.mWidth, gif.mHeight);
         const NvGIFPlayer blank(gif.mWidth, gif.mHeight);
         PvLookMeter meter(gif.mWidth, gif.mHeight);
-        for (const NvGIFFrame& frame : *animation) {
-            player.ShowFrame(frame);
+        for (const auto& frame : animation->mFrames) {
+            player.ShowFrame(*frame);
             std::vector<NvGIFPlayer::Columns> changed;
             for (std::uint32_t y = 0; y < gif.mHeight; ++y)
                 changed.push_back(player.GetChangedColumns(y));

@@ -8,6 +8,7 @@
 #include "win/pvframecolours.h"
 #include "win/pvpalette.h"
 #include "win/pvsimilar.h"
+#include "win/pvtableplan.h"
 
 namespace {
 
@@ -30,32 +31,32 @@ TestGIF NoiseMovie(std::uint32_t inFrames, std::uint32_t inColors, std::uint32_t
     return gif;
 }
 
-std::vector<PvFrameColours> ColoursOf(const NvAnimation& inAnimation) {
+std::vector<PvFrameColours> ColoursOf(const TestAnimation& inAnimation) {
     std::vector<PvFrameColours> colours;
-    for (const NvGIFFrame& frame : inAnimation)
-        colours.emplace_back(frame);
+    for (const auto& frame : inAnimation.mFrames)
+        colours.emplace_back(*frame);
     return colours;
 }
 
 /** Has the frames show what became of their colours. */
-void UseColours(NvAnimation& ioAnimation, const std::vector<PvFrameColours>& inColours,
+void UseColours(const TestAnimation& inAnimation, const std::vector<PvFrameColours>& inColours,
                 const NvColorTable& inShared, std::uint32_t inTableLimit) {
-    ioAnimation.GetGlobalInfo().mHasGlobalTable = 1;
-    ioAnimation.GetGlobalInfo().mColorTable = inShared;
+    inAnimation.mInfo->mHasGlobalTable = 1;
+    inAnimation.mInfo->mColorTable = inShared;
     for (std::uint32_t i = 0; i < inColours.size(); ++i) {
-        NvGIFFrame& frame = ioAnimation.GetFrame(i);
+        NvGIFFrame& frame = inAnimation.GetFrame(i);
         NvQuantRemap(frame.GetImage(), inColours[i].mMap, inShared);
         frame.GetInfo().mHasLocalTable = 0;
-        frame.UpdateTransparency(&ioAnimation.GetGlobalInfo().mColorTable, inTableLimit);
+        frame.UpdateTransparency(&inAnimation.mInfo->mColorTable, inTableLimit);
     }
 }
 
-double BuildPalette(NvAnimation& ioAnimation, PvPaletteMode inMode = PvPaletteMode::km_Normal) {
+double BuildPalette(const TestAnimation& inAnimation, PvPaletteMode inMode = PvPaletteMode::km_Normal) {
     TestHost host;
     PvProgress progress(host);
-    std::vector<PvFrameColours> colours = ColoursOf(ioAnimation);
+    std::vector<PvFrameColours> colours = ColoursOf(inAnimation);
     const PvSharedPalette palette = BuildGlobalPalette(colours, inMode, progress);
-    UseColours(ioAnimation, colours, palette.mTable, PvPaletteLimit(inMode));
+    UseColours(inAnimation, colours, palette.mTable, PvPaletteLimit(inMode));
     return palette.mWorstError;
 }
 
@@ -64,7 +65,7 @@ PvFrameColours MergeSimilar(const TestGIF& inGIF, double& outError) {
     const auto animation = MakeAnimation(inGIF);
     std::vector<PvFrameColours> colours = ColoursOf(*animation);
     std::vector<std::unique_ptr<NvGIFFrame>> tried;
-    tried.emplace_back(static_cast<NvGIFFrame*>(animation->GetFrame(0).Clone().release()));
+    tried.push_back(CloneFrame(animation->GetFrame(0)));
     outError = MergeSimilarFrameColours(colours, tried);
     return colours[0];
 }
@@ -117,8 +118,7 @@ TEST(Palette, ColoursThatNoPixelShowsTakeNoRoom) {
     gif.mFrames[0].mTransparent = 100;
     const auto animation = MakeAnimation(gif);
     EXPECT_EQ(BuildPalette(*animation), 0.0);
-    EXPECT_EQ(animation->GetGlobalInfo().mColorTable.GetSize(), 101u)
-        << "100 colours and a transparent entry";
+    EXPECT_EQ(animation->mInfo->mColorTable.GetSize(), 101u) << "100 colours and a transparent entry";
 }
 
 TEST(Palette, AnAnimationThatDrawsNothingGetsOneEntry) {
@@ -161,41 +161,45 @@ TEST(Palette, ARepeatedColourGoesToItsFirstOccurrence) {
     gif.mFrames[1].mTransparent = 11;
     const auto animation = MakeAnimation(gif);
     std::vector<PvFrameColours> colours = ColoursOf(*animation);
-    NvColorTable merged = animation->GetGlobalInfo().mColorTable;
+    NvColorTable merged = animation->mInfo->mColorTable;
     MergeDuplicateColours(colours, merged);
     UseColours(*animation, colours, merged, 16);
     EXPECT_EQ(Rows(animation->GetFrame(0)), "01234567839a");
     EXPECT_EQ(Rows(animation->GetFrame(1)), "393.");
     TestTable expected = gif.mTable;
     expected.erase(expected.begin() + 9);
-    const NvColorTable& table = animation->GetGlobalInfo().mColorTable;
+    const NvColorTable& table = animation->mInfo->mColorTable;
     ASSERT_EQ(table.GetSize(), expected.size());
     for (std::uint32_t i = 0; i < table.GetSize(); ++i)
         EXPECT_EQ(table.GetColor(i).green, expected[i] >> 8 & 0xFF) << i;
 }
 
+/** The animation with the tables that are planned for it. */
+TestGIF WithPlannedTables(const TestAnimation& inAnimation, std::uint32_t inLimit) {
+    const auto packed = inAnimation.Pack();
+    PvTablePlan plan = PvPlanSharedTable(*packed, inAnimation.mInfo->mColorTable, inLimit);
+    TestAnimation result(inAnimation.mInfo, inAnimation.mWidth, inAnimation.mHeight);
+    for (std::uint32_t i = 0; i < packed->GetFrameCount(); ++i)
+        result.mFrames.push_back(plan.MakeFrame(*packed, i));
+    result.mInfo->mColorTable = plan.mShared;
+    return Describe(result);
+}
+
 TEST(Palette, SharedTableIsOrderedByFramesThenPixelsAndUnusedColoursGo) {
     const TestGIF gif = Movie({Picture("44447"), Picture("7955555"), Picture("9.7"), Picture("7")});
-    const auto animation = MakeAnimation(gif);
-    OrderSharedTable(*animation, 128, {});
-    const TestGIF result = Describe(*animation);
+    const TestGIF result = WithPlannedTables(*MakeAnimation(gif), 128);
     EXPECT_EQ(result.mTable, (TestTable{gif.mTable[7], gif.mTable[9], gif.mTable[5], gif.mTable[4]}));
     EXPECT_EQ(CompareGIFs(gif, result).mDiffering, 0u);
     EXPECT_EQ(result.mFrames[2].mTransparent, 2) << "the lowest free index";
 }
 
-TEST(Palette, FramesAreNarrowedToTheirHighestIndexAndTheSharedTableStays) {
-    TestGIF gif = Movie({Picture("0000"), Picture("3.00"), Picture("0009")});
-    gif.mFrames[1].mTransparent = 15;
-    gif.mFrames[2].mLocalTable = Greys(16);
-    const auto animation = MakeAnimation(gif);
-    NarrowTables(*animation);
-    std::vector<std::uint32_t> sizes;
-    for (const NvGIFFrame& frame : std::as_const(*animation))
-        sizes.push_back(frame.GetImage().GetColorTable().GetSize());
-    EXPECT_THAT(sizes, testing::ElementsAre(1, 16, 10));
-    EXPECT_EQ(animation->GetGlobalInfo().mColorTable.GetSize(), 16u);
-    Describe(*animation);
+TEST(Palette, UndrawnPixelsGetAnEntryMoreOrThatOfTheCheapestColour) {
+    const TestGIF gif = Movie({Picture("0112"), Picture("0.12")});
+    const TestGIF larger = WithPlannedTables(*MakeAnimation(gif), 128);
+    EXPECT_EQ(larger.mTable.size(), 4u);
+    EXPECT_EQ(larger.mFrames[1].mTransparent, 3);
+    EXPECT_EQ(CompareGIFs(gif, larger).mDiffering, 0u);
+    EXPECT_EQ(WithPlannedTables(*MakeAnimation(gif), 3).mTable.size(), 3u);
 }
 
 TEST(Palette, BackgroundIsTheNearestEntryTheLowestOfEquals) {
@@ -215,7 +219,7 @@ TEST(Palette, BackgroundIsTheNearestEntryTheLowestOfEquals) {
         gif.mTable = table;
         gif.mBackground = 77;
         const auto animation = MakeAnimation(gif);
-        RestoreBackgroundIndex(*animation, background);
+        RestoreBackgroundIndex(*animation->mInfo, background);
         const TestGIF described = Describe(*animation);
         EXPECT_EQ(described.mTable, result);
         EXPECT_EQ(described.mBackground, index);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "nvcode2/nvlzwstringtable.h"
 #include "tests/support/testfolder.h"
 
 namespace {
@@ -75,7 +76,25 @@ void ExpectTablesAgree(const NvGIFFrame& inFrame, const NvColorTable& inSharedTa
 
 } // namespace
 
-std::unique_ptr<NvAnimation> MakeAnimation(const TestGIF& inGIF) {
+TestAnimation::TestAnimation(const NvAnimation& inPacked)
+    : TestAnimation(inPacked.ShareGlobalInfo(), inPacked.GetScreenWidth(), inPacked.GetScreenHeight()) {
+    for (std::uint32_t i = 0; i < inPacked.GetFrameCount(); ++i)
+        mFrames.push_back(inPacked.GetFrame(i));
+}
+
+std::unique_ptr<NvAnimation> TestAnimation::Pack() const {
+    auto packed = std::make_unique<NvAnimation>(mInfo, mWidth, mHeight);
+    NvLZWStringTable strings;
+    for (const auto& frame : mFrames)
+        packed->AddFrame(NvPackedFrame(CloneFrame(*frame), strings));
+    return packed;
+}
+
+std::unique_ptr<NvGIFFrame> CloneFrame(const NvGIFFrame& inFrame) {
+    return std::unique_ptr<NvGIFFrame>(static_cast<NvGIFFrame*>(inFrame.Clone().release()));
+}
+
+std::unique_ptr<TestAnimation> MakeAnimation(const TestGIF& inGIF) {
     auto info = std::make_shared<NvGIFGlobalInfo>();
     info->mColorResolution = 8;
     info->mHasGlobalTable = inGIF.mTable.empty() ? 0 : 1;
@@ -86,9 +105,9 @@ std::unique_ptr<NvAnimation> MakeAnimation(const TestGIF& inGIF) {
     info->mLoopCount = static_cast<std::uint16_t>(inGIF.mLoop.value_or(0));
     for (const std::string& comment : inGIF.mComments)
         info->mComments.Append(comment);
-    auto animation = std::make_unique<NvAnimation>(info, inGIF.mWidth, inGIF.mHeight);
+    auto animation = std::make_unique<TestAnimation>(info, inGIF.mWidth, inGIF.mHeight);
     for (const TestFrame& frame : inGIF.mFrames)
-        animation->AddFrame(MakeFrame(frame, info->mColorTable));
+        animation->mFrames.push_back(MakeFrame(frame, info->mColorTable));
     return animation;
 }
 
@@ -125,10 +144,11 @@ TestFrame Describe(const NvGIFFrameInfo& inInfo, const NvIndexedImage& inImage) 
     return frame;
 }
 
-TestGIF Describe(const NvAnimation& inAnimation) {
-    const NvGIFGlobalInfo& global = inAnimation.GetGlobalInfo();
-    TestGIF gif = Describe(global, inAnimation.GetScreenWidth(), inAnimation.GetScreenHeight());
-    for (const NvGIFFrame& shown : inAnimation) {
+TestGIF Describe(const TestAnimation& inAnimation) {
+    const NvGIFGlobalInfo& global = *inAnimation.mInfo;
+    TestGIF gif = Describe(global, inAnimation.mWidth, inAnimation.mHeight);
+    for (const auto& shownFrame : inAnimation.mFrames) {
+        const NvGIFFrame& shown = *shownFrame;
         SCOPED_TRACE("frame " + std::to_string(gif.mFrames.size()));
         ExpectTablesAgree(shown, global.mColorTable);
         const TestFrame frame = Describe(shown.GetInfo(), shown.GetImage());

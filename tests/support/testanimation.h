@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "nvcode2/nvanimation.h"
@@ -9,12 +10,33 @@
 #include "win/pvopt.h"
 #include "win/pvprogress.h"
 
+/** An animation whose frames are at hand. */
+struct TestAnimation {
+    TestAnimation(std::shared_ptr<NvGIFGlobalInfo> inInfo, std::uint32_t inWidth, std::uint32_t inHeight)
+        : mInfo(std::move(inInfo)), mWidth(inWidth), mHeight(inHeight) {}
+    explicit TestAnimation(const NvAnimation& inPacked);
+
+    NvGIFFrame& GetFrame(std::size_t inIndex) const { return *mFrames.at(inIndex); }
+    /** The shared table for a frame that uses it. */
+    NvColorTable* GetSharedTableOf(const NvGIFFrame& inFrame) const {
+        return inFrame.GetInfo().mHasLocalTable ? nullptr : &mInfo->mColorTable;
+    }
+    std::unique_ptr<NvAnimation> Pack() const;
+
+    std::shared_ptr<NvGIFGlobalInfo> mInfo;
+    std::uint32_t mWidth;
+    std::uint32_t mHeight;
+    std::vector<std::unique_ptr<NvGIFFrame>> mFrames;
+};
+
+std::unique_ptr<NvGIFFrame> CloneFrame(const NvGIFFrame& inFrame);
+
 /** The animation in memory that loading a sound file of this content would give. */
-std::unique_ptr<NvAnimation> MakeAnimation(const TestGIF& inGIF);
+std::unique_ptr<TestAnimation> MakeAnimation(const TestGIF& inGIF);
 
 /** What an animation in memory says, so that it can be played and compared. Fails the test when mask,
  *  indices, tables and transparency fields of a frame contradict each other. */
-TestGIF Describe(const NvAnimation& inAnimation);
+TestGIF Describe(const TestAnimation& inAnimation);
 
 /** A file without its frames, and one frame of it, from what the library has read. */
 TestGIF Describe(const NvGIFGlobalInfo& inInfo, std::uint32_t inWidth, std::uint32_t inHeight);

@@ -1,0 +1,51 @@
+// Frames at rest come back as they were.
+
+#include <gtest/gtest.h>
+
+#include "nvcode2/nvlzwstringtable.h"
+#include "nvcode2/nvpackedframe.h"
+#include "tests/gif/giffiles.h"
+#include "tests/support/randomgif.h"
+#include "tests/support/testanimation.h"
+
+namespace {
+
+/** A still of as many colours, each pixel's index by chance. */
+TestGIF Noise(std::uint32_t inColors, std::uint32_t inSize, std::uint32_t inSeed) {
+    TestRandom random(inSeed);
+    TestFrame frame;
+    frame.mWidth = frame.mHeight = inSize;
+    frame.mPixels = RandomPixels(random, TestTexture::km_Noise, inSize, inSize, inColors);
+    TestGIF gif = Movie({frame});
+    gif.mTable = Greys(256);
+    return gif;
+}
+
+TEST(PackedFrame, ComesBackAsItWas) {
+    std::vector<TestGIF> gifs = {Noise(2, 300, 1), Noise(7, 200, 2), Noise(256, 100, 3)};
+    gifs.push_back(Movie({Picture(std::string(5000, '0'))}));
+    for (std::uint32_t seed = 0; seed < 150; ++seed)
+        gifs.push_back(SoundRandomGIF(seed));
+    NvLZWStringTable strings;
+    for (const TestGIF& gif : gifs) {
+        const auto animation = MakeAnimation(gif);
+        const TestAnimation result(*animation->Pack());
+        EXPECT_EQ(Play(Describe(result)), Play(gif));
+        for (std::size_t i = 0; i < gif.mFrames.size(); ++i)
+            EXPECT_EQ(result.GetFrame(i).GetInfo().mDisposal, gif.mFrames[i].mDisposal);
+    }
+}
+
+TEST(PackedFrame, AMaskIsKeptWhereEveryIndexIsDrawn) {
+    const auto animation = MakeAnimation(Noise(256, 100, 4));
+    NvGIFFrame& frame = animation->GetFrame(0);
+    {
+        const NvPixelLock mask(frame.GetMask());
+        mask.Row(99)[0] = 0;
+    }
+    NvLZWStringTable strings;
+    const auto copy = NvPackedFrame(CloneFrame(frame), strings).Unpack();
+    EXPECT_EQ(Rows(*copy), Rows(frame));
+}
+
+} // namespace
