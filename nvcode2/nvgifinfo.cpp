@@ -15,7 +15,7 @@ NvGIFComments::~NvGIFComments() {
 void NvGIFComments::Append(std::string inText) {
     auto comment = std::make_unique<NvGIFComment>(NvGIFComment{std::move(inText)});
     NvList::Append(comment.get());
-    comment.release();
+    static_cast<void>(comment.release()); // the list has it now
 }
 
 std::vector<std::string> NvGIFComments::GetTexts() const {

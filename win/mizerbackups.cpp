@@ -24,7 +24,7 @@ std::string MizerBackups::Write(const char* inPath) const {
     const MizerSettings settings = MizerSettings::Read(mPrefs);
     if (!settings.mBackup)
         return {};
-    const std::string backup = MizerBackupName(inPath);
+    std::string backup = MizerBackupName(inPath);
     const WnFileKind present = WnGetFileKind(backup.c_str());
     if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
         NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);

@@ -147,4 +147,15 @@ TEST_F(Results, TheReadmeShowsWhatTheSamplesReallyGive) {
     EXPECT_THAT(ReadTestFile(README_FILE), HasSubstr("$ ./run\n" + mRunner.Run(names).mOut + "```\n"));
 }
 
+TEST_F(Results, TheSamplesAreWhatTheProgramDraws) {
+    DrawSamples();
+    const Files drawn = ReadAll();
+    for (const auto& [name, bytes] : drawn)
+        EXPECT_EQ(bytes, ReadTestFile(std::string(SAMPLES_FOLDER) + "/" + name))
+            << name << ": draw them again with build/linux/samples/drawsamples samples";
+    for (const auto& entry : fs::directory_iterator(SAMPLES_FOLDER))
+        EXPECT_TRUE(entry.path().extension() != ".gif" || drawn.contains(entry.path().filename().string()))
+            << "nothing draws " << entry.path();
+}
+
 } // namespace

@@ -1,5 +1,3 @@
-#include "nvcode2/nvrealimage.h"
-
 #include <memory>
 #include <random>
 #include <utility>
@@ -7,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "nvcode2/nvbuffer.h"
+#include "nvcode2/nvrealimage.h"
 #include "tests/image/images.h"
 #include "tests/support/codeof.h"
 
@@ -192,6 +192,42 @@ TEST(RealImage, WhatAClassLacksIsRefused) {
     EXPECT_DEATH(image.FindContentBounds(bounds), "\"0\"");
     EXPECT_DEATH(image.Combine(NvBitmapImage(1, 1), NvMaskRule::km_Both), "\"0\"");
     EXPECT_DEATH(image.MapToTable(nullptr, nullptr), "\"0\"");
+}
+
+TEST(Buffer, HoldsMemoryThatDoesNotMoveBetweenAllocateAndFree) {
+    NvBuffer buffer;
+    EXPECT_FALSE(buffer.IsAllocated());
+    buffer.Allocate(100);
+    EXPECT_EQ(buffer.GetSize(), 100u);
+    EXPECT_FALSE(buffer.Clone()->IsAllocated());
+    std::uint8_t* const outer = buffer.Lock();
+    {
+        const NvBufferLocker inner(buffer);
+        EXPECT_EQ(inner.Get(), outer);
+    }
+    EXPECT_TRUE(buffer.IsLocked());
+    buffer.Unlock();
+    EXPECT_FALSE(buffer.IsLocked());
+    buffer.Free();
+    EXPECT_FALSE(buffer.IsAllocated());
+    EXPECT_EQ(buffer.GetSize(), 0u);
+
+    buffer.Allocate(0);
+    const NvBufferLocker nothing(buffer);
+    ASSERT_NE(nothing.Get(), nullptr);
+    *nothing.Get() = 1;
+}
+
+TEST(Buffer, MisuseIsOurMistake) {
+    NvBuffer buffer;
+    EXPECT_EQ(CodeOf([&] { buffer.Lock(); }), 27u);
+    EXPECT_FALSE(buffer.IsLocked()) << "a failed lock does not count";
+    EXPECT_DEATH(buffer.Free(), "mAllocatedFlag");
+    buffer.Allocate(8);
+    EXPECT_DEATH(buffer.Unlock(), "mLockCount");
+    EXPECT_DEATH(buffer.Allocate(8), "!mAllocatedFlag");
+    const NvBufferLocker locker(buffer);
+    EXPECT_DEATH(buffer.Free(), "mLockCount == 0");
 }
 
 } // namespace
