@@ -6,7 +6,7 @@
 #include "nvcode2/nvfile.h"
 
 namespace {
-constexpr std::uint32_t km_BufferSize = 65536;
+constexpr std::uint32_t km_BufferSize = 16384;
 }
 
 NvFileReader::NvFileReader(NvFile& inFile) : mFile(inFile), mBuffer(km_BufferSize) {}

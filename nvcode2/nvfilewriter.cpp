@@ -5,7 +5,7 @@
 
 #include "nvcode2/nvfile.h"
 
-NvFileWriter::NvFileWriter(NvFile& inFile) : mFile(inFile), mBuffer(km_BufferSize) {}
+NvFileWriter::NvFileWriter(NvFile& inFile) : mFile(inFile) {}
 
 void NvFileWriter::WriteWord(std::uint16_t inWord) {
     WriteByte(static_cast<std::uint8_t>(inWord & 0xFF));
@@ -15,8 +15,8 @@ void NvFileWriter::WriteWord(std::uint16_t inWord) {
 void NvFileWriter::Write(const void* inBytes, std::uint32_t inCount) {
     const auto* bytes = static_cast<const std::uint8_t*>(inBytes);
     while (inCount > 0) {
-        if (mCount == km_BufferSize)
-            Flush();
+        if (mCount == mBuffer.size())
+            MakeRoom();
         const std::uint32_t piece = std::min(inCount, km_BufferSize - mCount);
         std::memcpy(mBuffer.data() + mCount, bytes, piece);
         mCount += piece;
@@ -30,4 +30,10 @@ void NvFileWriter::Flush() {
     mCount = 0;
     if (count > 0)
         mFile.Write(mBuffer.data(), count);
+}
+
+// The buffer is there from the first byte on: most files are only read.
+void NvFileWriter::MakeRoom() {
+    Flush();
+    mBuffer.resize(km_BufferSize);
 }

@@ -16,8 +16,8 @@ public:
 
     /** @throws NvErrorCode of NvFile::Write */
     void WriteByte(std::uint8_t inByte) {
-        if (mCount == km_BufferSize)
-            Flush();
+        if (mCount == mBuffer.size())
+            MakeRoom();
         mBuffer[mCount++] = inByte;
     }
 
@@ -33,9 +33,11 @@ public:
     void Discard() { mCount = 0; }
 
 private:
+    void MakeRoom();
+
     static constexpr std::uint32_t km_BufferSize = 65536;
 
     NvFile& mFile;
-    std::vector<std::uint8_t> mBuffer;
+    std::vector<std::uint8_t> mBuffer; // empty, or of that size
     std::uint32_t mCount = 0;
 };

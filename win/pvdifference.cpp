@@ -12,6 +12,11 @@ namespace {
 constexpr std::uint32_t km_Covered = 0xFF000000U;
 }
 
+void PvSettleDisposal(NvGIFFrameInfo& ioInfo) {
+    if (ioInfo.mDisposal != NvGIFFrameInfo::km_DisposeClear)
+        ioInfo.mDisposal = NvGIFFrameInfo::km_DisposeLeave;
+}
+
 PvDifferencer::PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance,
                              std::uint32_t inFullTable)
     : mWidth(inWidth),
@@ -24,8 +29,7 @@ PvDifferencer::PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std:
 void PvDifferencer::Difference(NvGIFFrame& ioFrame) {
     NvAssert(!ioFrame.GetInfo().RestoresPrevious());
     NvGIFFrameInfo& info = ioFrame.GetInfo();
-    if (info.mDisposal != NvGIFFrameInfo::km_DisposeClear)
-        info.mDisposal = NvGIFFrameInfo::km_DisposeLeave;
+    PvSettleDisposal(info);
     UseColours(ioFrame.GetImage().GetColorTable());
     mStates.assign(std::size_t{info.mWidth} * info.mHeight, km_Undrawn);
 

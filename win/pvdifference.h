@@ -13,6 +13,9 @@ class NvGIFFrameInfo;
 /** Largest difference per channel at which a pixel counts as the one already on the screen. */
 inline constexpr std::uint32_t km_DifferenceTolerance = 28;
 
+/** Makes a frame's disposal 1 unless it is 2, which is all that there is to do for a still picture. */
+void PvSettleDisposal(NvGIFFrameInfo& ioInfo);
+
 /** Lays an animation's frames down on the screen, one after the other, and makes each frame's pixels
  * transparent where the screen already shows almost the same colour.
  *

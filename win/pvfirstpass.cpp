@@ -122,7 +122,9 @@ std::unique_ptr<NvAnimation> PvFirstPass::Rebuild(std::uint32_t inTolerance, PvP
     if (outStructure)
         watch.emplace(mReader);
     PvFrameStream stream = OpenStream();
-    PvDifferencer differencer(width, height, inTolerance, mOptions.mIsLossless ? km_MaxColours : 0);
+    std::optional<PvDifferencer> differencer; // none for a still picture
+    if (GetFrameCount() > 1)
+        differencer.emplace(width, height, inTolerance, mOptions.mIsLossless ? km_MaxColours : 0);
     PvCropper cropper(width, height, stream.MayClear());
     NvLZWStringTable strings;
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
@@ -132,7 +134,10 @@ std::unique_ptr<NvAnimation> PvFirstPass::Rebuild(std::uint32_t inTolerance, PvP
             watch->ShowOriginal(*frame);
         if (!mOptions.mIsLossless)
             ShowMapped(*frame, mMaps[i], mSharedTable);
-        differencer.Difference(*frame);
+        if (differencer)
+            differencer->Difference(*frame);
+        else
+            PvSettleDisposal(frame->GetInfo());
         if (watch)
             watch->ShowResult(*frame);
         if (stream.Crops())

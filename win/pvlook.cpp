@@ -146,12 +146,13 @@ void PvFrameLook::MeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& i
     }
 }
 
-PvLookMeter::PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight)
+PvLookMeter::PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight, bool inMeasuresOnce)
     : mWidth(inWidth),
       mHeight(inHeight),
       mBlockColumns(BlocksFor(inWidth)),
       mBlockRows(BlocksFor(inHeight)),
-      mBlocks(std::size_t{mBlockColumns} * mBlockRows),
+      mKeptRows(inMeasuresOnce ? 2 : mBlockRows),
+      mBlocks(std::size_t{mBlockColumns} * mKeptRows),
       mWindowRows(mBlockRows - 1),
       mChangedBlocks(mBlockRows),
       mLuma(std::size_t{mBlockColumns} * km_BlockSize * 2 * km_BlockSize),
@@ -184,10 +185,9 @@ PvFrameLook PvLookMeter::MeasureChanged(const LumaSource& inFirst, const LumaSou
         mChangedBlocks[row] = inChanged ? ChangedBlocks(*inChanged, row) : Columns{0, mBlockColumns};
         if (!mChangedBlocks[row].IsEmpty())
             SumBlocks(inFirst, inSecond, row, mChangedBlocks[row]);
+        if (row > 0 && !(mChangedBlocks[row - 1].IsEmpty() && mChangedBlocks[row].IsEmpty()))
+            SumWindows(row - 1);
     }
-    for (std::uint32_t row = 0; row + 1 < mBlockRows; ++row)
-        if (!mChangedBlocks[row].IsEmpty() || !mChangedBlocks[row + 1].IsEmpty())
-            SumWindows(row);
     return Summarize();
 }
 
@@ -246,26 +246,31 @@ void PvLookMeter::SumBlocks(const LumaSource& inFirst, const LumaSource& inSecon
     };
     using Value = std::uint32_t;
     sumColumns(0, [](Value inA, Value) { return inA; });
-    sumColumns(1, [](Value, Value inB) { return inB; });
-    sumColumns(2, [](Value inA, Value) { return inA * inA; });
+    sumColumns(1, [](Value inA, Value) { return inA * inA; });
+    sumColumns(2, [](Value, Value inB) { return inB; });
     sumColumns(3, [](Value, Value inB) { return inB * inB; });
     sumColumns(4, [](Value inA, Value inB) { return inA * inB; });
     const auto acrossBlock = [&](std::size_t inField, std::size_t inColumn) {
         const std::uint32_t* sums = mColumns.data() + width * inField + inColumn * km_BlockSize;
         return sums[0] + sums[1] + sums[2] + sums[3];
     };
-    Block* blocks = mBlocks.data() + std::size_t{mBlockColumns} * inBlockRow + inBlocks.mFirst;
-    for (std::size_t column = 0; column < inBlocks.mEnd - inBlocks.mFirst; ++column)
-        blocks[column] = {acrossBlock(0, column), acrossBlock(1, column), acrossBlock(2, column),
-                          acrossBlock(3, column), acrossBlock(4, column)};
+    Block* blocks = BlockRow(inBlockRow) + inBlocks.mFirst;
+    for (std::size_t column = 0; column < inBlocks.mEnd - inBlocks.mFirst; ++column) {
+        Block& block = blocks[column];
+        block.mFirst = acrossBlock(0, column) & 0xFFF;
+        block.mFirstSquares = acrossBlock(1, column) & 0xFFFFF;
+        block.mSecond = acrossBlock(2, column) & 0xFFF;
+        block.mSecondSquares = acrossBlock(3, column) & 0xFFFFF;
+        block.mProducts = acrossBlock(4, column);
+    }
 }
 
 void PvLookMeter::SumWindows(std::uint32_t inWindowRow) {
-    const Block* above = mBlocks.data() + std::size_t{mBlockColumns} * inWindowRow;
-    const Block* below = above + mBlockColumns;
+    const Block* above = BlockRow(inWindowRow);
+    const Block* below = BlockRow(inWindowRow + 1);
     WindowRow row;
     for (std::uint32_t column = 1; column < mBlockColumns; ++column) {
-        Block window;
+        Window window;
         for (const Block* block : {&above[column - 1], &above[column], &below[column - 1], &below[column]}) {
             window.mFirst += block->mFirst;
             window.mSecond += block->mSecond;
@@ -284,7 +289,7 @@ void PvLookMeter::SumWindows(std::uint32_t inWindowRow) {
     mWindowRows[inWindowRow] = row;
 }
 
-double PvLookMeter::WindowSsim(const Block& inSums, bool& outHasContrast) {
+double PvLookMeter::WindowSsim(const Window& inSums, bool& outHasContrast) {
     constexpr double km_Scale = 1.0 / km_WindowPixels;
     const double meanFirst = inSums.mFirst * km_Scale;
     const double meanSecond = inSums.mSecond * km_Scale;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -32,9 +33,10 @@ struct PvFrameLook {
  * 2004, with a flat window. */
 class PvLookMeter {
 public:
-    /** @param inWidth   of both canvases, pixels
-     *  @param inHeight  of both canvases, pixels */
-    PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight);
+    /** @param inWidth         of both canvases, pixels
+     *  @param inHeight        of both canvases, pixels
+     *  @param inMeasuresOnce  spares what a second measurement would need */
+    PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight, bool inMeasuresOnce = false);
 
     using Columns = NvGIFPlayer::Columns;
 
@@ -54,11 +56,20 @@ private:
     using LumaSource =
         std::function<void(std::uint32_t inY, const Columns& inColumns, std::uint8_t* outLuma)>;
 
-    /** Sums over the 4 x 4 pixels of a block. */
+    /** Sums over the 4 x 4 pixels of a block, in as many bits as 16 of 255 and 16 of 255 * 255 take. */
     struct Block {
+        std::uint32_t mFirst : 12 = 0;
+        std::uint32_t mFirstSquares : 20 = 0;
+        std::uint32_t mSecond : 12 = 0;
+        std::uint32_t mSecondSquares : 20 = 0;
+        std::uint32_t mProducts = 0;
+    };
+
+    /** The same over the four blocks of a window. */
+    struct Window {
         std::uint32_t mFirst = 0;
-        std::uint32_t mSecond = 0;
         std::uint32_t mFirstSquares = 0;
+        std::uint32_t mSecond = 0;
         std::uint32_t mSecondSquares = 0;
         std::uint32_t mProducts = 0;
     };
@@ -76,15 +87,19 @@ private:
     void SumBlocks(const LumaSource& inFirst, const LumaSource& inSecond, std::uint32_t inBlockRow,
                    const Columns& inBlocks);
     void SumWindows(std::uint32_t inWindowRow);
-    static double WindowSsim(const Block& inSums, bool& outHasContrast);
+    Block* BlockRow(std::uint32_t inRow) {
+        return mBlocks.data() + std::size_t{mBlockColumns} * (inRow % mKeptRows);
+    }
+    static double WindowSsim(const Window& inSums, bool& outHasContrast);
     PvFrameLook Summarize() const;
 
     std::uint32_t mWidth;
     std::uint32_t mHeight;
     std::uint32_t mBlockColumns;
     std::uint32_t mBlockRows;
+    std::uint32_t mKeptRows; // of blocks
     bool mHasMeasured = false;
-    std::vector<Block> mBlocks;          // row-major
+    std::vector<Block> mBlocks;          // row-major, the kept rows in turn
     std::vector<WindowRow> mWindowRows;  // each of two rows of blocks
     std::vector<Columns> mChangedBlocks; // by row of blocks
     std::vector<std::uint8_t> mLuma;     // four rows of the first canvas, four of the second, in whole blocks

@@ -22,5 +22,5 @@ double PvSizeAtLookCost(double inCost, double inSimilarity) {
 }
 
 double PvFrameSimilarity(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond) {
-    return PvLookMeter(inFirst.GetWidth(), inFirst.GetHeight()).Measure(inFirst, inSecond).mSsim;
+    return PvLookMeter(inFirst.GetWidth(), inFirst.GetHeight(), true).Measure(inFirst, inSecond).mSsim;
 }

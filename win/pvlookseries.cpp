@@ -23,7 +23,7 @@ double PvStructureOf(const PvFrameLook& inLook) {
 }
 
 PvLookSeries::PvLookSeries(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inFrameCount)
-    : mMeter(inWidth, inHeight),
+    : mMeter(inWidth, inHeight, inFrameCount == 1),
       mFramesLeft(inFrameCount),
       mMeasureEvery((inFrameCount + km_FramesMeasured - 1) / km_FramesMeasured),
       mChanged(inHeight) {}

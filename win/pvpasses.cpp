@@ -70,13 +70,14 @@ PvWritten PvPasses::RunSecond(const char* inPath, NvAnimation& ioAnimation, cons
 
 PvWritten PvPasses::Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
                           const PvPassOptions& inOptions, PvProgress& ioProgress) {
+    PvPixelSwapper swapper;
     PvWritten written;
     written.mSize = WriteOptimizedGIF(inPath, ioAnimation, [&](std::uint32_t inIndex) {
         ioProgress.ReportFrame(inIndex, ioAnimation.GetFrameCount());
         std::unique_ptr<NvGIFFrame> frame = inPrepare(inIndex);
         NarrowTable(*frame);
         if (!inOptions.mIsLossless)
-            written.mMovedPixels += 2 * mSwapper.SwapIfWorthIt(*frame);
+            written.mMovedPixels += 2 * swapper.SwapIfWorthIt(*frame);
         return frame;
     });
     return written;

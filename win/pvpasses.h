@@ -37,6 +37,4 @@ public:
 private:
     PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
                     const PvPassOptions& inOptions, PvProgress& ioProgress);
-
-    PvPixelSwapper mSwapper;
 };

@@ -103,7 +103,7 @@ TEST_F(LookTest, PixelsThatStayedAreNotMeasuredAgain) {
             for (std::uint32_t y = 0; y < gif.mHeight; ++y)
                 changed.push_back(player.GetChangedColumns(y));
             const PvFrameLook look = meter.Measure(player, blank, changed);
-            const PvFrameLook whole = PvLookMeter(gif.mWidth, gif.mHeight).Measure(player, blank);
+            const PvFrameLook whole = PvLookMeter(gif.mWidth, gif.mHeight, true).Measure(player, blank);
             EXPECT_EQ(look.mSsim, whole.mSsim);
             EXPECT_EQ(look.mContrastWindows, whole.mContrastWindows);
         }
