@@ -6,7 +6,7 @@
 #include "nvcode2/nvfile.h"
 
 namespace {
-constexpr std::uint32_t km_BufferSize = 16384;
+constexpr std::uint32_t km_BufferSize = 32768;
 }
 
 NvFileReader::NvFileReader(NvFile& inFile) : mFile(inFile), mBuffer(km_BufferSize) {}
