@@ -70,17 +70,6 @@ inline NvGIFFrameInfo PlainInfoFor(const NvIndexedImage& inImage) {
     return info;
 }
 
-/** A random GIF whose data are complete, with every index in its table. */
-inline TestGIF SoundRandomGIF(std::uint32_t inSeed) {
-    TestGIF gif = RandomGIF(inSeed);
-    for (TestFrame& frame : gif.mFrames) {
-        frame.mDelivered.reset();
-        for (std::uint8_t& pixel : frame.mPixels)
-            pixel = static_cast<std::uint8_t>(pixel % gif.TableOf(frame).size());
-    }
-    return gif;
-}
-
 /** Opens a file and reads all of its frames; the code of the error that this raises, or 0. */
 inline std::uint32_t CodeOfReadingAll(const std::string& inBytes) {
     return CodeOf([&] {

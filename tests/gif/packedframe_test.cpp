@@ -12,11 +12,7 @@ namespace {
 
 /** A still of as many colours, each pixel's index by chance. */
 TestGIF Noise(std::uint32_t inColors, std::uint32_t inSize, std::uint32_t inSeed) {
-    TestRandom random(inSeed);
-    TestFrame frame;
-    frame.mWidth = frame.mHeight = inSize;
-    frame.mPixels = RandomPixels(random, TestTexture::km_Noise, inSize, inSize, inColors);
-    TestGIF gif = Movie({frame});
+    TestGIF gif = Movie({Textured(TestTexture::km_Noise, inSize, inColors, inSeed)});
     gif.mTable = Greys(256);
     return gif;
 }

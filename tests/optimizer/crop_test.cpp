@@ -69,19 +69,13 @@ TEST_F(CropTest, LastFrameIsCutToWhatItShowsAndErases) {
 TEST_F(CropTest, RandomAnimationsShowTheSameAndNoBorderIsLeft) {
     for (std::uint32_t seed = 0; seed < 300; ++seed) {
         SCOPED_TRACE(seed);
-        TestGIF gif = RandomGIF(seed);
-        for (TestFrame& frame : gif.mFrames) {
-            frame.mDelivered.reset();
-            for (std::uint8_t& pixel : frame.mPixels)
-                pixel = static_cast<std::uint8_t>(pixel % gif.TableOf(frame).size());
+        TestGIF gif = SoundRandomGIF(seed);
+        for (TestFrame& frame : gif.mFrames)
             if (frame.mTransparent >= static_cast<int>(gif.TableOf(frame).size()))
                 frame.mTransparent = 0;
-        }
         const auto animation = MakeAnimation(gif);
         CropFrames(*animation);
-        const TestComparison comparison = CompareGIFs(gif, Describe(*animation));
-        EXPECT_EQ(comparison.mDifference, "");
-        EXPECT_EQ(comparison.mDiffering, 0u);
+        ExpectTheSameIsShown(gif, Describe(*animation));
         for (std::uint32_t i = 0; i < gif.mFrames.size(); ++i) {
             const NvGIFFrame& frame = animation->GetFrame(i);
             const NvRect whole{0, 0, static_cast<std::int32_t>(frame.GetWidth()),

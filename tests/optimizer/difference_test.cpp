@@ -132,14 +132,8 @@ TEST(Difference, ThereIsRoomForTransparencyInAFullSharedTable) {
     gif.mWidth = 120;
     gif.mHeight = 2;
     gif.mTable = Greys(128);
-    for (std::uint32_t shift : {0u, 8u}) {
-        TestFrame frame;
-        frame.mWidth = 120;
-        frame.mHeight = 2;
-        for (std::uint32_t i = 0; i < 240; ++i)
-            frame.mPixels.push_back(static_cast<std::uint8_t>(i % 120 + (i < 120 ? shift : 0)));
-        gif.mFrames.push_back(frame);
-    }
+    for (std::uint32_t shift : {0u, 8u})
+        gif.mFrames.push_back(Paint(120, 2, [=](auto x, auto y) { return x + (y == 0 ? shift : 0); }));
     gif.mFrames[1].mPixels[130] = 127;
     const auto animation = MakeAnimation(gif);
     DifferenceFrames(*animation, 0);

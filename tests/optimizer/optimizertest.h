@@ -13,6 +13,12 @@
 #include "win/pvopt.h"
 #include "wnatom/wnpref.h"
 
+inline void ExpectTheSameIsShown(const TestGIF& inOriginal, const TestGIF& inResult) {
+    const TestComparison comparison = CompareGIFs(inOriginal, inResult);
+    EXPECT_EQ(comparison.mDifference, "");
+    EXPECT_EQ(comparison.mDiffering, 0u);
+}
+
 /** An optimizer in an environment of its own, over files of a fresh folder. */
 class OptimizerTest : public testing::Test {
 protected:

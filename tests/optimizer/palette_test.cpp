@@ -15,20 +15,14 @@ namespace {
 /** Full-screen frames of noise, each over a local table of its own. */
 TestGIF NoiseMovie(std::uint32_t inFrames, std::uint32_t inColors, std::uint32_t inSeed) {
     TestRandom random(inSeed);
-    TestGIF gif;
-    gif.mWidth = 32;
-    gif.mHeight = 16;
+    std::vector<TestFrame> frames;
     for (std::uint32_t i = 0; i < inFrames; ++i) {
-        TestFrame frame;
-        frame.mWidth = 32;
-        frame.mHeight = 16;
-        for (std::uint32_t at = 0; at < 512; ++at)
-            frame.mPixels.push_back(static_cast<std::uint8_t>(at % inColors));
+        TestFrame frame = Paint(32, 16, [=](auto x, auto y) { return (y * 32 + x) % inColors; });
         for (std::uint32_t at = 0; at < inColors; ++at)
             frame.mLocalTable.push_back(random.Below(0x1000000));
-        gif.mFrames.push_back(frame);
+        frames.push_back(frame);
     }
-    return gif;
+    return Movie(frames);
 }
 
 std::vector<PvFrameColours> ColoursOf(const TestAnimation& inAnimation) {
@@ -106,9 +100,7 @@ TEST(Palette, ColoursThatFitStayExact) {
     gif.mFrames[1].mTransparent = 3;
     const auto animation = MakeAnimation(gif);
     EXPECT_EQ(BuildPalette(*animation), 0.0);
-    const TestComparison comparison = CompareGIFs(gif, Describe(*animation));
-    EXPECT_EQ(comparison.mDifference, "");
-    EXPECT_EQ(comparison.mDiffering, 0u);
+    ExpectTheSameIsShown(gif, Describe(*animation));
 }
 
 TEST(Palette, ColoursThatNoPixelShowsTakeNoRoom) {
@@ -144,11 +136,7 @@ TEST(Palette, NearColoursMergeIntoTheirMean) {
 TEST(Palette, ColoursFurtherApartMergeWhereThatSavesMoreThanItShows) {
     for (const std::uint32_t size : {8u, 128u}) {
         SCOPED_TRACE(size);
-        TestRandom random(1);
-        TestFrame grain;
-        grain.mWidth = grain.mHeight = size;
-        grain.mPixels = RandomPixels(random, TestTexture::km_Noise, size, size, 2);
-        TestGIF gif = Movie({grain});
+        TestGIF gif = Movie({Textured(TestTexture::km_Noise, size, 2, 1)});
         gif.mTable = {0x646464, 0x666666};
         double error = 0.0;
         EXPECT_EQ(MergeSimilar(gif, error).mTable.GetSize(), size == 128 ? 1u : 2u);

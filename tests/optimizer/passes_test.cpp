@@ -11,15 +11,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TestFrame Textured(TestTexture inTexture, std::uint32_t inSize, std::uint32_t inColors,
-                   std::uint32_t inSeed) {
-    TestRandom random(inSeed);
-    TestFrame frame;
-    frame.mWidth = frame.mHeight = inSize;
-    frame.mPixels = RandomPixels(random, inTexture, inSize, inSize, inColors);
-    return frame;
-}
-
 /** Frames that repeat most of what stands there already, one of them put back: every step has work to do. */
 TestGIF Wasteful() {
     TestGIF gif =

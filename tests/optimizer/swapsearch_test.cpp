@@ -6,30 +6,28 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvinterlace.h"
 #include "tests/support/randomgif.h"
+#include "tests/support/swapreference.h"
 #include "win/pvlzwestimate.h"
 #include "win/pvswapsearch.h"
 
 namespace {
 
-struct Frame {
-    std::uint32_t mWidth = 0;
-    std::uint32_t mHeight = 0;
-    std::uint32_t mColors = 0;
-    bool mInterlaced = false;
-    std::vector<std::uint8_t> mPixels;
-};
+using Frame = SwapReference;
+
+std::uint32_t CountColors(const Frame& inFrame) {
+    return static_cast<std::uint32_t>(inFrame.mColors.size());
+}
 
 Frame RandomFrame(TestRandom& ioRandom, std::uint32_t inMaxWidth, std::uint32_t inMaxHeight) {
     Frame frame;
     frame.mWidth = 2 + ioRandom.Below(inMaxWidth - 1);
     frame.mHeight = 2 + ioRandom.Below(inMaxHeight - 1);
     const std::uint32_t bits = 1 + ioRandom.Below(8);
-    frame.mColors = (1U << (bits - 1)) + 1 + ioRandom.Below(1U << (bits - 1));
+    frame.mColors.resize((1U << (bits - 1)) + 1 + ioRandom.Below(1U << (bits - 1)));
     frame.mInterlaced = ioRandom.Chance(50);
     frame.mPixels = RandomPixels(ioRandom, static_cast<TestTexture>(ioRandom.Below(km_TextureCount)),
-                                 frame.mWidth, frame.mHeight, frame.mColors);
+                                 frame.mWidth, frame.mHeight, CountColors(frame));
     return frame;
 }
 
@@ -40,7 +38,8 @@ public:
         mPlain = inFrame;
         mPixels = inFrame.mPixels;
         mBest = Estimate();
-        mSearch.Begin(mPixels.data(), inFrame.mWidth, inFrame.mHeight, inFrame.mColors, inFrame.mInterlaced);
+        mSearch.Begin(mPixels.data(), inFrame.mWidth, inFrame.mHeight, CountColors(inFrame),
+                      inFrame.mInterlaced);
     }
 
     void Try(std::uint32_t inX, std::uint32_t inY) {
@@ -59,7 +58,7 @@ public:
 
     std::uint64_t Estimate() {
         return mEstimator.EstimateLZWSize(mPlain.mPixels.data(), mPlain.mWidth, mPlain.mHeight, mPlain.mWidth,
-                                          mPlain.mColors, mPlain.mInterlaced);
+                                          CountColors(mPlain), mPlain.mInterlaced);
     }
 
     const Frame& GetFrame() const { return mPlain; }
@@ -104,9 +103,10 @@ Frame BusyFrame(TestRandom& ioRandom) {
     Frame frame;
     frame.mWidth = 60 + ioRandom.Below(100);
     frame.mHeight = 60 + ioRandom.Below(60);
-    frame.mColors = 100 + ioRandom.Below(157);
+    frame.mColors.resize(100 + ioRandom.Below(157));
     frame.mInterlaced = ioRandom.Chance(50);
-    frame.mPixels = RandomPixels(ioRandom, TestTexture::km_Noise, frame.mWidth, frame.mHeight, frame.mColors);
+    frame.mPixels =
+        RandomPixels(ioRandom, TestTexture::km_Noise, frame.mWidth, frame.mHeight, CountColors(frame));
     for (std::size_t i = 1; i < frame.mPixels.size(); ++i) // so that some exchanges pay
         if (ioRandom.Chance(60))
             frame.mPixels[i] =
@@ -120,14 +120,13 @@ using Resets = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
 /** Where the tables of a frame are full: row and column. */
 Resets FindResets(const Frame& inFrame) {
     std::vector<std::uint8_t> stream;
-    std::vector<std::uint32_t> rows;
-    NvForEachRowInFileOrder(inFrame.mHeight, inFrame.mInterlaced, [&](std::uint32_t y) {
+    const std::vector<std::uint32_t> rows = FileOrder(inFrame.mHeight, inFrame.mInterlaced);
+    for (const std::uint32_t y : rows) {
         const auto row = inFrame.mPixels.begin() + static_cast<std::ptrdiff_t>(y * inFrame.mWidth);
         stream.insert(stream.end(), row, row + inFrame.mWidth);
-        rows.push_back(y);
-    });
+    }
     PvLZWParser parser;
-    parser.Begin(inFrame.mColors > 128 ? 8 : 7);
+    parser.Begin(inFrame.mColors.size() > 128 ? 8 : 7);
     Resets resets;
     std::uint32_t next = 1;
     parser.Start(stream[0]);

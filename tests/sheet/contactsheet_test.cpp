@@ -145,9 +145,7 @@ TEST_F(ContactSheet, TransparencyAndDisposalShowAsInAViewer) {
 
     PvContactSheet sheet;
     std::swap(mSheet, sheet);
-    TestFrame nothing;
-    nothing.mWidth = nothing.mHeight = 20;
-    nothing.mPixels.assign(400, 0);
+    TestFrame nothing = Paint(20, 20, [](auto, auto) { return 0; });
     nothing.mTransparent = 0;
     Add(Movie({nothing}));
     Finish();
@@ -178,19 +176,10 @@ TEST_F(ContactSheet, FilesFillRowsAndEachRowIsAsTallAsItsTallest) {
 }
 
 TEST_F(ContactSheet, LargePicturesAreReducedInTheirOwnColours) {
-    TestFrame frame;
-    frame.mWidth = 512;
-    frame.mHeight = 256;
-    for (std::uint32_t y = 0; y < 256; ++y)
-        for (std::uint32_t x = 0; x < 512; ++x)
-            frame.mPixels.push_back(static_cast<std::uint8_t>(x / 32 * 16 + y / 16));
+    TestFrame frame = Paint(512, 256, [](auto x, auto y) { return x / 32 * 16 + y / 16; });
     for (std::uint32_t i = 0; i < 256; ++i) // red grows to the right, green downwards, blue falls
         frame.mLocalTable.push_back((i / 16 * 17) << 16 | (i % 16 * 17) << 8 | (255 - i / 16 * 17));
-    TestGIF gif;
-    gif.mWidth = 512;
-    gif.mHeight = 256;
-    gif.mFrames = {frame};
-    Add(gif);
+    Add(Movie({frame}));
     Finish();
     EXPECT_EQ(mHeight, 8u + (6 + 64 + 6) + 8);
     int worst = 0;

@@ -115,3 +115,22 @@ TestGIF RandomGIF(std::uint32_t inSeed) {
         gif.mFrames.push_back(random.Chance(20) && i > 0 ? gif.mFrames.back() : RandomFrame(random, gif));
     return gif;
 }
+
+TestGIF SoundRandomGIF(std::uint32_t inSeed) {
+    TestGIF gif = RandomGIF(inSeed);
+    for (TestFrame& frame : gif.mFrames) {
+        frame.mDelivered.reset();
+        for (std::uint8_t& pixel : frame.mPixels)
+            pixel = static_cast<std::uint8_t>(pixel % gif.TableOf(frame).size());
+    }
+    return gif;
+}
+
+TestFrame Textured(TestTexture inTexture, std::uint32_t inSize, std::uint32_t inColors,
+                   std::uint32_t inSeed) {
+    TestRandom random(inSeed);
+    TestFrame frame;
+    frame.mWidth = frame.mHeight = inSize;
+    frame.mPixels = RandomPixels(random, inTexture, inSize, inSize, inColors);
+    return frame;
+}

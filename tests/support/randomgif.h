@@ -31,3 +31,9 @@ std::vector<std::uint8_t> RandomPixels(TestRandom& ioRandom, TestTexture inTextu
  *  transparency inside and outside the table, interlacing, delays, user input, loop, comments, data cut
  * short, indices without an entry. */
 TestGIF RandomGIF(std::uint32_t inSeed);
+
+/** One whose data are complete, with every index in its table. */
+TestGIF SoundRandomGIF(std::uint32_t inSeed);
+
+/** A square frame of that texture. */
+TestFrame Textured(TestTexture inTexture, std::uint32_t inSize, std::uint32_t inColors, std::uint32_t inSeed);

@@ -46,6 +46,18 @@ struct TestGIF {
  *  'e' are indices 0 to 14, '.' is an undrawn pixel of index 15. */
 TestFrame Picture(const std::string& inRows, std::uint32_t inLeft = 0, std::uint32_t inTop = 0);
 
+/** A frame whose pixels are inIndex(x, y). */
+template <typename Index>
+TestFrame Paint(std::uint32_t inWidth, std::uint32_t inHeight, Index inIndex) {
+    TestFrame frame;
+    frame.mWidth = inWidth;
+    frame.mHeight = inHeight;
+    for (std::uint32_t y = 0; y < inHeight; ++y)
+        for (std::uint32_t x = 0; x < inWidth; ++x)
+            frame.mPixels.push_back(static_cast<std::uint8_t>(inIndex(x, y)));
+    return frame;
+}
+
 /** A file of frames on a screen that just holds them, over sixteen colours that nobody takes for each other.
  */
 TestGIF Movie(std::vector<TestFrame> inFrames);
