@@ -24,13 +24,6 @@ std::vector<unsigned char> MizerReadWholeFile(const char* inPath) {
     }
 }
 
-void MizerWriteWholeFile(const char* inPath, const std::vector<unsigned char>& inBytes) {
-    NvFile file(inPath);
-    file.Open(NvFile::km_WritePerm);
-    file.Write(inBytes.data(), static_cast<std::uint32_t>(inBytes.size()));
-    file.Close();
-}
-
 void MizerCopyFile(const char* inFromPath, const char* inToPath) {
     std::array<unsigned char, 65536> buffer;
     NvFile source(inFromPath);
