@@ -1,3 +1,5 @@
+// What is displayed, in full and as a thumbnail.
+
 #include <numeric>
 #include <string>
 #include <vector>

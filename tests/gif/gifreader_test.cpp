@@ -1,3 +1,5 @@
+// Reading: blocks in any order, what is no GIF, damage anywhere, reading ahead.
+
 #include <algorithm>
 #include <filesystem>
 #include <memory>

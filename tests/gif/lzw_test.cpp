@@ -1,3 +1,5 @@
+// The LZW codec, against streams worked out by hand and the plain codec.
+
 #include <algorithm>
 #include <bit>
 #include <numeric>

@@ -1,3 +1,5 @@
+// Operations on raw pixels: resampling, other layouts, mirroring.
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
