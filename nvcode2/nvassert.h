@@ -17,7 +17,7 @@ void NvSetAssertHook(NvAssertHook inHook);
 void NvCallAssertHook(const char* inFileName, std::uint32_t inLine);
 
 /** Shows the report of a failed assertion, a line with its line break: on standard error or, in a program
- * that has none, in a message box. One body per platform. */
+ *  that has none, in a message box. One body per platform. */
 void NvShowAssertion(const char* inReport);
 
 /** Calls the hook, shows the failure and aborts. */

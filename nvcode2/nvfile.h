@@ -40,13 +40,13 @@ public:
     /** Opens the file at the path, adopts an open descriptor, or starts to count.
      *
      *  @param inPerm          km_ReadPerm: an existing regular file. km_WritePerm: emptied, or created for
-     * its owner alone. Both: an existing regular file, not emptied. km_WritePerm and km_CountPerm: counting
-     * mode; a file that already counts starts again at 0
+     *  its owner alone. Both: an existing regular file, not emptied. km_WritePerm and km_CountPerm: counting
+     *  mode; a file that already counts starts again at 0
      *  @param inCloseOnClose  whether Close, and the destructor, close the descriptor
      *  @param inDescriptor    an open descriptor to use instead of the path, or -1
      *  @throws NvErrorCode    4 without path and descriptor; 11 when already open; 5 for another inPerm with
      * a path; from opening: 14 (EACCES), 12 (EEXIST, EINVAL), 9 (EMFILE), 10 (ENOENT), 1. The file is then as
-     * open or closed as it was */
+     *  open or closed as it was */
     void Open(std::uint16_t inPerm, bool inCloseOnClose = true, std::int32_t inDescriptor = -1);
 
     /** @throws NvErrorCode  15 when not open; 20 when closing fails, with the file closed all the same */
@@ -68,7 +68,7 @@ public:
     /** Writes all inCount bytes at the position.
      *
      *  @throws NvErrorCode  15 when not open, 12 when not opened for writing, 22 when there is no room for
-     * all of them, or by errno */
+     *  all of them, or by errno */
     void Write(const void* inBuffer, std::uint32_t inCount);
 
     /** Moves the position by inOffset bytes from km_FromStart, km_FromCurrent or km_FromEnd. It may move past

@@ -8,7 +8,7 @@ class NvFile;
 /** Gathers small writes to an open NvFile into large ones.
  *
  *  Nothing reaches the file for certain before Flush; destruction drops what is still held, so that a writer
- * can be abandoned after an error. */
+ *  can be abandoned after an error. */
 class NvFileWriter {
 public:
     /** @param inFile  borrowed; open for writing while Write functions are called */

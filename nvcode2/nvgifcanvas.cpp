@@ -87,7 +87,7 @@ std::uint32_t NvGIFCanvas::NumberOf(Pixel inColour) {
 }
 
 /** Where a colour's number is, or is to be. Multiplied by the golden ratio, after D. E. Knuth, "The Art of
- * Computer Programming", volume 3, 6.4. */
+ *  Computer Programming", volume 3, 6.4. */
 std::size_t NvGIFCanvas::SlotOf(Pixel inColour) const {
     const std::size_t mask = mSlots.size() - 1;
     std::size_t slot = (inColour * 0x9E3779B1U >> 12) & mask;

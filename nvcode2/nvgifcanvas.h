@@ -13,7 +13,7 @@
 /** What an animation displays.
  *
  *  Colours are numbered as they are met, and a pixel is its colour's number: in one byte while there are at
- * most 256 of them, transparent counted, in two up to 65,536. With more, pixels are the colours themselves.
+ *  most 256 of them, transparent counted, in two up to 65,536. With more, pixels are the colours themselves.
  */
 class NvGIFCanvas {
 public:

@@ -25,7 +25,7 @@ struct NvInterlacePass;
  *  - everything behind the trailer is ignored; so are plain text and unknown extensions.
  *
  *  Writing keeps comments (all ahead of the first frame), the looping block and the frame records, and no
- * other extension. Tables are padded to the smallest power of two that holds them. */
+ *  other extension. Tables are padded to the smallest power of two that holds them. */
 class NvGIFFile final : public NvImageFile {
 public:
     NvGIFFile();
@@ -34,7 +34,7 @@ public:
     // ---- reading
 
     /** How many bytes the comments of a file opened from now on may take in memory, which can be many times
-     * what they take in the file; beyond them Open raises 2. Without a call there is no limit. */
+     *  what they take in the file; beyond them Open raises 2. Without a call there is no limit. */
     void SetCommentLimit(std::uint64_t inBytes) { mCommentLimit = inBytes; }
 
     /** What they take, about. */
@@ -43,7 +43,7 @@ public:
     /** Reads signature and version, whatever follows them. The file must be open for reading.
      *  @return             whether the version is "89a"
      *  @throws NvErrorCode 32 when the signature is not "GIF", 33 for a version other than "87a" and "89a",
-     * 18 when the file ends before */
+     *  18 when the file ends before */
     bool CheckSignature();
 
     /** Reads the screen descriptor and the global table into a fresh global record.
@@ -57,9 +57,9 @@ public:
     /** Reads one frame: its record, which DetachFrameInfo hands out, and its pixels.
      *
      *  @param outImage  becomes width x height pixels with the frame's own colour table, or the global one
-     * when it has none; pixels that did not arrive are 0. Indices may lie beyond the table.
+     *  when it has none; pixels that did not arrive are 0. Indices may lie beyond the table.
      *  @throws NvErrorCode 28 for a frame that is empty, not inside the screen or without any colour table,
-     * and for corrupt data; nothing is allocated before that check. 18 when the file ends, 2 */
+     *  and for corrupt data; nothing is allocated before that check. 18 when the file ends, 2 */
     void ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) override;
 
     /** Takes a row of a frame: what arrived of its pixels, from the first on. */
@@ -67,7 +67,7 @@ public:
         std::function<void(std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount)>;
 
     /** Reads a frame as ReadFrame does, for whoever needs a row at a time only: first its record, then, by
-     * ReadRows, the rows that arrived, in the order of the file.
+     *  ReadRows, the rows that arrived, in the order of the file.
      *  @return  the record, which stays until another frame is opened or read */
     const NvGIFFrameInfo& OpenFrame(std::uint32_t inIndex);
     void ReadRows(const RowTaker& inTakeRow);
@@ -87,14 +87,14 @@ public:
     // ---- writing
 
     /** Writes the signature, the screen descriptor, the global table, the looping block and all comments. A
-     * global-table flag without a table is cleared in the record.
+     *  global-table flag without a table is cleared in the record.
      *  @throws NvErrorCode 21 for a table of more than 256 colours, and those of NvFile::Write */
     void WriteGlobalInfo() override;
 
     /** Writes one frame.
      *
      *  @param inImage      its colour count decides the minimum code size, its indices are all below that
-     * count
+     *  count
      *  @param inFrameInfo  an NvGIFFrameInfo; its size is that of the image
      *  @throws NvErrorCode 21 for no colours, more than 256, or an index beyond them; those of NvFile::Write
      */

@@ -12,8 +12,8 @@
 /** One frame of a GIF in memory: its indexed pixels, the mask of those that are drawn, and its record.
  *
  *  The mask is the truth about what is drawn; the record's transparency only follows from it and is brought
- * up to date by UpdateTransparency after the mask or the indices have changed. The pixels' colour table is
- * the one the frame is shown with: a copy of its local table, or the leading entries of the shared one.
+ *  up to date by UpdateTransparency after the mask or the indices have changed. The pixels' colour table is
+ *  the one the frame is shown with: a copy of its local table, or the leading entries of the shared one.
  *
  *  Image and mask have the frame's size; the record is the image's format information. */
 class NvGIFFrame final : public NvImage {
@@ -59,14 +59,14 @@ public:
     bool IsFullyDrawn() const;
 
     /** Brings transparency flag, transparent index, the undrawn pixels' indices and the tables into line with
-     * the mask.
+     *  the mask.
      *
      *  Undrawn pixels take the lowest index that no drawn pixel uses, or keep the present one when that costs
-     * no wider code. When every index is in use a black entry is appended; when the table may not grow, the
-     * colour whose loss costs least gives up its slot.
+     *  no wider code. When every index is in use a black entry is appended; when the table may not grow, the
+     *  colour whose loss costs least gives up its slot.
      *
      *  @param ioSharedTable  the table of a frame without a local one, extended together with the frame's
-     * own; null for a frame with a local table
+     *  own; null for a frame with a local table
      *  @param inTableLimit   entries that table may have at most, 2 to 256 */
     void UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t inTableLimit);
 

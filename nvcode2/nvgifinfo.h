@@ -11,7 +11,7 @@
 /** The two records that carry everything a GIF file says beyond its pixels.
  *
  *  The reader fills them, the writer writes them back, the optimizer edits them in between. Field widths are
- * those of the file; ranges beyond them are noted. */
+ *  those of the file; ranges beyond them are noted. */
 
 /** One comment extension: the bytes of all its sub-blocks in a row. */
 struct NvGIFComment {
@@ -36,7 +36,7 @@ public:
 };
 
 /** What a GIF says once per file. Default-made, every field is zero: an "87a" file without global table, loop
- * or comments. */
+ *  or comments. */
 class NvGIFGlobalInfo : public NvImgFmtGlobalInfo {
 public:
     /** The record a reader starts from: version "89a", colour resolution 8. */

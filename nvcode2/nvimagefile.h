@@ -9,11 +9,11 @@ class NvImgFmtFrameInfo;
 class NvIndexedImage;
 
 /** A file that holds a sequence of frames on one logical screen, and the order of calls that reading and
- * writing it take.
+ *  writing it take.
  *
  *  Reading: Open, then any of the Read functions, Close.
  *  Writing: Open, SetScreenSize and SetNumberOfFrames, WriteFrame exactly that many times, Close. A writer
- * that failed is destroyed without Close. The same object may be opened again after Close.
+ *  that failed is destroyed without Close. The same object may be opened again after Close.
  *
  *  Breaking the order is an assertion; what a file's bytes can cause is an NvErrorCode. */
 class NvImageFile {
@@ -27,10 +27,10 @@ public:
     /** Opens the file; for reading, reads its header and finds its frames.
      *
      *  @param inPerm   NvFile::km_ReadPerm, or NvFile::km_WritePerm with or without NvFile::km_CountPerm
-     * (which measures without a file); never both reading and writing
+     *  (which measures without a file); never both reading and writing
      *  @param inCloseOnClose  handed to NvFile: whether Close closes the descriptor
      *  @throws NvErrorCode  those of NvFile::Open, 29 for a file of 2 GiB or more to be read, and those of
-     * the format; the file is then closed */
+     *  the format; the file is then closed */
     void Open(const NvFileLocator& inLocator, std::uint16_t inPerm, bool inCloseOnClose = true);
 
     /** Ends the file. Open for writing, the declared number of frames must have been written. */
@@ -43,7 +43,7 @@ public:
 
     std::uint32_t GetNumberOfFrames() const { return mNumberOfFrames; }
     /** The frame sought, or the next one to be written. No caller yet in the program, which counts for
-     * itself. */
+     *  itself. */
     std::uint32_t GetCurrentFrameIndex() const { return mCurrentFrameIndex; }
     std::uint32_t GetScreenWidth() const { return mScreenWidth; }   ///< pixels
     std::uint32_t GetScreenHeight() const { return mScreenHeight; } ///< pixels

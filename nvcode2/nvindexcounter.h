@@ -7,7 +7,7 @@
 #include "nvcode2/nvbytes.h"
 
 /** Counts indices. Neighbouring pixels go to different sets of counts, so that none waits for the store of
- * the one before; eight pixels of one colour, which is what most pictures are made of, are one addition. */
+ *  the one before; eight pixels of one colour, which is what most pictures are made of, are one addition. */
 class NvIndexCounter {
 public:
     /** A run of pixels. */

@@ -7,11 +7,11 @@
 #include "nvcode2/nvbytes.h"
 
 /** Searches in one row of a 1-bit mask, the leftmost pixel in the top bit of a byte. 64 pixels cost one
- * comparison where they are alike, since nearly all masks of real animations are made of long runs. Padding
- * bits of the last byte are ignored. */
+ *  comparison where they are alike, since nearly all masks of real animations are made of long runs. Padding
+ *  bits of the last byte are ignored. */
 
 /** The bits of a row from byte inByte on, up to 64 of them, the leftmost in the top bit; what lies behind the
- * row's bytes reads as 0. */
+ *  row's bytes reads as 0. */
 inline std::uint64_t NvMaskWord(const std::uint8_t* inRow, std::uint32_t inWidth, std::uint32_t inByte) {
     const std::uint32_t bytes = (inWidth + 7) / 8;
     if (inByte + 8 <= bytes)
@@ -23,7 +23,7 @@ inline std::uint64_t NvMaskWord(const std::uint8_t* inRow, std::uint32_t inWidth
 }
 
 /** The first column from inFrom on whose pixel is set, or is not, as inIsSet says; inWidth when there is
- * none. */
+ *  none. */
 inline std::uint32_t NvFindBit(const std::uint8_t* inRow, std::uint32_t inWidth, std::uint32_t inFrom,
                                bool inIsSet) {
     const std::uint64_t flip = inIsSet ? 0 : ~std::uint64_t{0};
@@ -38,7 +38,7 @@ inline std::uint32_t NvFindBit(const std::uint8_t* inRow, std::uint32_t inWidth,
 }
 
 /** Calls inVisit(first, end) for every run of pixels that are set, or are not, as inIsSet says, left to
- * right.
+ *  right.
  */
 template <typename Visitor>
 void NvForEachRun(const std::uint8_t* inRow, std::uint32_t inWidth, bool inIsSet, Visitor inVisit) {

@@ -10,14 +10,14 @@
 /** The pixel pairs that may change places without being noticed: A B A along a row becomes B A A.
  *
  *  LZW then sees longer runs, while the colours of the area stay the same on average. Only pairs away from
- * edges and of colours not too far apart qualify. Two steps use the same pairs: post-dither, which exchanges
- * them all, and the optimizer's search, which tries each. */
+ *  edges and of colours not too far apart qualify. Two steps use the same pairs: post-dither, which exchanges
+ *  them all, and the optimizer's search, which tries each. */
 
 /** Strength from which on a neighbourhood counts as an edge; of 0 to 255. */
 inline constexpr std::uint32_t km_EdgeThreshold = 180;
 
 /** The gradient at a pixel: per channel the sum of the absolute Sobel sums in both directions, at most 255;
- * the largest of the three channels.
+ *  the largest of the three channels.
  *
  *  @param inPixel   the pixel's index, with its eight neighbours around it in memory
  *  @param inStride  bytes from one row to the next
@@ -33,13 +33,13 @@ inline constexpr std::int32_t km_SpareNothing = -1;
 /** Whether a pixel and its right neighbour may be exchanged.
  *
  *  @param inPixel        the left pixel of the pair; it has neighbours in every direction and two to its
- * right
+ *  right
  *  @param inSparedIndex  an index that is never moved, or km_SpareNothing */
 bool NvIsSwappablePair(const std::uint8_t* inPixel, std::uint32_t inStride, const NvColor* inColors,
                        std::int32_t inSparedIndex);
 
 /** The first place of a row from inX on, in steps of two and before inEnd, that shows A B A behind something
- * else than A; inEnd or beyond when there is none. Eight pixels at a time: hardly any place passes.
+ *  else than A; inEnd or beyond when there is none. Eight pixels at a time: hardly any place passes.
  *  @param inX    at least 1
  *  @param inEnd  the row has two pixels more at least */
 inline std::uint32_t NvFindPattern(const std::uint8_t* inRow, std::uint32_t inX, std::uint32_t inEnd) {
@@ -61,8 +61,8 @@ inline std::uint32_t NvFindPattern(const std::uint8_t* inRow, std::uint32_t inX,
 }
 
 /** Calls inVisit(row, column) for every place where a pair may start and the pattern is there, in the order
- * in which pairs are exchanged: inner rows top to bottom, columns 1, 3, 5 and so on. Frames too small for a
- * pair have none. What the visitor exchanges is seen by the places after it. */
+ *  in which pairs are exchanged: inner rows top to bottom, columns 1, 3, 5 and so on. Frames too small for a
+ *  pair have none. What the visitor exchanges is seen by the places after it. */
 template <typename Visitor>
 void NvForEachPattern(const std::uint8_t* inPixels, std::uint32_t inStride, std::uint32_t inWidth,
                       std::uint32_t inHeight, Visitor inVisit) {

@@ -5,9 +5,9 @@
 class NvIndexedImage;
 
 /** Makes a dithered image cheaper to compress: exchanges every pair of neighbouring pixels that qualifies
- * (see nvpixelpairs.h), in place, in one pass from top to bottom. The first and last rows and columns are
- * never changed; images narrower than 5 or lower than 3 pixels not at all. An exchange is seen by the tests
- * of the rows below it.
+ *  (see nvpixelpairs.h), in place, in one pass from top to bottom. The first and last rows and columns are
+ *  never changed; images narrower than 5 or lower than 3 pixels not at all. An exchange is seen by the tests
+ *  of the rows below it.
  *
  *  @param ioImage  not null, not locked, with every index in its table
  *  @return         how many pairs were exchanged */

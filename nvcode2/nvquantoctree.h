@@ -9,15 +9,15 @@
 /** Builds the palette that shows a weighted set of colours with little error.
  *
  *  An octree of eight levels holds one leaf per exact colour; past 131,072 of them it gives up its lowest
- * level, so that no input makes it grow without end. When there are more leaves than the palette may have,
+ *  level, so that no input makes it grow without end. When there are more leaves than the palette may have,
  * the tree is first thinned to about a thousand, then the leaves are merged two by two; each time the step is
- * taken that adds the least squared error, weighted by pixels. With no more colours than entries the palette
- * holds exactly those.
+ *  taken that adds the least squared error, weighted by pixels. With no more colours than entries the palette
+ *  holds exactly those.
  *
  *  Same input, same palette, on every platform and in whatever order equal colours were added.
  *
  *  After M. Gervautz and W. Purgathofer, "A Simple Method for Color Quantization: Octree Quantization", 1988,
- * and, for the pairwise merge, W. H. Equitz, "A New Vector Quantization Clustering Algorithm", 1989. */
+ *  and, for the pairwise merge, W. H. Equitz, "A New Vector Quantization Clustering Algorithm", 1989. */
 class NvQuantOctree {
 public:
     /** @param inTableSize  entries the palette may have, 1 to 256 */

@@ -18,7 +18,7 @@ using NvIndexMap = std::array<std::uint8_t, 256>;
  *  @param inTarget     the palette to map to, 1 to 256 entries
  *  @param inFlags      the entries that may be used, at least one; null for all
  *  @return             for every entry of inTable the nearest by squared distance, the lowest of equally near
- * ones */
+ *  ones */
 NvIndexMap NvMakeRemap(const NvColorTable& inTable, const std::uint32_t* inHistogram,
                        const NvColorTable& inTarget, const NvColorFlags* inFlags);
 

@@ -11,8 +11,8 @@ using NvColorFlags = std::array<bool, 256>;
 /** Picks, for one image, the entries of a shared palette that it needs most.
  *
  *  Entries that no colour of the image is nearest to are dropped; then, while too many are left, the one
- * whose removal adds the least error: the pixels it stands for times the squared distance to the nearest
- * entry kept.
+ *  whose removal adds the least error: the pixels it stands for times the squared distance to the nearest
+ *  entry kept.
  *
  *  @param inTable      the image's own colours
  *  @param inHistogram  drawn pixels per entry of inTable

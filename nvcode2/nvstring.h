@@ -14,7 +14,7 @@ class NvStringResources;
  *  resizes a string raises 2 when memory is short; the string is then unchanged.
  *
  *  No caller yet in the program on this platform: window code takes its texts from resources and hands them
- * to calls that want the one form or the other. */
+ *  to calls that want the one form or the other. */
 class NvString {
 public:
     NvString();

@@ -10,7 +10,7 @@
 class NvProgressIndicator;
 
 /** What shows where a picture is transparent: squares of two colours in turn, as on a chessboard, the first
- * at the top left. Two equal colours make it plain. */
+ *  at the top left. Two equal colours make it plain. */
 struct NvBackdrop {
     NvColor mFirst{255, 255, 255};
     NvColor mSecond{216, 216, 216};

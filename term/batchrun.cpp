@@ -59,7 +59,7 @@ std::unique_ptr<MizerDelivery> MakeDelivery(const TermInputs& inInputs, const Te
 }
 
 /** Every candidate is written to the temporary folder first: without one no file can be worked on, and an
- * error about a file would name the wrong place. */
+ *  error about a file would name the wrong place. */
 bool HasTemporaryFolder(TermMessages& ioMessages) {
     try {
         const WnScratchFile trial;

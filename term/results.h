@@ -10,7 +10,7 @@
 #include "win/mizershell.h"
 
 /** The results: a line per file, then one for all of them. On standard output, where pictures do not go
- * there. */
+ *  there. */
 class TermResults : public TermListener {
 public:
     explicit TermResults(const TermSettings& inSettings);

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 /** Makes standard output and error take the program's texts as they are: UTF-8, lines ending as printed.
- * Called once, before anything is printed. */
+ *  Called once, before anything is printed. */
 void TermPrepareStreams();
 
 /** Whether a person sees what is written there, or types what is read. */

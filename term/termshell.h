@@ -11,7 +11,7 @@
 #include "win/mizershell.h"
 
 /** The batch seen from a terminal or a pipe: plain lines as files are done, and a panel below them where
- * there is one. */
+ *  there is one. */
 class TermShell : public MizerShell {
 public:
     /** All are borrowed for the shell's life.

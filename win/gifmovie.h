@@ -9,7 +9,7 @@
 class PvFrameReader;
 
 /** A GIF file that plays on and on, a frame at a time, for looking at. Reads the file as it goes, so that
- * only one frame and the canvas are in memory. */
+ *  only one frame and the canvas are in memory. */
 class GIFMovie {
 public:
     /** Shows the first frame.

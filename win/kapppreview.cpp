@@ -31,7 +31,7 @@ std::string SizeOf(const std::string& inPath) {
 }
 
 /** The largest rectangle of the picture's shape in the middle of another, no larger than inScale times the
- * picture. */
+ *  picture. */
 RECT FitInto(const RECT& inRect, int inWidth, int inHeight, double inScale) {
     const double scale = std::min({inScale, (inRect.right - inRect.left) / static_cast<double>(inWidth),
                                    (inRect.bottom - inRect.top) / static_cast<double>(inHeight)});

@@ -10,7 +10,7 @@
 #include "wnatom/controlbitmap.h"
 
 /** Plays a file as it was and as it is, side by side and in step, over a checkerboard. Space or a click stops
- * and starts it. */
+ *  and starts it. */
 class KAppPreview {
 public:
     /** @throws NvErrorCode  by the system's error */

@@ -17,11 +17,11 @@
 #include "wnatom/wnpref.h"
 
 /** The main window: menu, progress panel, the session's files with a preview, status bar. It is the shell
- * that the batch driver sees, and starts the batches.
+ *  that the batch driver sees, and starts the batches.
  *
  *  Everything happens on one thread. While a batch runs, messages are let through between files and between
  * the frames of a file, so the window stays alive; a command that would start another batch only adds to this
- * one. */
+ *  one. */
 class KAppWindow : private MizerShell {
 public:
     /** Makes the window and the batch driver.

@@ -11,7 +11,7 @@ class MizerShell;
  *  and again without a picture losing a little each time.
  *
  *  A text file in the data folder, a line per file: its hash, its size, and whether colours may have changed.
- * A line is one write at the end, so runs side by side never mix theirs; one that does not read so is passed
+ *  A line is one write at the end, so runs side by side never mix theirs; one that does not read so is passed
  *  over. What other runs add while this one lasts is not seen. */
 class MizerLedger {
 public:

@@ -27,7 +27,7 @@ public:
     void CloseLog() { mStream.reset(); }
 
     /** Empties the log; the next entry opens it again. @return whether it is empty now; else the user was
-     * told why */
+     *  told why */
     bool ClearLog();
 
     /** Computed afresh each time, since the data folder may come and go. */

@@ -17,7 +17,7 @@ enum class MizerRestored {
 /** Puts a backup back in its picture's place, in one step; the backup stays. The picture may be missing.
  *
  *  What is renamed has been read as a GIF from the first to the last frame. Links and permissions stay as
- * when a file is made smaller.
+ *  when a file is made smaller.
  *
  *  @param inMemoryLimit  bytes that reading it may need; 0: the usual limit
  *  @throws NvErrorCode   why the backup is no sound GIF or the picture could not be replaced; it is as it was

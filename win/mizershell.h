@@ -72,8 +72,8 @@ public:
     virtual bool PumpEvents() = 0;
 
     /** Tells how far the file in hand is, from 0.0 to 1.0, and whether cancel was asked. A window may let
-     * messages through, as long as nothing re-enters the work on a file: what would start a batch adds to
-     * this one. */
+     *  messages through, as long as nothing re-enters the work on a file: what would start a batch adds to
+     *  this one. */
     virtual bool ShowProgress(double inFraction) = 0;
 
     /** Whether there is a progress panel; SetPanelText is called only then. */
@@ -93,11 +93,11 @@ public:
     virtual void FileStarted(const char* /*inPath*/) {}
 
     /** Called just before a file is first replaced, or would be were it not to stay: it still holds its
-     * original bytes. */
+     *  original bytes. */
     virtual void BeforeReplace(const char* /*inPath*/) {}
 
     /** Called when a smaller file is complete, in its place or on its way to one; it may be gone after the
-     * call. */
+     *  call. */
     virtual void ResultMade(const char* /*inResultPath*/) {}
 
     /** Called once for each file that was taken from the queue, also before its error leaves the batch. */

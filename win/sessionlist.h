@@ -25,7 +25,7 @@ public:
     };
 
     /** Adds a row at its place in the present order. A file that is listed already moves its row to what
-     * became of it now, and keeps the sizes it had when the session first met it.
+     *  became of it now, and keeps the sizes it had when the session first met it.
      *  @param inOriginalPath  see Row
      *  @return its index */
     std::size_t Add(const MizerFileResult& inResult, const std::string& inOriginalPath);
@@ -41,7 +41,7 @@ public:
     std::string GetText(std::size_t inIndex, Column inColumn) const;
 
     /** Sorts by a column, or turns its order round when it is sorted by it already. Numbers begin with the
-     * largest, texts with A; rows that are equal keep their order. */
+     *  largest, texts with A; rows that are equal keep their order. */
     void SortBy(Column inColumn);
     bool IsSorted() const { return mIsSorted; }
     Column GetSortColumn() const { return mColumn; }

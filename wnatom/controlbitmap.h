@@ -19,7 +19,7 @@ public:
     bool SetSize(std::int32_t inWidth, std::int32_t inHeight);
 
     /** One row, from the top; a pixel is blue in bits 0 to 7, green 8 to 15, red 16 to 23. GDI must not be
-     * drawing: precondition, and the caller's part. */
+     *  drawing: precondition, and the caller's part. */
     std::span<std::uint32_t> Row(std::int32_t inRow);
 
     std::int32_t GetWidth() const { return mWidth; }
@@ -38,7 +38,7 @@ private:
 };
 
 /** The colour (see WnControlBitmap::Row) that shows through a transparent pixel: squares of inSquare pixels
- * in two light greys. */
+ *  in two light greys. */
 constexpr std::uint32_t WnCheckerboard(std::int32_t inX, std::int32_t inY, std::int32_t inSquare) {
     return (inX / inSquare + inY / inSquare) % 2 == 0 ? 0xFFFFFF : 0xDDDDDD;
 }

@@ -4,8 +4,8 @@
 #include <string>
 
 /** The wish to work on a file alone, heard by this user's other processes on this machine. It ends with the
- * object, and with the process however that ends; nothing is left behind. It holds for the name, links
- * resolved, so also while another file takes its place. */
+ *  object, and with the process however that ends; nothing is left behind. It holds for the name, links
+ *  resolved, so also while another file takes its place. */
 class WnFileClaim {
 public:
     /** @param inDataFolder  where the processes meet: a folder that they share */

@@ -26,7 +26,7 @@ public:
     enum class Origin { km_None, km_Machine, km_User };
 
     /** A stored number, whatever overrides it, and where it stands. @return km_None, with outValue untouched,
-     * when neither root has one. */
+     *  when neither root has one. */
     Origin FindDWord(const char* inName, std::uint32_t& outValue) const;
 
     /** Like ReadDWord, but a missing value gives inDefault. @return whether there was one. */

@@ -126,7 +126,7 @@ bool ReplaceFile(const std::string& inPath, const std::vector<std::string>& inLi
 }
 
 /** The lock of the writers, or -1 when another process keeps it and writes nothing for so long that it must
- * be stuck. Many that write one after the other may take any time. */
+ *  be stuck. Many that write one after the other may take any time. */
 int LockForWriting(const std::string& inPath) {
     using Clock = std::chrono::steady_clock;
     const int lock = open((inPath + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);

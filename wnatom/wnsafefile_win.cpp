@@ -32,7 +32,7 @@ constexpr DWORD kRenamePause = 50; // milliseconds
 }
 
 /** A link's path becomes that of the file it leads to; raises 10 when it leads to nothing. Links among the
- * folders do no harm. */
+ *  folders do no harm. */
 std::string ResolveTarget(const char* inPath) {
     const std::wstring path = NvWidePath(inPath);
     const DWORD attributes = GetFileAttributesW(path.c_str());

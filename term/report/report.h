@@ -12,7 +12,7 @@
 #include "wnatom/wnsafefile.h"
 
 /** A page for the browser about a run: totals, a table of the files, and of each file made smaller the
- * picture before and after. It is one file that needs nothing else.
+ *  picture before and after. It is one file that needs nothing else.
  *
  *  The page is written as the files are done and gets its name at the end, so that a long run needs no more
  *  memory than its largest pictures, and a page that exists is whole. */

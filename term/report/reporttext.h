@@ -14,7 +14,7 @@
 std::string TermHtmlText(std::string_view inText);
 
 /** The start of the page up to where the totals go, and what stands between them and the table's rows, and
- * the page's end. */
+ *  the page's end. */
 struct TermReportFrame {
     std::string mHead;
     std::string mMiddle;

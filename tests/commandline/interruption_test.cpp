@@ -28,7 +28,7 @@ std::string ReadPipe(int inPipe) {
 class Interruption : public ProgramTest {
 protected:
     /** From now on runs meet a fault, named as tests/support/faultshim.cpp does, at their inAt-th file
-     * operation. */
+     *  operation. */
     void SetFault(const std::string& inFault, int inAt) {
         std::error_code there;
         fs::create_symlink(FAULT_SHIM, mFolder / "faultshim.so", there);

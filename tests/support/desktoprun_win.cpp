@@ -99,7 +99,7 @@ void DesktopRun::MoveToScreen(int inDPI, RECT inPlace) const {
 }
 
 /** Under Wine the memory of a drop is not carried over with the message, so it is made in the program. Any
- * address there does as a handle: it stands for memory that does not move. */
+ *  address there does as a handle: it stands for memory that does not move. */
 void DesktopRun::Drop(const std::vector<std::string>& inPaths) const {
     std::wstring names;
     for (const std::string& path : inPaths)

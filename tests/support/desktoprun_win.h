@@ -10,7 +10,7 @@
 #include "tests/support/testfolder.h"
 
 /** Runs the real Parvigif.exe and acts on its window like a person: commands, clicks, drops. Reads what the
- * controls show. Its preferences, log and throw-away files are its own. */
+ *  controls show. Its preferences, log and throw-away files are its own. */
 class DesktopRun {
 public:
     /** Starts it and waits for the window. */

@@ -6,7 +6,7 @@
 #include <vector>
 
 /** GIF's LZW written down as plainly as it can be said, as a second opinion: strings in a map, one bit at a
- * time, no care for speed. It shares nothing with the library. */
+ *  time, no care for speed. It shares nothing with the library. */
 
 using Indices = std::vector<std::uint8_t>;
 

@@ -7,7 +7,7 @@
 #include "nvcode2/nvwindows_win.h"
 
 /** For a program that runs beside the test: its data folder, and preferences that nobody wrote before. Puts
- * the user's folder back at the end. */
+ *  the user's folder back at the end. */
 class OwnRegistry {
 public:
     /** @param inState  stands for the folder of application data; exists */

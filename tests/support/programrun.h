@@ -16,7 +16,7 @@ struct ProgramResult {
 };
 
 /** Runs the real program `parvigif` in a folder, with log and scratch files kept in another, and preferences
- * that nobody else uses. */
+ *  that nobody else uses. */
 class ProgramRunner {
 public:
     /** The program's current folder is inFolder. */
@@ -30,7 +30,7 @@ public:
     bool mAsNobody = false; // without the rights of the superuser, whoever runs the tests; on POSIX only
 
     /** Where XDG_CONFIG_HOME (as "user"), XDG_STATE_HOME or the folder of application data ("state"), and
-     * TMPDIR or TMP ("tmp") lie. */
+     *  TMPDIR or TMP ("tmp") lie. */
     const TestFolder& GetOwnFolder() const { return mOwnFolder; }
 
     // What follows is there on POSIX only.

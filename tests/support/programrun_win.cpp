@@ -10,7 +10,7 @@
 namespace {
 
 /** The command line that the other side takes apart into these arguments: one quoted, with every quote and
- * the backslashes before it or the end doubled by backslashes. */
+ *  the backslashes before it or the end doubled by backslashes. */
 std::wstring MakeCommandLine(const std::vector<std::string>& inArguments) {
     std::string line = "parvigif";
     for (const std::string& argument : inArguments) {

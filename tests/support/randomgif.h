@@ -29,7 +29,7 @@ std::vector<std::uint8_t> RandomPixels(TestRandom& ioRandom, TestTexture inTextu
 
 /** A small animation with everything the format allows: local and global tables, every disposal,
  *  transparency inside and outside the table, interlacing, delays, user input, loop, comments, data cut
- * short, indices without an entry. */
+ *  short, indices without an entry. */
 TestGIF RandomGIF(std::uint32_t inSeed);
 
 /** One whose data are complete, with every index in its table. */

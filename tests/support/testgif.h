@@ -75,7 +75,7 @@ std::vector<std::uint32_t> FileOrder(std::uint32_t inHeight, bool inInterlaced);
 std::string EncodeGIF(const TestGIF& inGIF);
 
 /** Reads a file with giflib. Fails the test when giflib finds fault with it. On Windows, which has no giflib,
- * the library reads it. */
+ *  the library reads it. */
 TestGIF ReadGIF(const std::string& inPath);
 
 /** What a viewer shows after each frame: a screen of colours, row-major, km_Uncovered where nothing is. */
