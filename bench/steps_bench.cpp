@@ -126,12 +126,14 @@ const Step km_Steps[] = {
      }},
     {"settle undrawn pixels",
      [](Run& io, PvProgress&) {
-         PvUndrawnFiller filler(km_Width, km_Height);
+         NvLZWStringTable strings;
+         PvUndrawnFiller filler(km_Width, km_Height, strings);
          ForEachFrame(io, [&](auto& frame) { filler.FillUndrawnPixels(*frame); });
      }},
     {"exchange pixels",
      [](Run& io, PvProgress&) {
-         PvPixelSwapper swapper;
+         NvLZWStringTable strings;
+         PvPixelSwapper swapper(strings);
          ForEachFrame(io, [&](auto& frame) { swapper.SwapIfWorthIt(*frame); });
      }},
 };

@@ -48,7 +48,8 @@ struct Photo {
 };
 
 void Incremental(benchmark::State& ioState, std::uint32_t inSide) {
-    PvSwapSearch search;
+    NvLZWStringTable strings;
+    PvSwapSearch search(strings);
     std::uint64_t candidates = 0;
     for (auto _ : ioState) {
         Photo photo(inSide);
@@ -64,7 +65,8 @@ void Incremental(benchmark::State& ioState, std::uint32_t inSide) {
 }
 
 void Plain(benchmark::State& ioState, std::uint32_t inSide) {
-    PvLZWEstimator estimator;
+    NvLZWStringTable strings;
+    PvLZWEstimator estimator(strings);
     std::uint64_t candidates = 0;
     for (auto _ : ioState) {
         Photo photo(inSide);

@@ -16,8 +16,10 @@ class NvGIFFrame;
  * measured; one that gains nothing stays as it was. */
 class PvUndrawnFiller {
 public:
-    /** @param inWidth, inHeight  of the screen */
-    PvUndrawnFiller(std::uint32_t inWidth, std::uint32_t inHeight) : mCanvas(inWidth, inHeight) {}
+    /** @param inWidth, inHeight  of the screen
+     *  @param ioStrings          to work with, while a frame is filled; borrowed for the filler's life */
+    PvUndrawnFiller(std::uint32_t inWidth, std::uint32_t inHeight, NvLZWStringTable& ioStrings)
+        : mCanvas(inWidth, inHeight), mChooser(ioStrings) {}
 
     /** Takes the next frame. Its table must be final but for cutting, since the code width follows from it.
      */

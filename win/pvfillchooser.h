@@ -16,6 +16,9 @@ class PvFillChooser {
 public:
     using Pixels = std::vector<std::uint8_t>;
 
+    /** @param ioStrings  to work with, while it reads frames; borrowed for the chooser's life */
+    explicit PvFillChooser(NvLZWStringTable& ioStrings) : mParser(ioStrings), mGreedyParser(ioStrings) {}
+
     /** Begins with the next frame.
      *  @param inPresent    its pixels in the order of the file, at least one
      *  @param inPixelBits  of its codes

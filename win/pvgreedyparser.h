@@ -20,6 +20,9 @@ struct PvPixelChoices {
  * on, the longest is taken; the next pixel is settled so that the string after it becomes long too. */
 class PvGreedyParser {
 public:
+    /** @param ioStrings  to work with, while it parses; borrowed for the parser's life */
+    explicit PvGreedyParser(NvLZWStringTable& ioStrings) : mTable(ioStrings) {}
+
     /** @param inChoices   at least one pixel
      *  @param inToBeat    codes at which to give up
      *  @param outPixels   the settled pixels, as many as the choices
@@ -63,7 +66,7 @@ private:
     const std::uint8_t* mPresent = nullptr;
     const std::uint8_t* mOther = nullptr;
     std::uint32_t mCount = 0;
-    NvLZWStringTable mTable;
+    NvLZWStringTable& mTable;
     std::uint32_t mNextCode = 0;
     std::array<Node, NvLZWStringTable::km_MaxCodes> mNodes{};
     std::array<std::uint32_t, NvLZWStringTable::km_MaxCodes> mPlaces{}; // where each string was settled first

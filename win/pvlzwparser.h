@@ -21,6 +21,10 @@ public:
         std::uint32_t mPrefix = 0; ///< code of the string read so far
     };
 
+    /** @param ioStrings  to work with, between Start and the end of a parse; borrowed for the parser's life
+     */
+    explicit PvLZWParser(NvLZWStringTable& ioStrings) : mTable(ioStrings) {}
+
     /** @param inPixelBits  2 to 8, of the pixels of all streams that follow
      *  @throws NvErrorCode  2 */
     void Begin(std::uint32_t inPixelBits);
@@ -56,7 +60,7 @@ public:
                               std::uint64_t inToBeat = UINT64_MAX);
 
 private:
-    NvLZWStringTable mTable;
+    NvLZWStringTable& mTable;
     std::uint32_t mFirstFreeCode = 0;
     std::uint32_t mCapacity = 0;
     std::uint32_t mPrefix = 0;

@@ -1,5 +1,6 @@
 #include "win/pvpasses.h"
 
+#include <optional>
 #include <utility>
 
 #include "nvcode2/nvanimation.h"
@@ -40,13 +41,17 @@ PvWritten PvPasses::RunFirst(const char* inPath, NvAnimation& ioAnimation, PvTab
     ioProgress.BeginStep(0.75);
     ShareTable(ioAnimation.GetGlobalInfo(), inPlan.mShared);
     RestoreBackgroundIndex(ioAnimation.GetGlobalInfo(), inBackground);
-    PvUndrawnFiller filler(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight());
+    NvLZWStringTable strings;              // one for all that needs one by turns
+    std::optional<PvUndrawnFiller> filler; // below a still picture there is nothing
+    if (ioAnimation.GetFrameCount() > 1)
+        filler.emplace(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(), strings);
     const auto prepare = [&](std::uint32_t inIndex) {
         std::unique_ptr<NvGIFFrame> frame = inPlan.MakeFrame(ioAnimation, inIndex);
-        filler.FillUndrawnPixels(*frame);
+        if (filler)
+            filler->FillUndrawnPixels(*frame);
         return frame;
     };
-    return Write(inPath, ioAnimation, prepare, inOptions, ioProgress);
+    return Write(inPath, ioAnimation, prepare, strings, inOptions, ioProgress);
 }
 
 PvWritten PvPasses::RunSecond(const char* inPath, NvAnimation& ioAnimation, const PvPassOptions& inOptions,
@@ -65,12 +70,14 @@ PvWritten PvPasses::RunSecond(const char* inPath, NvAnimation& ioAnimation, cons
         cropped->UpdateTransparency(cropped->GetInfo().mHasLocalTable ? nullptr : &info.mColorTable, 256);
         return cropped;
     };
-    return Write(inPath, ioAnimation, prepare, inOptions, ioProgress);
+    NvLZWStringTable strings;
+    return Write(inPath, ioAnimation, prepare, strings, inOptions, ioProgress);
 }
 
 PvWritten PvPasses::Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
-                          const PvPassOptions& inOptions, PvProgress& ioProgress) {
-    PvPixelSwapper swapper;
+                          NvLZWStringTable& ioStrings, const PvPassOptions& inOptions,
+                          PvProgress& ioProgress) {
+    PvPixelSwapper swapper(ioStrings);
     PvWritten written;
     written.mSize = WriteOptimizedGIF(inPath, ioAnimation, [&](std::uint32_t inIndex) {
         ioProgress.ReportFrame(inIndex, ioAnimation.GetFrameCount());

@@ -7,6 +7,7 @@
 #include "win/pvwrite.h"
 
 class NvAnimation;
+class NvLZWStringTable;
 class PvProgress;
 struct PvTablePlan;
 
@@ -36,5 +37,5 @@ public:
 
 private:
     PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
-                    const PvPassOptions& inOptions, PvProgress& ioProgress);
+                    NvLZWStringTable& ioStrings, const PvPassOptions& inOptions, PvProgress& ioProgress);
 };

@@ -16,16 +16,21 @@ void PvSegmentRecord::Begin(const std::uint8_t* inStream, std::uint32_t inLength
         for (String& string : mStrings)
             string.mMark = 0;
     }
-    if (inPixelBits <= mPixelBits)
+    mPixelBits = inPixelBits;
+}
+
+void PvSegmentRecord::MakeRoom() {
+    if (mPixelBits <= mRoomBits)
         return;
     mCodes.reset(static_cast<std::uint16_t*>(
-        std::calloc(std::size_t{2 * km_MaxCodes} << inPixelBits, sizeof(std::uint16_t))));
-    mPixelBits = mCodes ? inPixelBits : 0;
+        std::calloc(std::size_t{2 * km_MaxCodes} << mPixelBits, sizeof(std::uint16_t))));
+    mRoomBits = mCodes ? mPixelBits : 0;
     if (!mCodes)
         NvThrow(NvErrorCode::km_OutOfMemory);
 }
 
 void PvSegmentRecord::Record(std::uint32_t inStart) {
+    MakeRoom();
     mIsValid = true;
     mStart = mLinkedFrom = inStart;
     mPositions.assign(1, {});

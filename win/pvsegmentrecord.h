@@ -43,8 +43,7 @@ struct PvSegment {
  *    follow were all born there or later. */
 class PvSegmentRecord {
 public:
-    /** @param inStream  borrowed; may change by exchanges, as told below
-     *  @throws NvErrorCode  2 */
+    /** @param inStream  borrowed; may change by exchanges, as told below */
     void Begin(const std::uint8_t* inStream, std::uint32_t inLength, std::uint32_t inPixelBits);
 
     void Drop() { mIsValid = false; }
@@ -59,7 +58,8 @@ public:
         return mIsValid && mStart <= inPair + 1 && inPair < mStart + mPositions.size();
     }
 
-    /** Records the segment that begins at a position; each of its pixels takes 8 bytes. */
+    /** Records the segment that begins at a position; each of its pixels takes 8 bytes.
+     *  @throws NvErrorCode  2 */
     void Record(std::uint32_t inStart);
 
     /** Records afresh from a pair on, which may have changed places since. */
@@ -127,6 +127,7 @@ private:
         return IsMarked(string) ? string.mMark % 2 != 0 : string.mBorn < inThreshold;
     }
 
+    void MakeRoom();
     void ForgetStrings(std::uint32_t inMisses);
     void ReadOn(std::uint32_t inNext, std::uint32_t inPrefix);
     std::optional<PvSegment> RunTrial(std::uint32_t inPair);
@@ -137,7 +138,8 @@ private:
 
     const std::uint8_t* mStream = nullptr;
     std::uint32_t mLength = 0;
-    std::uint32_t mPixelBits = 0; // that mCodes has room for
+    std::uint32_t mPixelBits = 0;
+    std::uint32_t mRoomBits = 0; // of the pixels that mCodes has room for
     std::uint32_t mFirstFreeCode = 0;
     std::uint32_t mCapacity = 0;
 

@@ -116,7 +116,8 @@ private:
 
     /** What the whole animation would cost if its other frames were like these. */
     double CostOf(std::uint32_t inReach) const {
-        PvLZWEstimator estimator;
+        NvLZWStringTable strings;
+        PvLZWEstimator estimator(strings);
         double bits = 0.0;
         double similarity = 0.0;
         for (std::size_t i = 0; i < mTried.size(); ++i) {

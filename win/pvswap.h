@@ -14,6 +14,9 @@ class NvGIFFrame;
  * the estimate strictly drops. A frame with too many places to try is post-dithered instead. */
 class PvPixelSwapper {
 public:
+    /** @param ioStrings  to work with, while a frame is in hand; borrowed for the swapper's life */
+    explicit PvPixelSwapper(NvLZWStringTable& ioStrings) : mSearch(ioStrings), mEstimator(ioStrings) {}
+
     /** What a step did to a frame. */
     struct Result {
         std::uint32_t mExchanged = 0; ///< pairs that changed places

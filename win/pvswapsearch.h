@@ -32,6 +32,9 @@
  *  - mMisses is the number of misses of the stream as it is. */
 class PvSwapSearch {
 public:
+    /** @param ioStrings  to work with, from Begin to the last exchange; borrowed for the search's life */
+    explicit PvSwapSearch(NvLZWStringTable& ioStrings) : mParser(ioStrings), mAhead(mStringsAhead) {}
+
     /** Starts on a frame.
      *
      *  @param ioPixels      borrowed until the next Begin; exchanges that are kept change them. Rows without
@@ -90,6 +93,7 @@ private:
     std::uint32_t mReluctance =
         km_LeastReluctance; // times a segment's length to be read before it is recorded
 
+    NvLZWStringTable mStringsAhead;
     PvLZWParser mAhead;                           // parses the segments
     std::map<std::uint32_t, PvSegment> mSegments; // by where they begin
     std::uint64_t mPixelSteps = 0;

@@ -15,7 +15,8 @@ namespace {
 class LookTest : public OptimizerTest {
 protected:
     static std::uint64_t BitsOf(const TestAnimation& inAnimation) {
-        PvLZWEstimator estimator;
+        NvLZWStringTable strings;
+        PvLZWEstimator estimator(strings);
         std::uint64_t bits = 0;
         for (const auto& frame : inAnimation.mFrames)
             bits += estimator.EstimateFrame(*frame);
@@ -51,7 +52,8 @@ TEST_F(LookTest, UndrawnPixelsAreDrawnWhereThatIsShorterAndNobodySeesIt) {
         const TestAnimation animation(*LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress));
         const std::vector<TestCanvas> shown = Play(Describe(animation));
         const std::uint64_t bits = BitsOf(animation);
-        PvUndrawnFiller filler(animation.mWidth, animation.mHeight);
+        NvLZWStringTable strings;
+        PvUndrawnFiller filler(animation.mWidth, animation.mHeight, strings);
         for (const auto& frame : animation.mFrames)
             filler.FillUndrawnPixels(*frame);
         EXPECT_EQ(Play(Describe(animation)), shown);

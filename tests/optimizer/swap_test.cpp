@@ -62,7 +62,8 @@ SwapReference RandomFrame(std::uint32_t inSeed, std::uint32_t inMaxWidth, std::u
 }
 
 TEST(Swap, SearchEqualsTheLiteralOneOnHundredsOfFrames) {
-    PvPixelSwapper swapper; // one for all, as the program uses it
+    NvLZWStringTable strings;
+    PvPixelSwapper swapper(strings); // one for all, as the program uses it
     std::uint32_t tried = 0;
     std::uint32_t exchanged = 0;
     for (std::uint32_t seed = 0; seed < 600; ++seed) {
@@ -103,7 +104,8 @@ SwapReference WithCandidates(std::uint32_t inWidth, std::uint32_t inHeight, std:
 
 TEST(Swap, MoreCandidatesThanTheSearchTakesOnArePostDithered) {
     // 24,800,000 / 248 / 1000 = 100 candidates.
-    PvPixelSwapper swapper;
+    NvLZWStringTable strings;
+    PvPixelSwapper swapper(strings);
     for (const std::uint32_t count : {100u, 101u}) {
         SwapReference reference = WithCandidates(248, 1000, count);
         EXPECT_EQ(reference.CountCandidates(), count);
@@ -123,7 +125,8 @@ TEST(Swap, MoreCandidatesThanTheSearchTakesOnArePostDithered) {
 // Luma is what the eye sees structure in: the same pixels change places unseen between equally bright colours
 // and roughen the picture between greys.
 TEST(Swap, ExchangedPixelsAreKeptOnlyWhenTheyMakeTheFrameShorterAndDoNotShow) {
-    PvPixelSwapper swapper;
+    NvLZWStringTable strings;
+    PvPixelSwapper swapper(strings);
     int kept = 0;
     int putBack = 0;
     for (std::uint32_t seed = 0; seed < 12; ++seed) {
@@ -157,7 +160,8 @@ std::uint64_t Estimate(PvLZWEstimator& ioEstimator, const SwapReference& inFrame
 }
 
 TEST(LZWEstimate, CountsTheBitsOfEveryKindOfFrame) {
-    PvLZWEstimator estimator; // one for all, as the program uses it
+    NvLZWStringTable strings;
+    PvLZWEstimator estimator(strings); // one for all, as the program uses it
     TestRandom random(1);
     for (std::uint32_t bits = 1; bits <= 8; ++bits)
         for (std::uint32_t texture = 0; texture < km_TextureCount; ++texture)
@@ -180,7 +184,8 @@ TEST(LZWEstimate, CountsTheBitsOfEveryKindOfFrame) {
 // Noise of 256 colours fills the table every 3,838 strings, a few more pixels, where one pixel decides on a
 // clear.
 TEST(LZWEstimate, CountsTheBitsAroundAFullTable) {
-    PvLZWEstimator estimator;
+    NvLZWStringTable strings;
+    PvLZWEstimator estimator(strings);
     TestRandom random(2);
     const auto pixels = RandomPixels(random, TestTexture::km_Noise, 8200, 1, 256);
     SwapReference frame;
@@ -194,7 +199,8 @@ TEST(LZWEstimate, CountsTheBitsAroundAFullTable) {
 }
 
 TEST(LZWEstimate, RowsMayLieApartAndNoTableHasZeroOr257Colours) {
-    PvLZWEstimator estimator;
+    NvLZWStringTable strings;
+    PvLZWEstimator estimator(strings);
     const std::vector<std::uint8_t> apart = {0, 1, 9, 9, 1, 0, 9, 9, 0, 1, 9, 9};
     const std::vector<std::uint8_t> together = {0, 1, 1, 0, 0, 1};
     EXPECT_EQ(estimator.EstimateLZWSize(apart.data(), 2, 3, 4, 2, false),

@@ -66,8 +66,10 @@ public:
     std::uint32_t mExchanged = 0;
 
 private:
-    PvSwapSearch mSearch;
-    PvLZWEstimator mEstimator;
+    NvLZWStringTable mStrings;
+    PvSwapSearch mSearch{mStrings};
+    NvLZWStringTable mEstimatorStrings;
+    PvLZWEstimator mEstimator{mEstimatorStrings};
     Frame mPlain;
     std::vector<std::uint8_t> mPixels;
     std::uint64_t mBest = 0;
@@ -125,7 +127,8 @@ Resets FindResets(const Frame& inFrame) {
         const auto row = inFrame.mPixels.begin() + static_cast<std::ptrdiff_t>(y * inFrame.mWidth);
         stream.insert(stream.end(), row, row + inFrame.mWidth);
     }
-    PvLZWParser parser;
+    NvLZWStringTable strings;
+    PvLZWParser parser(strings);
     parser.Begin(inFrame.mColors.size() > 128 ? 8 : 7);
     Resets resets;
     std::uint32_t next = 1;
