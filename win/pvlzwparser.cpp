@@ -39,21 +39,22 @@ void PvLZWParser::Start(std::uint8_t inPixel) {
 
 bool PvLZWParser::Read(const std::uint8_t* inPixels, std::uint32_t inEnd, std::uint32_t& ioNext,
                        std::uint32_t inLimit) {
+    NvLZWStringTable& table = mTable;
     std::uint32_t next = ioNext;
     std::uint32_t prefix = mPrefix;
     bool isFull = false;
     while (next < inEnd) {
         const std::uint32_t pixel = inPixels[next];
-        if (const std::uint32_t code = mTable.Find(prefix, pixel)) {
+        if (const std::uint32_t code = table.Find(prefix, pixel)) {
             prefix = code;
             ++next;
             continue;
         }
-        mTable.Add(prefix, pixel, mFirstFreeCode + mTable.GetCount());
-        isFull = mTable.GetCount() >= inLimit;
+        table.Add(prefix, pixel, mFirstFreeCode + table.GetCount());
+        isFull = table.GetCount() >= inLimit;
         if (isFull)
             break;
-        next += mTable.FindRun(inPixels + next, inEnd - next, prefix);
+        next += table.FindRun(inPixels + next, inEnd - next, prefix);
     }
     ioNext = next;
     mPrefix = prefix;
