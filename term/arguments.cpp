@@ -1,9 +1,41 @@
 #include "term/arguments.h"
 
 #include <algorithm>
+#include <numeric>
 #include <optional>
+#include <string_view>
 
 namespace {
+
+/** How many letters are to be put in, left out or changed to make one text of the other (Levenshtein). */
+std::size_t CountSlips(std::string_view inTyped, std::string_view inMeant) {
+    std::vector<std::size_t> slips(inMeant.size() +
+                                   1); // for what was seen of the one, by length of the other
+    std::iota(slips.begin(), slips.end(), 0U);
+    for (const char typed : inTyped) {
+        std::size_t before = slips[0]++;
+        for (std::size_t i = 0; i < inMeant.size(); ++i) {
+            const std::size_t changed = before + (typed == inMeant[i] ? 0 : 1);
+            before = slips[i + 1];
+            slips[i + 1] = std::min({changed, before + 1, slips[i] + 1});
+        }
+    }
+    return slips.back();
+}
+
+/** A question behind the complaint about an unknown option, or nothing when none is near. */
+std::string AskWhatWasMeant(std::string_view inTyped) {
+    std::string_view nearest;
+    std::size_t least = inTyped.size() / 3 + 1; // a letter in three may be wrong
+    for (const TermOption& option : TermGetOptions()) {
+        const std::string_view name = option.mName ? option.mName : "";
+        if (const std::size_t slips = CountSlips(inTyped, name); !name.empty() && slips < least) {
+            nearest = name;
+            least = slips;
+        }
+    }
+    return nearest.empty() ? "" : ": did you mean '--" + std::string(nearest) + "'?";
+}
 
 class Parser {
 public:
@@ -35,7 +67,7 @@ private:
         const TermOption* const option = Find(
             [&](const TermOption& inOption) { return inOption.mName && typed.substr(2) == inOption.mName; });
         if (!option)
-            Fail("unknown option '" + typed + "'");
+            Fail("unknown option '" + typed + "'" + AskWhatWasMeant(typed.substr(2)));
         else if (option->mArgument)
             Apply(*option, typed, equals == std::string::npos ? TakeNext() : inArgument.substr(equals + 1));
         else if (equals != std::string::npos)

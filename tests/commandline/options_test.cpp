@@ -67,6 +67,7 @@ TEST_F(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"-q"}, "no file named"},
         {{"--"}, "no file named"},
         {{"--foo=bar", "--worse", "a"}, "unknown option '--foo'"},
+        {{"--dryrun", "a"}, "unknown option '--dryrun': did you mean '--dry-run'?"},
         {{"-qx", "a"}, "unknown option '-x'"},
         {{"--no", "a"}, "unknown option '--no'"},
         {{"--no-log=1", "a"}, "option '--no-log' takes no value"},
