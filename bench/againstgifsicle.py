@@ -5,7 +5,8 @@
 
 Every file is done by the one, then at once by the other, so that a change of the machine's speed hits both;
 of ROUNDS (3) such pairs the least time of each counts. A line tells a file's processor seconds and peak memory,
-the totals wall seconds too, then which files are furthest off. Figures are those of the whole process; both work on copies on a RAM disk where there is one, backups and log on.
+the totals wall seconds too, then which files are furthest off. Figures are those of the whole process; both work on
+copies on a RAM disk where there is one, backups and log on. Needs gifsicle and GNU time.
 """
 
 import os
@@ -17,16 +18,20 @@ from pathlib import Path
 
 
 def measure(command, environment):
-    """Runs a command; wall seconds, processor seconds and peak KiB of its process."""
+    """Runs a command; wall seconds, processor seconds and peak KiB of its process.
+
+    GNU time starts it: the peak of a process begins with that of the one that started it, and this one's is
+    larger than that of many a run."""
+    peak = os.path.join(environment["TMPDIR"], "peak")
     start = time.perf_counter()
     pid = os.fork()
     if pid == 0:
         null = os.open(os.devnull, os.O_RDWR)
         for stream in (0, 1, 2):
             os.dup2(null, stream)
-        os.execvpe(command[0], command, environment)
+        os.execvpe("time", ["time", "-q", "-f", "%M", "-o", peak, *command], environment)
     _, _, usage = os.wait4(pid, 0)
-    return time.perf_counter() - start, usage.ru_utime + usage.ru_stime, usage.ru_maxrss
+    return time.perf_counter() - start, usage.ru_utime + usage.ru_stime, int(Path(peak).read_text())
 
 
 def least(results):
