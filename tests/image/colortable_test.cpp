@@ -57,10 +57,6 @@ TEST(ColorTable, SizesKeepTheLeadingColours) {
     EXPECT_EQ(table.GetColors(), nullptr);
 }
 
-TEST(ColorTable, PacksRedIntoTheLowByte) {
-    EXPECT_EQ(NvPackColor({0x11, 0x22, 0x33}), 0x332211u);
-}
-
 TEST(ColorTable, FindsTheClosestColour) {
     const NvColorTable table =
         MakeTable({{10, 0, 0}, {0, 10, 0}, {200, 0, 0}, km_Blue, {0, 0, 9}, {9, 0, 0}, {200, 0, 0}, km_Blue});
@@ -85,6 +81,7 @@ TEST(ColorTable, FindsTheClosestColour) {
     EXPECT_EQ(MakeTable({km_Red}).FindClosestColor(0, 0), 1u) << "nothing is left to find";
     EXPECT_EQ(CodeOf([] { NvColorTable().FindClosestColor(0, -1); }), 27u);
     EXPECT_EQ(NvColorTable::ColorDistance(&km_Black, &km_White), 195075u);
+    EXPECT_EQ(NvPackColor({0x11, 0x22, 0x33}), 0x332211u) << "red in the low byte";
 }
 
 TEST(ColorTable, FindsTheClosestOtherColour) {
