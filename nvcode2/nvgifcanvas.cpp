@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr std::size_t km_MostInBytes = 256;
-constexpr std::size_t km_MostInWords = 65536;
-
 /** Draws pixels side by side but those whose number is 0. @return whether any is different now */
 template <typename Number>
 bool DrawPixels(const std::uint8_t* inIndices, std::uint32_t inCount, const std::uint32_t* inNumbers,
@@ -57,18 +54,22 @@ void NvGIFCanvas::Columns::Add(const Columns& inColumns) {
 
 void NvGIFCanvas::UseColours(const NvColorTable& inTable, std::uint32_t inPassedOver) {
     const std::size_t size = std::min<std::size_t>(inTable.GetSize(), km_Indices);
-    if (size < km_Indices)
-        mNumbers.fill(NumberOf(km_Covered));
-    for (std::size_t i = 0; i < size; ++i)
-        if (i != inPassedOver)
-            mNumbers[i] = NumberOf(NvPackColor(inTable.GetColors()[i]) | km_Covered);
+    const auto useNumbers = [&](const auto& inNumberOf) {
+        if (size < km_Indices)
+            mNumbers.fill(inNumberOf(km_Covered));
+        for (std::size_t i = 0; i < size; ++i)
+            if (i != inPassedOver)
+                mNumbers[i] = inNumberOf(NvPackColor(inTable.GetColors()[i]) | km_Covered);
+    };
+    if (!std::holds_alternative<Colours>(mPixels)) {
+        useNumbers([this](Pixel inColour) { return NumberOf(inColour); });
+        Widen();
+    }
+    if (std::holds_alternative<Colours>(mPixels))
+        useNumbers([](Pixel inColour) { return inColour; });
     if (inPassedOver < km_Indices)
         mNumbers[inPassedOver] = 0;
     mPassedOver = inPassedOver;
-    if (mColours.size() > km_MostInWords)
-        Widen<LongWords>();
-    else if (mColours.size() > km_MostInBytes)
-        Widen<Words>();
     std::visit([this](auto& ioPixels) { ioPixels.resize(std::size_t{mWidth} * mHeight); }, mPixels);
 }
 
@@ -96,21 +97,24 @@ std::size_t NvGIFCanvas::SlotOf(Pixel inColour) const {
     return slot;
 }
 
-/** Sees to it that numbers are of a width. */
-template <typename Wide>
+/** Gives pixels as many bytes as the colours met by now ask for. */
 void NvGIFCanvas::Widen() {
-    if (std::holds_alternative<Wide>(mPixels))
-        return;
-    for (Numbers* numbers : {&mPixels, &mSaved})
-        *numbers = std::visit(
-            [](const auto& inNarrow) {
-                Wide wide(inNarrow.size());
-                std::transform(inNarrow.begin(), inNarrow.end(), wide.begin(), [](auto inNumber) {
-                    return static_cast<typename Wide::value_type>(inNumber);
-                });
-                return wide;
-            },
-            *numbers);
+    const auto convert = [this]<typename Wide>(const Wide&, const auto& inConvert) {
+        if (std::holds_alternative<Wide>(mPixels))
+            return;
+        for (Pixels* pixels : {&mPixels, &mSaved})
+            *pixels = std::visit(
+                [&](const auto& inNarrow) {
+                    Wide wide(inNarrow.size());
+                    std::transform(inNarrow.begin(), inNarrow.end(), wide.begin(), inConvert);
+                    return wide;
+                },
+                *pixels);
+    };
+    if (mColours.size() > km_MostInWords)
+        convert(Colours(), [this](std::size_t inNumber) { return mColours[inNumber]; });
+    else if (mColours.size() > km_MostInBytes)
+        convert(Words(), [](std::size_t inNumber) { return static_cast<std::uint16_t>(inNumber); });
 }
 
 NvGIFCanvas::Columns NvGIFCanvas::Draw(std::uint32_t inX, std::uint32_t inY, const std::uint8_t* inIndices,

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -54,26 +55,29 @@ public:
     void Save(const NvRect& inRect);
     void Restore(const NvRect& inRect);
 
-    /** The colours met so far, by number. */
+    /** The colours met so far, by number; as many as have one. */
     const std::vector<Pixel>& GetColours() const { return mColours; }
 
-    /** Copies a part of a row, for each pixel what stands at its colour's number.
-     *  @param inByNumber  as many values as there are colours */
-    template <typename Value>
+    /** Copies a part of a row, for each pixel what its colour stands for.
+     *  @param inByNumber  that, for each of GetColours
+     *  @param inValueOf   the same for any colour */
+    template <typename Value, typename ValueOf>
     void Read(std::uint32_t inY, const Columns& inColumns, const std::vector<Value>& inByNumber,
-              Value* outValues) const;
+              const ValueOf& inValueOf, Value* outValues) const;
 
 private:
     static constexpr std::size_t km_Indices = 256;
 
     using Bytes = std::vector<std::uint8_t>;
     using Words = std::vector<std::uint16_t>;
-    using LongWords = std::vector<std::uint32_t>;
-    using Numbers = std::variant<Bytes, Words, LongWords>; // row-major
+    using Colours = std::vector<Pixel>;
+    using Pixels = std::variant<Bytes, Words, Colours>; // row-major
+
+    static constexpr std::size_t km_MostInBytes = 256;
+    static constexpr std::size_t km_MostInWords = 65536;
 
     std::uint32_t NumberOf(Pixel inColour);
     std::size_t SlotOf(Pixel inColour) const;
-    template <typename Wide>
     void Widen();
     std::size_t PlaceOf(std::int32_t inX, std::int32_t inY) const {
         return static_cast<std::size_t>(inY) * mWidth + static_cast<std::size_t>(inX);
@@ -81,19 +85,19 @@ private:
 
     std::uint32_t mWidth;
     std::uint32_t mHeight;
-    Numbers mPixels;
-    Numbers mSaved;                    // of the same kind
+    Pixels mPixels;
+    Pixels mSaved;                     // of the same kind
     std::vector<Pixel> mColours{0};    // by number
     std::vector<std::uint32_t> mSlots; // a hash table of the numbers, 0: free
 
     // Of the indices in use.
-    std::array<std::uint32_t, km_Indices> mNumbers{}; // 0: draws nothing
+    std::array<std::uint32_t, km_Indices> mNumbers{}; // or colours; 0: draws nothing
     std::uint32_t mPassedOver = km_DrawsAll;
 };
 
-template <typename Value>
+template <typename Value, typename ValueOf>
 void NvGIFCanvas::Read(std::uint32_t inY, const Columns& inColumns, const std::vector<Value>& inByNumber,
-                       Value* outValues) const {
+                       const ValueOf& inValueOf, Value* outValues) const {
     const std::size_t count = inColumns.mEnd - inColumns.mFirst;
     const Value* values = inByNumber.data();
     std::visit(
@@ -103,6 +107,10 @@ void NvGIFCanvas::Read(std::uint32_t inY, const Columns& inColumns, const std::v
                 return;
             }
             const auto* row = inPixels.data() + std::size_t{inY} * mWidth + inColumns.mFirst;
+            if constexpr (std::is_same_v<std::remove_cvref_t<decltype(inPixels)>, Colours>) {
+                std::transform(row, row + count, outValues, inValueOf);
+                return;
+            }
             std::size_t i = 0;
             for (; i + 4 <= count; i += 4) { // loads of the next pixels need not wait for stores
                 const Value four[] = {values[row[i]], values[row[i + 1]], values[row[i + 2]],

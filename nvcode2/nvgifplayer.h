@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "nvcode2/nvgeometry.h"
@@ -49,7 +50,7 @@ public:
 
     /** Copies a part of a row of it. */
     void Read(std::uint32_t inY, const Columns& inColumns, Pixel* outPixels) const {
-        mCanvas.Read(inY, inColumns, mCanvas.GetColours(), outPixels);
+        mCanvas.Read(inY, inColumns, mCanvas.GetColours(), std::identity(), outPixels);
     }
 
     /** The whole row. */

@@ -134,7 +134,6 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
     constexpr std::uint64_t km_PerScreenPixel =
         20; // two canvases with what they restore, differencing, coverage
     constexpr std::uint64_t km_PerCanvasColor = 128; // counting and looking up what a restored canvas shows
-    constexpr std::uint64_t km_PerColor = 80;        // numbering what each of the two shows
     constexpr std::uint64_t km_CommentCopies =
         6; // loaded, to be written, and twice each in the two files that the gate plays
     const std::uint64_t screen = std::uint64_t{GetScreenWidth()} * GetScreenHeight();
@@ -145,15 +144,14 @@ std::uint64_t PvFrameReader::EstimateMemory() const {
         mAnyFrameRestores ? 256 * std::uint64_t{GetFrameCount()} : mColorsOfAllFrames;
     return frames + frames / 8 + GetFrameCount() * km_PerFrame + 4 * largest + screen * km_PerScreenPixel +
            km_CommentCopies * mFile.GetCommentMemory() + canvasColors * km_PerCanvasColor +
-           std::max(NvQuantOctree::EstimateMemory(colors), mColorsOfAllFrames * km_PerColor);
+           NvQuantOctree::EstimateMemory(colors);
 }
 
 std::uint64_t PvFrameReader::EstimatePlayMemory() const {
     constexpr std::uint64_t km_PerFrame = 64;       // where it lies in the file
     constexpr std::uint64_t km_PerScreenPixel = 16; // a canvas with what it restores, and a copy to show
-    constexpr std::uint64_t km_PerColor = 40;       // its number
     return std::uint64_t{GetScreenWidth()} * GetScreenHeight() * km_PerScreenPixel +
-           4 * mPixelsOfLargestFrame + GetFrameCount() * km_PerFrame + mColorsOfAllFrames * km_PerColor;
+           4 * mPixelsOfLargestFrame + GetFrameCount() * km_PerFrame;
 }
 
 std::unique_ptr<NvGIFFrame> PvFrameReader::ReadFrame(std::uint32_t inIndex) {

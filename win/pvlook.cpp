@@ -44,7 +44,7 @@ public:
     }
 
     void operator()(std::uint32_t inY, const NvGIFPlayer::Columns& inColumns, std::uint8_t* outLuma) const {
-        mCanvas.Read(inY, inColumns, mLuma, outLuma);
+        mCanvas.Read(inY, inColumns, mLuma, Luma, outLuma);
     }
 
 private:
