@@ -52,13 +52,19 @@ TEST_F(Failures, FilesThatAreNoSoundGIFs) {
     const std::string sound = Read("spinner.gif");
     std::string unknownBlock = sound;
     unknownBlock[13 + 768] = 'x'; // the first byte behind the global colour table
+    std::string narrow = sound;
+    narrow[6] = 1; // the screen's width, so that frames stand out
+    const std::string damaged = "damaged: not a well-formed GIF file (code 28)";
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"hello", "not a GIF file (code 32)"},
         {"GIF90a" + sound.substr(6), "a GIF file of an unknown version (code 33)"},
         {"GIF", "the file ends too early (code 18)"},
         {sound.substr(0, 400), "the file ends too early (code 18)"},
         {sound.substr(0, sound.size() / 2), "the file ends too early (code 18)"},
-        {unknownBlock, "damaged: not a well-formed GIF file (code 28)"},
+        {unknownBlock, damaged},
+        {narrow, damaged},
+        {sound.substr(0, 13 + 768) + ";", damaged}, // no frame at all
+        {sound.substr(0, sound.size() - 6) + std::string("\xff\xff\xff\xff\0;", 6), damaged},
         {MakeHugeGIF(0xff), "needs more memory than allowed (code 2)"},
     };
     for (const auto& [bytes, text] : cases) {
