@@ -40,18 +40,16 @@ NvPackedFrame::NvPackedFrame(std::unique_ptr<NvGIFFrame> inFrame, NvLZWStringTab
         inFrame->SetUndrawnPixels(mUndrawnIndex);
     }
     const std::size_t count = std::size_t{inFrame->GetWidth()} * inFrame->GetHeight();
+    const std::size_t worthwhile = (count + count / 8) / sizeof(mCodes[0]); // with the mask
     {
         const NvConstPixelLock pixels(inFrame->GetImage());
-        Pack(pixels.Row(0), count, ioStrings);
+        Pack(pixels.Row(0), count, canPack ? worthwhile : 0, ioStrings);
     }
-    mCodeCount = mCodes.size();
-    const std::size_t maskSize = count / 8;
-    if (canPack && mCodes.size() * sizeof(mCodes[0]) < count + maskSize) {
-        mCodes.shrink_to_fit();
-        return;
+    if (mCodes.size() < mCodeCount) {
+        mCodes = {};
+        mWhole = std::move(inFrame);
     }
-    mCodes = {};
-    mWhole = std::move(inFrame);
+    mCodes.shrink_to_fit();
 }
 
 std::unique_ptr<NvGIFFrame> NvPackedFrame::Unpack() const {
@@ -87,7 +85,13 @@ std::unique_ptr<NvGIFFrame> NvPackedFrame::CopyWhole(const NvIndexMap& inMap, co
     return frame;
 }
 
-void NvPackedFrame::Pack(const std::uint8_t* inPixels, std::size_t inCount, NvLZWStringTable& ioStrings) {
+/** Counts the codes of pixels, and keeps as many. */
+void NvPackedFrame::Pack(const std::uint8_t* inPixels, std::size_t inCount, std::size_t inMostKept,
+                         NvLZWStringTable& ioStrings) {
+    const auto add = [&](std::uint32_t inCode) {
+        if (mCodeCount++ < inMostKept)
+            mCodes.push_back(static_cast<std::uint16_t>(inCode));
+    };
     ioStrings.Begin(km_PixelBits);
     std::uint32_t prefix = inPixels[0];
     for (std::size_t next = 1; next < inCount;) {
@@ -97,13 +101,13 @@ void NvPackedFrame::Pack(const std::uint8_t* inPixels, std::size_t inCount, NvLZ
             ++next;
             continue;
         }
-        mCodes.push_back(static_cast<std::uint16_t>(prefix));
+        add(prefix);
         ioStrings.Add(prefix, pixel, km_Roots + ioStrings.GetCount());
         if (ioStrings.GetCount() == km_Capacity)
             ioStrings.Clear();
         next += ioStrings.FindRun(inPixels + next, static_cast<std::uint32_t>(inCount - next), prefix);
     }
-    mCodes.push_back(static_cast<std::uint16_t>(prefix));
+    add(prefix);
 }
 
 // Every string has been unpacked where it was added, and is copied from there. Its last pixel may be the

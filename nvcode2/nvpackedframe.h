@@ -45,7 +45,8 @@ public:
 private:
     std::unique_ptr<NvGIFFrame> CopyWhole(const NvIndexMap& inMap, const NvColorTable& inTable,
                                           std::uint8_t inUndrawnIndex) const;
-    void Pack(const std::uint8_t* inPixels, std::size_t inCount, NvLZWStringTable& ioStrings);
+    void Pack(const std::uint8_t* inPixels, std::size_t inCount, std::size_t inMostKept,
+              NvLZWStringTable& ioStrings);
     void UnpackTo(std::uint8_t* outPixels, const NvIndexMap& inMap) const;
 
     std::unique_ptr<NvGIFFrameInfo> mInfo;
