@@ -85,15 +85,12 @@ std::unique_ptr<NvGIFFrame> NvPackedFrame::CopyWhole(const NvIndexMap& inMap, co
     return frame;
 }
 
-/** Counts the codes of pixels, and keeps as many. */
+/** Counts the codes of pixels, and keeps the first ones. */
 void NvPackedFrame::Pack(const std::uint8_t* inPixels, std::size_t inCount, std::size_t inMostKept,
                          NvLZWStringTable& ioStrings) {
-    const auto add = [&](std::uint32_t inCode) {
-        if (mCodeCount++ < inMostKept)
-            mCodes.push_back(static_cast<std::uint16_t>(inCode));
-    };
     ioStrings.Begin(km_PixelBits);
     std::uint32_t prefix = inPixels[0];
+    std::uint64_t codes = 0;
     for (std::size_t next = 1; next < inCount;) {
         const std::uint32_t pixel = inPixels[next];
         if (const std::uint32_t code = ioStrings.Find(prefix, pixel)) {
@@ -101,13 +98,16 @@ void NvPackedFrame::Pack(const std::uint8_t* inPixels, std::size_t inCount, std:
             ++next;
             continue;
         }
-        add(prefix);
+        if (codes++ < inMostKept)
+            mCodes.push_back(static_cast<std::uint16_t>(prefix));
         ioStrings.Add(prefix, pixel, km_Roots + ioStrings.GetCount());
         if (ioStrings.GetCount() == km_Capacity)
             ioStrings.Clear();
         next += ioStrings.FindRun(inPixels + next, static_cast<std::uint32_t>(inCount - next), prefix);
     }
-    add(prefix);
+    if (codes++ < inMostKept)
+        mCodes.push_back(static_cast<std::uint16_t>(prefix));
+    mCodeCount = codes;
 }
 
 // Every string has been unpacked where it was added, and is copied from there. Its last pixel may be the

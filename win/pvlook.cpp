@@ -256,12 +256,9 @@ void PvLookMeter::SumBlocks(const LumaSource& inFirst, const LumaSource& inSecon
     };
     Block* blocks = BlockRow(inBlockRow) + inBlocks.mFirst;
     for (std::size_t column = 0; column < inBlocks.mEnd - inBlocks.mFirst; ++column) {
-        Block& block = blocks[column];
-        block.mFirst = acrossBlock(0, column) & 0xFFF;
-        block.mFirstSquares = acrossBlock(1, column) & 0xFFFFF;
-        block.mSecond = acrossBlock(2, column) & 0xFFF;
-        block.mSecondSquares = acrossBlock(3, column) & 0xFFFFF;
-        block.mProducts = acrossBlock(4, column);
+        blocks[column].mFirst = acrossBlock(0, column) | acrossBlock(1, column) << km_SquaresShift;
+        blocks[column].mSecond = acrossBlock(2, column) | acrossBlock(3, column) << km_SquaresShift;
+        blocks[column].mProducts = acrossBlock(4, column);
     }
 }
 
@@ -272,10 +269,10 @@ void PvLookMeter::SumWindows(std::uint32_t inWindowRow) {
     for (std::uint32_t column = 1; column < mBlockColumns; ++column) {
         Window window;
         for (const Block* block : {&above[column - 1], &above[column], &below[column - 1], &below[column]}) {
-            window.mFirst += block->mFirst;
-            window.mSecond += block->mSecond;
-            window.mFirstSquares += block->mFirstSquares;
-            window.mSecondSquares += block->mSecondSquares;
+            window.mFirst += block->mFirst & km_SumMask;
+            window.mSecond += block->mSecond & km_SumMask;
+            window.mFirstSquares += block->mFirst >> km_SquaresShift;
+            window.mSecondSquares += block->mSecond >> km_SquaresShift;
             window.mProducts += block->mProducts;
         }
         bool hasContrast = false;

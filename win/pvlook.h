@@ -56,14 +56,15 @@ private:
     using LumaSource =
         std::function<void(std::uint32_t inY, const Columns& inColumns, std::uint8_t* outLuma)>;
 
-    /** Sums over the 4 x 4 pixels of a block, in as many bits as 16 of 255 and 16 of 255 * 255 take. */
+    /** Sums over the 4 x 4 pixels of a block. 16 times 255 takes 12 bits, 16 times its square the 20 above.
+     */
     struct Block {
-        std::uint32_t mFirst : 12 = 0;
-        std::uint32_t mFirstSquares : 20 = 0;
-        std::uint32_t mSecond : 12 = 0;
-        std::uint32_t mSecondSquares : 20 = 0;
+        std::uint32_t mFirst = 0; // sum and sum of squares
+        std::uint32_t mSecond = 0;
         std::uint32_t mProducts = 0;
     };
+    static constexpr std::uint32_t km_SquaresShift = 12;
+    static constexpr std::uint32_t km_SumMask = (1U << km_SquaresShift) - 1;
 
     /** The same over the four blocks of a window. */
     struct Window {
@@ -103,5 +104,6 @@ private:
     std::vector<WindowRow> mWindowRows;  // each of two rows of blocks
     std::vector<Columns> mChangedBlocks; // by row of blocks
     std::vector<std::uint8_t> mLuma;     // four rows of the first canvas, four of the second, in whole blocks
-    std::vector<std::uint32_t> mColumns; // sums over the four rows, in the order of Block's fields
+    std::vector<std::uint32_t>
+        mColumns; // sums over the four rows: first, its squares, second, its squares, products
 };
