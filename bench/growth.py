@@ -3,8 +3,8 @@
 
     bench/growth.py PARVIGIF [ROUNDS]
 
-Draws animations of a static texture with a box that moves over it, in two series: 10 to 1,000 frames of one
-size, and 10 frames of 0.1 to 16 million pixels. The least processor time of ROUNDS (3) runs is told, the time
+Draws animations of a texture with a box that moves over it: 10 to 1,000 frames of one size, with the texture at
+rest and scrolling, and 10 frames of 0.1 to 16 million pixels, at rest. The least processor time of ROUNDS (3) runs is told, the time
 per pixel, and the factor from each step to the next, brought to a doubling of the work: 2 where time grows as
 the work does, less where something fixed still counts.
 """
@@ -42,36 +42,37 @@ def word(number):
     return number.to_bytes(2, "little")
 
 
-def write_animation(path, width, height, frames):
+def write_animation(path, width, height, frames, scroll):
     row = bytes((x * x // 64 + x % 5) % COLOURS for x in range(width))
-    background = b"".join(row[y % 61 :] + row[: y % 61] for y in range(height))
+    texture = b"".join(row[y % 61 :] + row[: y % 61] for y in range(height + 61))
     with open(path, "wb") as file:
         file.write(b"GIF89a" + word(width) + word(height) + b"\xe6\0\0")
         file.write(b"".join(bytes([2 * i, 255 - 2 * i, i * 37 % 256]) for i in range(COLOURS)))
         for number in range(frames):
             file.write(b"\x21\xf9\x04\x04" + word(5) + b"\0\0\x2c" + word(0) * 2 + word(width) + word(height) + b"\0")
-            file.write(image_data(frame(background, width, height, number)))
+            top = number * scroll % 61 * width
+            file.write(image_data(frame(texture[top : top + width * height], width, height, number)))
         file.write(b";")
 
 
-def run(program, work, width, height, frames, rounds):
+def run(program, work, width, height, frames, scroll, rounds):
     """Least processor seconds, and peak bytes."""
     path = os.path.join(work, "growing.gif")
     environment = dict(os.environ, XDG_CONFIG_DIRS=work, XDG_CONFIG_HOME=work, XDG_STATE_HOME=work, TMPDIR=work)
     results = []
     for _ in range(rounds):
-        write_animation(path, width, height, frames)
+        write_animation(path, width, height, frames, scroll)
         Path(path + ".BAK").unlink(missing_ok=True)
         results.append(measure([program, "-q", path], environment))
     return min(result[1] for result in results), results[-1][2] * 1024
 
 
-def series(title, program, work, sizes, rounds):
+def series(title, program, work, sizes, scroll, rounds):
     print(f"{title:24} seconds  ns/pixel  bytes/pixel  factor a doubling")
     last = None
     for width, height, frames in sizes:
         pixels = width * height * frames
-        seconds, memory = run(program, work, width, height, frames, rounds)
+        seconds, memory = run(program, work, width, height, frames, scroll, rounds)
         factor = ""
         if last:
             factor = f"{2 ** (math.log(seconds / last[1]) / math.log(pixels / last[0])):.2f}"
@@ -85,9 +86,11 @@ def main():
     rounds = int(sys.argv[2]) if len(sys.argv) > 2 else 3
     memory_disk = "/dev/shm" if os.path.isdir("/dev/shm") else None
     with tempfile.TemporaryDirectory(dir=memory_disk) as work:
-        series("more frames", program, work, [(320, 240, n) for n in (10, 30, 100, 300, 1000)], rounds)
+        counts = [(320, 240, n) for n in (10, 30, 100, 300, 1000)]
+        series("more frames", program, work, counts, 0, rounds)
+        series("more that scroll", program, work, counts, 3, rounds)
         sides = [(400, 250), (800, 500), (1600, 1000), (3200, 2000), (5000, 3200)]
-        series("more pixels", program, work, [(w, h, 10) for w, h in sides], rounds)
+        series("more pixels", program, work, [(w, h, 10) for w, h in sides], 0, rounds)
 
 
 if __name__ == "__main__":
