@@ -45,8 +45,8 @@ public:
      *  @param inCloseOnClose  whether Close, and the destructor, close the descriptor
      *  @param inDescriptor    an open descriptor to use instead of the path, or -1
      *  @throws NvErrorCode    4 without path and descriptor; 11 when already open; 5 for another inPerm with
-     * a path; from opening: 14 (EACCES), 12 (EEXIST, EINVAL), 9 (EMFILE), 10 (ENOENT), 1. The file is then as
-     *  open or closed as it was */
+     *  a path; from opening: 14 (EACCES), 12 (EEXIST, EINVAL), 9 (EMFILE), 10 (ENOENT), 1. The file is then
+     *  as open or closed as it was */
     void Open(std::uint16_t inPerm, bool inCloseOnClose = true, std::int32_t inDescriptor = -1);
 
     /** @throws NvErrorCode  15 when not open; 20 when closing fails, with the file closed all the same */

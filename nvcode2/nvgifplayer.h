@@ -13,8 +13,8 @@ class NvGIFFrame;
 /** Plays an animation frame by frame onto a canvas, as browsers show it.
  *
  *  The canvas starts transparent. Disposal 2 clears a frame's rectangle to transparent, 3 and 4 put back what
- * was there before the frame, everything else leaves the frame in place. Frames outside the screen are not
- * expected. */
+ *  was there before the frame, everything else leaves the frame in place. Frames outside the screen are not
+ *  expected. */
 class NvGIFPlayer {
 public:
     using Pixel = NvGIFCanvas::Pixel;
@@ -25,15 +25,15 @@ public:
     NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight);
 
     /** Does to the canvas what the frame shown last asks for when its time is over. What is on the canvas
-     * then lies under the next frame. The next frame does it too, unless it has been done. */
+     *  then lies under the next frame. The next frame does it too, unless it has been done. */
     void DisposeOfLastFrame();
 
     /** Disposes of the frame shown before and draws the next one. Every drawn index must be in the frame's
-     * table. @throws std::bad_alloc */
+     *  table. @throws std::bad_alloc */
     void ShowFrame(const NvGIFFrame& inFrame);
 
     /** The same for a frame row by row as it is read: BeginFrame, then DrawRow for what there is of it. Every
-     * pixel is drawn but those of the transparent index; indices beyond the table are black.
+     *  pixel is drawn but those of the transparent index; indices beyond the table are black.
      *  @param inTable  that the frame is shown with
      *  @throws std::bad_alloc */
     void BeginFrame(const NvGIFFrameInfo& inInfo, const NvColorTable& inTable);

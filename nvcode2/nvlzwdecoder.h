@@ -14,12 +14,12 @@ class NvFileReader;
  *  - clear codes in a row, and streams that go on with a full table until a clear code arrives;
  *  - a code beyond the next free one, which is read as the next free one;
  *  - sub-blocks that end without an end code: the pixels that did not arrive are told by the result of
- * DecodeRows;
+ *  DecodeRows;
  *  - a minimum code size of 1, when the stream yields exactly the frame's pixels. */
 class LZWDecoder {
 public:
     /** @param inReader  borrowed for the decoder's life; positioned by the caller at the minimum code size
-     * byte */
+     *  byte */
     explicit LZWDecoder(NvFileReader& inReader);
 
     /** Reads the minimum code size.
@@ -35,7 +35,7 @@ public:
                              std::uint32_t inStride);
 
     /** Ends the frame. What the stream holds beyond the frame's pixels is ignored, but with a minimum code
-     * size of 1.
+     *  size of 1.
      *  @throws NvErrorCode  28 when a stream of minimum code size 1 goes on */
     void End();
 
@@ -47,8 +47,8 @@ private:
     static constexpr std::uint32_t km_WindowSize = 8192; // pixels; 4096 to 32768 do not differ by 2 %
 
     /** What a code stands for. Of its string the last 1 to 8 pixels are at hand, those from the last multiple
-     * of 8 on. Strings are so expanded in steps of eight pixels, and a string that is one pixel longer than
-     * another takes over either its tail or its code. */
+     *  of 8 on. Strings are so expanded in steps of eight pixels, and a string that is one pixel longer than
+     *  another takes over either its tail or its code. */
     struct String {
         std::uint64_t mTail = 0; // the first pixel first in memory, zeros behind the last
 
@@ -57,7 +57,7 @@ private:
         std::uint64_t mRest = 8 * km_Undefined;
 
         /** The length of what is none: clear and end code, codes not defined yet, and strings whose prefix
-         * was not defined when they were added. No string is that long. */
+         *  was not defined when they were added. No string is that long. */
         static constexpr std::uint32_t km_Undefined = km_MaxCodes + 1;
 
         static constexpr std::uint32_t km_OneLonger = 8;

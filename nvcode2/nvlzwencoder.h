@@ -10,8 +10,8 @@ class NvFileWriter;
 /** GIF's variable-width LZW compression: rows of colour indices in, data sub-blocks out.
  *
  *  Order of calls for one frame: Begin, EncodeRows once or more (once per interlace pass), End. The encoder
- * may be used again for the next frame. Codes are at most 12 bits; when code 4095 has been assigned the table
- * is emptied at once and a clear code written, never later.
+ *  may be used again for the next frame. Codes are at most 12 bits; when code 4095 has been assigned the
+ *  table is emptied at once and a clear code written, never later.
  *
  *  After T. A. Welch, "A Technique for High-Performance Data Compression", 1984, as the GIF format uses it.
  */
@@ -22,7 +22,7 @@ public:
 
     /** Writes the code size byte and the first clear code.
      *  @param inMinimumCodeSize  1 to 8, bits that hold the highest index; 1 is raised to 2, the least GIF
-     * allows */
+     *  allows */
     void Begin(std::uint8_t inMinimumCodeSize);
 
     /** Encodes a block of rows, continuing the stream of earlier calls.

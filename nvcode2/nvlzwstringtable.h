@@ -13,13 +13,13 @@
 #include "nvcode2/nverrorcode.h"
 
 /** The strings an LZW encoder has met since its last clear: which code stands for "string of a prefix code,
- * then this pixel".
+ *  then this pixel".
  *
  *  A direct table indexed by pixel and prefix, so that the question costs one load; a list of the slots in
- * use makes clearing cost only what was added, which matters for animations of thousands of tiny frames.
+ *  use makes clearing cost only what was added, which matters for animations of thousands of tiny frames.
  *
  *  Strings of one colour are known by their length too: most pixels of real animations lie in long runs, and
- * a run is passed over at once instead of pixel by pixel. */
+ *  a run is passed over at once instead of pixel by pixel. */
 class NvLZWStringTable {
 public:
     static constexpr std::uint32_t km_MaxCodes = 4096;
@@ -47,7 +47,7 @@ public:
     }
 
     /** Begins to fetch what Find asks for. The first question about a string is known before the string in
-     * front of it has ended. */
+     *  front of it has ended. */
     void Prefetch(std::uint32_t inPrefix, std::uint32_t inPixel) const {
         __builtin_prefetch(&mCodes[SlotOf(inPrefix, inPixel)]);
     }

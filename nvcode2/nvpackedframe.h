@@ -11,10 +11,10 @@
 class NvLZWStringTable;
 
 /** A GIF frame at rest: its record, its colours, and its pixels LZW-packed, which takes a tenth of their
- * memory in most animations.
+ *  memory in most animations.
  *
  *  Undrawn pixels are packed under an index that no drawn one has, so they need no mask. A frame without such
- * an index, and one that would not get smaller, is kept as it is. */
+ *  an index, and one that would not get smaller, is kept as it is. */
 class NvPackedFrame {
 public:
     /** @param inFrame    taken over
@@ -30,7 +30,7 @@ public:
      *  @param inMap           the entry of inTable for every index the frame draws with
      *  @param inTable         becomes the frame's
      *  @param inUndrawnIndex  of its undrawn pixels from now on; no drawn pixel gets it, unless there are
-     * drawn ones of all 256 */
+     *  drawn ones of all 256 */
     std::unique_ptr<NvGIFFrame> Unpack(const NvIndexMap& inMap, const NvColorTable& inTable,
                                        std::uint8_t inUndrawnIndex) const;
 

@@ -10,9 +10,9 @@
  *
  *  An octree of eight levels holds one leaf per exact colour; past 131,072 of them it gives up its lowest
  *  level, so that no input makes it grow without end. When there are more leaves than the palette may have,
- * the tree is first thinned to about a thousand, then the leaves are merged two by two; each time the step is
- *  taken that adds the least squared error, weighted by pixels. With no more colours than entries the palette
- *  holds exactly those.
+ *  the tree is first thinned to about a thousand, then the leaves are merged two by two; each time the step
+ *  is taken that adds the least squared error, weighted by pixels. With no more colours than entries the
+ *  palette holds exactly those.
  *
  *  Same input, same palette, on every platform and in whatever order equal colours were added.
  *

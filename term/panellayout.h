@@ -30,5 +30,5 @@ struct TermPanelStyle {
 };
 
 /** The panel's lines for a terminal of that size, none wider and never more than it has rows: in a narrow one
- * the bar has a line of its own, in a low one the lines that tell most stay. */
+ *  the bar has a line of its own, in a low one the lines that tell most stay. */
 std::vector<std::string> TermLayOutPanel(const TermPanelTexts& inTexts, const TermPanelStyle& inStyle);

@@ -61,7 +61,7 @@ private:
     }
 
     /** Also pictures that are missing, of which the backup is all that is left. @return whether there were
-     * any */
+     *  any */
     bool RestoreTree(const std::string& inFolder) {
         bool hasAny = false;
         for (const std::string& name : WnListFiles(inFolder.c_str())) {

@@ -9,5 +9,6 @@
 std::size_t TermTextWidth(std::string_view inText);
 
 /** The text when it fits, else its end behind an ellipsis: of a path, that is the part that tells files
- * apart. Never wider than inColumns, and never cut within a character. Bytes that are no UTF-8 become "?". */
+ *  apart. Never wider than inColumns, and never cut within a character. Bytes that are no UTF-8 become
+ *  "?". */
 std::string TermShortened(std::string_view inText, std::size_t inColumns, std::string_view inEllipsis);

@@ -20,8 +20,8 @@
  *  that the batch driver sees, and starts the batches.
  *
  *  Everything happens on one thread. While a batch runs, messages are let through between files and between
- * the frames of a file, so the window stays alive; a command that would start another batch only adds to this
- *  one. */
+ *  the frames of a file, so the window stays alive; a command that would start another batch only adds to
+ *  this one. */
 class KAppWindow : private MizerShell {
 public:
     /** Makes the window and the batch driver.

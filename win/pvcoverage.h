@@ -22,7 +22,7 @@ public:
     void Dispose(const NvGIFFrame& inFrame);
 
     /** The smallest rectangle, in the frame's own pixels, that holds every covered pixel under it; may be
-     * empty. */
+     *  empty. */
     NvRect BoundsUnder(const NvGIFFrame& inFrame) const;
 
     /** Whether a frame draws over every covered pixel of a rectangle of the screen. */

@@ -11,7 +11,7 @@ class NvGIFFrame;
 /** Cuts transparent borders off an animation's frames, one after the other.
  *
  *  A frame that clears its rectangle keeps what earlier frames left covered there; otherwise the cleared area
- * would shrink and leave ghosts. A frame that draws nothing becomes one transparent pixel. */
+ *  would shrink and leave ghosts. A frame that draws nothing becomes one transparent pixel. */
 class PvCropper {
 public:
     /** @param inWidth      of the logical screen, pixels
@@ -21,7 +21,7 @@ public:
 
     /** Takes the next frame.
      *  @return  the frame without its borders, its transparency fields still to be brought up to date; null
-     * when it has none */
+     *  when it has none */
     std::unique_ptr<NvGIFFrame> Crop(const NvGIFFrame& inFrame);
 
 private:

@@ -17,18 +17,18 @@ inline constexpr std::uint32_t km_DifferenceTolerance = 28;
 void PvSettleDisposal(NvGIFFrameInfo& ioInfo);
 
 /** Lays an animation's frames down on the screen, one after the other, and makes each frame's pixels
- * transparent where the screen already shows almost the same colour.
+ *  transparent where the screen already shows almost the same colour.
  *
  *  A frame's disposal becomes 1 unless it is 2. Holes of one or two pixels are filled again, since breaking a
- * run costs LZW more than they save. Only masks change; transparency fields are for the caller to bring up to
- * date. */
+ *  run costs LZW more than they save. Only masks change; transparency fields are for the caller to bring up
+ *  to date. */
 class PvDifferencer {
 public:
     /** @param inWidth       of the logical screen, pixels
      *  @param inHeight      of the logical screen, pixels
      *  @param inTolerance   0 to 255 per channel
      *  @param inFullTable   entries of a table that cannot grow: a frame that draws with that many has no
-     * index left for transparent pixels and is drawn whole; 0: no frame does */
+     *  index left for transparent pixels and is drawn whole; 0: no frame does */
     PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance,
                   std::uint32_t inFullTable);
 

@@ -8,12 +8,12 @@
 class NvGIFFrame;
 
 /** Draws undrawn pixels of an animation's frames, one after the other, in the colour that the canvas shows
- * there already, where that makes a frame's LZW data shorter.
+ *  there already, where that makes a frame's LZW data shorter.
  *
  *  Nothing displayed changes. Leaving a pixel transparent and drawing it over with what is there look the
- * same, so for each such pixel the encoder may have whichever of the two indices continues a string it knows.
- * Only colours that the frame's code width holds are used. Each frame takes the best of a few choices,
- * measured; one that gains nothing stays as it was. */
+ *  same, so for each such pixel the encoder may have whichever of the two indices continues a string it
+ *  knows. Only colours that the frame's code width holds are used. Each frame takes the best of a few
+ *  choices, measured; one that gains nothing stays as it was. */
 class PvUndrawnFiller {
 public:
     /** @param inWidth, inHeight  of the screen

@@ -8,10 +8,10 @@
 #include "nvcode2/nvgifframe.h"
 
 /** What is displayed while an animation plays, in indices of the table of the frame to come: where all frames
- * share one, nobody has to look up a colour.
+ *  share one, nobody has to look up a colour.
  *
  *  Where tables differ, a colour that a frame's table lacks counts as none from then on. Transparent pixels
- * of frames must be their undrawn ones. */
+ *  of frames must be their undrawn ones. */
 class PvFillCanvas {
 public:
     /** An index, or km_None where nothing is displayed or nothing that is in the table. */

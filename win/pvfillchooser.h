@@ -10,8 +10,8 @@
 /** Settles the choices of an animation's frames, one after the other, so that each needs few codes.
  *
  *  There are a few ways to do it, of which the best counts, leaving all as it is among them. Reading a frame
- * once for each takes most of a run, so a way is tried where it is likely to pay: what it saved in earlier
- * frames tells what it will save in the next, and now and then it gets another chance. */
+ *  once for each takes most of a run, so a way is tried where it is likely to pay: what it saved in earlier
+ *  frames tells what it will save in the next, and now and then it gets another chance. */
 class PvFillChooser {
 public:
     using Pixels = std::vector<std::uint8_t>;
@@ -27,7 +27,7 @@ public:
 
     /** @param inChoices  of the frame that Begin was told of, when it was worth it
      *  @return           the pixels, valid until the choices change or the next call; null when nothing beats
-     * the present ones */
+     *  the present ones */
     const Pixels* Choose(const PvPixelChoices& inChoices);
 
 private:

@@ -48,7 +48,7 @@ private:
 };
 
 /** Has a frame show the colours that its indices will be mapped to; the pixels themselves are mapped when
- * fewer of them are left. */
+ *  fewer of them are left. */
 void ShowMapped(NvGIFFrame& ioFrame, const NvIndexMap& inMap, const NvColorTable& inTable) {
     NvColorTable& table = ioFrame.GetImage().GetColorTable();
     for (std::uint32_t i = 0; i < table.GetSize(); ++i)

@@ -21,18 +21,18 @@ struct PvPassOptions {
 };
 
 /** The part of the first pass that looks at every pixel: one small palette, nothing drawn that the screen
- * shows already, tight frames.
+ *  shows already, tight frames.
  *
  *  The file is read twice, frame by frame: first for its colours, of which the palette is chosen, then to see
- * what each frame adds to the screen. Only the latter is kept. What was chosen serves for any number of
- * tolerances. */
+ *  what each frame adds to the screen. Only the latter is kept. What was chosen serves for any number of
+ *  tolerances. */
 class PvFirstPass {
 public:
     /** Reads the file once.
      *
      *  @param inMemoryLimit  bytes the work on the file may need
      *  @throws NvErrorCode   2 when that is not enough, before any pixels are read; 3 when the progress was
-     * told to stop; otherwise those of PvFrameReader */
+     *  told to stop; otherwise those of PvFrameReader */
     PvFirstPass(const char* inPath, std::uint64_t inMemoryLimit, const PvPassOptions& inOptions,
                 PvProgress& ioProgress);
 
@@ -45,7 +45,7 @@ public:
      *
      *  @param inTolerance   levels per channel, see PvDifferencer; 0 when nothing may be lost
      *  @param outStructure  how close the frames look as PvComparison::mMeanStructure has it; null spares the
-     * time to measure that
+     *  time to measure that
      *  @throws NvErrorCode  as the constructor */
     std::unique_ptr<NvAnimation> Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
                                          double* outStructure = nullptr);

@@ -10,9 +10,9 @@ class NvGIFFrame;
 /** Rewrites the frames of an animation that uses restore-to-previous anywhere so that none does.
  *
  *  Each frame becomes the whole displayed canvas, drawn where it is covered, in a colour table of its own; a
- * canvas of more colours than a table holds is quantized. What is displayed stays the same once every frame
- * is cleared that the next one does not cover (see PvIsCoveredBy), and the later steps only meet disposals
- * that they handle exactly. */
+ *  canvas of more colours than a table holds is quantized. What is displayed stays the same once every frame
+ *  is cleared that the next one does not cover (see PvIsCoveredBy), and the later steps only meet disposals
+ *  that they handle exactly. */
 class PvFlattener {
 public:
     /** @param inScreenWidth   pixels

@@ -6,7 +6,7 @@
 class NvGIFFrame;
 
 /** What a frame draws with, while colours are being reduced. Its pixels need not be at hand: they are mapped
- * once, when it is settled what becomes of every colour. */
+ *  once, when it is settled what becomes of every colour. */
 struct PvFrameColours {
     /** The colours of a frame as it was read. */
     explicit PvFrameColours(const NvGIFFrame& inFrame);

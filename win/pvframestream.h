@@ -13,8 +13,8 @@ class NvGIFFrame;
 class PvFrameReader;
 
 /** Reads a file's frames one after the other and makes them ready for the first pass: none restores what it
- * covered, none clears what the next one draws over anyway, none has transparent borders. Two are in memory
- * at most. What is displayed stays as it is but for colours that flattening had to reduce. */
+ *  covered, none clears what the next one draws over anyway, none has transparent borders. Two are in memory
+ *  at most. What is displayed stays as it is but for colours that flattening had to reduce. */
 class PvFrameStream {
 public:
     /** @param inReader  borrowed

@@ -23,7 +23,7 @@ struct PvComparison {
     double GetStructure() const;
 
     /** Whether structure was lost over an area that the eye does not miss: slow, soft motion that froze and
-     * tore. */
+     *  tore. */
     bool HasLostStructure() const;
 
     /** Whether a result with a smaller tolerance is worth a look. */
@@ -33,9 +33,9 @@ struct PvComparison {
 /** Plays a candidate beside the file it is to replace, as a viewer would show both.
  *
  *  Nothing may differ but colours: same screen, frames, delays, user input, loop, comments and aspect; in
- * every displayed frame the same pixels covered; and a mean colour error within the allowance. Both are read
- * back from the disk, so that whatever went wrong on the way is noticed here. How the frames look is measured
- * for some fifty of them at most, spread evenly, the last one included.
+ *  every displayed frame the same pixels covered; and a mean colour error within the allowance. Both are read
+ *  back from the disk, so that whatever went wrong on the way is noticed here. How the frames look is
+ *  measured for some fifty of them at most, spread evenly, the last one included.
  *
  *  @param inOriginalPath   the file as it is
  *  @param inCandidatePath  the very file that would take its place; when it cannot be read, that is a reason

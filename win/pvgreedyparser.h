@@ -14,10 +14,10 @@ struct PvPixelChoices {
 };
 
 /** Parses a stream of choices into the longest strings that LZW has codes for, and settles each pixel on the
- * way.
+ *  way.
  *
  *  At every place all strings that the choices allow are followed at once, up to a number. Where none goes
- * on, the longest is taken; the next pixel is settled so that the string after it becomes long too. */
+ *  on, the longest is taken; the next pixel is settled so that the string after it becomes long too. */
 class PvGreedyParser {
 public:
     /** @param ioStrings  to work with, while it parses; borrowed for the parser's life */

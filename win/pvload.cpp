@@ -56,7 +56,7 @@ void ExtendTable(NvColorTable& ioTable, std::uint32_t inSize) {
 }
 
 /** Whether a frame with undrawn pixels, all of its transparent index, needs no change in that: no narrower
- * code would do with another one. */
+ *  code would do with another one. */
 bool IsTransparencyInOrder(const NvGIFFrame& inFrame) {
     const std::uint32_t transparent = inFrame.GetTransparentIndex();
     const NvIndexedImage& image = inFrame.GetImage();

@@ -14,7 +14,7 @@ class PvProgress;
 std::uint64_t PvUsualMemoryLimit();
 
 /** Reads the frames of a GIF file one by one, each made sound: its mask says what a viewer draws, and every
- * index its pixels use has an entry in its table, whatever the file held. */
+ *  index its pixels use has an entry in its table, whatever the file held. */
 class PvFrameReader {
 public:
     /** Opens the file and checks every frame's record.
@@ -22,8 +22,8 @@ public:
      *  @param inMemoryLimit bytes that the file's comments may take; 2 is raised beyond, since they are kept
      *                       from the moment the file is opened
      *  @throws NvErrorCode  32 when the file cannot be opened (the system's error number is kept) or is no
-     * GIF; 29 when it is too large, 33, 28 and 18 for other files that are not well-formed GIFs, 28 also for
-     * one without frames */
+     *  GIF; 29 when it is too large, 33, 28 and 18 for other files that are not well-formed GIFs, 28 also for
+     *  one without frames */
     explicit PvFrameReader(const char* inPath, std::uint64_t inMemoryLimit = PvUsualMemoryLimit());
 
     std::uint32_t GetFrameCount() const { return mFile.GetNumberOfFrames(); }
@@ -36,7 +36,7 @@ public:
     bool AnyFrameClears() const { return mAnyFrameClears; }
 
     /** Bytes that optimizing this file will need at the same time, at most: every frame, its working copies,
-     * the colours to choose the palette from and the canvases that the result is checked on. */
+     *  the colours to choose the palette from and the canvases that the result is checked on. */
     std::uint64_t EstimateMemory() const;
 
     /** The same for reading one frame after another onto a canvas. */
@@ -68,6 +68,6 @@ private:
  *
  *  @param inMemoryLimit  bytes the file may need
  *  @throws NvErrorCode   2 when the file would need more memory than that, before its pixels are read; 3 when
- * the progress was told to stop; otherwise those of PvFrameReader */
+ *  the progress was told to stop; otherwise those of PvFrameReader */
 std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
                                            PvProgress& ioProgress);

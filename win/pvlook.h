@@ -28,9 +28,9 @@ struct PvFrameLook {
 /** Measures displayed frames beside each other.
  *
  *  Structural similarity is taken over windows of 8 x 8 pixels every 4 pixels, the picture's edge repeated up
- * to a multiple of 4 and at least 8; transparent pixels count as mid grey. After Z. Wang, A. C. Bovik, H. R.
- * Sheikh and E. P. Simoncelli, "Image Quality Assessment: From Error Visibility to Structural Similarity",
- * 2004, with a flat window. */
+ *  to a multiple of 4 and at least 8; transparent pixels count as mid grey. After Z. Wang, A. C. Bovik, H. R.
+ *  Sheikh and E. P. Simoncelli, "Image Quality Assessment: From Error Visibility to Structural Similarity",
+ *  2004, with a flat window. */
 class PvLookMeter {
 public:
     /** @param inWidth         of both canvases, pixels

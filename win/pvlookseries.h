@@ -14,7 +14,7 @@ NvGIFPlayer::Columns PvChangedColumns(const NvGIFPlayer& inFirst, const NvGIFPla
 double PvStructureOf(const PvFrameLook& inLook);
 
 /** How close an animation looks to another: measured for some fifty of its frames at most, spread evenly, the
- * last one included. */
+ *  last one included. */
 class PvLookSeries {
 public:
     /** @param inWidth       of both canvases, pixels

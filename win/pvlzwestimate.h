@@ -13,7 +13,7 @@ public:
     explicit PvLZWEstimator(NvLZWStringTable& ioStrings) : mParser(ioStrings) {}
 
     /** Length in bits of the codes that the GIF encoder would write for a frame, first clear code and end
-     * code included; no byte rounding, no block headers.
+     *  code included; no byte rounding, no block headers.
      *
      *  @param inPixels      first pixel of the top row; every index is below inColorCount
      *  @param inWidth       pixels per row

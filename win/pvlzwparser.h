@@ -7,12 +7,12 @@
 /** Cuts a stream of pixels into the strings that LZW has codes for, without writing any.
  *
  *  A *miss* is a pixel whose string is not in the table: the string before it is one code, and a new string
- * is added. When the table is full it is emptied at once, and the pixel that missed, the *reset position*,
- * begins the next string; from there on the parse depends on nothing that came before.
+ *  is added. When the table is full it is emptied at once, and the pixel that missed, the *reset position*,
+ *  begins the next string; from there on the parse depends on nothing that came before.
  *
  *  The number of misses alone decides how many bits the codes take: every full table holds the same number of
- * strings, and a code's width follows from how many were added before it. More misses always take more bits,
- * so streams are compared by their misses. */
+ *  strings, and a code's width follows from how many were added before it. More misses always take more bits,
+ *  so streams are compared by their misses. */
 class PvLZWParser {
 public:
     /** How a parse stands within a segment, that is, since the table was last empty. */
@@ -40,7 +40,7 @@ public:
      *  @param inPixels  the whole stream
      *  @param inEnd     where to stop
      *  @param ioNext    the pixel to be read next; when the table is full, the one that missed, with which to
-     * call Start
+     *  call Start
      *  @param inLimit   misses at which to stop too, at most the capacity
      *  @return          whether the limit was reached */
     bool Read(const std::uint8_t* inPixels, std::uint32_t inEnd, std::uint32_t& ioNext,
@@ -67,8 +67,8 @@ private:
 };
 
 /** The length in bits of the codes for a stream: first clear code, those of the misses, a clear code behind
- * every full table, the pending string and the end code.
+ *  every full table, the pending string and the end code.
  *
  *  A code takes the width that was in force when the one before it was written, since decoders learn of each
- * string one code late. */
+ *  string one code late. */
 std::uint64_t PvLZWBits(std::uint32_t inPixelBits, std::uint64_t inMisses);

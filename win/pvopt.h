@@ -31,10 +31,10 @@ public:
 };
 
 /** What a run may use and do, beside the preferences ALLOWCROP (cuts transparent borders off single images)
- * and LOSSLESS (changes no displayed colour: no palette building, no tolerance, no exchanged pixels). */
+ *  and LOSSLESS (changes no displayed colour: no palette building, no tolerance, no exchanged pixels). */
 struct PvOptSettings {
     /** Largest difference per channel at which a frame's pixel counts as what the screen shows already, 0
-     * to 28. */
+     *  to 28. */
     std::uint32_t mTolerance = km_DifferenceTolerance;
     std::uint64_t mMemoryLimit = 0; ///< bytes one file may need; 0: half the physical memory, at least 1 GiB
 };
@@ -64,7 +64,7 @@ public:
      *  @return                the size the file has afterwards: inOriginalSize when it could not be loaded
      *                         (see GetOutcome) or nothing smaller was found
      *  @throws NvErrorCode    2 when the file needs more memory than allowed, 3 when the host asked to stop,
-     * and the file errors of writing the result; the original is whole in every case */
+     *  and the file errors of writing the result; the original is whole in every case */
     std::uint32_t OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize);
 
     /** About the file of the last OptimizeGIFFile call. */

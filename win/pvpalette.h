@@ -37,5 +37,5 @@ PvSharedPalette BuildGlobalPalette(std::vector<PvFrameColours>& ioFrames, PvPale
 void MergeDuplicateColours(std::vector<PvFrameColours>& ioFrames, NvColorTable& ioTable);
 
 /** Makes the shared table's entry nearest to a colour the background index, the lowest of equally near ones.
- * A record without shared table gets one of two entries of that colour. */
+ *  A record without shared table gets one of two entries of that colour. */
 void RestoreBackgroundIndex(NvGIFGlobalInfo& ioInfo, const NvColor& inBackground);

@@ -13,7 +13,7 @@
 namespace {
 
 /** Cuts a frame's own colour table behind the highest index in use, the transparent one included, which is
- * what the LZW code width follows from. The shared table stays whole. */
+ *  what the LZW code width follows from. The shared table stays whole. */
 void NarrowTable(NvGIFFrame& ioFrame) {
     NvIndexedImage& image = ioFrame.GetImage();
     image.GetColorTable().SetSize(image.GetHighestIndex() + 1U);

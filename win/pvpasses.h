@@ -18,7 +18,7 @@ struct PvWritten {
 };
 
 /** What the two passes over an animation do to its frames, and in which order. Each frame is finished and
- * written before the next one is looked at, so only the packed frames are all in memory. */
+ *  written before the next one is looked at, so only the packed frames are all in memory. */
 class PvPasses {
 public:
     /** The first pass over what PvFirstPass rebuilt.

@@ -15,7 +15,7 @@ struct PvSegment {
 };
 
 /** One segment's parse, written down so that the parse of a stream that differs in two pixels can be told
- * by running only where the two parses differ.
+ *  by running only where the two parses differ.
  *
  *  Each pixel of a segment asks the string table one question: whether the string read so far and this pixel
  *  make a string. A no is a miss and adds that very string. So the record holds all strings of the segment as
@@ -35,8 +35,8 @@ struct PvSegment {
  *
  *  Invariants:
  *  - Of a string in the tree the trial has those born before mThreshold, but for those marked with its
- * number: present or absent. Strings that are not in the tree are added under numbers from km_MaxCodes on,
- * and taken out again when the trial ends.
+ *  number: present or absent. Strings that are not in the tree are added under numbers from km_MaxCodes on,
+ *  and taken out again when the trial ends.
  *  - In step behind position r, mDiffering has every string that one has and the other lacks, and that the
  *    record asks for behind r.
  *  - Links are right from the last position on where an exchange was kept; the strings that trials behind it
@@ -50,7 +50,7 @@ public:
     bool Holds(std::uint32_t inStart) const { return mIsValid && mStart == inStart; }
 
     /** Whether a pair of the segment lies behind the last exchange that was kept, as Try demands; RecordFrom
-     * makes it so. */
+     *  makes it so. */
     bool Serves(std::uint32_t inPair) const { return mLinkedFrom <= inPair; }
 
     /** Whether a pair at inPair and inPair + 1 is among the pixels read. */

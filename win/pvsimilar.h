@@ -8,7 +8,7 @@ class NvGIFFrame;
 struct PvFrameColours;
 
 /** The frames of an animation on which it is tried how far near colours may merge: a few, spread evenly,
- * rising. */
+ *  rising. */
 std::vector<std::uint32_t> PvFramesToTry(std::uint32_t inFrameCount);
 
 /** Merges colours of every frame that are near to each other.

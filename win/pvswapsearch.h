@@ -8,7 +8,7 @@
 #include "win/pvsegmentrecord.h"
 
 /** Answers the swap search's question: does a frame's LZW data become shorter when two neighbouring pixels
- * change places?
+ *  change places?
  *
  *  The answers are those that encoding the whole frame each time would give, at a fraction of the work:
  *  - The data's length grows with its misses (see PvLZWParser), so misses are compared.
@@ -26,8 +26,8 @@
  *    that begin at q + 1 or before, since they read the pair. When an exchange is kept, those of them that
  *    reach q are dropped; a segment reads the pixel at its end too, which is the one that missed.
  *  - The parse stands in the present stream, has read the pixels before mNext, and mNext is at most q at
- * every trial it makes: an exchange kept at q leaves it true. It starts again when an exchange was kept that
- * it did not try.
+ *  every trial it makes: an exchange kept at q leaves it true. It starts again when an exchange was kept that
+ *  it did not try.
  *  - The record is true of the pixels as they are.
  *  - mMisses is the number of misses of the stream as it is. */
 class PvSwapSearch {
@@ -38,7 +38,7 @@ public:
     /** Starts on a frame.
      *
      *  @param ioPixels      borrowed until the next Begin; exchanges that are kept change them. Rows without
-     * gaps
+     *  gaps
      *  @param inColorCount  decides the code width as for the writer; every pixel is below it
      *  @param inInterlaced  rows count in the order in which an interlaced frame stores them
      *  @throws NvErrorCode  21 for a colour count that no table can have, 2 */

@@ -13,8 +13,8 @@ using PvFrameFinisher = std::function<std::unique_ptr<NvGIFFrame>(std::uint32_t 
 /** Writes an animation as a GIF file.
  *
  *  Frames get a graphic control extension when their delay, disposal, transparency or user input asks for
- * one; a still picture says nothing by its disposal and does without. The version is "89a" when anything in
- * the file needs it.
+ *  one; a still picture says nothing by its disposal and does without. The version is "89a" when anything in
+ *  the file needs it.
  *
  *  @param inPath     created or replaced
  *  @param inFinish   called for each frame in order, when those in front of it have been written
