@@ -157,8 +157,8 @@ PvOptimizer::FinishFirstPass(const char* inPath, const PvFirstPass& inFile, std:
                              std::unique_ptr<NvAnimation> inAnimation, std::uint32_t inSizeToBeat,
                              PvProgress& ioProgress) {
     const auto codes = static_cast<double>(inAnimation->CountCodes());
-    const PvWritten written = mPasses.RunFirst(ScratchPath(), *inAnimation, inFile.PlanTables(*inAnimation),
-                                               inFile.GetBackground(), PassOptions(), ioProgress);
+    const PvWritten written = PvRunFirstPass(ScratchPath(), *inAnimation, inFile.PlanTables(*inAnimation),
+                                             inFile.GetBackground(), PassOptions(), ioProgress);
     inAnimation.reset(); // leaves its room to the check
     std::optional<Candidate> candidate =
         MakeCandidate(inPath, inSizeToBeat, written, inFile.GetAllowance(inTolerance));
@@ -174,7 +174,7 @@ std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t i
     std::unique_ptr<NvAnimation> animation = inIsBackedUp ? load() : KeepLoadError(load);
     if (!animation)
         return inSizeSoFar;
-    const PvWritten written = mPasses.RunSecond(ScratchPath(), *animation, PassOptions(), ioProgress);
+    const PvWritten written = PvRunSecondPass(ScratchPath(), *animation, PassOptions(), ioProgress);
     animation.reset();
     if (inIsBackedUp && written.mMovedPixels == 0)
         return inSizeSoFar; // all else it does is done

@@ -100,5 +100,4 @@ private:
     PvOutcome mOutcome;
     std::optional<WnFileState> mState;     // of the file in hand, when it was loaded or last replaced
     std::optional<WnScratchFile> mScratch; // made for the first measurement, kept for all files
-    PvPasses mPasses;
 };

@@ -8,7 +8,9 @@
 #include "win/pvfill.h"
 #include "win/pvpalette.h"
 #include "win/pvprogress.h"
+#include "win/pvswap.h"
 #include "win/pvtableplan.h"
+#include "win/pvwrite.h"
 
 namespace {
 
@@ -33,11 +35,27 @@ bool AnyFrameClears(const NvAnimation& inAnimation) {
     return false;
 }
 
+/** Writes an animation whose frames are done but for what both passes end with. */
+PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
+                NvLZWStringTable& ioStrings, const PvPassOptions& inOptions, PvProgress& ioProgress) {
+    PvPixelSwapper swapper(ioStrings);
+    PvWritten written;
+    written.mSize = WriteOptimizedGIF(inPath, ioAnimation, [&](std::uint32_t inIndex) {
+        ioProgress.ReportFrame(inIndex, ioAnimation.GetFrameCount());
+        std::unique_ptr<NvGIFFrame> frame = inPrepare(inIndex);
+        NarrowTable(*frame);
+        if (!inOptions.mIsLossless)
+            written.mMovedPixels += 2 * swapper.SwapIfWorthIt(*frame);
+        return frame;
+    });
+    return written;
+}
+
 } // namespace
 
-PvWritten PvPasses::RunFirst(const char* inPath, NvAnimation& ioAnimation, PvTablePlan inPlan,
-                             const NvColor& inBackground, const PvPassOptions& inOptions,
-                             PvProgress& ioProgress) {
+PvWritten PvRunFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTablePlan inPlan,
+                         const NvColor& inBackground, const PvPassOptions& inOptions,
+                         PvProgress& ioProgress) {
     ioProgress.BeginStep(0.75);
     ShareTable(ioAnimation.GetGlobalInfo(), inPlan.mShared);
     RestoreBackgroundIndex(ioAnimation.GetGlobalInfo(), inBackground);
@@ -54,8 +72,8 @@ PvWritten PvPasses::RunFirst(const char* inPath, NvAnimation& ioAnimation, PvTab
     return Write(inPath, ioAnimation, prepare, strings, inOptions, ioProgress);
 }
 
-PvWritten PvPasses::RunSecond(const char* inPath, NvAnimation& ioAnimation, const PvPassOptions& inOptions,
-                              PvProgress& ioProgress) {
+PvWritten PvRunSecondPass(const char* inPath, NvAnimation& ioAnimation, const PvPassOptions& inOptions,
+                          PvProgress& ioProgress) {
     ioProgress.BeginStep(0.95);
     NvGIFGlobalInfo& info = ioAnimation.GetGlobalInfo();
     RestoreBackgroundIndex(info, info.GetBackgroundColor());
@@ -72,20 +90,4 @@ PvWritten PvPasses::RunSecond(const char* inPath, NvAnimation& ioAnimation, cons
     };
     NvLZWStringTable strings;
     return Write(inPath, ioAnimation, prepare, strings, inOptions, ioProgress);
-}
-
-PvWritten PvPasses::Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
-                          NvLZWStringTable& ioStrings, const PvPassOptions& inOptions,
-                          PvProgress& ioProgress) {
-    PvPixelSwapper swapper(ioStrings);
-    PvWritten written;
-    written.mSize = WriteOptimizedGIF(inPath, ioAnimation, [&](std::uint32_t inIndex) {
-        ioProgress.ReportFrame(inIndex, ioAnimation.GetFrameCount());
-        std::unique_ptr<NvGIFFrame> frame = inPrepare(inIndex);
-        NarrowTable(*frame);
-        if (!inOptions.mIsLossless)
-            written.mMovedPixels += 2 * swapper.SwapIfWorthIt(*frame);
-        return frame;
-    });
-    return written;
 }
