@@ -6,7 +6,6 @@
 #include <numeric>
 #include <utility>
 
-#include "nvcode2/nvassert.h"
 #include "nvcode2/nvlzwstringtable.h"
 
 namespace {
@@ -21,6 +20,14 @@ struct Piece {
     std::uint32_t mLength;
 };
 
+/** The transparent index if no drawn pixel has it, otherwise the lowest such one; 256 when there is none. */
+std::size_t FindFreeIndex(const NvGIFFrameInfo& inInfo, const NvGIFFrame::Histogram& inHistogram) {
+    if (inInfo.mHasTransparency && inHistogram[inInfo.mTransparentIndex] == 0)
+        return inInfo.mTransparentIndex;
+    return static_cast<std::size_t>(std::find(inHistogram.begin(), inHistogram.end(), 0U) -
+                                    inHistogram.begin());
+}
+
 } // namespace
 
 NvPackedFrame::NvPackedFrame(std::unique_ptr<NvGIFFrame> inFrame, NvLZWStringTable& ioStrings)
@@ -29,11 +36,7 @@ NvPackedFrame::NvPackedFrame(std::unique_ptr<NvGIFFrame> inFrame, NvLZWStringTab
       mIsFullyDrawn(inFrame->IsFullyDrawn()) {
     if (mColorTable.GetSize() > 0)
         inFrame->GetImage().BuildMaskedHistogram(mHistogram.data(), &inFrame->GetMask());
-    const auto isFree = [&](std::size_t inIndex) { return mHistogram[inIndex] == 0; };
-    std::size_t undrawn = mInfo->mTransparentIndex;
-    if (!mInfo->mHasTransparency || !isFree(undrawn))
-        undrawn = static_cast<std::size_t>(std::find(mHistogram.begin(), mHistogram.end(), 0U) -
-                                           mHistogram.begin());
+    const std::size_t undrawn = FindFreeIndex(*mInfo, mHistogram);
     const bool canPack = mIsFullyDrawn || undrawn < mHistogram.size();
     if (!mIsFullyDrawn && canPack) {
         mUndrawnIndex = static_cast<std::uint8_t>(undrawn);
@@ -105,9 +108,9 @@ void NvPackedFrame::Pack(const std::uint8_t* inPixels, std::size_t inCount, std:
             ioStrings.Clear();
         next += ioStrings.FindRun(inPixels + next, static_cast<std::uint32_t>(inCount - next), prefix);
     }
-    if (codes++ < inMostKept)
+    if (codes < inMostKept)
         mCodes.push_back(static_cast<std::uint16_t>(prefix));
-    mCodeCount = codes;
+    mCodeCount = codes + 1;
 }
 
 // Every string has been unpacked where it was added, and is copied from there. Its last pixel may be the
