@@ -33,11 +33,14 @@ TEST(PackedFrame, ComesBackAsItWas) {
 }
 
 TEST(PackedFrame, AMaskIsKeptWhereEveryIndexIsDrawn) {
-    const auto animation = MakeAnimation(Noise(256, 100, 4));
+    TestGIF gif = Noise(256, 256, 4);
+    for (std::size_t at = 0; at < gif.mFrames[0].mPixels.size(); ++at)
+        gif.mFrames[0].mPixels[at] = static_cast<std::uint8_t>(at); // packs well but for the mask
+    const auto animation = MakeAnimation(gif);
     NvGIFFrame& frame = animation->GetFrame(0);
     {
         const NvPixelLock mask(frame.GetMask());
-        mask.Row(99)[0] = 0;
+        mask.Row(255)[0] = 0;
     }
     NvLZWStringTable strings;
     const auto copy = NvPackedFrame(CloneFrame(frame), strings).Unpack();

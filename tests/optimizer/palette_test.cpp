@@ -167,9 +167,9 @@ TestGIF WithPlannedTables(const TestAnimation& inAnimation, std::uint32_t inLimi
     const auto packed = inAnimation.Pack();
     PvTablePlan plan = PvPlanSharedTable(*packed, inAnimation.mInfo->mColorTable, inLimit);
     TestAnimation result(inAnimation.mInfo, inAnimation.mWidth, inAnimation.mHeight);
+    result.mInfo->mColorTable = plan.mShared; // written ahead of the frames, which may add nothing to it
     for (std::uint32_t i = 0; i < packed->GetFrameCount(); ++i)
         result.mFrames.push_back(plan.MakeFrame(*packed, i));
-    result.mInfo->mColorTable = plan.mShared;
     return Describe(result);
 }
 
