@@ -3,7 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "nvcode2/nvmakeinvcolormap.h"
+#include "nvcode2/image/nvmakeinvcolormap.h"
 #include "tests/support/plaininversemap.h"
 
 namespace {

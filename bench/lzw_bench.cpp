@@ -15,8 +15,8 @@
 #include <gif_lib.h>
 
 #include "bench/pictures.h"
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvgiffile.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/gif/nvgiffile.h"
 
 namespace {
 

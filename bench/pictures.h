@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "nvcode2/nvindexedimage.h"
+#include "nvcode2/image/nvindexedimage.h"
 
 /** What GIF frames are made of, drawn by rule, the same in every run. */
 enum class PictureKind : std::uint8_t {

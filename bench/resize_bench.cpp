@@ -4,7 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "nvcode2/nvresize.h"
+#include "nvcode2/image/nvresize.h"
 
 namespace {
 

@@ -12,18 +12,18 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/pictures.h"
-#include "nvcode2/nvanimation.h"
-#include "nvcode2/nvlzwstringtable.h"
-#include "win/pvcrop.h"
-#include "win/pvdifference.h"
-#include "win/pvfill.h"
-#include "win/pvframecolours.h"
-#include "win/pvopt.h"
-#include "win/pvpalette.h"
-#include "win/pvprogress.h"
-#include "win/pvsimilar.h"
-#include "win/pvswap.h"
-#include "win/pvtableplan.h"
+#include "nvcode2/gif/nvanimation.h"
+#include "nvcode2/gif/nvlzwstringtable.h"
+#include "win/optimizer/base/pvprogress.h"
+#include "win/optimizer/codes/pvfill.h"
+#include "win/optimizer/codes/pvswap.h"
+#include "win/optimizer/colours/pvframecolours.h"
+#include "win/optimizer/colours/pvpalette.h"
+#include "win/optimizer/colours/pvsimilar.h"
+#include "win/optimizer/colours/pvtableplan.h"
+#include "win/optimizer/frames/pvcrop.h"
+#include "win/optimizer/frames/pvdifference.h"
+#include "win/optimizer/pvopt.h"
 
 namespace {
 

@@ -11,10 +11,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include "nvcode2/nvgifframe.h"
-#include "nvcode2/nvpixelpairs.h"
-#include "win/pvlzwestimate.h"
-#include "win/pvswapsearch.h"
+#include "nvcode2/gif/nvgifframe.h"
+#include "nvcode2/quant/nvpixelpairs.h"
+#include "win/optimizer/codes/pvlzwestimate.h"
+#include "win/optimizer/codes/pvswapsearch.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "fuzz/fuzz.h"
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvgiffile.h"
-#include "nvcode2/nvindexedimage.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/gif/nvgiffile.h"
+#include "nvcode2/image/nvindexedimage.h"
 
 namespace {
 

@@ -19,8 +19,8 @@ VIAddVersionKey "FileVersion" "${VERSION}"
 VIAddVersionKey "ProductVersion" "${VERSION}"
 VIAddVersionKey "LegalCopyright" ""
 
-!define MUI_ICON "../win/parvigif.ico"
-!define MUI_UNICON "../win/parvigif.ico"
+!define MUI_ICON "../win/desktop/parvigif.ico"
+!define MUI_UNICON "../win/desktop/parvigif.ico"
 !define MUI_FINISHPAGE_RUN "$INSTDIR\Parvigif.exe"
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string>
 
-#include "nvcode2/nverrorcode.h"
+#include "nvcode2/base/nverrorcode.h"
 #include "samples/samplepictures.h"
 
 int main(int inCount, char** inArguments) {

@@ -4,8 +4,8 @@
 #include <array>
 #include <cstdint>
 
-#include "nvcode2/nvgiffile.h"
-#include "nvcode2/nvindexedimage.h"
+#include "nvcode2/gif/nvgiffile.h"
+#include "nvcode2/image/nvindexedimage.h"
 
 namespace {
 

@@ -4,14 +4,14 @@
 #include <optional>
 
 #include "term/filter.h"
-#include "term/interrupt.h"
-#include "term/outputplan.h"
-#include "term/panel.h"
-#include "term/terminal.h"
+#include "term/inputs/outputplan.h"
+#include "term/panel/panel.h"
+#include "term/system/interrupt.h"
+#include "term/system/terminal.h"
 #include "term/termshell.h"
-#include "win/errorwords.h"
-#include "win/mizerbrain.h"
-#include "win/mizerdelivery.h"
+#include "win/batch/errorwords.h"
+#include "win/batch/mizerbrain.h"
+#include "win/batch/mizerdelivery.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnscratch.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "term/messages.h"
-#include "term/names.h"
-#include "term/options.h"
+#include "term/inputs/names.h"
+#include "term/options/options.h"
 #include "term/outcomes.h"
+#include "term/text/messages.h"
 
 /** Makes the named files smaller and prints what became of them. */
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages);

@@ -5,13 +5,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include "nvcode2/nvfile.h"
-#include "nvcode2/nvprogressindicator.h"
-#include "term/interrupt.h"
-#include "term/names.h"
-#include "win/errorwords.h"
-#include "win/filequeue.h"
-#include "win/pvcontactsheet.h"
+#include "nvcode2/base/nvprogressindicator.h"
+#include "nvcode2/file/nvfile.h"
+#include "term/inputs/names.h"
+#include "term/system/interrupt.h"
+#include "win/batch/errorwords.h"
+#include "win/batch/filequeue.h"
+#include "win/sheet/pvcontactsheet.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 

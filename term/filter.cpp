@@ -7,9 +7,9 @@
 #include <memory>
 
 #include "term/batchrun.h"
-#include "term/interrupt.h"
-#include "term/standardstreams.h"
-#include "win/errorwords.h"
+#include "term/system/interrupt.h"
+#include "term/system/standardstreams.h"
+#include "win/batch/errorwords.h"
 #include "wnatom/wnscratch.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "term/messages.h"
-#include "term/options.h"
+#include "term/options/options.h"
+#include "term/text/messages.h"
 
 /** Reads one picture from standard input and writes the smaller one, or the same bytes, to standard output.
  *  What became of it goes to standard error. */

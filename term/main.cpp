@@ -3,16 +3,16 @@
 #include <new>
 #include <string>
 
-#include "term/arguments.h"
 #include "term/batchrun.h"
 #include "term/contactsheet.h"
-#include "term/help.h"
-#include "term/messages.h"
-#include "term/print.h"
+#include "term/options/arguments.h"
+#include "term/options/help.h"
 #include "term/restore.h"
-#include "term/standardstreams.h"
 #include "term/storecommands.h"
-#include "win/errorwords.h"
+#include "term/system/print.h"
+#include "term/system/standardstreams.h"
+#include "term/text/messages.h"
+#include "win/batch/errorwords.h"
 
 namespace {
 

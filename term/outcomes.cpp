@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "term/interrupt.h"
-#include "win/errorwords.h"
+#include "term/system/interrupt.h"
+#include "win/batch/errorwords.h"
 
 bool TermOutcomes::Begin(TermMessages& ioMessages) {
     if (mSettings.mReport.empty())

@@ -3,11 +3,11 @@
 #include <memory>
 #include <string>
 
-#include "term/listener.h"
-#include "term/messages.h"
-#include "term/options.h"
+#include "term/options/options.h"
 #include "term/report/report.h"
-#include "term/results.h"
+#include "term/results/listener.h"
+#include "term/results/results.h"
+#include "term/text/messages.h"
 
 /** Everything that a run leaves besides the pictures: its results, and the report if one is wanted. */
 class TermOutcomes : public TermListener {

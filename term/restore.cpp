@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "term/interrupt.h"
-#include "term/print.h"
+#include "term/system/interrupt.h"
+#include "term/system/print.h"
 #include "term/termshell.h"
-#include "win/errorwords.h"
-#include "win/filequeue.h"
-#include "win/mizerlog.h"
-#include "win/mizerrestore.h"
+#include "win/batch/errorwords.h"
+#include "win/batch/filequeue.h"
+#include "win/batch/mizerlog.h"
+#include "win/batch/mizerrestore.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsystem.h"
 

@@ -7,10 +7,10 @@
 #include <fstream>
 #include <string>
 
-#include "term/print.h"
+#include "term/system/print.h"
 #include "term/termshell.h"
-#include "win/mizerlog.h"
-#include "win/mizerpreferences.h"
+#include "win/batch/mizerlog.h"
+#include "win/batch/mizerpreferences.h"
 #include "wnatom/wnpref.h"
 
 namespace {

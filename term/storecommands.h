@@ -1,7 +1,7 @@
 #pragma once
 
-#include "term/messages.h"
-#include "term/options.h"
+#include "term/options/options.h"
+#include "term/text/messages.h"
 
 /** Stores what --set asks for. */
 void TermStorePreferences(const TermSettings& inSettings, TermMessages& ioMessages);

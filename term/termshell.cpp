@@ -1,6 +1,6 @@
 #include "term/termshell.h"
 
-#include "term/interrupt.h"
+#include "term/system/interrupt.h"
 #include "wnatom/wnsystem.h"
 
 TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,

@@ -4,11 +4,11 @@
 #include <map>
 #include <string>
 
-#include "term/messages.h"
-#include "term/names.h"
-#include "term/panel.h"
-#include "term/results.h"
-#include "win/mizershell.h"
+#include "term/inputs/names.h"
+#include "term/panel/panel.h"
+#include "term/results/results.h"
+#include "term/text/messages.h"
+#include "win/batch/mizershell.h"
 
 /** The batch seen from a terminal or a pipe: plain lines as files are done, and a panel below them where
  *  there is one. */

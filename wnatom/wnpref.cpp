@@ -3,7 +3,7 @@
 #include <cstring>
 #include <initializer_list>
 
-#include "nvcode2/nvassert.h"
+#include "nvcode2/base/nvassert.h"
 #include "wnatom/wnprefkey.h"
 
 namespace {

@@ -16,7 +16,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "nvcode2/nverrorcode.h"
+#include "nvcode2/base/nverrorcode.h"
 #include "wnatom/wnfolders_posix.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "nvcode2/nvwindows_win.h"
+#include "nvcode2/base/nvwindows_win.h"
 
 // A key of the registry. Names and numbers pass through its narrow functions, which the manifest's code page
 // makes UTF-8; texts may hold a path, so they take the wide ones.

@@ -15,7 +15,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "nvcode2/nverrorcode.h"
+#include "nvcode2/base/nverrorcode.h"
 #include "wnatom/wnfolders_posix.h"
 
 namespace {

@@ -10,8 +10,8 @@
 #include <io.h>
 #include <windows.h>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvwindows_win.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/base/nvwindows_win.h"
 #include "wnatom/wnfolders_win.h"
 
 // The temporary file stays open while it is in use, so a living run holds it against whoever opens it for

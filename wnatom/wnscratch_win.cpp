@@ -5,8 +5,8 @@
 
 #include <windows.h>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvwindows_win.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/base/nvwindows_win.h"
 #include "wnatom/wnfolders_win.h"
 #include "wnatom/wnsystem.h"
 

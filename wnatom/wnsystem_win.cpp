@@ -7,8 +7,8 @@
 #include <shlobj.h>
 #include <windows.h>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvwindows_win.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/base/nvwindows_win.h"
 
 namespace {
 

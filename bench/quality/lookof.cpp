@@ -12,10 +12,11 @@
 #include <filesystem>
 #include <vector>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvgifplayer.h"
-#include "win/pvload.h"
-#include "win/pvlook.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/gif/nvgifframereader.h"
+#include "nvcode2/gif/nvgifplayer.h"
+#include "win/optimizer/base/pvmemory.h"
+#include "win/optimizer/look/pvlook.h"
 
 namespace fs = std::filesystem;
 
@@ -46,8 +47,8 @@ struct FileLook {
 
 /** @return nothing measured (no frames) when the two do not play side by side */
 FileLook Measure(const fs::path& inOriginal, const fs::path& inResult) {
-    PvFrameReader original(inOriginal.c_str());
-    PvFrameReader result(inResult.c_str());
+    NvGIFFrameReader original(inOriginal.c_str(), PvUsualMemoryLimit());
+    NvGIFFrameReader result(inResult.c_str(), PvUsualMemoryLimit());
     FileLook look;
     if (original.GetFrameCount() != result.GetFrameCount() ||
         original.GetScreenWidth() != result.GetScreenWidth() ||

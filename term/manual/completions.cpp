@@ -3,8 +3,8 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "term/options.h"
-#include "win/mizerpreferences.h"
+#include "term/options/options.h"
+#include "win/batch/mizerpreferences.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <cctype>
 #include <string_view>
 
-#include "term/help.h"
-#include "term/manualtext.h"
-#include "term/options.h"
+#include "term/options/help.h"
+#include "term/options/manualtext.h"
+#include "term/options/options.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "term/options.h"
+#include "term/options/options.h"
 
 namespace {
 

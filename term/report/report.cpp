@@ -7,11 +7,11 @@
 #include <new>
 #include <string_view>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvfile.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/file/nvfile.h"
 #include "term/report/reporttext.h"
-#include "term/utf8.h"
-#include "win/wholefile.h"
+#include "term/text/utf8.h"
+#include "wnatom/wholefile.h"
 #include "wnatom/wnsystem.h"
 
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "term/counts.h"
-#include "term/listener.h"
+#include "term/results/counts.h"
+#include "term/results/listener.h"
 #include "wnatom/wnsafefile.h"
 
 /** A page for the browser about a run: totals, a table of the files, and of each file made smaller the

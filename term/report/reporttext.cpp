@@ -4,10 +4,10 @@
 #include <chrono>
 #include <cstdio>
 
-#include "term/help.h"
-#include "term/messages.h"
+#include "term/options/help.h"
 #include "term/report/reportpage.h"
-#include "term/utf8.h"
+#include "term/text/messages.h"
+#include "term/text/utf8.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "term/counts.h"
-#include "win/mizershell.h"
+#include "term/results/counts.h"
+#include "win/batch/mizershell.h"
 
 /** The changing parts of a report's page, in HTML. */
 

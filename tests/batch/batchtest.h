@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/testfolder.h"
-#include "win/mizerbrain.h"
+#include "win/batch/mizerbrain.h"
 #include "wnatom/wnpref.h"
 
 /** A screen that only remembers. */

@@ -4,7 +4,7 @@
 
 #include "tests/batch/batchtest.h"
 #include "tests/support/codeof.h"
-#include "win/filequeue.h"
+#include "win/batch/filequeue.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 // What the window shows of a session: the table of files, the settings of the dialog, the originals, the
 // movies.
 
-#include "nvcode2/nverrorcode.h"
+#include "nvcode2/base/nverrorcode.h"
 #include "tests/batch/batchtest.h"
 #include "tests/support/codeof.h"
-#include "win/gifmovie.h"
-#include "win/mizersettings.h"
-#include "win/sessionlist.h"
-#include "win/sessionoriginals.h"
+#include "win/batch/mizersettings.h"
+#include "win/session/gifmovie.h"
+#include "win/session/sessionlist.h"
+#include "win/session/sessionoriginals.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // Every text of the panel and the log, and the totals, to the byte.
 
 #include "tests/batch/batchtest.h"
-#include "win/mizerlog.h"
-#include "win/mizertotals.h"
+#include "win/batch/mizerlog.h"
+#include "win/batch/mizertotals.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "term/options.h"
+#include "term/options/options.h"
 #include "tests/support/testfolder.h"
 
 namespace {

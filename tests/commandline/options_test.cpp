@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "term/arguments.h"
+#include "term/options/arguments.h"
 #include "tests/support/programtest.h"
 
 namespace {

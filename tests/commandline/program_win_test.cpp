@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "nvcode2/nvwindows_win.h"
+#include "nvcode2/base/nvwindows_win.h"
 #include "tests/support/ownregistry_win.h"
 #include "tests/support/programtest.h"
 

@@ -1,7 +1,7 @@
 // The page that --report writes: there whole or not at all, over nothing but an older one, with what fits in
 // it.
 
-#include "term/utf8.h"
+#include "term/text/utf8.h"
 #include "tests/support/programtest.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "tests/support/programtest.h"
-#include "win/mizertotals.h"
+#include "win/batch/mizertotals.h"
 
 namespace {
 

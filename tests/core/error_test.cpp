@@ -1,4 +1,4 @@
-#include "nvcode2/nverrorcode.h"
+#include "nvcode2/base/nverrorcode.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvassert.h"
+#include "nvcode2/base/nvassert.h"
 
 namespace {
 
@@ -58,7 +58,7 @@ TEST(ErrorTest, RuntimeErrorsMapToCodes) {
         } catch (const NvErrorCode& error) {
             EXPECT_EQ(error.GetCode(), row.code) << "errno " << row.systemError;
             EXPECT_EQ(error.GetSystemError(), row.systemError);
-            EXPECT_EQ(FileNameOf(error), "nvcode2/nverrorcode.cpp");
+            EXPECT_EQ(FileNameOf(error), "nvcode2/base/nverrorcode.cpp");
         }
     }
 }

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvfilelocator.h"
+#include "nvcode2/file/nvfilelocator.h"
 #include "tests/core/filetest.h"
 #include "tests/support/codeof.h"
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvfile.h"
+#include "nvcode2/file/nvfile.h"
 #include "tests/support/codeof.h"
 #include "tests/support/testfolder.h"
 

@@ -1,4 +1,4 @@
-#include "nvcode2/nvlist.h"
+#include "nvcode2/base/nvlist.h"
 
 #include <string>
 

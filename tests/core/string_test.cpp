@@ -1,4 +1,4 @@
-#include "nvcode2/nvstring.h"
+#include "nvcode2/base/nvstring.h"
 
 #include <algorithm>
 #include <limits>
@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvpascalstring.h"
-#include "nvcode2/nvstringresource.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/base/nvpascalstring.h"
+#include "nvcode2/base/nvstringresource.h"
 #include "tests/support/codeof.h"
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include "samples/samplepictures.h"
 #include "tests/support/desktoprun_win.h"
-#include "win/resource.h"
+#include "win/desktop/resource.h"
 
 namespace {
 

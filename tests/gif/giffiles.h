@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "nvcode2/nvgiffile.h"
-#include "nvcode2/nvindexedimage.h"
+#include "nvcode2/gif/nvgiffile.h"
+#include "nvcode2/image/nvindexedimage.h"
 #include "tests/image/images.h"
 #include "tests/support/codeof.h"
 #include "tests/support/gifbytes.h"

@@ -1,4 +1,4 @@
-#include "nvcode2/nvgifframe.h"
+#include "nvcode2/gif/nvgifframe.h"
 
 #include <algorithm>
 #include <random>
@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvmaskrow.h"
+#include "nvcode2/image/nvmaskrow.h"
 #include "tests/image/images.h"
 #include "tests/support/testanimation.h"
 

@@ -6,8 +6,8 @@
 
 #include <gmock/gmock.h>
 
-#include "nvcode2/nvgifplayer.h"
-#include "nvcode2/nvthumbnail.h"
+#include "nvcode2/gif/nvgifplayer.h"
+#include "nvcode2/gif/nvthumbnail.h"
 #include "tests/gif/giffiles.h"
 #include "tests/image/images.h"
 #include "tests/support/testanimation.h"

@@ -9,8 +9,8 @@
 
 #include <gmock/gmock.h>
 
-#include "nvcode2/nvfile.h"
-#include "nvcode2/nvfilereader.h"
+#include "nvcode2/file/nvfile.h"
+#include "nvcode2/file/nvfilereader.h"
 #include "tests/gif/giffiles.h"
 #include "tests/image/images.h"
 #include "tests/support/codeof.h"

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvlzwstringtable.h"
-#include "nvcode2/nvpackedframe.h"
+#include "nvcode2/gif/nvlzwstringtable.h"
+#include "nvcode2/gif/nvpackedframe.h"
 #include "tests/gif/giffiles.h"
 #include "tests/support/randomgif.h"
 #include "tests/support/testanimation.h"

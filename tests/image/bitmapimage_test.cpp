@@ -1,4 +1,4 @@
-#include "nvcode2/nvbitmapimage.h"
+#include "nvcode2/image/nvbitmapimage.h"
 
 #include <array>
 #include <memory>

@@ -7,8 +7,8 @@
 
 #include <gmock/gmock.h>
 
-#include "nvcode2/nvcolortable.h"
-#include "nvcode2/nvmakeinvcolormap.h"
+#include "nvcode2/image/nvcolortable.h"
+#include "nvcode2/image/nvmakeinvcolormap.h"
 #include "tests/image/images.h"
 #include "tests/support/codeof.h"
 #include "tests/support/plaininversemap.h"

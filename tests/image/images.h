@@ -5,8 +5,8 @@
 #include <random>
 #include <vector>
 
-#include "nvcode2/nvbitmapimage.h"
-#include "nvcode2/nvindexedimage.h"
+#include "nvcode2/image/nvbitmapimage.h"
+#include "nvcode2/image/nvindexedimage.h"
 
 /** Small images and tables, written as their contents. */
 

@@ -1,4 +1,4 @@
-#include "nvcode2/nvindexedimage.h"
+#include "nvcode2/image/nvindexedimage.h"
 
 #include <array>
 #include <memory>

@@ -11,13 +11,13 @@
 
 #include <gmock/gmock.h>
 
-#include "nvcode2/nvblit.h"
-#include "nvcode2/nvflip.h"
-#include "nvcode2/nvimage.h"
-#include "nvcode2/nvmakeinvcolormap.h"
-#include "nvcode2/nvprogressindicator.h"
-#include "nvcode2/nvresize.h"
-#include "nvcode2/nvrgbimage.h"
+#include "nvcode2/base/nvprogressindicator.h"
+#include "nvcode2/image/nvblit.h"
+#include "nvcode2/image/nvflip.h"
+#include "nvcode2/image/nvimage.h"
+#include "nvcode2/image/nvmakeinvcolormap.h"
+#include "nvcode2/image/nvresize.h"
+#include "nvcode2/image/nvrgbimage.h"
 #include "tests/image/images.h"
 #include "tests/support/codeof.h"
 

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvbuffer.h"
-#include "nvcode2/nvgifinfo.h"
-#include "nvcode2/nvrealimage.h"
+#include "nvcode2/gif/nvgifinfo.h"
+#include "nvcode2/image/nvbuffer.h"
+#include "nvcode2/image/nvrealimage.h"
 #include "tests/image/images.h"
 #include "tests/support/codeof.h"
 

@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "nvcode2/nvimageconverter.h"
+#include "nvcode2/image/nvimageconverter.h"
 #include "tests/image/images.h"
 #include "tests/support/codeof.h"
 

@@ -2,7 +2,7 @@
 
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
-#include "win/pvcrop.h"
+#include "win/optimizer/frames/pvcrop.h"
 
 namespace {
 

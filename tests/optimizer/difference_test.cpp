@@ -2,8 +2,8 @@
 
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
-#include "win/pvdifference.h"
-#include "win/pvpalette.h"
+#include "win/optimizer/colours/pvpalette.h"
+#include "win/optimizer/frames/pvdifference.h"
 
 namespace {
 

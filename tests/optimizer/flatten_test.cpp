@@ -1,10 +1,11 @@
 // Reading frames for the first pass: those that put back what they covered become such that do not, those
 // that are cleared for nothing stay, and nobody sees it.
 
+#include "nvcode2/gif/nvgifframereader.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
-#include "win/pvframestream.h"
-#include "win/pvload.h"
+#include "win/optimizer/base/pvmemory.h"
+#include "win/optimizer/frames/pvframestream.h"
 
 namespace {
 
@@ -16,7 +17,8 @@ TestFrame WithDisposal(TestFrame inFrame, std::uint32_t inDisposal) {
 /** @return the animation as it is read and the error that was told */
 std::pair<TestGIF, double> Stream(const TestGIF& inGIF) {
     const TestFolder folder;
-    PvFrameReader reader(WriteTestFile(folder / "test.gif", EncodeGIF(inGIF)).c_str());
+    NvGIFFrameReader reader(WriteTestFile(folder / "test.gif", EncodeGIF(inGIF)).c_str(),
+                            PvUsualMemoryLimit());
     PvFrameStream stream(reader, false);
     TestAnimation animation(reader.ShareGlobalInfo(), reader.GetScreenWidth(), reader.GetScreenHeight());
     while (std::unique_ptr<NvGIFFrame> frame = stream.Next())

@@ -4,7 +4,7 @@
 
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
-#include "win/pvgate.h"
+#include "win/optimizer/look/pvgate.h"
 
 namespace {
 

@@ -3,9 +3,11 @@
 
 #include <cerrno>
 
+#include "nvcode2/gif/nvgifframereader.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/gifbytes.h"
-#include "win/pvload.h"
+#include "win/optimizer/base/pvmemory.h"
+#include "win/optimizer/frames/pvload.h"
 
 namespace {
 
@@ -125,7 +127,7 @@ TEST_F(LoadTest, CommentsCountAgainstTheMemoryLimitWhileTheyAreFound) {
     for (const std::uint32_t comments : {100u, 20'000u, 100'000u}) {
         const std::string path = WriteTestFile(mFolder / "pictures/talkative.gif", commented(comments));
         EXPECT_EQ(CodeOf([&] { Load(path, limit); }), comments == 100 ? 0u : 2u) << comments;
-        EXPECT_EQ(CodeOf([&] { PvFrameReader(path.c_str(), limit); }), comments == 100'000 ? 2u : 0u);
+        EXPECT_EQ(CodeOf([&] { NvGIFFrameReader(path.c_str(), limit); }), comments == 100'000 ? 2u : 0u);
     }
 }
 

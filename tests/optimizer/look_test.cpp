@@ -2,13 +2,13 @@
 
 #include <cmath>
 
-#include "nvcode2/nvgifplayer.h"
+#include "nvcode2/gif/nvgifplayer.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
-#include "win/pvfill.h"
-#include "win/pvload.h"
-#include "win/pvlook.h"
-#include "win/pvlzwestimate.h"
+#include "win/optimizer/codes/pvfill.h"
+#include "win/optimizer/codes/pvlzwestimate.h"
+#include "win/optimizer/frames/pvload.h"
+#include "win/optimizer/look/pvlook.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "tests/support/testanimation.h"
 #include "tests/support/testfolder.h"
 #include "tests/support/testgif.h"
-#include "win/pvopt.h"
+#include "win/optimizer/pvopt.h"
 #include "wnatom/wnpref.h"
 
 inline void ExpectTheSameIsShown(const TestGIF& inOriginal, const TestGIF& inResult) {

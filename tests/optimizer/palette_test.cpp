@@ -5,10 +5,10 @@
 
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
-#include "win/pvframecolours.h"
-#include "win/pvpalette.h"
-#include "win/pvsimilar.h"
-#include "win/pvtableplan.h"
+#include "win/optimizer/colours/pvframecolours.h"
+#include "win/optimizer/colours/pvpalette.h"
+#include "win/optimizer/colours/pvsimilar.h"
+#include "win/optimizer/colours/pvtableplan.h"
 
 namespace {
 

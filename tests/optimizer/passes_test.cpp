@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "nvcode2/nvgiffile.h"
+#include "nvcode2/gif/nvgiffile.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
 

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvpostdither.h"
+#include "nvcode2/quant/nvpostdither.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/codeof.h"
 #include "tests/support/randomgif.h"
 #include "tests/support/swapreference.h"
-#include "win/pvlzwestimate.h"
-#include "win/pvswap.h"
+#include "win/optimizer/codes/pvlzwestimate.h"
+#include "win/optimizer/codes/pvswap.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 
 #include "tests/support/randomgif.h"
 #include "tests/support/swapreference.h"
-#include "win/pvlzwestimate.h"
-#include "win/pvswapsearch.h"
+#include "win/optimizer/codes/pvlzwestimate.h"
+#include "win/optimizer/codes/pvswapsearch.h"
 
 namespace {
 

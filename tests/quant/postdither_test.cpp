@@ -1,4 +1,4 @@
-#include "nvcode2/nvpostdither.h"
+#include "nvcode2/quant/nvpostdither.h"
 
 #include <string>
 #include <vector>

@@ -9,9 +9,9 @@
 
 #include <gmock/gmock.h>
 
-#include "nvcode2/nvquantoctree.h"
-#include "nvcode2/nvquantremap.h"
-#include "nvcode2/nvquantselector.h"
+#include "nvcode2/quant/nvquantoctree.h"
+#include "nvcode2/quant/nvquantremap.h"
+#include "nvcode2/quant/nvquantselector.h"
 #include "tests/image/images.h"
 
 namespace {

@@ -1,17 +1,18 @@
 // What is on a contact sheet, as another reader sees it.
 
-#include "win/pvcontactsheet.h"
+#include "win/sheet/pvcontactsheet.h"
 
 #include <algorithm>
 #include <cstdlib>
 
 #include <gmock/gmock.h>
 
-#include "nvcode2/nvprogressindicator.h"
+#include "nvcode2/base/nvprogressindicator.h"
+#include "nvcode2/gif/nvgifframereader.h"
 #include "tests/support/codeof.h"
 #include "tests/support/testfolder.h"
 #include "tests/support/testgif.h"
-#include "win/pvload.h"
+#include "win/optimizer/base/pvmemory.h"
 
 namespace {
 
@@ -58,7 +59,7 @@ protected:
         mHeight = gif.mHeight;
         mPixels = Play(gif)[0];
 
-        PvFrameReader reader(path.c_str());
+        NvGIFFrameReader reader(path.c_str(), PvUsualMemoryLimit());
         const auto frame = reader.ReadFrame(0);
         const NvConstPixelLock pixels(frame->GetImage());
         const std::vector<std::uint8_t> indices(pixels.Row(0), pixels.Row(mHeight));

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "nvcode2/nverrorcode.h"
+#include "nvcode2/base/nverrorcode.h"
 
 /** The code of the NvErrorCode that inAction raises, 0 when it raises none:
  *  EXPECT_EQ(CodeOf([&] { file.Close(); }), 15u); */

@@ -8,7 +8,7 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
-#include "win/resource.h"
+#include "win/desktop/resource.h"
 
 namespace {
 

@@ -6,13 +6,13 @@
 #include <stdexcept>
 #include <string>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvfile.h"
-#include "nvcode2/nvfilereader.h"
-#include "nvcode2/nvfilewriter.h"
-#include "nvcode2/nvinterlace.h"
-#include "nvcode2/nvlzwdecoder.h"
-#include "nvcode2/nvlzwencoder.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/file/nvfile.h"
+#include "nvcode2/file/nvfilereader.h"
+#include "nvcode2/file/nvfilewriter.h"
+#include "nvcode2/gif/nvinterlace.h"
+#include "nvcode2/gif/nvlzwdecoder.h"
+#include "nvcode2/gif/nvlzwencoder.h"
 #include "tests/support/lzwreference.h"
 
 /** A frame's shape in memory: rows lie mStride bytes apart. */

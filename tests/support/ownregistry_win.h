@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "nvcode2/nvwindows_win.h"
+#include "nvcode2/base/nvwindows_win.h"
 
 /** For a program that runs beside the test: its data folder, and preferences that nobody wrote before. Puts
  *  the user's folder back at the end. */

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "nvcode2/nvcolortable.h"
+#include "nvcode2/image/nvcolortable.h"
 
 /** The inverse colour map by its definition: every cell looks at every entry. The reference for tests and
  *  benchmarks. */

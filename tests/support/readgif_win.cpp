@@ -1,4 +1,4 @@
-#include "nvcode2/nvgiffile.h"
+#include "nvcode2/gif/nvgiffile.h"
 #include "tests/support/testanimation.h"
 #include "tests/support/testgif.h"
 

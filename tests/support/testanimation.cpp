@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/nvlzwstringtable.h"
+#include "nvcode2/gif/nvlzwstringtable.h"
 #include "tests/support/testfolder.h"
 
 namespace {

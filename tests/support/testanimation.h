@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "nvcode2/nvanimation.h"
+#include "nvcode2/gif/nvanimation.h"
 #include "tests/support/testgif.h"
-#include "win/pvopt.h"
-#include "win/pvprogress.h"
+#include "win/optimizer/base/pvprogress.h"
+#include "win/optimizer/pvopt.h"
 
 /** An animation whose frames are at hand. */
 struct TestAnimation {

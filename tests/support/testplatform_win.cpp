@@ -5,7 +5,7 @@
 
 #include <windows.h>
 
-#include "nvcode2/nvwindows_win.h"
+#include "nvcode2/base/nvwindows_win.h"
 #include "tests/support/testfolder.h"
 #include "wnatom/wnfolders_win.h"
 

@@ -6,7 +6,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "nvcode2/nverrorcode.h"
+#include "nvcode2/base/nverrorcode.h"
 #include "tests/support/codeof.h"
 #include "tests/support/testfolder.h"
 #include "wnatom/wnsafefile.h"

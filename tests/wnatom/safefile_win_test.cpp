@@ -6,8 +6,8 @@
 
 #include <windows.h>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvwindows_win.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/base/nvwindows_win.h"
 #include "tests/support/codeof.h"
 #include "tests/support/testfolder.h"
 #include "wnatom/wnsafefile.h"

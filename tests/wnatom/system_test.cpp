@@ -4,7 +4,7 @@
 
 #include <sys/stat.h>
 
-#include "nvcode2/nverrorcode.h"
+#include "nvcode2/base/nverrorcode.h"
 #include "tests/support/testfolder.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"

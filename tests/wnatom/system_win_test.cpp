@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "nvcode2/nverrorcode.h"
-#include "nvcode2/nvfile.h"
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/file/nvfile.h"
 #include "tests/support/codeof.h"
 #include "tests/support/testfolder.h"
 #include "wnatom/wnscratch.h"

@@ -1,0 +1,20 @@
+# parvigif_room(ROOM SOURCES...): the library of one room, named after its folder (win/batch becomes win_batch) and
+# linked with the rooms that rooms.txt lets it include.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/rooms.txt)
+file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/rooms.txt PARVIGIF_ROOMS REGEX "^[a-z]")
+
+function(parvigif_room inRoom)
+    string(REPLACE "/" "_" library ${inRoom})
+    list(TRANSFORM ARGN PREPEND ${CMAKE_SOURCE_DIR}/${inRoom}/)
+    add_library(${library} STATIC ${ARGN})
+    target_link_libraries(${library} PUBLIC parvigif_options)
+    foreach(line IN LISTS PARVIGIF_ROOMS)
+        if(line MATCHES "^${inRoom}: ([^|]*)")
+            string(REPLACE "/" "_" rooms "${CMAKE_MATCH_1}")
+            separate_arguments(rooms)
+            target_link_libraries(${library} PUBLIC ${rooms})
+            return()
+        endif()
+    endforeach()
+    message(FATAL_ERROR "cmake/rooms.txt has no line for ${inRoom}")
+endfunction()

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "nvcode2/gif/nvgiffile.h"
+#include "nvcode2/gif/nvgifframe.h"
+
+class NvGIFPlayer;
+
+/** Reads the frames of a GIF file one by one, each made sound: its mask says what a viewer draws, and every
+ *  index its pixels use has an entry in its table, whatever the file held. */
+class NvGIFFrameReader {
+public:
+    /** Opens the file and checks every frame's record.
+     *
+     *  @param inCommentLimit bytes that the file's comments may take; 2 is raised beyond, since they are kept
+     *                        from the moment the file is opened
+     *  @throws NvErrorCode  32 when the file cannot be opened (the system's error number is kept) or is no
+     *  GIF; 29 when it is too large, 33, 28 and 18 for other files that are not well-formed GIFs, 28 also for
+     *  one without frames */
+    NvGIFFrameReader(const char* inPath, std::uint64_t inCommentLimit);
+
+    std::uint32_t GetFrameCount() const { return mFile.GetNumberOfFrames(); }
+    std::uint32_t GetScreenWidth() const { return mFile.GetScreenWidth(); }
+    std::uint32_t GetScreenHeight() const { return mFile.GetScreenHeight(); }
+    std::shared_ptr<NvGIFGlobalInfo> ShareGlobalInfo() const { return mFile.GetGlobalInfo(); }
+
+    /** Whether a frame puts back what it covered, or is cleared, when its time is over. */
+    bool AnyFrameRestores() const { return mAnyFrameRestores; }
+    bool AnyFrameClears() const { return mAnyFrameClears; }
+
+    /** Pixels of all frames together, and of the largest one. */
+    std::uint64_t GetPixelsOfAllFrames() const { return mPixelsOfAllFrames; }
+    std::uint64_t GetPixelsOfLargestFrame() const { return mPixelsOfLargestFrame; }
+
+    /** As many colours as all frames together can show, each counted for each frame. */
+    std::uint64_t GetColorsOfAllFrames() const { return mColorsOfAllFrames; }
+
+    /** Bytes that the file's comments take. */
+    std::uint64_t GetCommentMemory() const { return mFile.GetCommentMemory(); }
+
+    /** Bytes that reading one frame after another onto a canvas needs at the same time, at most. */
+    std::uint64_t EstimatePlayMemory() const;
+
+    /** @throws NvErrorCode  28 and 18 for corrupt image data, 2 */
+    std::unique_ptr<NvGIFFrame> ReadFrame(std::uint32_t inIndex);
+
+    /** Reads a frame straight onto a canvas, row by row, which takes a fraction of time and memory.
+     *  @return             its record, valid until the next frame is read
+     *  @throws NvErrorCode as ReadFrame */
+    const NvGIFFrameInfo& PlayFrame(std::uint32_t inIndex, NvGIFPlayer& ioPlayer);
+
+private:
+    std::unique_ptr<NvGIFFrame> MakeFrame(NvIndexedImage&& inImage, std::unique_ptr<NvGIFFrameInfo> inInfo);
+    void Open(const char* inPath);
+    void CheckFrames();
+
+    NvGIFFile mFile;
+    std::unique_ptr<NvGIFFrame> mCutFrame; // the frame played last, if pixels of it were missing
+    std::uint64_t mPixelsOfAllFrames = 0;
+    std::uint64_t mPixelsOfLargestFrame = 0;
+    std::uint64_t mColorsOfAllFrames = 0; // as many as can differ
+    bool mAnyFrameRestores = false;       // so all of them may become as large as the screen
+    bool mAnyFrameClears = false;
+};

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "nvcode2/base/nvgeometry.h"
+#include "nvcode2/gif/nvgifcanvas.h"
+#include "nvcode2/gif/nvgifinfo.h"
+
+class NvGIFFrame;
+
+/** Plays an animation frame by frame onto a canvas, as browsers show it.
+ *
+ *  The canvas starts transparent. Disposal 2 clears a frame's rectangle to transparent, 3 and 4 put back what
+ *  was there before the frame, everything else leaves the frame in place. Frames outside the screen are not
+ *  expected. */
+class NvGIFPlayer {
+public:
+    using Pixel = NvGIFCanvas::Pixel;
+    static constexpr Pixel km_Covered = NvGIFCanvas::km_Covered;
+    using Columns = NvGIFCanvas::Columns;
+
+    /** A transparent canvas of the logical screen's size. */
+    NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight);
+
+    /** Does to the canvas what the frame shown last asks for when its time is over. What is on the canvas
+     *  then lies under the next frame. The next frame does it too, unless it has been done. */
+    void DisposeOfLastFrame();
+
+    /** Disposes of the frame shown before and draws the next one. Every drawn index must be in the frame's
+     *  table. @throws std::bad_alloc */
+    void ShowFrame(const NvGIFFrame& inFrame);
+
+    /** The same for a frame row by row as it is read: BeginFrame, then DrawRow for what there is of it. Every
+     *  pixel is drawn but those of the transparent index; indices beyond the table are black.
+     *  @param inTable  that the frame is shown with
+     *  @throws std::bad_alloc */
+    void BeginFrame(const NvGIFFrameInfo& inInfo, const NvColorTable& inTable);
+
+    /** @param inRow    of the frame
+     *  @param inCount  pixels from the row's first on */
+    void DrawRow(std::uint32_t inRow, const std::uint8_t* inIndices, std::uint32_t inCount);
+
+    /** Draws the frame in hand over what there is of it. */
+    void DrawFrame(const NvGIFFrame& inFrame);
+
+    /** What is displayed now. */
+    const NvGIFCanvas& GetCanvas() const { return mCanvas; }
+
+    /** Copies a part of a row of it. */
+    void Read(std::uint32_t inY, const Columns& inColumns, Pixel* outPixels) const {
+        mCanvas.Read(inY, inColumns, mCanvas.GetColours(), std::identity(), outPixels);
+    }
+
+    /** The whole row. */
+    std::vector<Pixel> ReadRow(std::uint32_t inY) const;
+
+    std::uint32_t GetScreenWidth() const { return mCanvas.GetWidth(); }
+    std::uint32_t GetScreenHeight() const { return mCanvas.GetHeight(); }
+
+    /** The columns of a row outside of which the last frame changed nothing, disposal included. */
+    const Columns& GetChangedColumns(std::uint32_t inY) const { return mChanged[inY]; }
+
+private:
+    void Draw(std::uint32_t inX, std::uint32_t inRow, const std::uint8_t* inIndices, std::uint32_t inCount);
+
+    NvGIFCanvas mCanvas;
+    std::uint32_t mLastDisposal = 0;
+    NvRect mLastRect{};            // of the frame in hand
+    NvRect mDisposedRect{};        // changed by disposal since the last frame
+    std::vector<Columns> mChanged; // by row
+};

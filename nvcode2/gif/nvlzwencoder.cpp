@@ -1,0 +1,112 @@
+#include "nvcode2/gif/nvlzwencoder.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "nvcode2/base/nvassert.h"
+#include "nvcode2/base/nvbytes.h"
+#include "nvcode2/file/nvfilewriter.h"
+
+LZWEncoder::LZWEncoder(NvFileWriter& inWriter) : mWriter(inWriter) {}
+
+void LZWEncoder::Begin(std::uint8_t inMinimumCodeSize) {
+    NvAssert(1 <= inMinimumCodeSize && inMinimumCodeSize <= 8);
+    const std::uint32_t pixelBits = std::max<std::uint32_t>(inMinimumCodeSize, 2);
+    mWriter.WriteByte(static_cast<std::uint8_t>(pixelBits));
+
+    mClearCode = 1U << pixelBits;
+    mEndCode = mClearCode + 1;
+    mInitialCodeSize = mCodeSize = pixelBits + 1;
+    mTable.Begin(pixelBits);
+    mAccumulator = mBitCount = mBlockLength = 0;
+    mPrefix = km_NoPrefix;
+    ResetTable();
+    WriteCode(mClearCode);
+}
+
+void LZWEncoder::EncodeRows(const std::uint8_t* inPixels, std::uint32_t inWidth, std::uint32_t inRows,
+                            std::uint32_t inStride) {
+    for (std::uint32_t row = 0; row < inRows; ++row)
+        EncodeRow(inPixels + std::size_t{row} * inStride, inWidth);
+}
+
+void LZWEncoder::EncodeRow(const std::uint8_t* inPixels, std::uint32_t inCount) {
+    if (inCount == 0)
+        return;
+    std::uint32_t prefix = mPrefix;
+    std::uint32_t next = 0;
+    if (prefix == km_NoPrefix)
+        next = mTable.FindRun(inPixels, inCount, prefix);
+    while (next < inCount) {
+        const std::uint32_t pixel = inPixels[next];
+        mTable.Prefetch(pixel, inPixels[std::min(next + 1, inCount - 1)]);
+        if (const std::uint32_t code = mTable.Find(prefix, pixel)) {
+            prefix = code;
+            ++next;
+            continue;
+        }
+        mTable.Add(prefix, pixel, mNextCode++);
+        WriteCode(prefix);
+        if (mNextCode == mLimit)
+            GrowOrReset();
+        next += mTable.FindRun(inPixels + next, inCount - next, prefix);
+    }
+    mPrefix = prefix;
+}
+
+// A full table is emptied at once.
+void LZWEncoder::GrowOrReset() {
+    if (mCodeSize < km_MaxCodeSize) {
+        ++mCodeSize;
+        mLimit <<= 1;
+    } else {
+        ResetTable();
+        WriteCode(mClearCode);
+    }
+}
+
+void LZWEncoder::End() {
+    if (mPrefix != km_NoPrefix)
+        WriteCode(mPrefix);
+    WriteCode(mEndCode);
+    StoreBits((mBitCount + 7) / 8);
+    if (mBlockLength > 0)
+        WriteBlock(mBlockLength);
+    mWriter.WriteByte(0);
+    mPrefix = km_NoPrefix;
+}
+
+// The clear code that follows a full table still takes the full table's width: decoders switch back after it.
+void LZWEncoder::ResetTable() {
+    mWriteSize = mCodeSize;
+    mTable.Clear();
+    mNextCode = mEndCode + 1;
+    mCodeSize = mInitialCodeSize;
+    mLimit = 1U << mCodeSize;
+}
+
+// A decoder assigns each code one step after the encoder, so a new width takes hold one code late.
+inline void LZWEncoder::WriteCode(std::uint32_t inCode) {
+    mAccumulator |= std::uint64_t{inCode} << mBitCount;
+    mBitCount += mWriteSize;
+    mWriteSize = mCodeSize;
+    if (mBitCount >= 8 * km_StoredBytes)
+        StoreBits(km_StoredBytes);
+}
+
+// Moves bytes from the accumulator to the block, and the block on when it is full.
+void LZWEncoder::StoreBits(std::uint32_t inBytes) {
+    NvStoreLittleEndian(&mBlock[mBlockLength], mAccumulator); // eight at once, however many count
+    mAccumulator >>= 8 * inBytes;
+    mBitCount -= std::min(mBitCount, 8 * inBytes);
+    mBlockLength += inBytes;
+    if (mBlockLength >= km_BlockSize)
+        WriteBlock(km_BlockSize);
+}
+
+void LZWEncoder::WriteBlock(std::uint32_t inLength) {
+    mWriter.WriteByte(static_cast<std::uint8_t>(inLength));
+    mWriter.Write(mBlock.data(), inLength);
+    mBlockLength -= inLength;
+    std::copy_n(mBlock.data() + inLength, mBlockLength, mBlock.data());
+}

@@ -1,0 +1,252 @@
+#include "nvcode2/image/nvimage.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+#include "nvcode2/base/nvassert.h"
+#include "nvcode2/base/nverrorcode.h"
+
+NvImage::NvImage(std::uint32_t inWidth, std::uint32_t inHeight, Type inImageType)
+    : mWidth(inWidth), mHeight(inHeight), mImageType(inImageType) {}
+
+NvImage::NvImage(NvImage&& ioImage) noexcept
+    : mWidth(ioImage.mWidth),
+      mHeight(ioImage.mHeight),
+      mImageType(ioImage.mImageType),
+      mHorizontalResolution(ioImage.mHorizontalResolution),
+      mVerticalResolution(ioImage.mVerticalResolution),
+      mFormatInfo(std::move(ioImage.mFormatInfo)) {}
+
+NvImage& NvImage::operator=(NvImage&& ioImage) noexcept {
+    NvAssert(mImageType == ioImage.mImageType);
+    mWidth = ioImage.mWidth;
+    mHeight = ioImage.mHeight;
+    mHorizontalResolution = ioImage.mHorizontalResolution;
+    mVerticalResolution = ioImage.mVerticalResolution;
+    mFormatInfo = std::move(ioImage.mFormatInfo);
+    return *this;
+}
+
+NvImage::~NvImage() = default;
+
+void NvImage::ResetFields() noexcept {
+    mWidth = 0;
+    mHeight = 0;
+    mHorizontalResolution = 100;
+    mVerticalResolution = 100;
+    mFormatInfo.reset();
+}
+
+void NvImage::SetSize(std::uint32_t inWidth, std::uint32_t inHeight) {
+    mWidth = inWidth;
+    mHeight = inHeight;
+}
+
+void NvImage::SetResolution(std::uint32_t inHorizontal, std::uint32_t inVertical) {
+    mHorizontalResolution = inHorizontal;
+    mVerticalResolution = inVertical;
+}
+
+void NvImage::SetFormatInfo(std::unique_ptr<NvImgFmtFrameInfo> inInfo) {
+    mFormatInfo = std::move(inInfo);
+}
+
+void NvImage::CopyFormatInfo(const NvImage& inImage) {
+    const NvImgFmtFrameInfo* const info = inImage.GetFormatInfo();
+    SetFormatInfo(info ? info->Clone() : nullptr);
+}
+
+std::unique_ptr<NvImgFmtFrameInfo> NvImage::DetachFormatInfo() {
+    return std::move(mFormatInfo);
+}
+
+void NvImage::HandOverFormatInfo(NvImage& ioImage) {
+    ioImage.SetFormatInfo(DetachFormatInfo());
+}
+
+void NvImage::ReadRGBAt(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
+                        const NvRect& inDestRect, const NvRGBLayout& inLayout) const {
+    NvAssert((inDestRect.top < inDestRect.bottom) && (inDestRect.left < inDestRect.right));
+    NvAssertText(static_cast<std::int64_t>(inSourceRect.bottom) <= GetHeight(),
+                 "inSourceRect.bottom <= GetHeight()");
+    NvAssertText(static_cast<std::int64_t>(inSourceRect.right) <= GetWidth(),
+                 "inSourceRect.right <= GetWidth()");
+    NvAssertLayout(inLayout);
+    NvAssert(inSourceRect.Width() == inDestRect.Width() && inSourceRect.Height() == inDestRect.Height());
+    const std::size_t offset = static_cast<std::size_t>(inDestRect.top) * inDestRowBytes +
+                               static_cast<std::size_t>(inDestRect.left) * inLayout.pixelBytes;
+    ReadRGB(inSourceRect, outData + offset, inDestRowBytes, inLayout);
+}
+
+std::unique_ptr<NvImage> NvImage::CopyRegion(const NvRect& /*inRect*/) const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::PasteImage(const NvImage& /*inImage*/, NvPoint /*inTopLeft*/) {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+std::unique_ptr<NvImage> NvImage::NewBlankImage(const NvRect& /*inRect*/) const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::CopyFrom(const NvImage& /*inImage*/) {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::Erase() {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+std::unique_ptr<NvImage> NvImage::NewHorizontalMirror() const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+std::unique_ptr<NvImage> NvImage::NewVerticalMirror() const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvAssertLayout(const NvRGBLayout& inLayout) {
+    const auto [inDestPixelBytes, inDestRedIndex, inDestGreenIndex, inDestBlueIndex] = inLayout;
+    NvAssertText(inDestRedIndex < inDestPixelBytes && inDestGreenIndex < inDestPixelBytes &&
+                     inDestBlueIndex < inDestPixelBytes,
+                 "(inDestRedIndex < inDestPixelBytes) && (inDestGreenIndex < inDestPixelBytes) && "
+                 "(inDestBlueIndex < inDestPixelBytes)");
+    NvAssertText(inDestRedIndex != inDestGreenIndex && inDestRedIndex != inDestBlueIndex &&
+                     inDestGreenIndex != inDestBlueIndex,
+                 "(inDestRedIndex != inDestGreenIndex) && (inDestRedIndex != inDestBlueIndex) && "
+                 "( inDestGreenIndex != inDestBlueIndex)");
+}
+
+namespace {
+
+/** Copies a run of bits from one bit position to another, top bit first. Whole destination bytes are put
+ *  together from two source bytes; the ends go bit by bit under a mask. */
+void CopyBits(const std::uint8_t* inSrc, std::size_t inSrcBit, std::uint8_t* outDst, std::size_t inDstBit,
+              std::size_t inCount) {
+    inSrc += inSrcBit / 8;
+    outDst += inDstBit / 8;
+    std::size_t srcShift = inSrcBit % 8;
+    const std::size_t dstShift = inDstBit % 8;
+
+    const auto copyBit = [&](std::size_t inFrom, std::size_t inTo) {
+        const unsigned mask = 0x80u >> inTo % 8;
+        const bool bit = inSrc[inFrom / 8] & 0x80u >> inFrom % 8;
+        std::uint8_t& dst = outDst[inTo / 8];
+        dst = static_cast<std::uint8_t>(bit ? dst | mask : dst & ~mask);
+    };
+    std::size_t done = 0;
+    for (; done < inCount && (dstShift + done) % 8 != 0; ++done)
+        copyBit(srcShift + done, dstShift + done);
+
+    std::uint8_t* dst = outDst + (dstShift + done) / 8;
+    const std::uint8_t* src = inSrc + (srcShift + done) / 8;
+    srcShift = (srcShift + done) % 8;
+    const std::size_t wholeBytes = (inCount - done) / 8;
+    if (srcShift == 0) {
+        std::memcpy(dst, src, wholeBytes);
+    } else {
+        for (std::size_t i = 0; i < wholeBytes; ++i)
+            dst[i] = static_cast<std::uint8_t>(src[i] << srcShift | src[i + 1] >> (8 - srcShift));
+    }
+
+    const std::size_t rest = (inCount - done) % 8;
+    inSrc = src + wholeBytes;
+    outDst = dst + wholeBytes;
+    for (std::size_t i = 0; i < rest; ++i)
+        copyBit(srcShift + i, i);
+}
+
+/** What every rectangle copy asks of its arguments. */
+void AssertCopy(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                const std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
+                std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth) {
+    NvAssert(inSrcData && outDstData);
+    NvAssert(inSrcRowBytes && inDstRowBytes);
+    NvAssert(inNumChannels != 0);
+    NvAssert(inChannelBitDepth == 1 || inChannelBitDepth == 8 || inChannelBitDepth == 16);
+    NvAssert((inSrcRect.bottom > inSrcRect.top) && (inSrcRect.right > inSrcRect.left));
+    NvAssert((inDstRect.bottom > inDstRect.top) && (inDstRect.right > inDstRect.left));
+    NvAssert((inSrcRect.right - inSrcRect.left) == (inDstRect.right - inDstRect.left));
+    NvAssert((inSrcRect.bottom - inSrcRect.top) == (inDstRect.bottom - inDstRect.top));
+}
+
+/** Where a rectangle's top left pixel of inPixelBytes bytes is. */
+std::size_t OffsetOf(const NvRect& inRect, std::uint32_t inRowBytes, std::size_t inPixelBytes) {
+    return static_cast<std::size_t>(inRect.top) * inRowBytes +
+           static_cast<std::size_t>(inRect.left) * inPixelBytes;
+}
+
+/** Copies inRunBytes of every pixel of a rectangle to pixels of another size. */
+void CopyRuns(const std::uint8_t* inSrc, std::uint32_t inSrcRowBytes, std::size_t inSrcPixelBytes,
+              std::uint8_t* outDst, std::uint32_t inDstRowBytes, std::size_t inDstPixelBytes,
+              const NvRect& inRect, std::size_t inRunBytes) {
+    const std::int32_t theWidth = inRect.Width();
+    const std::int32_t theHeight = inRect.Height();
+    NvAssert(theWidth && theHeight);
+    for (std::int32_t y = 0; y < theHeight; ++y) {
+        const std::uint8_t* src = inSrc;
+        std::uint8_t* dst = outDst;
+        for (std::int32_t x = 0; x < theWidth; ++x) {
+            std::copy_n(src, inRunBytes, dst);
+            src += inSrcPixelBytes;
+            dst += inDstPixelBytes;
+        }
+        inSrc += inSrcRowBytes;
+        outDst += inDstRowBytes;
+    }
+}
+
+} // namespace
+
+void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
+                std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inNumChannels,
+               inChannelBitDepth);
+    const std::size_t pixelBits = std::size_t{inNumChannels} * inChannelBitDepth;
+    const std::size_t srcBit = static_cast<std::size_t>(inSrcRect.left) * pixelBits;
+    const std::size_t dstBit = static_cast<std::size_t>(inDstRect.left) * pixelBits;
+    const std::size_t rowBits = static_cast<std::size_t>(inSrcRect.Width()) * pixelBits;
+    const std::uint8_t* src = inSrcData + static_cast<std::size_t>(inSrcRect.top) * inSrcRowBytes;
+    std::uint8_t* dst = outDstData + static_cast<std::size_t>(inDstRect.top) * inDstRowBytes;
+    for (std::int32_t row = 0; row < inSrcRect.Height(); ++row) {
+        CopyBits(src, srcBit, dst, dstBit, rowBits);
+        src += inSrcRowBytes;
+        dst += inDstRowBytes;
+    }
+}
+
+void NvCopyIntoChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                        std::uint32_t inSrcChannels, std::uint8_t* outDstData, std::uint32_t inDstRowBytes,
+                        const NvRect& inDstRect, std::uint32_t inDstChannels, std::uint32_t inDstIndex,
+                        std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inSrcChannels,
+               inChannelBitDepth);
+    NvAssert((inSrcChannels + inDstIndex) <= inDstChannels);
+    const std::size_t channelBytes = inChannelBitDepth / 8;
+    NvAssert(channelBytes);
+    const std::size_t srcBytes = inSrcChannels * channelBytes;
+    const std::size_t dstBytes = inDstChannels * channelBytes;
+    CopyRuns(inSrcData + OffsetOf(inSrcRect, inSrcRowBytes, srcBytes), inSrcRowBytes, srcBytes,
+             outDstData + OffsetOf(inDstRect, inDstRowBytes, dstBytes) + inDstIndex * channelBytes,
+             inDstRowBytes, dstBytes, inSrcRect, srcBytes);
+}
+
+void NvCopyFromChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
+                        std::uint32_t inSrcChannels, std::uint32_t inSrcIndex, std::uint8_t* outDstData,
+                        std::uint32_t inDstRowBytes, const NvRect& inDstRect, std::uint32_t inDstChannels,
+                        std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inDstChannels,
+               inChannelBitDepth);
+    NvAssert((inDstChannels + inSrcIndex) <= inSrcChannels);
+    const std::size_t channelBytes = inChannelBitDepth / 8;
+    NvAssert(channelBytes);
+    const std::size_t srcBytes = inSrcChannels * channelBytes;
+    const std::size_t dstBytes = inDstChannels * channelBytes;
+    CopyRuns(inSrcData + OffsetOf(inSrcRect, inSrcRowBytes, srcBytes) + inSrcIndex * channelBytes,
+             inSrcRowBytes, srcBytes, outDstData + OffsetOf(inDstRect, inDstRowBytes, dstBytes),
+             inDstRowBytes, dstBytes, inSrcRect, dstBytes);
+}

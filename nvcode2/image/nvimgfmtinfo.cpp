@@ -1,0 +1,4 @@
+#include "nvcode2/image/nvimgfmtinfo.h"
+
+NvImgFmtGlobalInfo::~NvImgFmtGlobalInfo() = default;
+NvImgFmtFrameInfo::~NvImgFmtFrameInfo() = default;

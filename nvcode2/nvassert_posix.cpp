@@ -1,8 +1,0 @@
-#include <cstdio>
-
-#include "nvcode2/nvassert.h"
-
-void NvShowAssertion(const char* inReport) {
-    std::fputs(inReport, stderr);
-    std::fflush(stderr);
-}

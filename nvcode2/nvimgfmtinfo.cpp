@@ -1,4 +1,0 @@
-#include "nvcode2/nvimgfmtinfo.h"
-
-NvImgFmtGlobalInfo::~NvImgFmtGlobalInfo() = default;
-NvImgFmtFrameInfo::~NvImgFmtFrameInfo() = default;

@@ -1,0 +1,155 @@
+#include "term/inputs/names.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "term/system/interrupt.h"
+#include "win/batch/errorwords.h"
+#include "win/batch/filequeue.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+/** The names in a file, or on standard input for "-". */
+std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages& ioMessages) {
+    const std::string& path = inSettings.mNamesFile;
+    const bool isStandardInput = path == "-";
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
+        isStandardInput ? nullptr : std::fopen(path.c_str(), "r"), &std::fclose);
+    std::FILE* const file = isStandardInput ? stdin : opened.get();
+    const int end = inSettings.mNamesEndInNul ? '\0' : '\n';
+    std::vector<std::string> names;
+    std::string name;
+    const auto add = [&] {
+        if (!name.empty())
+            names.push_back(std::exchange(name, {}));
+    };
+    for (int byte = 0; file && (byte = std::getc(file)) != EOF;) {
+        if (byte == end)
+            add();
+        else
+            name += static_cast<char>(byte);
+    }
+    add();
+    if (!file || std::ferror(file))
+        ioMessages.FileError(path, std::strerror(errno));
+    return names;
+}
+
+class InputList {
+public:
+    InputList(bool inIsRecursive, TermMessages& ioMessages, TermListener* inListener)
+        : mIsRecursive(inIsRecursive), mMessages(ioMessages), mListener(inListener) {}
+
+    void Add(const std::string& inName) {
+        try {
+            const bool isFolder = WnGetFileKind(inName.c_str()) == WnFileKind::km_Folder;
+            mPlaceStart = isFolder ? WithSeparator(inName).size() : std::string::npos;
+            if (isFolder)
+                mInputs.mFolders.push_back(inName);
+            if (isFolder && mIsRecursive)
+                TellIfNoGIFs(inName, AddTree(WithSeparator(inName)));
+            else
+                AddOne(inName);
+        } catch (const NvErrorCode& error) {
+            TellFailure(inName, error, MizerErrorWords(error));
+        }
+    }
+
+    TermInputs Take() { return std::move(mInputs); }
+
+private:
+    static std::string WithSeparator(const std::string& inFolder) {
+        return WnIsSeparator(inFolder.back()) ? inFolder : inFolder + WnGetSeparator();
+    }
+
+    void AddOne(const std::string& inName) {
+        const FileQueue::Named named = mQueue.AddName(inName.c_str());
+        if (named == FileQueue::Named::km_AlreadyQueued)
+            mMessages.FileNote(inName, "skipped: the same file was named before");
+        TellIfNoGIFs(inName, named != FileQueue::Named::km_NoGIFs);
+        TakeQueued();
+    }
+
+    /** A folder's own files, then those below it. A subfolder that cannot be read is told and left out.
+     *  @return whether there was any GIF file */
+    bool AddTree(const std::string& inFolder) {
+        bool hasGIFs = mQueue.AddFolder(inFolder.c_str()) != 0;
+        TakeQueued();
+        for (const std::string& name : WnListFolders(inFolder.c_str())) {
+            if (TermIsInterrupted())
+                break;
+            const std::string folder = WithSeparator(inFolder + name);
+            try {
+                hasGIFs = AddTree(folder) || hasGIFs;
+            } catch (const NvErrorCode& error) {
+                TellFailure(folder, error, MizerErrorWords(error));
+                hasGIFs = true; // who knows
+            }
+        }
+        return hasGIFs;
+    }
+
+    void TellIfNoGIFs(const std::string& inName, bool inHasGIFs) {
+        if (!inHasGIFs)
+            TellFailure(inName, NvErrorCode(NvErrorCode::km_FileNotFound, __FILE__, __LINE__),
+                        "no GIF file there (code 10)");
+    }
+
+    void TellFailure(const std::string& inName, const NvErrorCode& inError, const std::string& inWords) {
+        mMessages.FileError(inName, inWords);
+        if (!mListener)
+            return;
+        MizerFileResult result;
+        result.mPath = inName;
+        result.mStatus = MizerStatus::km_Failed;
+        result.mError = inError;
+        mListener->FileDone(result, inWords);
+    }
+
+    void TakeQueued() {
+        while (!mQueue.IsEmpty()) {
+            const std::string path = mQueue.TakeFirst().get();
+            std::size_t start = mPlaceStart;
+            if (start == std::string::npos) {
+                for (start = path.size(); start > 0 && !WnIsSeparator(path[start - 1]);)
+                    --start;
+            }
+            mInputs.mFiles.push_back({path, path.substr(start)});
+        }
+    }
+
+    bool mIsRecursive;
+    TermMessages& mMessages;
+    TermListener* mListener;
+    FileQueue mQueue; // knows the files that went through it
+    std::size_t mPlaceStart = 0;
+    TermInputs mInputs;
+};
+
+} // namespace
+
+TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessages,
+                          TermListener* inListener) {
+    InputList list(inSettings.mIsRecursive, ioMessages, inListener);
+    for (const std::string& name : inSettings.mNames)
+        list.Add(name);
+    if (!inSettings.mNamesFile.empty()) {
+        for (const std::string& name : ReadNames(inSettings, ioMessages))
+            list.Add(name);
+    }
+    return list.Take();
+}
+
+TermPassedOver::TermPassedOver(const TermSettings& inSettings, TermMessages& ioMessages)
+    : mMessages(ioMessages),
+      mVerbose(inSettings.mDetail == TermDetail::km_Verbose),
+      mTypedNames(inSettings.mNames.begin(), inSettings.mNames.end()) {}
+
+void TermPassedOver::Tell(const std::string& inPath, const std::string& inWords) {
+    if (mVerbose || mTypedNames.contains(inPath))
+        mMessages.FileNote(inPath, inWords);
+}

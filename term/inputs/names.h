@@ -1,0 +1,43 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "term/options/options.h"
+#include "term/results/listener.h"
+#include "term/text/messages.h"
+#include "win/batch/mizershell.h"
+
+/** A file that the command line asks for. */
+struct TermInput {
+    std::string mPath;
+    std::string mPlace; ///< path below the folder that was named; of a file or a pattern, the file's name
+};
+
+struct TermInputs {
+    std::vector<TermInput> mFiles;
+    std::vector<std::string> mFolders; ///< those that were named
+};
+
+/** What the names on the command line and in the file of names stand for, in their order, each file once.
+ *  Names that lead nowhere, or to a file named before, are told.
+ *
+ *  @param inListener  hears of each name that leads nowhere; borrowed, or null */
+TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessages,
+                          TermListener* inListener = nullptr);
+
+/** Tells of files that are not worked on. A folder may hold a thousand of them: unless everything is to be
+ *  told, only what was named itself deserves a line. */
+class TermPassedOver {
+public:
+    /** @param ioMessages  borrowed */
+    TermPassedOver(const TermSettings& inSettings, TermMessages& ioMessages);
+
+    void Tell(const std::string& inPath, const std::string& inWords);
+
+private:
+    TermMessages& mMessages;
+    bool mVerbose;
+    std::set<std::string> mTypedNames; // files that the user named one by one
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "win/batch/mizeroptions.h"
+#include "win/optimizer/pvopt.h"
+
+enum class TermTask {
+    km_Process,
+    km_Restore,
+    km_Store, ///< only what --set asks for, which every other task but help does, too
+    km_ListPreferences,
+    km_Totals,
+    km_ShowLog,
+    km_ClearLog,
+    km_BriefHelp,
+    km_FullHelp,
+    km_Version
+};
+
+/** Help and version, which win over every other task. */
+inline bool TermIsHelp(TermTask inTask) {
+    return inTask == TermTask::km_BriefHelp || inTask == TermTask::km_FullHelp ||
+           inTask == TermTask::km_Version;
+}
+
+/** How much the program tells: errors only, a line per file, or what was passed over too. */
+enum class TermDetail { km_Quiet, km_Normal, km_Verbose };
+
+/** What the command line asks for. */
+struct TermSettings {
+    TermTask mTask = TermTask::km_Process;
+    TermDetail mDetail = TermDetail::km_Normal;
+    std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
+    std::map<std::string, std::uint32_t> mStored;      ///< preferences to store
+    std::string mContactSheet;                         ///< the file to draw one on; empty: process the names
+    PvOptSettings mOptimizer;
+    std::string mReport;                   ///< the page to write about the run; empty: none
+    std::uint64_t mReportLimit = 32 << 20; ///< bytes of pictures that the page may hold
+    bool mIsJson = false;                  ///< results as JSON Lines instead of the table
+    std::vector<std::string> mNames;       ///< as typed, in order
+    std::string mNamesFile;      ///< holds more names, one to a line; "-": standard input; empty: none
+    bool mNamesEndInNul = false; ///< in that file
+    bool mIsRecursive = false;
+    bool mIsDryRun = false;
+    bool mKeepsTimes = false;
+    bool mSkipsDone = false;
+    std::string mOutputFolder; ///< where results go; empty: over their originals
+    MizerLeastSaving mLeastSaving;
+
+    /** Whether one picture comes in on standard input and goes out on standard output. */
+    bool IsFilter() const { return mNames.size() == 1 && mNames[0] == "-"; }
+};
+
+/** One option. The parser and the help text both come from the table of these. */
+struct TermOption {
+    const char* mName; ///< after "--"
+    char mShort;       ///< after "-", or 0
+    /** What it takes, or null. Shells complete a FILE or OUT, a DIR, or one of several words: "auto|never".
+     */
+    const char* mArgument;
+    const char* mGroup; ///< heading in the help
+    const char* mBrief; ///< one line
+    const char* mMore;  ///< the rest of the full help, or null
+    /** @return false when the argument makes no sense */
+    bool (*mApply)(TermSettings& ioSettings, const std::string& inArgument);
+    bool mIsRare = false; ///< left out of the short help, which has to fit a screen
+};
+
+/** Grouped, in the order of the help. */
+std::span<const TermOption> TermGetOptions();

@@ -1,0 +1,134 @@
+#include "term/panel/panel.h"
+
+#include <algorithm>
+
+#include "term/system/interrupt.h"
+#include "term/system/terminal.h"
+#include "term/text/messages.h"
+
+namespace {
+
+constexpr std::chrono::milliseconds kFirstShown(150);
+constexpr std::chrono::milliseconds kBetweenDrawings(80);
+constexpr const char* kKeys = "p pauses, Ctrl-C stops";
+
+// A terminal that knows these shows nothing in between; others pass over them.
+constexpr const char* kBeginUpdate = "\033[?2026h";
+constexpr const char* kEndUpdate = "\033[?2026l";
+constexpr const char* kEraseLine = "\033[K";
+constexpr const char* kEraseBelow = "\033[J";
+
+} // namespace
+
+TermPanel::TermPanel(const TermInputs& inInputs) : mProgress(inInputs) {}
+
+TermPanel::~TermPanel() {
+    TermLetGoOfTerminal();
+}
+
+void TermPanel::StartFile(const std::string& inPath, const std::string& inShownName) {
+    mProgress.StartFile(inPath);
+    mTexts.mFileName = TermPrintable(inShownName);
+    mTexts.mFileSize.clear();
+}
+
+void TermPanel::SetText(MizerControl inControl, const char* inText) {
+    switch (inControl) {
+    case MizerControl::km_FileSize:
+        mTexts.mFileSize = inText;
+        break;
+    case MizerControl::km_FilesToDate:
+        mTexts.mFilesToDate = inText;
+        break;
+    case MizerControl::km_ThisFile:
+        mTexts.mThisFile = inText;
+        break;
+    case MizerControl::km_ThisBatch:
+        mTexts.mThisBatch = inText;
+        break;
+    case MizerControl::km_ToDate:
+        mTexts.mToDate = inText;
+        break;
+    case MizerControl::km_ThisFilePercent:
+        mTexts.mThisFilePercent = inText;
+        break;
+    case MizerControl::km_ThisBatchPercent:
+        mTexts.mThisBatchPercent = inText;
+        break;
+    case MizerControl::km_FileName: // cut for a small window; here there is room for all of it
+    case MizerControl::km_Pause:
+    case MizerControl::km_Cancel:
+        break;
+    }
+}
+
+void TermPanel::Refresh() {
+    if (!mIsShown && mProgress.GetElapsed() < kFirstShown)
+        return;
+    if (mIsShown && Clock::now() - mLastDrawn < kBetweenDrawings)
+        return;
+    mTexts.mNotice = mProgress.GetTimeLeft();
+    mTexts.mKeys = kKeys;
+    Draw();
+}
+
+/** From the cursor down, and back to where it began: whoever erases from the cursor on erases the panel, also
+ *  after the terminal has laid out its lines anew for another width. */
+void TermPanel::Draw() {
+    if (!TermHoldTerminal()) {
+        mIsShown = false;
+        return;
+    }
+    const TermSize size = TermGetSize();
+    mTexts.mPosition = mProgress.GetPosition();
+    mTexts.mFileFraction = mProgress.GetFileFraction();
+    mTexts.mBatchFraction = mProgress.GetBatchFraction();
+    const std::vector<std::string> lines =
+        TermLayOutPanel(mTexts, {size.mColumns, size.mRows, TermWantsColours(), TermShowsUtf8()});
+    std::string text = std::string(kBeginUpdate) + "\r";
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        text += (i == 0 ? "" : "\r\n") + lines[i] + kEraseLine;
+    text += kEraseBelow;
+    if (lines.size() > 1)
+        text += "\033[" + std::to_string(lines.size() - 1) + "A";
+    TermDraw(text + "\r" + kEndUpdate);
+    mIsShown = true;
+    mLastDrawn = Clock::now();
+}
+
+void TermPanel::Hide() {
+    if (mIsShown && TermHoldTerminal())
+        TermDraw(std::string("\r") + kEraseBelow);
+}
+
+void TermPanel::PutBack() {
+    if (mIsShown)
+        Draw();
+}
+
+bool TermPanel::IsPauseAsked() {
+    bool isAsked = false;
+    if (Clock::now() - mKeysLastRead < kBetweenDrawings)
+        return false;
+    mKeysLastRead = Clock::now();
+    while (mIsShown && TermHoldTerminal()) {
+        const int key = TermReadKey(0);
+        if (key <= 0)
+            break;
+        isAsked = isAsked || key == 'p' || key == 'P';
+    }
+    return isAsked;
+}
+
+void TermPanel::WaitForKey(const std::string& inNotice, const std::string& inText) {
+    const Clock::time_point begun = Clock::now();
+    mTexts.mNotice = inNotice;
+    mTexts.mKeys = inText;
+    int key = 0;
+    while (key == 0 && !TermIsInterrupted()) {
+        Draw(); // again and again, since the terminal may change its size meanwhile
+        key = mIsShown ? TermReadKey(500) : -1;
+    }
+    mProgress.LeaveOut(Clock::now() - begun);
+    Refresh();
+}

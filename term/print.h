@@ -1,8 +1,0 @@
-#pragma once
-
-#include <string>
-
-#include "term/messages.h"
-
-/** Writes text to standard output at once. When its reader has gone away the program ends quietly. */
-void TermPrint(const std::string& inText, TermMessages& ioMessages);

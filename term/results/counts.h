@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+#include "win/batch/mizershell.h"
+
+/** What became of all files of a run. Bytes are those of the files that were made smaller or found unchanged.
+ */
+struct TermCounts {
+    std::uint64_t mSmaller = 0;
+    std::uint64_t mUnchanged = 0;
+    std::uint64_t mSkipped = 0;
+    std::uint64_t mFailed = 0;
+    std::uint64_t mOriginalBytes = 0;
+    std::uint64_t mNewBytes = 0;
+    bool mIsCancelled = false;
+
+    void Add(const MizerFileResult& inResult);
+    std::uint64_t GetSaved() const { return mOriginalBytes - mNewBytes; }
+
+    /** The part of all bytes that was saved, in percent; 0 without any. */
+    double GetPercentage() const;
+};
+
+/** One word: "smaller", "unchanged", "skipped", "failed", "cancelled". */
+const char* TermStatusName(MizerStatus inStatus);

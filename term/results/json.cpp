@@ -1,0 +1,103 @@
+#include "term/results/json.h"
+
+#include <array>
+#include <cstdio>
+
+#include "term/text/utf8.h"
+
+namespace {
+
+std::string Format(const char* inFormat, double inNumber) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), inFormat, inNumber);
+    return text.data();
+}
+
+std::string Percentage(std::uint64_t inPart, std::uint64_t inWhole) {
+    return Format("%.2f",
+                  inWhole == 0 ? 0.0 : static_cast<double>(inPart) * 100.0 / static_cast<double>(inWhole));
+}
+
+class Object {
+public:
+    explicit Object(const char* inType) { Add("type", TermJsonString(inType)); }
+
+    /** @param inValue  as JSON writes it; empty stands for null */
+    void Add(const char* inName, const std::string& inValue) {
+        mText +=
+            (mText.empty() ? "{" : ",") + TermJsonString(inName) + ":" + (inValue.empty() ? "null" : inValue);
+    }
+    void Add(const char* inName, std::uint64_t inNumber) { Add(inName, std::to_string(inNumber)); }
+
+    /** A path, and where it is no UTF-8 its very bytes in another field. */
+    void AddPath(const std::string& inName, const std::string& inPath) {
+        Add(inName.c_str(), inPath.empty() ? "" : TermJsonString(inPath));
+        if (!TermIsUtf8(inPath))
+            Add((inName + "_base64").c_str(), TermJsonString(TermBase64(inPath)));
+    }
+
+    std::string Close() { return mText + "}\n"; }
+
+private:
+    std::string mText;
+};
+
+void AddSizes(Object& ioObject, std::uint64_t inBefore, std::uint64_t inAfter) {
+    ioObject.Add("input_bytes", inBefore);
+    ioObject.Add("output_bytes", inAfter);
+    ioObject.Add("saved_bytes", inBefore - inAfter);
+    ioObject.Add("saved_percent", Percentage(inBefore - inAfter, inBefore));
+}
+
+} // namespace
+
+std::string TermJsonString(std::string_view inText) {
+    std::string text = "\"";
+    while (!inText.empty()) {
+        const std::size_t length = TermUtf8Length(inText);
+        const auto byte = static_cast<unsigned char>(inText.front());
+        std::array<char, 8> escape{};
+        if (length == 0)
+            text += "\xef\xbf\xbd";
+        else if (byte == '"' || byte == '\\')
+            text += std::string("\\") + inText.front();
+        else if (byte < 0x20 && std::snprintf(escape.data(), escape.size(), "\\u%04x", byte) > 0)
+            text += escape.data();
+        else
+            text += inText.substr(0, length);
+        inText.remove_prefix(length == 0 ? 1 : length);
+    }
+    return text + "\"";
+}
+
+std::string TermJsonFile(const MizerFileResult& inResult, const std::string& inWords) {
+    const bool isSmaller = inResult.mStatus == MizerStatus::km_Smaller;
+    Object object("file");
+    object.AddPath("path", inResult.mPath);
+    object.Add("status", TermJsonString(TermStatusName(inResult.mStatus)));
+    if (inResult.mOriginalSize != 0) {
+        AddSizes(object, inResult.mOriginalSize, inResult.mNewSize);
+    } else {
+        for (const char* name : {"input_bytes", "output_bytes", "saved_bytes", "saved_percent"})
+            object.Add(name, "");
+    }
+    object.Add("frames", inResult.mFrameCount == 0 ? "" : std::to_string(inResult.mFrameCount));
+    object.Add("ssim", isSmaller ? Format("%.4f", inResult.mWorstLook.mSsim) : "");
+    object.Add("max_difference", isSmaller ? std::to_string(inResult.mWorstLook.mMaxError) : "");
+    object.AddPath("output", inResult.mOutputPath);
+    object.AddPath("backup", inResult.mBackupPath);
+    object.Add("error_code", inResult.mError ? std::to_string(inResult.mError->GetCode()) : "");
+    object.Add("message", inWords.empty() ? "" : TermJsonString(inWords));
+    return object.Close();
+}
+
+std::string TermJsonSummary(const TermCounts& inCounts) {
+    Object object("summary");
+    object.Add("smaller", inCounts.mSmaller);
+    object.Add("unchanged", inCounts.mUnchanged);
+    object.Add("skipped", inCounts.mSkipped);
+    object.Add("failed", inCounts.mFailed);
+    object.Add("cancelled", inCounts.mIsCancelled ? "true" : "false");
+    AddSizes(object, inCounts.mOriginalBytes, inCounts.mNewBytes);
+    return object.Close();
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "term/options/options.h"
+#include "term/results/counts.h"
+#include "term/results/listener.h"
+#include "win/batch/mizershell.h"
+
+/** The results: a line per file, then one for all of them. On standard output, where pictures do not go
+ *  there. */
+class TermResults : public TermListener {
+public:
+    explicit TermResults(const TermSettings& inSettings);
+
+    /** The table has lines for files that were measured and tried; JSON has them all. */
+    void FileDone(const MizerFileResult& inResult, const std::string& inWords) override;
+
+    void PrintTotal(bool inIsCancelled);
+
+    /** Whether whoever reads the table has gone away. */
+    bool IsPipeClosed() const { return mPipeClosed; }
+
+    /** errno of a line that could not be written for another reason, or 0. */
+    int GetWriteError() const { return mWriteError; }
+
+private:
+    void PrintRows(const MizerFileResult& inResult);
+    void PrintTotalRow();
+    void PrintRow(const std::string& inLine);
+    void Print(const std::string& inLine);
+
+    std::FILE* mStream;
+    bool mIsJson;
+    TermDetail mDetail;
+    bool mIsDryRun;
+    bool mHasHeading = false;
+    bool mPipeClosed = false;
+    int mWriteError = 0;
+    TermCounts mCounts;
+};

@@ -1,0 +1,97 @@
+#!/usr/bin/env python3
+"""Holds every include of the program to cmake/rooms.txt, and keeps the includes free of circles.
+
+    tests/rooms/checkrooms.py [ROOT]     prints each include that is not allowed, with why; status 1 if any
+"""
+import os
+import re
+import sys
+
+INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')
+TOPS = ('nvcode2', 'wnatom', 'win', 'term')
+
+
+def read_rooms(root):
+    rooms = {}
+    with open(os.path.join(root, 'cmake/rooms.txt'), encoding='utf-8') as file:
+        for line in file:
+            if match := re.match(r'([a-z]\S*): ([^|]*)\| (.*)', line):
+                rooms[match[1]] = (match[2].split(), match[3])
+    return rooms
+
+
+def find_circle(rooms, room, path=()):
+    """The first way from a room back to itself, as a list of rooms; None when there is none."""
+    if room in path:
+        return list(path[path.index(room):]) + [room]
+    for used in rooms[room][0]:
+        if circle := find_circle(rooms, used, path + (room,)):
+            return circle
+    return None
+
+
+def component(file):
+    """A header with its sources: nvcode2/file/nvfile for nvfile.h, nvfile.cpp and nvfile_posix.cpp."""
+    return re.sub(r'(_posix|_win)?\.(h|cpp)$', '', file)
+
+
+def find_file_circle(includes, file, done, path):
+    if file in path:
+        return path[path.index(file):] + [file]
+    if file in done:
+        return None
+    for used in includes.get(file, ()):
+        if circle := find_file_circle(includes, used, done, path + [file]):
+            return circle
+    done.add(file)
+    return None
+
+
+def list_sources(root):
+    for top in TOPS:
+        for folder, _, names in os.walk(os.path.join(root, top)):
+            for name in sorted(names):
+                if name.endswith(('.h', '.cpp')):
+                    yield os.path.relpath(os.path.join(folder, name), root).replace(os.sep, '/')
+
+
+def check_includes(root, rooms):
+    includes = {}
+    for file in list_sources(root):
+        room = os.path.dirname(file)
+        if room not in rooms:
+            yield f'{file}: its folder is no room: cmake/rooms.txt has no line for {room}'
+            continue
+        allowed, why = rooms[room]
+        with open(os.path.join(root, file), encoding='utf-8') as source:
+            for number, line in enumerate(source, 1):
+                match = INCLUDE.match(line)
+                if not match or not match[1].startswith(TOPS):
+                    continue
+                if component(match[1]) != component(file):
+                    includes.setdefault(component(file), []).append(component(match[1]))
+                used = os.path.dirname(match[1])
+                if used != room and used not in allowed:
+                    yield f'{file}:{number}: {room} may not include {used}: {why}\n    {line.strip()}'
+    done = set()
+    for file in sorted(includes):
+        if circle := find_file_circle(includes, file, done, []):
+            yield 'a circle of includes: ' + ' -> '.join(circle)
+            return
+
+
+def main():
+    root = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(os.path.abspath(__file__)), '../..')
+    rooms = read_rooms(root)
+    faults = []
+    for room, (used, _) in rooms.items():
+        faults += [f'cmake/rooms.txt: {room} uses {name}, which has no line' for name in used if name not in rooms]
+    if not faults:
+        circles = {' -> '.join(circle) for room in rooms if (circle := find_circle(rooms, room))}
+        faults = [f'cmake/rooms.txt: rooms in a circle: {circle}' for circle in sorted(circles)]
+        faults += check_includes(root, rooms)
+    print('\n'.join(faults) or f'{len(rooms)} rooms, every include allowed')
+    return 1 if faults else 0
+
+
+sys.exit(main())

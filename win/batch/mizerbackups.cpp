@@ -1,0 +1,49 @@
+#include "win/batch/mizerbackups.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "nvcode2/base/nverrorcode.h"
+#include "win/batch/mizerrestore.h"
+#include "win/batch/mizersettings.h"
+#include "wnatom/wholefile.h"
+#include "wnatom/wnsafefile.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+std::string GetFolderOf(const std::string& inPath) {
+    const auto separator = std::find_if(inPath.rbegin(), inPath.rend(), WnIsSeparator);
+    return separator == inPath.rend() ? std::string(".") : std::string(inPath.begin(), separator.base());
+}
+
+} // namespace
+
+std::string MizerBackups::Write(const char* inPath) const {
+    const MizerSettings settings = MizerSettings::Read(mPrefs);
+    if (!settings.mBackup)
+        return {};
+    std::string backup = MizerBackupName(inPath);
+    const WnFileKind present = WnGetFileKind(backup.c_str());
+    if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
+        NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);
+    if (present == WnFileKind::km_RegularFile && !settings.mOverwriteBackups)
+        return backup; // the first backup holds the oldest original
+
+    WnSafeFile file(backup.c_str(), inPath);
+    MizerCopyFile(inPath, file.GetTemporaryPath());
+    if (settings.mOverwriteBackups)
+        file.Commit();
+    else
+        file.CommitUnlessPresent();
+    return backup;
+}
+
+void MizerBackups::RemoveLeftoversBeside(const char* inPath) {
+    std::string folder = GetFolderOf(inPath);
+    if (folder == mCleanedFolder)
+        return;
+    WnRemoveLeftovers(folder.c_str());
+    mCleanedFolder = std::move(folder);
+}

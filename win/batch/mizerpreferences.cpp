@@ -1,0 +1,29 @@
+#include "win/batch/mizerpreferences.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr auto kPreferences = std::to_array<MizerPreference>({
+    {"BACKUP", "keep the original as NAME.BAK", 1, 1},
+    {"OBACK", "replace backups that exist", 0, 1},
+    {"ALLOWCROP", "cut transparent borders off single images", 0, 1},
+    {"LOSSLESS", "change no displayed colour", 0, 1},
+    {"LOG", "write the results log", 1, 1},
+    {"LOGALL", "log unchanged files too", 1, 1},
+    {"BYTESSAVED", "bytes saved to date", 0, UINT32_MAX},
+    {"FILESPROCESSED", "files processed to date", 0, UINT32_MAX},
+});
+
+} // namespace
+
+std::span<const MizerPreference> MizerGetPreferences() {
+    return kPreferences;
+}
+
+const MizerPreference* MizerFindPreference(std::string_view inName) {
+    const auto found = std::find_if(kPreferences.begin(), kPreferences.end(),
+                                    [&](const MizerPreference& inEntry) { return inName == inEntry.mName; });
+    return found == kPreferences.end() ? nullptr : &*found;
+}

@@ -1,0 +1,96 @@
+#include "win/batch/mizertotals.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "win/batch/mizershell.h"
+#include "wnatom/wnpref.h"
+
+namespace {
+
+std::string SavedText(std::uint32_t inSaved) {
+    return std::to_string(inSaved) + " bytes saved";
+}
+
+void Show(MizerShell& inShell, MizerControl inControl, const std::string& inText) {
+    if (inShell.HasPanel())
+        inShell.SetPanelText(inControl, inText.c_str());
+}
+
+} // namespace
+
+MizerTotals::MizerTotals(WnPref& inPrefs, MizerShell& inShell) : mPrefs(inPrefs), mShell(inShell) {
+    mPrefs.ReadDWordDefault("BYTESSAVED", mToDateSaved, 0);
+    mPrefs.ReadDWordDefault("FILESPROCESSED", mFilesProcessed, 0);
+    ShowFilesProcessed();
+    Show(mShell, MizerControl::km_ThisBatch, SavedText(mBatchSaved));
+    Show(mShell, MizerControl::km_ToDate, SavedText(mToDateSaved));
+    Show(mShell, MizerControl::km_ThisBatchPercent, MizerPercentage(0, 0));
+}
+
+MizerTotals::~MizerTotals() {
+    if (mFilesThisRun == 0)
+        return;
+    mPrefs.AddToDWord("BYTESSAVED", mBatchSaved);
+    mPrefs.AddToDWord("FILESPROCESSED", mFilesThisRun);
+}
+
+void MizerTotals::StartFile(const char* inPath) {
+    ShowThisFile(0);
+    ++mFilesProcessed;
+    ++mFilesThisRun;
+    ShowFilesProcessed();
+    Show(mShell, MizerControl::km_FileName, MizerPanelName(inPath));
+}
+
+void MizerTotals::SetOriginalSize(std::uint32_t inSize) {
+    mOriginalSize = inSize;
+    Show(mShell, MizerControl::km_FileSize, std::to_string(inSize) + " bytes unoptimized");
+}
+
+void MizerTotals::AddSaving(std::uint32_t inNewSize) {
+    ShowThisFile(inNewSize);
+    ShowThisBatch();
+    ShowToDate();
+}
+
+void MizerTotals::ShowThisFile(std::uint32_t inNewSize) {
+    mThisFileSaved = inNewSize == 0 ? 0 : mOriginalSize - std::min(inNewSize, mOriginalSize);
+    Show(mShell, MizerControl::km_ThisFile,
+         mThisFileSaved == 0 ? "Processing File" : SavedText(mThisFileSaved));
+    Show(mShell, MizerControl::km_ThisFilePercent, MizerPercentage(mThisFileSaved, mOriginalSize));
+}
+
+void MizerTotals::ShowThisBatch() {
+    mBatchSaved += mThisFileSaved;
+    mBatchOriginal += mOriginalSize;
+    Show(mShell, MizerControl::km_ThisBatch, SavedText(mBatchSaved));
+    if (mBatchOriginal != 0)
+        Show(mShell, MizerControl::km_ThisBatchPercent, MizerPercentage(mBatchSaved, mBatchOriginal));
+}
+
+void MizerTotals::ShowToDate() {
+    mToDateSaved += mThisFileSaved;
+    Show(mShell, MizerControl::km_ToDate, SavedText(mToDateSaved));
+}
+
+void MizerTotals::ShowFilesProcessed() {
+    Show(mShell, MizerControl::km_FilesToDate, std::to_string(mFilesProcessed) + " Files processed to date.");
+}
+
+std::string MizerPercentage(std::uint32_t inSaved, std::uint32_t inOriginal) {
+    double percentage = 0;
+    if (inOriginal != 0)
+        percentage = static_cast<double>(static_cast<float>(inSaved)) * 100.0 /
+                     static_cast<double>(static_cast<float>(inOriginal));
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%3.1f%c", percentage, '%');
+    return text.data();
+}
+
+std::string MizerPanelName(const std::string& inPath) {
+    constexpr std::size_t shortened = 30; // bytes from which on a path is cut
+    constexpr std::size_t kept = 28;
+    return inPath.size() < shortened ? inPath : "..." + inPath.substr(inPath.size() - kept);
+}

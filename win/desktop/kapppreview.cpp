@@ -1,0 +1,263 @@
+#include "win/desktop/kapppreview.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <windowsx.h>
+
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/base/nvwindows_win.h"
+#include "win/batch/errorwords.h"
+#include "win/desktop/resource.h"
+#include "win/optimizer/base/pvmemory.h"
+#include "wnatom/wnsbrbatom.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+constexpr const wchar_t* kClass = L"ParvigifPreview";
+constexpr UINT_PTR kTimer = 1;
+constexpr int kMargin = 8; // pixels at 96 per inch, like all lengths here
+constexpr int kCaptionHeight = 20;
+constexpr int kSquare = 8;
+
+std::uint32_t BitmapColour(NvGIFPlayer::Pixel inPixel) {
+    return (inPixel & 0xFF) << 16 | (inPixel & 0xFF00) | (inPixel >> 16 & 0xFF);
+}
+
+std::string SizeOf(const std::string& inPath) {
+    const auto state = WnGetFileState(inPath.c_str());
+    return state ? SessionNumber(state->mSize) + " bytes" : "";
+}
+
+/** The largest rectangle of the picture's shape in the middle of another, no larger than inScale times the
+ *  picture. */
+RECT FitInto(const RECT& inRect, int inWidth, int inHeight, double inScale) {
+    const double scale = std::min({inScale, (inRect.right - inRect.left) / static_cast<double>(inWidth),
+                                   (inRect.bottom - inRect.top) / static_cast<double>(inHeight)});
+    const int width = std::max(1, static_cast<int>(std::lround(inWidth * scale)));
+    const int height = std::max(1, static_cast<int>(std::lround(inHeight * scale)));
+    const int left = (inRect.left + inRect.right - width) / 2;
+    const int top = (inRect.top + inRect.bottom - height) / 2;
+    return {left, top, left + width, top + height};
+}
+
+} // namespace
+
+/** Composes what is displayed now with the checkerboard behind it. */
+void KAppPreview::Side::Paint() {
+    const NvGIFPlayer& canvas = mMovie->GetCanvas();
+    const auto width = static_cast<std::int32_t>(canvas.GetScreenWidth());
+    const auto height = static_cast<std::int32_t>(canvas.GetScreenHeight());
+    if (!mBitmap.SetSize(width, height))
+        NvThrow(NvErrorCode::km_OutOfMemory);
+    GdiFlush();
+    for (std::int32_t y = 0; y < height; ++y) {
+        const std::vector<NvGIFPlayer::Pixel> displayed = canvas.ReadRow(static_cast<std::uint32_t>(y));
+        const auto row = mBitmap.Row(y);
+        for (std::int32_t x = 0; x < width; ++x) {
+            const NvGIFPlayer::Pixel pixel = displayed[static_cast<std::size_t>(x)];
+            row[static_cast<std::size_t>(x)] =
+                pixel != 0 ? BitmapColour(pixel) : WnCheckerboard(x, y, kSquare);
+        }
+    }
+}
+
+KAppPreview::KAppPreview(HWND inParent) {
+    WNDCLASSEXW windowClass{};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.style = CS_HREDRAW | CS_VREDRAW;
+    windowClass.lpfnWndProc = &KAppPreview::Procedure;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)); // the arrow
+    windowClass.lpszClassName = kClass;
+    RegisterClassExW(&windowClass);
+    mWindow =
+        CreateWindowExW(0, kClass, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0, inParent,
+                        reinterpret_cast<HMENU>(std::intptr_t{IDC_PREVIEW}), GetModuleHandleW(nullptr), this);
+    if (!mWindow)
+        ThrowRuntimeError(NvLastErrno());
+}
+
+KAppPreview::~KAppPreview() {
+    SetWindowLongPtrW(mWindow, GWLP_USERDATA, 0);
+}
+
+void KAppPreview::Show(const SessionList::Row& inRow) {
+    const bool isSmaller = inRow.GetSaved() != 0;
+    ShowText("");
+    mPath = inRow.mPath;
+    try {
+        if (isSmaller && !inRow.mOriginalPath.empty())
+            Open(mBefore, inRow.mOriginalPath, "Before: " + SizeOf(inRow.mOriginalPath));
+        if (inRow.mStatus != MizerStatus::km_Failed)
+            Open(mAfter, inRow.mPath, (isSmaller ? "After: " : "Unchanged: ") + SizeOf(inRow.mPath));
+        else
+            ShowText(inRow.mOutcome);
+    } catch (const NvErrorCode& error) {
+        ShowText("Cannot be shown: " + MizerErrorWords(error));
+    }
+    SetWindowTextW(mWindow,
+                   mPath.empty() ? mText.c_str() : (mBefore.mCaption + L" " + mAfter.mCaption).c_str());
+    Play();
+}
+
+void KAppPreview::Open(Side& outSide, const std::string& inPath, const std::string& inCaption) {
+    outSide.mMovie = std::make_unique<GIFMovie>(inPath, PvUsualMemoryLimit());
+    outSide.mCaption = NvWiden(inCaption);
+    outSide.Paint();
+}
+
+void KAppPreview::ShowText(const std::string& inText) {
+    Close();
+    mText = NvWiden(inText);
+    SetWindowTextW(mWindow, mText.c_str());
+}
+
+void KAppPreview::Release(const std::string& inPath) {
+    if (mPath == inPath)
+        ShowText("");
+}
+
+void KAppPreview::Close() {
+    KillTimer(mWindow, kTimer);
+    for (Side* side : {&mBefore, &mAfter}) {
+        side->mMovie.reset();
+        side->mCaption.clear();
+    }
+    mPath.clear();
+    mIsPaused = false;
+    InvalidateRect(mWindow, nullptr, FALSE);
+}
+
+void KAppPreview::Play() {
+    if (!mIsPaused && mAfter.mMovie && mAfter.mMovie->GetFrameCount() > 1)
+        SetTimer(mWindow, kTimer, mAfter.mMovie->GetDelay(), nullptr);
+}
+
+void KAppPreview::OnTimer() {
+    try {
+        for (Side* side : {&mBefore, &mAfter}) {
+            if (!side->mMovie)
+                continue;
+            side->mMovie->Advance();
+            side->Paint();
+        }
+        Play();
+    } catch (const NvErrorCode& error) {
+        ShowText("Cannot be shown: " + MizerErrorWords(error));
+    }
+    InvalidateRect(mWindow, nullptr, FALSE);
+}
+
+void KAppPreview::TogglePause() {
+    mIsPaused = !mIsPaused;
+    KillTimer(mWindow, kTimer);
+    Play();
+}
+
+void KAppPreview::SetScale(UINT inDPI, HFONT inFont) {
+    mDPI = inDPI;
+    mFont = inFont;
+    InvalidateRect(mWindow, nullptr, FALSE);
+}
+
+void KAppPreview::OnPaint() {
+    PAINTSTRUCT paint;
+    const HDC context = BeginPaint(mWindow, &paint);
+    RECT rect;
+    GetClientRect(mWindow, &rect);
+    {
+        const WnSBRBAtom bits(context, rect);
+        Draw(bits.GetContext(), rect);
+    }
+    EndPaint(mWindow, &paint);
+}
+
+void KAppPreview::Draw(HDC inContext, const RECT& inRect) const {
+    FillRect(inContext, &inRect, GetSysColorBrush(COLOR_WINDOW));
+    FrameRect(inContext, &inRect, GetSysColorBrush(COLOR_3DSHADOW));
+    SelectObject(inContext, mFont ? mFont : GetStockObject(DEFAULT_GUI_FONT));
+    SetBkMode(inContext, TRANSPARENT);
+    SetTextColor(inContext, GetSysColor(COLOR_WINDOWTEXT));
+    if (!mAfter.mMovie)
+        DrawMiddle(inContext, mText, inRect);
+    else if (!mBefore.mMovie)
+        DrawSide(inContext, mAfter, inRect);
+    else {
+        RECT first = inRect;
+        RECT second = inRect;
+        if (inRect.right > inRect.bottom)
+            first.right = second.left = inRect.right / 2;
+        else
+            first.bottom = second.top = inRect.bottom / 2;
+        DrawSide(inContext, mBefore, first);
+        DrawSide(inContext, mAfter, second);
+    }
+    if (GetFocus() == mWindow && mAfter.mMovie) {
+        RECT focus = inRect;
+        InflateRect(&focus, -2, -2);
+        DrawFocusRect(inContext, &focus);
+    }
+}
+
+void KAppPreview::DrawSide(HDC inContext, const Side& inSide, RECT inRect) const {
+    InflateRect(&inRect, -Scaled(kMargin), -Scaled(kMargin));
+    RECT caption = inRect;
+    caption.bottom = caption.top + Scaled(kCaptionHeight);
+    DrawTextW(inContext, inSide.mCaption.c_str(), -1, &caption,
+              DT_CENTER | DT_TOP | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
+    inRect.top = caption.bottom;
+    if (inRect.right <= inRect.left || inRect.bottom <= inRect.top)
+        return;
+    inSide.mBitmap.Draw(inContext,
+                        FitInto(inRect, inSide.mBitmap.GetWidth(), inSide.mBitmap.GetHeight(), mDPI / 96.0));
+}
+
+/** Text of any number of lines in the middle of a rectangle. */
+void KAppPreview::DrawMiddle(HDC inContext, const std::wstring& inText, RECT inRect) const {
+    InflateRect(&inRect, -Scaled(2 * kMargin), -Scaled(2 * kMargin));
+    RECT needed = inRect;
+    DrawTextW(inContext, inText.c_str(), -1, &needed, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX | DT_CALCRECT);
+    inRect.top = std::max(inRect.top, (inRect.top + inRect.bottom - (needed.bottom - needed.top)) / 2);
+    SetTextColor(inContext, GetSysColor(COLOR_GRAYTEXT));
+    DrawTextW(inContext, inText.c_str(), -1, &inRect, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
+}
+
+LRESULT CALLBACK KAppPreview::Procedure(HWND inWindow, UINT inMessage, WPARAM inWParam, LPARAM inLParam) {
+    if (inMessage == WM_NCCREATE) {
+        const auto* const create = reinterpret_cast<const CREATESTRUCTW*>(inLParam);
+        SetWindowLongPtrW(inWindow, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(create->lpCreateParams));
+        static_cast<KAppPreview*>(create->lpCreateParams)->mWindow = inWindow;
+    }
+    auto* const preview = reinterpret_cast<KAppPreview*>(GetWindowLongPtrW(inWindow, GWLP_USERDATA));
+    return preview ? preview->OnMessage(inMessage, inWParam, inLParam)
+                   : DefWindowProcW(inWindow, inMessage, inWParam, inLParam);
+}
+
+LRESULT KAppPreview::OnMessage(UINT inMessage, WPARAM inWParam, LPARAM inLParam) {
+    switch (inMessage) {
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_PAINT:
+        OnPaint();
+        return 0;
+    case WM_TIMER:
+        OnTimer();
+        return 0;
+    case WM_KEYDOWN:
+        if (inWParam == VK_SPACE)
+            TogglePause();
+        return 0;
+    case WM_LBUTTONDOWN:
+        SetFocus(mWindow);
+        TogglePause();
+        return 0;
+    case WM_SETFOCUS:
+    case WM_KILLFOCUS:
+        InvalidateRect(mWindow, nullptr, FALSE);
+        return 0;
+    default:
+        return DefWindowProcW(mWindow, inMessage, inWParam, inLParam);
+    }
+}

@@ -1,0 +1,103 @@
+#include "win/optimizer/codes/pvswap.h"
+
+#include <memory>
+#include <utility>
+
+#include "nvcode2/gif/nvgifframe.h"
+#include "nvcode2/quant/nvpixelpairs.h"
+#include "nvcode2/quant/nvpostdither.h"
+#include "win/optimizer/look/pvlookcost.h"
+
+namespace {
+
+constexpr float km_MaxWork = 24800000.0F; // candidates times pixels
+
+bool AreTooMany(std::uint32_t inCandidates, const NvGIFFrame& inFrame) {
+    const auto width = static_cast<float>(inFrame.GetWidth());
+    const auto height = static_cast<float>(inFrame.GetHeight());
+    return static_cast<float>(inCandidates) > km_MaxWork / width / height;
+}
+
+std::int32_t SparedIndex(const NvGIFFrame& inFrame) {
+    return inFrame.HasTransparency() ? std::int32_t{inFrame.GetTransparentIndex()} : km_SpareNothing;
+}
+
+std::uint32_t PostDitherSparing(NvGIFFrame& ioFrame, std::int32_t inSparedIndex) {
+    NvIndexedImage* image = &ioFrame.GetImage();
+    return inSparedIndex == km_SpareNothing
+               ? PostDither(image)
+               : PostDitherTransparent(image, static_cast<std::uint8_t>(inSparedIndex));
+}
+
+} // namespace
+
+std::uint32_t PvPixelSwapper::CountSwapCandidates(const NvGIFFrame& inFrame) {
+    const NvIndexedImage& image = inFrame.GetImage();
+    const NvConstPixelLock pixels(image);
+    const NvColor* colors = image.GetColorTable().GetColors();
+    std::uint32_t count = 0;
+    NvForEachPattern(
+        pixels.Row(0), image.GetRowBytes(), image.GetWidth(), image.GetHeight(),
+        [&](std::uint32_t y, std::uint32_t x) {
+            if (NvIsSwappablePair(pixels.Row(y) + x, image.GetRowBytes(), colors, km_SpareNothing))
+                ++count;
+        });
+    return count;
+}
+
+bool PvPixelSwapper::HasTooManyCandidates(const NvGIFFrame& inFrame) {
+    return AreTooMany(CountSwapCandidates(inFrame), inFrame);
+}
+
+PvPixelSwapper::Result PvPixelSwapper::SwapPixelPairs(NvGIFFrame& ioFrame) {
+    return Swap(ioFrame, km_SpareNothing);
+}
+
+PvPixelSwapper::Result PvPixelSwapper::SwapPixelPairs(NvGIFFrame& ioFrame, std::uint8_t inTransparentIndex) {
+    return Swap(ioFrame, inTransparentIndex);
+}
+
+PvPixelSwapper::Result PvPixelSwapper::Swap(NvGIFFrame& ioFrame, std::int32_t inSparedIndex) {
+    if (HasTooManyCandidates(ioFrame))
+        return {PostDitherSparing(ioFrame, inSparedIndex), true};
+    return {Search(ioFrame, inSparedIndex), false};
+}
+
+std::uint32_t PvPixelSwapper::Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex) {
+    NvIndexedImage& image = ioFrame.GetImage();
+    const NvColor* colors = image.GetColorTable().GetColors();
+    const NvPixelLock pixels(image);
+    std::uint32_t exchanged = 0;
+    bool hasBegun = false;
+    NvForEachPattern(
+        pixels.Row(0), image.GetRowBytes(), image.GetWidth(), image.GetHeight(),
+        [&](std::uint32_t y, std::uint32_t x) {
+            if (!NvIsSwappablePair(pixels.Row(y) + x, image.GetRowBytes(), colors, inSparedIndex))
+                return;
+            if (!hasBegun)
+                mSearch.Begin(pixels.Row(0), image.GetWidth(), image.GetHeight(),
+                              image.GetColorTable().GetSize(), ioFrame.GetInfo().mInterlaced != 0);
+            hasBegun = true;
+            exchanged += mSearch.ExchangeIfShorter(x, y) ? 1 : 0;
+        });
+    return exchanged;
+}
+
+std::uint32_t PvPixelSwapper::SwapIfWorthIt(NvGIFFrame& ioFrame) {
+    const std::uint32_t candidates = CountSwapCandidates(ioFrame);
+    if (candidates == 0)
+        return 0; // most frames have none, sparing an index or not
+    const std::unique_ptr<NvImage> copy = ioFrame.Clone();
+    auto& original = static_cast<NvGIFFrame&>(*copy);
+    const std::uint32_t exchanged = AreTooMany(candidates, ioFrame)
+                                        ? PostDitherSparing(ioFrame, SparedIndex(ioFrame))
+                                        : Search(ioFrame, SparedIndex(ioFrame));
+    if (exchanged == 0)
+        return 0;
+    const auto before = static_cast<double>(mEstimator.EstimateFrame(original)) / 8;
+    const auto after = static_cast<double>(mEstimator.EstimateFrame(ioFrame)) / 8;
+    if (after < before && PvLookCost(after, PvFrameSimilarity(original, ioFrame)) < PvLookCost(before, 1.0))
+        return exchanged;
+    ioFrame.SetImage(std::move(original.GetImage()));
+    return 0;
+}

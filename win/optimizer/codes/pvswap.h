@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+
+#include "win/optimizer/codes/pvlzwestimate.h"
+#include "win/optimizer/codes/pvswapsearch.h"
+
+class NvGIFFrame;
+
+/** Exchanges neighbouring pixels of frames where that makes their LZW data shorter and the eye does not
+ *  notice.
+ *
+ *  In a row, A B A becomes B A A. Every exchange is tried, measured over the whole frame and kept only when
+ *  the estimate strictly drops. A frame with too many places to try is post-dithered instead. */
+class PvPixelSwapper {
+public:
+    /** @param ioStrings  to work with, while a frame is in hand; borrowed for the swapper's life */
+    explicit PvPixelSwapper(NvLZWStringTable& ioStrings) : mSearch(ioStrings), mEstimator(ioStrings) {}
+
+    /** What a step did to a frame. */
+    struct Result {
+        std::uint32_t mExchanged = 0; ///< pairs that changed places
+        bool mPostDithered = false;   ///< all pairs at once, without measuring
+    };
+
+    /** How many pairs qualify in the frame as it is. */
+    static std::uint32_t CountSwapCandidates(const NvGIFFrame& inFrame);
+
+    /** Whether a frame has more candidates than the search takes on: each one costs an estimate of the whole
+     *  frame, and their product with the pixel count is kept at or below 24,800,000. */
+    static bool HasTooManyCandidates(const NvGIFFrame& inFrame);
+
+    /** Works on a frame without transparency. */
+    Result SwapPixelPairs(NvGIFFrame& ioFrame);
+
+    /** Works on a frame with transparency; the transparent index is never moved. */
+    Result SwapPixelPairs(NvGIFFrame& ioFrame, std::uint8_t inTransparentIndex);
+
+    /** Works on a frame as it is, and keeps what became of it only when it lowers the estimate by more than
+     *  the look it costs is worth (see PvLookCost): post-dithering raises it on many pictures, and exchanged
+     *  pixels roughen what was smooth.
+     *
+     *  @return  pairs that changed places */
+    std::uint32_t SwapIfWorthIt(NvGIFFrame& ioFrame);
+
+private:
+    Result Swap(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
+    std::uint32_t Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
+
+    PvSwapSearch mSearch;
+    PvLZWEstimator mEstimator;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "nvcode2/image/nvcolortable.h"
+
+class NvGIFGlobalInfo;
+class PvProgress;
+struct PvFrameColours;
+
+/** The steps that give an animation one small palette. They work on the colours that its frames draw with. */
+
+/** How strongly BuildGlobalPalette reduces colours. */
+enum class PvPaletteMode {
+    km_Full,   ///< 256 shared colours, all of which every frame may use
+    km_Normal, ///< 128 shared colours, 120 a frame
+    km_Strong, ///< 64 shared colours, 60 a frame
+};
+
+/** Entries the shared table may have in a mode. */
+std::uint32_t PvPaletteLimit(PvPaletteMode inMode);
+
+/** A palette for all frames. */
+struct PvSharedPalette {
+    NvColorTable mTable;
+    double mWorstError = 0.0; ///< the largest mean error that a frame suffers from it, levels per channel
+};
+
+/** Builds a palette for all frames' drawn pixels and maps their colours to it.
+ *
+ *  @throws NvErrorCode  3 when the progress was told to stop */
+PvSharedPalette BuildGlobalPalette(std::vector<PvFrameColours>& ioFrames, PvPaletteMode inMode,
+                                   PvProgress& ioProgress);
+
+/** Takes repeated colours out of the shared table; their pixels go to the first occurrence. */
+void MergeDuplicateColours(std::vector<PvFrameColours>& ioFrames, NvColorTable& ioTable);
+
+/** Makes the shared table's entry nearest to a colour the background index, the lowest of equally near ones.
+ *  A record without shared table gets one of two entries of that colour. */
+void RestoreBackgroundIndex(NvGIFGlobalInfo& ioInfo, const NvColor& inBackground);

@@ -1,0 +1,158 @@
+#include "win/optimizer/colours/pvsimilar.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <numeric>
+#include <optional>
+#include <utility>
+
+#include "nvcode2/gif/nvgifframe.h"
+#include "nvcode2/quant/nvquantremap.h"
+#include "win/optimizer/codes/pvlzwestimate.h"
+#include "win/optimizer/colours/pvframecolours.h"
+#include "win/optimizer/look/pvlookcost.h"
+
+namespace {
+
+// Euclidean distances in RGB below which colours merge. Longer reaches than 6 save as much as they cost in
+// look; soft gradients fall into bands.
+constexpr std::uint32_t km_ShortReach = 3;
+constexpr std::uint32_t km_LongReach = 6;
+constexpr std::uint32_t km_FramesTried = 3;
+
+/** Colours that become one. */
+struct Group {
+    NvColor mLeader;
+    std::uint64_t mRed = 0; // sums over its pixels
+    std::uint64_t mGreen = 0;
+    std::uint64_t mBlue = 0;
+    std::uint64_t mPixels = 0;
+
+    void Add(const NvColor& inColor, std::uint32_t inPixels) {
+        mRed += std::uint64_t{inColor.red} * inPixels;
+        mGreen += std::uint64_t{inColor.green} * inPixels;
+        mBlue += std::uint64_t{inColor.blue} * inPixels;
+        mPixels += inPixels;
+    }
+
+    NvColor Mean() const {
+        const auto mean = [this](std::uint64_t inSum) {
+            return static_cast<std::uint8_t>((inSum + mPixels / 2) / mPixels);
+        };
+        return {mean(mRed), mean(mGreen), mean(mBlue)};
+    }
+};
+
+/** A frame's colours, merged. */
+struct Merge {
+    NvColorTable mTable;
+    NvIndexMap mMap{};
+};
+
+/** The entries that a frame draws with, most used first. */
+std::vector<std::uint32_t> UsedEntries(const PvHistogram& inHistogram) {
+    std::vector<std::uint32_t> used(inHistogram.size());
+    std::iota(used.begin(), used.end(), 0U);
+    std::erase_if(used, [&](std::uint32_t inEntry) { return inHistogram[inEntry] == 0; });
+    std::stable_sort(used.begin(), used.end(), [&](std::uint32_t inLeft, std::uint32_t inRight) {
+        return inHistogram[inLeft] > inHistogram[inRight];
+    });
+    return used;
+}
+
+/** @return  nothing when no two colours are that near to each other */
+std::optional<Merge> MergeColours(const PvFrameColours& inColours, std::uint32_t inReach) {
+    const std::vector<std::uint32_t> used = UsedEntries(inColours.mHistogram);
+    std::vector<Group> groups;
+    Merge merge;
+    for (const std::uint32_t entry : used) {
+        const NvColor& color = inColours.mTable.GetColor(entry);
+        std::size_t nearest = groups.size();
+        std::uint32_t nearestDistance = inReach * inReach;
+        for (std::size_t i = 0; i < groups.size(); ++i) {
+            const std::uint32_t distance = NvColorTable::ColorDistance(&groups[i].mLeader, &color);
+            if (distance < nearestDistance) {
+                nearest = i;
+                nearestDistance = distance;
+            }
+        }
+        if (nearest == groups.size())
+            groups.push_back({color});
+        groups[nearest].Add(color, inColours.mHistogram[entry]);
+        merge.mMap[entry] = static_cast<std::uint8_t>(nearest);
+    }
+    if (groups.size() == used.size())
+        return std::nullopt;
+    merge.mTable = NvColorTable(static_cast<std::uint32_t>(groups.size()));
+    for (std::uint32_t i = 0; i < groups.size(); ++i)
+        merge.mTable.SetColor(i, groups[i].Mean());
+    return merge;
+}
+
+/** Finds out on a few frames of an animation how far to reach. */
+class ReachTrial {
+public:
+    ReachTrial(const std::vector<PvFrameColours>& inFrames,
+               const std::vector<std::unique_ptr<NvGIFFrame>>& inTried)
+        : mFrames(inFrames),
+          mTried(inTried),
+          mIndices(PvFramesToTry(static_cast<std::uint32_t>(inFrames.size()))) {}
+
+    std::uint32_t ChooseReach() const {
+        if (!LongReachMergesMore())
+            return km_ShortReach;
+        return CostOf(km_LongReach) < CostOf(km_ShortReach) ? km_LongReach : km_ShortReach;
+    }
+
+private:
+    bool LongReachMergesMore() const {
+        return std::any_of(mIndices.begin(), mIndices.end(), [&](std::uint32_t inIndex) {
+            const std::optional<Merge> further = MergeColours(mFrames[inIndex], km_LongReach);
+            const std::optional<Merge> nearer = MergeColours(mFrames[inIndex], km_ShortReach);
+            return further && (!nearer || further->mTable.GetSize() < nearer->mTable.GetSize());
+        });
+    }
+
+    /** What the whole animation would cost if its other frames were like these. */
+    double CostOf(std::uint32_t inReach) const {
+        NvLZWStringTable strings;
+        PvLZWEstimator estimator(strings);
+        double bits = 0.0;
+        double similarity = 0.0;
+        for (std::size_t i = 0; i < mTried.size(); ++i) {
+            const std::unique_ptr<NvImage> copy = mTried[i]->Clone();
+            auto& merged = static_cast<NvGIFFrame&>(*copy);
+            if (const std::optional<Merge> merge = MergeColours(mFrames[mIndices[i]], inReach))
+                NvQuantRemap(merged.GetImage(), merge->mMap, merge->mTable);
+            bits += static_cast<double>(estimator.EstimateFrame(merged));
+            similarity += PvFrameSimilarity(*mTried[i], merged);
+        }
+        const auto count = static_cast<double>(mTried.size());
+        return PvLookCost(bits / 8 / count * static_cast<double>(mFrames.size()), similarity / count);
+    }
+
+    const std::vector<PvFrameColours>& mFrames;
+    const std::vector<std::unique_ptr<NvGIFFrame>>& mTried;
+    std::vector<std::uint32_t> mIndices;
+};
+
+} // namespace
+
+std::vector<std::uint32_t> PvFramesToTry(std::uint32_t inFrameCount) {
+    const std::uint32_t count = std::min(inFrameCount, km_FramesTried);
+    std::vector<std::uint32_t> indices;
+    for (std::uint32_t i = 0; i < count; ++i)
+        indices.push_back(static_cast<std::uint32_t>(std::uint64_t{i} * inFrameCount / count));
+    return indices;
+}
+
+double MergeSimilarFrameColours(std::vector<PvFrameColours>& ioFrames,
+                                const std::vector<std::unique_ptr<NvGIFFrame>>& inTried) {
+    const std::uint32_t reach = ReachTrial(ioFrames, inTried).ChooseReach();
+    double worstError = 0.0;
+    for (PvFrameColours& frame : ioFrames)
+        if (const std::optional<Merge> merge = MergeColours(frame, reach))
+            worstError = std::max(worstError, frame.Replace(merge->mMap, merge->mTable));
+    return worstError;
+}

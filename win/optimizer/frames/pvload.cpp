@@ -1,0 +1,22 @@
+#include "win/optimizer/frames/pvload.h"
+
+#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/gif/nvgifframereader.h"
+#include "nvcode2/gif/nvlzwstringtable.h"
+#include "win/optimizer/base/pvmemory.h"
+#include "win/optimizer/base/pvprogress.h"
+
+std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
+                                           PvProgress& ioProgress) {
+    NvGIFFrameReader reader(inPath, inMemoryLimit);
+    if (PvEstimateMemory(reader) > inMemoryLimit)
+        NvThrow(NvErrorCode::km_OutOfMemory);
+    const std::shared_ptr<NvGIFGlobalInfo> info = reader.ShareGlobalInfo();
+    auto animation = std::make_unique<NvAnimation>(info, reader.GetScreenWidth(), reader.GetScreenHeight());
+    NvLZWStringTable strings;
+    for (std::uint32_t i = 0; i < reader.GetFrameCount(); ++i) {
+        ioProgress.ReportFrame(i, reader.GetFrameCount());
+        animation->AddFrame(NvPackedFrame(reader.ReadFrame(i), strings));
+    }
+    return animation;
+}

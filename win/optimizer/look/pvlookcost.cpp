@@ -1,0 +1,26 @@
+#include "win/optimizer/look/pvlookcost.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "nvcode2/gif/nvgifframe.h"
+#include "win/optimizer/look/pvlook.h"
+
+namespace {
+
+constexpr double km_SizePerSimilarity = 4.0;
+constexpr double km_SizeThatHardlyCounts = 4096.0;
+
+} // namespace
+
+double PvLookCost(double inBytes, double inSimilarity) {
+    return std::log(inBytes + km_SizeThatHardlyCounts) - km_SizePerSimilarity * inSimilarity;
+}
+
+double PvSizeAtLookCost(double inCost, double inSimilarity) {
+    return std::max(0.0, std::exp(inCost + km_SizePerSimilarity * inSimilarity) - km_SizeThatHardlyCounts);
+}
+
+double PvFrameSimilarity(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond) {
+    return PvLookMeter(inFirst.GetWidth(), inFirst.GetHeight(), true).Measure(inFirst, inSecond).mSsim;
+}
