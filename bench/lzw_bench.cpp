@@ -20,8 +20,8 @@
 
 namespace {
 
-constexpr std::uint32_t kWidth = 640;
-constexpr std::uint32_t kHeight = 480;
+constexpr std::uint32_t km_Width = 640;
+constexpr std::uint32_t km_Height = 480;
 
 void CountPixels(benchmark::State& ioState, std::uint64_t inPixelsPerRound) {
     ioState.counters["pixels/s"] =
@@ -44,7 +44,7 @@ void WriteGIF(const NvFileLocator& inLocator, std::uint16_t inPerm,
               std::span<const NvIndexedImage> inImages) {
     NvGIFFile file;
     file.Open(inLocator, inPerm);
-    file.SetScreenSize(kWidth, kHeight);
+    file.SetScreenSize(km_Width, km_Height);
     file.SetNumberOfFrames(static_cast<std::uint32_t>(inImages.size()));
     auto global = NvGIFFile::CreateGlobalInfo();
     global->mHasGlobalTable = 1;
@@ -126,7 +126,7 @@ std::uint64_t WriteWithGiflib(std::span<const NvIndexedImage> inImages) {
     Require(file != nullptr);
     const std::uint32_t colors = inImages.front().GetColorTable().GetSize();
     ColorMapObject* map = GifMakeMapObject(1 << NvColorTable::GetBitsNeeded(colors), nullptr);
-    Require(EGifPutScreenDesc(file, kWidth, kHeight, 8, 0, map) == GIF_OK);
+    Require(EGifPutScreenDesc(file, km_Width, km_Height, 8, 0, map) == GIF_OK);
     for (const NvIndexedImage& image : inImages) {
         const auto width = static_cast<int>(image.GetWidth());
         const auto height = static_cast<int>(image.GetHeight());
@@ -169,7 +169,7 @@ MemoryStream LoadFile(const std::string& inPath) {
 }
 
 void DecodeOurs(benchmark::State& ioState, PictureKind inKind) {
-    const TemporaryFile file(DrawPicture(inKind, kWidth, kHeight));
+    const TemporaryFile file(DrawPicture(inKind, km_Width, km_Height));
     std::uint64_t pixels = 0;
     for (auto _ : ioState)
         pixels = ReadGIF(file.Locator());
@@ -177,7 +177,7 @@ void DecodeOurs(benchmark::State& ioState, PictureKind inKind) {
 }
 
 void DecodeGiflib(benchmark::State& ioState, PictureKind inKind) {
-    const TemporaryFile file(DrawPicture(inKind, kWidth, kHeight));
+    const TemporaryFile file(DrawPicture(inKind, km_Width, km_Height));
     MemoryStream stream = LoadFile(file.Locator().GetPath());
     std::vector<GifByteType> buffer;
     std::uint64_t pixels = 0;
@@ -187,17 +187,17 @@ void DecodeGiflib(benchmark::State& ioState, PictureKind inKind) {
 }
 
 void EncodeOurs(benchmark::State& ioState, PictureKind inKind) {
-    const NvIndexedImage image = DrawPicture(inKind, kWidth, kHeight);
+    const NvIndexedImage image = DrawPicture(inKind, km_Width, km_Height);
     for (auto _ : ioState)
         WriteGIF(NvFileLocator(), NvFile::km_WritePerm | NvFile::km_CountPerm, {&image, 1});
-    CountPixels(ioState, kWidth * kHeight);
+    CountPixels(ioState, km_Width * km_Height);
 }
 
 void EncodeGiflib(benchmark::State& ioState, PictureKind inKind) {
-    const NvIndexedImage image = DrawPicture(inKind, kWidth, kHeight);
+    const NvIndexedImage image = DrawPicture(inKind, km_Width, km_Height);
     for (auto _ : ioState)
         benchmark::DoNotOptimize(WriteWithGiflib({&image, 1}));
-    CountPixels(ioState, kWidth * kHeight);
+    CountPixels(ioState, km_Width * km_Height);
 }
 
 /** Frames of real files; those that one of the two readers refuses are left out of both measurements. */
@@ -311,19 +311,21 @@ void Register(const std::string& inName, void (*inMeasure)(benchmark::State&, Pi
 
 int main(int inArgumentCount, char** inArguments) {
     benchmark::Initialize(&inArgumentCount, inArguments);
-    for (const PictureKind kind : kAllPictures) {
+    for (const PictureKind kind : km_AllPictures) {
         Register("decode/ours", DecodeOurs, kind);
         Register("decode/giflib", DecodeGiflib, kind);
     }
-    for (const PictureKind kind : kAllPictures) {
+    for (const PictureKind kind : km_AllPictures) {
         Register("encode/ours", EncodeOurs, kind);
         Register("encode/giflib", EncodeGiflib, kind);
     }
     if (!GIFsToMeasure().empty()) {
         benchmark::RegisterBenchmark("decode/ours/files", DecodeFilesOurs)->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark("decode/giflib/files", DecodeFilesGiflib)->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark("decode/giflib/files", DecodeFilesGiflib)
+            ->Unit(benchmark::kMillisecond);
         benchmark::RegisterBenchmark("encode/ours/files", EncodeFilesOurs)->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark("encode/giflib/files", EncodeFilesGiflib)->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark("encode/giflib/files", EncodeFilesGiflib)
+            ->Unit(benchmark::kMillisecond);
     }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

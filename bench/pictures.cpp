@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::uint32_t kScreenColors = 16;
+constexpr std::uint32_t km_ScreenColors = 16;
 
 NvColorTable GrayTable(std::uint32_t inSize) {
     NvColorTable table(inSize);
@@ -51,7 +51,7 @@ std::uint32_t PixelOf(PictureKind inKind, std::uint32_t inX, std::uint32_t inY, 
         break;
     }
     const bool moves = inX % 160 < 20 && inY % 120 < 16;
-    return moves ? ScreenPixel(inX + 3, inY) : kScreenColors - 2;
+    return moves ? ScreenPixel(inX + 3, inY) : km_ScreenColors - 2;
 }
 
 } // namespace
@@ -74,7 +74,7 @@ const char* PictureName(PictureKind inKind) {
 
 NvIndexedImage DrawPicture(PictureKind inKind, std::uint32_t inWidth, std::uint32_t inHeight) {
     const bool isColorful = inKind == PictureKind::km_Photo || inKind == PictureKind::km_Noise;
-    NvIndexedImage image(inWidth, inHeight, GrayTable(isColorful ? 256 : kScreenColors));
+    NvIndexedImage image(inWidth, inHeight, GrayTable(isColorful ? 256 : km_ScreenColors));
     std::mt19937 random(1);
     const NvPixelLock pixels(image);
     for (std::uint32_t y = 0; y < inHeight; ++y)

@@ -15,9 +15,9 @@ enum class PictureKind : std::uint8_t {
     km_Difference ///< what is left of a screen when little moves: one index nearly everywhere
 };
 
-inline constexpr PictureKind kAllPictures[] = {PictureKind::km_Screen, PictureKind::km_Photo,
-                                               PictureKind::km_Dithered, PictureKind::km_Noise,
-                                               PictureKind::km_Difference};
+inline constexpr PictureKind km_AllPictures[] = {PictureKind::km_Screen, PictureKind::km_Photo,
+                                                 PictureKind::km_Dithered, PictureKind::km_Noise,
+                                                 PictureKind::km_Difference};
 
 const char* PictureName(PictureKind inKind);
 

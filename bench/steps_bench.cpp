@@ -154,7 +154,7 @@ void RunStep(benchmark::State& ioState, PictureKind inKind, std::size_t inStep) 
     ioState.counters["pixels/s"] = {pixels, benchmark::Counter::kIsRate};
 }
 
-const bool kAreRegistered = [] {
+const bool km_AreRegistered = [] {
     for (const PictureKind kind : {PictureKind::km_Screen, PictureKind::km_Photo})
         for (std::size_t step = 0; step < std::size(km_Steps); ++step) {
             const std::string name = std::string(PictureName(kind)) + "/" + km_Steps[step].mName;

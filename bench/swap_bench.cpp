@@ -89,7 +89,7 @@ void Plain(benchmark::State& ioState, std::uint32_t inSide) {
     ioState.counters["pixels/candidate"] = static_cast<double>(inSide) * inSide;
 }
 
-const bool kAreRegistered = [] {
+const bool km_AreRegistered = [] {
     for (const std::uint32_t side : {50U, 100U, 150U, 200U}) {
         const std::string pixels = std::to_string(side * side);
         benchmark::RegisterBenchmark(("incremental/" + pixels).c_str(), Incremental, side);

@@ -8,13 +8,13 @@
 
 namespace {
 
-constexpr std::size_t kMaxKeyPath = 1023;
-constexpr auto kRoots = {WnPrefKey::km_Machine, WnPrefKey::km_User};
+constexpr std::size_t km_MaxKeyPath = 1023;
+constexpr auto km_Roots = {WnPrefKey::km_Machine, WnPrefKey::km_User};
 
 /** Hands the first root's key that inRead accepts to it. */
 template <typename Reader>
 bool ReadFromRoots(const char* inKeyPath, Reader inRead) {
-    for (const WnPrefKey::Root root : kRoots) {
+    for (const WnPrefKey::Root root : km_Roots) {
         WnPrefKey key(inKeyPath);
         if (key.OpenKey(root, WnPrefKey::km_Read) && inRead(key))
             return true;
@@ -25,7 +25,7 @@ bool ReadFromRoots(const char* inKeyPath, Reader inRead) {
 template <typename Writer>
 bool WriteToRoots(const char* inKeyPath, Writer inWrite) {
     bool written = false;
-    for (const WnPrefKey::Root root : kRoots) {
+    for (const WnPrefKey::Root root : km_Roots) {
         WnPrefKey key(inKeyPath);
         if (key.OpenKey(root, WnPrefKey::km_ReadWrite) && inWrite(key))
             written = true;
@@ -37,11 +37,11 @@ bool WriteToRoots(const char* inKeyPath, Writer inWrite) {
 
 WnPref::WnPref(const char* inProduct, const char* inVersion)
     : mKeyPath(std::string("Software\\Norvek\\") + inProduct + "\\" + inVersion) {
-    NvAssert(mKeyPath.size() <= kMaxKeyPath);
+    NvAssert(mKeyPath.size() <= km_MaxKeyPath);
 }
 
 WnPref::WnPref(const char* inKeyPath) : mKeyPath(inKeyPath) {
-    NvAssert(mKeyPath.size() <= kMaxKeyPath);
+    NvAssert(mKeyPath.size() <= km_MaxKeyPath);
 }
 
 bool WnPref::ReadDWord(const char* inName, std::uint32_t& outValue) const {
@@ -55,7 +55,7 @@ bool WnPref::ReadDWord(const char* inName, std::uint32_t& outValue) const {
 
 WnPref::Origin WnPref::FindDWord(const char* inName, std::uint32_t& outValue) const {
     NvAssert(inName);
-    for (const WnPrefKey::Root root : kRoots) {
+    for (const WnPrefKey::Root root : km_Roots) {
         WnPrefKey key(GetKeyPath());
         if (key.OpenKey(root, WnPrefKey::km_Read) && key.ReadDWord(inName, outValue))
             return root == WnPrefKey::km_Machine ? Origin::km_Machine : Origin::km_User;

@@ -27,7 +27,7 @@
 
 namespace {
 
-constexpr off_t kMaxFileSize = 1 << 20; // beyond it, it is no preferences file of ours
+constexpr off_t km_MaxFileSize = 1 << 20; // beyond it, it is no preferences file of ours
 
 std::string Trimmed(std::string_view inText) {
     const std::size_t first = inText.find_first_not_of(" \t\r");
@@ -84,7 +84,7 @@ bool AreOneRoot() {
 
 bool ReadLines(const std::string& inPath, std::vector<std::string>& outLines) {
     struct stat status {};
-    if (stat(inPath.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > kMaxFileSize)
+    if (stat(inPath.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > km_MaxFileSize)
         return false;
     std::FILE* file = std::fopen(inPath.c_str(), "rbe");
     if (!file)

@@ -9,14 +9,14 @@
 
 namespace {
 
-constexpr const wchar_t* kWritersMutex = L"Local\\Norvek-Preferences";
-constexpr DWORD kLongestWait = 5000; // milliseconds; writing takes one
+constexpr const wchar_t* km_WritersMutex = L"Local\\Norvek-Preferences";
+constexpr DWORD km_LongestWait = 5000; // milliseconds; writing takes one
 
 /** Held by the one process that writes. A writer that died in between left every value whole. */
 class WriterLock {
 public:
-    WriterLock() : mMutex(CreateMutexW(nullptr, FALSE, kWritersMutex)) {
-        const DWORD outcome = WaitForSingleObject(mMutex.Get(), kLongestWait);
+    WriterLock() : mMutex(CreateMutexW(nullptr, FALSE, km_WritersMutex)) {
+        const DWORD outcome = WaitForSingleObject(mMutex.Get(), km_LongestWait);
         mIsHeld = outcome == WAIT_OBJECT_0 || outcome == WAIT_ABANDONED;
     }
     ~WriterLock() {

@@ -20,9 +20,9 @@
 
 namespace {
 
-constexpr std::string_view kPrefix = ".parvigif-";
-constexpr std::string_view kPlaceholder = "XXXXXX";
-constexpr std::string_view kSuffix = ".tmp";
+constexpr std::string_view km_Prefix = ".parvigif-";
+constexpr std::string_view km_Placeholder = "XXXXXX";
+constexpr std::string_view km_Suffix = ".tmp";
 
 std::string GetRealPath(const std::string& inPath) {
     const std::unique_ptr<char, decltype(&std::free)> path(realpath(inPath.c_str(), nullptr), &std::free);
@@ -53,11 +53,11 @@ bool IsGone(int inDescriptor) {
 
 /** Creates a file of a name that was not there, marks it as in use, and returns its descriptor. */
 int CreateTemporary(const std::string& inFolder, std::string& outPath) {
-    const std::string pattern = (inFolder == "/" ? "/" : inFolder + "/") + std::string(kPrefix) +
-                                std::string(kPlaceholder) + std::string(kSuffix);
+    const std::string pattern = (inFolder == "/" ? "/" : inFolder + "/") + std::string(km_Prefix) +
+                                std::string(km_Placeholder) + std::string(km_Suffix);
     for (;;) {
         outPath = pattern;
-        const int descriptor = mkostemps(outPath.data(), static_cast<int>(kSuffix.size()), O_CLOEXEC);
+        const int descriptor = mkostemps(outPath.data(), static_cast<int>(km_Suffix.size()), O_CLOEXEC);
         if (descriptor < 0)
             ThrowRuntimeError(errno);
         flock(descriptor, LOCK_EX);
@@ -142,8 +142,8 @@ struct stat GetStatus(const std::string& inPath) {
 }
 
 bool IsTemporaryName(std::string_view inName) {
-    return inName.size() == kPrefix.size() + kPlaceholder.size() + kSuffix.size() &&
-           inName.starts_with(kPrefix) && inName.ends_with(kSuffix);
+    return inName.size() == km_Prefix.size() + km_Placeholder.size() + km_Suffix.size() &&
+           inName.starts_with(km_Prefix) && inName.ends_with(km_Suffix);
 }
 
 void RemoveIfLeftOver(int inFolder, const char* inName) {

@@ -19,13 +19,13 @@
 
 namespace {
 
-constexpr std::wstring_view kPrefix = L".parvigif-";
-constexpr std::wstring_view kSuffix = L".tmp";
-constexpr DWORD kShareWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr std::wstring_view km_Prefix = L".parvigif-";
+constexpr std::wstring_view km_Suffix = L".tmp";
+constexpr DWORD km_ShareWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // Scanners and indexers look at new and changed files for a moment.
-constexpr int kRenameTries = 12;
-constexpr DWORD kRenamePause = 50; // milliseconds
+constexpr int km_RenameTries = 12;
+constexpr DWORD km_RenamePause = 50; // milliseconds
 
 [[noreturn]] void ThrowLastError() {
     ThrowRuntimeError(NvLastErrno());
@@ -39,7 +39,7 @@ std::string ResolveTarget(const char* inPath) {
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
         return inPath;
     const NvWindowsHandle file(
-        CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, kShareWithAll, nullptr, OPEN_EXISTING, 0, nullptr));
+        CreateFileW(path.c_str(), FILE_READ_ATTRIBUTES, km_ShareWithAll, nullptr, OPEN_EXISTING, 0, nullptr));
     if (!file.IsValid())
         ThrowLastError();
     std::wstring resolved(GetFinalPathNameByHandleW(file.Get(), nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
@@ -55,10 +55,10 @@ std::string ResolveTarget(const char* inPath) {
 int CreateTemporary(const std::wstring& inFolder, std::string& outPath) {
     for (;;) {
         const std::wstring path =
-            inFolder + std::wstring(kPrefix) + WnGetRandomName() + std::wstring(kSuffix);
+            inFolder + std::wstring(km_Prefix) + WnGetRandomName() + std::wstring(km_Suffix);
         outPath = NvNarrow(path);
         const HANDLE file = CreateFileW(NvWidePath(outPath).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                        kShareWithAll, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+                                        km_ShareWithAll, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file != INVALID_HANDLE_VALUE)
             return _open_osfhandle(reinterpret_cast<std::intptr_t>(file), _O_BINARY | _O_NOINHERIT);
         if (GetLastError() != ERROR_FILE_EXISTS)
@@ -104,7 +104,7 @@ void TakeAttributesOf(const std::string& inModelPath, const std::string& inPath,
     const std::wstring model = NvWidePath(inModelPath);
     FILE_BASIC_INFO info{};
     {
-        const NvWindowsHandle file(CreateFileW(model.c_str(), FILE_READ_ATTRIBUTES, kShareWithAll, nullptr,
+        const NvWindowsHandle file(CreateFileW(model.c_str(), FILE_READ_ATTRIBUTES, km_ShareWithAll, nullptr,
                                                OPEN_EXISTING, 0, nullptr));
         if (!file.IsValid() || !GetFileInformationByHandleEx(file.Get(), FileBasicInfo, &info, sizeof(info)))
             return;
@@ -123,27 +123,27 @@ bool IsHeldByOthers(DWORD inError) {
 DWORD Rename(const std::string& inFrom, const std::string& inTo, DWORD inFlags) {
     const std::wstring from = NvWidePath(inFrom);
     const std::wstring to = NvWidePath(inTo);
-    for (int tries = kRenameTries;; --tries) {
+    for (int tries = km_RenameTries;; --tries) {
         if (MoveFileExW(from.c_str(), to.c_str(), inFlags | MOVEFILE_WRITE_THROUGH))
             return ERROR_SUCCESS;
         const DWORD error = GetLastError();
         if (!IsHeldByOthers(error) || tries <= 1)
             return error;
-        Sleep(kRenamePause);
+        Sleep(km_RenamePause);
     }
 }
 
 /** Raises 5, or 1 with EBUSY, when Windows would not open it for inRights. */
 void CheckRights(const std::wstring& inPath, DWORD inRights) {
-    const NvWindowsHandle file(CreateFileW(inPath.c_str(), inRights, kShareWithAll, nullptr, OPEN_EXISTING,
+    const NvWindowsHandle file(CreateFileW(inPath.c_str(), inRights, km_ShareWithAll, nullptr, OPEN_EXISTING,
                                            FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     if (!file.IsValid())
         ThrowLastError();
 }
 
 bool IsTemporaryName(std::wstring_view inName) {
-    return inName.size() == kPrefix.size() + km_RandomNameSize + kSuffix.size() &&
-           inName.starts_with(kPrefix) && inName.ends_with(kSuffix);
+    return inName.size() == km_Prefix.size() + km_RandomNameSize + km_Suffix.size() &&
+           inName.starts_with(km_Prefix) && inName.ends_with(km_Suffix);
 }
 
 /** Fails, as it should, while a living run has the file open. A link would be removed, not what it leads to.
@@ -209,7 +209,7 @@ void WnRemoveLeftovers(const char* inFolder) {
     if (!folder.ends_with('\\') && !folder.ends_with('/') && !folder.ends_with(':'))
         folder += '\\';
     WIN32_FIND_DATAW entry;
-    const HANDLE search = FindFirstFileW(NvWidePath(folder + NvNarrow(kPrefix) + "*").c_str(), &entry);
+    const HANDLE search = FindFirstFileW(NvWidePath(folder + NvNarrow(km_Prefix) + "*").c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE)
         return;
     do {

@@ -15,9 +15,9 @@
 
 namespace {
 
-constexpr const char* kFixedPath = "C:\\TEMP.GIF";
-constexpr std::wstring_view kPrefix = L"parvigif-scratch-";
-constexpr int kTries = 5; // the name was there, or another process took the folder for left over too soon
+constexpr const char* km_FixedPath = "C:\\TEMP.GIF";
+constexpr std::wstring_view km_Prefix = L"parvigif-scratch-";
+constexpr int km_Tries = 5; // the name was there, or another process took the folder for left over too soon
 
 /** Whole paths; none when somebody else has removed the folder. */
 std::vector<std::wstring> ListFiles(const std::string& inFolder) {
@@ -45,14 +45,14 @@ void RemoveIfLeftOver(const std::wstring& inFolder) {
 
 void RemoveLeftovers(const std::wstring& inParent) {
     WIN32_FIND_DATAW entry;
-    const std::wstring start = inParent + L"\\" + std::wstring(kPrefix);
+    const std::wstring start = inParent + L"\\" + std::wstring(km_Prefix);
     const HANDLE search = FindFirstFileW((start + L"*").c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE)
         return;
     do {
         const DWORD kind = entry.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT);
         const std::wstring_view name = entry.cFileName;
-        if (kind == FILE_ATTRIBUTE_DIRECTORY && name.size() == kPrefix.size() + km_RandomNameSize)
+        if (kind == FILE_ATTRIBUTE_DIRECTORY && name.size() == km_Prefix.size() + km_RandomNameSize)
             RemoveIfLeftOver(inParent + L"\\" + entry.cFileName);
     } while (FindNextFileW(search, &entry));
     FindClose(search);
@@ -72,8 +72,8 @@ WnPrivateFolder::WnPrivateFolder() {
     const std::wstring parent = WnGetTemporaryFolder();
     static const bool isClean = (RemoveLeftovers(parent), true);
     static_cast<void>(isClean);
-    for (int tries = kTries;; --tries) {
-        const std::wstring path = parent + L"\\" + std::wstring(kPrefix) + WnGetRandomName();
+    for (int tries = km_Tries;; --tries) {
+        const std::wstring path = parent + L"\\" + std::wstring(km_Prefix) + WnGetRandomName();
         if (CreateDirectoryW(path.c_str(), nullptr)) {
             mPath = NvNarrow(path);
             mHold = std::make_unique<Hold>(path);
@@ -98,13 +98,13 @@ std::string WnPrivateFolder::MakePath(const std::string& inName) const {
 
 /** Made for the moment, unless something of that name is there already; gone when it is closed. */
 struct WnScratchFile::Fixed {
-    NvWindowsHandle mFile{CreateFileW(NvWiden(kFixedPath).c_str(), GENERIC_WRITE | DELETE,
+    NvWindowsHandle mFile{CreateFileW(NvWiden(km_FixedPath).c_str(), GENERIC_WRITE | DELETE,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                       CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
                                       nullptr)};
 };
 
-WnScratchFile::WnScratchFile() : mFixed(std::make_unique<Fixed>()), mPath(kFixedPath) {
+WnScratchFile::WnScratchFile() : mFixed(std::make_unique<Fixed>()), mPath(km_FixedPath) {
     if (mFixed->mFile.IsValid())
         return;
     mFixed.reset();

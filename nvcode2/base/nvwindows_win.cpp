@@ -7,9 +7,9 @@
 namespace {
 
 // New folders must leave room for a short file name, which makes theirs the tightest limit: 248 characters.
-constexpr std::size_t kLongPath = 240;
+constexpr std::size_t km_LongPath = 240;
 
-constexpr DWORD kDiskQuotaExceeded = 1295; // mingw's headers lack its name
+constexpr DWORD km_DiskQuotaExceeded = 1295; // mingw's headers lack its name
 
 std::wstring GetFullPath(const std::wstring& inPath) {
     std::wstring full(GetFullPathNameW(inPath.c_str(), 0, nullptr, nullptr), L'\0');
@@ -41,7 +41,7 @@ std::wstring NvWidePath(std::string_view inPath) {
     const std::wstring path = NvWiden(inPath);
     const std::wstring full = GetFullPath(path);
     const bool isPlain = !full.starts_with(L"\\\\?\\") && !full.starts_with(L"\\\\.\\");
-    if (!isPlain || full.size() < kLongPath)
+    if (!isPlain || full.size() < km_LongPath)
         return path;
     return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
 }
@@ -78,7 +78,7 @@ int NvErrnoForWindows(std::uint32_t inWindowsError) {
         return EBUSY;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
-    case kDiskQuotaExceeded:
+    case km_DiskQuotaExceeded:
     case ERROR_FILE_TOO_LARGE:
         return ENOSPC;
     case ERROR_FILE_EXISTS:

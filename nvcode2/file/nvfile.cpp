@@ -11,8 +11,8 @@
 namespace {
 
 bool IsCountingPerm(std::uint16_t inPerm) {
-    constexpr std::uint16_t kCounting = NvFile::km_WritePerm | NvFile::km_CountPerm;
-    return (inPerm & kCounting) == kCounting;
+    constexpr std::uint16_t km_Counting = NvFile::km_WritePerm | NvFile::km_CountPerm;
+    return (inPerm & km_Counting) == km_Counting;
 }
 
 NvFilePlatform::Access AccessForPerm(std::uint16_t inPerm) {

@@ -9,7 +9,7 @@
 namespace {
 
 // A file that its owner may only write could not be read back to be checked.
-constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+constexpr mode_t km_OwnerOnly = S_IRUSR | S_IWUSR;
 
 /** Calls again for as long as a signal cuts the call short. */
 template <typename Call>
@@ -24,7 +24,7 @@ auto Uninterrupted(Call inCall) {
  *  until its other end turns up. On a regular file O_NONBLOCK has no effect. */
 std::int32_t OpenWithoutWaiting(const char* inPath, int inFlags) {
     return Uninterrupted(
-        [=] { return ::open(inPath, inFlags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kOwnerOnly); });
+        [=] { return ::open(inPath, inFlags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, km_OwnerOnly); });
 }
 
 /** 0 for a regular file, otherwise an errno that says why it cannot be read like one. */

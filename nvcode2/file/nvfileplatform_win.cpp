@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr DWORD kShareWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr DWORD km_ShareWithAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 int Fail() {
     errno = NvLastErrno();
@@ -46,7 +46,7 @@ int CheckNoFolder(const std::wstring& inPath) {
 
 std::int32_t OpenHandle(const char* inPath, DWORD inRights, DWORD inDisposition) {
     const std::wstring path = NvWidePath(inPath);
-    const HANDLE file = CreateFileW(path.c_str(), inRights, kShareWithAll, nullptr, inDisposition,
+    const HANDLE file = CreateFileW(path.c_str(), inRights, km_ShareWithAll, nullptr, inDisposition,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         const int error = NvLastErrno();

@@ -4,9 +4,9 @@
 
 /** The fixed bytes of a GIF file, for its reader and its writer. */
 
-inline constexpr char kSignature[] = "GIF";
-inline constexpr char kVersion87a[] = "87a";
-inline constexpr char kVersion89a[] = "89a";
+inline constexpr char km_Signature[] = "GIF";
+inline constexpr char km_Version87a[] = "87a";
+inline constexpr char km_Version89a[] = "89a";
 
 inline constexpr std::uint8_t km_Extension = 0x21;      // introducer, a label follows
 inline constexpr std::uint8_t km_ImageSeparator = 0x2C; // introducer of an image descriptor
@@ -18,6 +18,6 @@ inline constexpr std::uint8_t km_Application = 0xFF;
 
 inline constexpr std::uint8_t km_GraphicControlSize = 4;
 inline constexpr std::uint8_t km_ApplicationIdentifierSize = 11;
-inline constexpr char kLoopIdentifier[] = "NETSCAPE2.0";
+inline constexpr char km_LoopIdentifier[] = "NETSCAPE2.0";
 
 inline constexpr std::uint8_t km_TableFlag = 0x80; // of the packed bytes of screen and image descriptor

@@ -30,12 +30,12 @@ constexpr NvInterlacePass km_OnlyPass{0, 1};
 
 std::span<const NvInterlacePass> PassesOf(const NvGIFFrameInfo& inInfo) {
     if (inInfo.mInterlaced)
-        return kInterlacePasses;
+        return km_InterlacePasses;
     return {&km_OnlyPass, 1};
 }
 
 bool IsLoopingIdentifier(const std::array<std::uint8_t, km_ApplicationIdentifierSize>& inIdentifier) {
-    return std::memcmp(inIdentifier.data(), kLoopIdentifier, inIdentifier.size()) == 0 ||
+    return std::memcmp(inIdentifier.data(), km_LoopIdentifier, inIdentifier.size()) == 0 ||
            std::memcmp(inIdentifier.data(), "ANIMEXTS1.0", inIdentifier.size()) == 0;
 }
 
@@ -45,11 +45,11 @@ bool NvGIFFile::CheckSignature() {
     std::array<char, 3> text{};
     mReader.Seek(0);
     mReader.Read(text.data(), 3);
-    if (std::memcmp(text.data(), kSignature, 3) != 0)
+    if (std::memcmp(text.data(), km_Signature, 3) != 0)
         NvThrow(NvErrorCode::km_NotGIF);
     mReader.Read(text.data(), 3);
-    const bool is89a = std::memcmp(text.data(), kVersion89a, 3) == 0;
-    if (!is89a && std::memcmp(text.data(), kVersion87a, 3) != 0)
+    const bool is89a = std::memcmp(text.data(), km_Version89a, 3) == 0;
+    if (!is89a && std::memcmp(text.data(), km_Version87a, 3) != 0)
         NvThrow(NvErrorCode::km_UnknownGIFVersion);
     return is89a;
 }

@@ -29,8 +29,8 @@ void NvGIFFile::WriteGlobalInfo() {
     if (table.GetSize() == 0)
         info.mHasGlobalTable = 0;
 
-    mWriter.Write(kSignature, 3);
-    mWriter.Write(info.mVersionFlag ? kVersion89a : kVersion87a, 3);
+    mWriter.Write(km_Signature, 3);
+    mWriter.Write(info.mVersionFlag ? km_Version89a : km_Version87a, 3);
     mWriter.WriteWord(static_cast<std::uint16_t>(mScreenWidth));
     mWriter.WriteWord(static_cast<std::uint16_t>(mScreenHeight));
     std::uint32_t packed = 0;
@@ -59,7 +59,7 @@ void NvGIFFile::WriteLoop() {
     mWriter.WriteByte(km_Extension);
     mWriter.WriteByte(km_Application);
     mWriter.WriteByte(km_ApplicationIdentifierSize);
-    mWriter.Write(kLoopIdentifier, km_ApplicationIdentifierSize);
+    mWriter.Write(km_LoopIdentifier, km_ApplicationIdentifierSize);
     mWriter.WriteByte(3);
     mWriter.WriteByte(1);
     mWriter.WriteWord(mGlobalInfo->mLoopCount);
@@ -106,7 +106,7 @@ void NvGIFFile::WriteFrame(const NvIndexedImage& inImage, const NvImgFmtFrameInf
     mEncoder.Begin(mFrameInfoPtr->mMinimumCodeSize);
     const std::uint32_t stride = inImage.GetRowBytes();
     if (mFrameInfoPtr->mInterlaced) {
-        for (const NvInterlacePass& pass : kInterlacePasses)
+        for (const NvInterlacePass& pass : km_InterlacePasses)
             if (const std::uint32_t rows = pass.CountRows(height))
                 mEncoder.EncodeRows(pixels.Row(pass.mStart), width, rows, stride * pass.mStep);
     } else {

@@ -14,7 +14,7 @@ struct NvInterlacePass {
     }
 };
 
-inline constexpr std::array<NvInterlacePass, 4> kInterlacePasses{{{0, 8}, {4, 8}, {2, 4}, {1, 2}}};
+inline constexpr std::array<NvInterlacePass, 4> km_InterlacePasses{{{0, 8}, {4, 8}, {2, 4}, {1, 2}}};
 
 /** Calls inVisit(row) for every row of a frame in the order in which the file holds them. */
 template <typename Visitor>
@@ -24,7 +24,7 @@ void NvForEachRowInFileOrder(std::uint32_t inHeight, bool inInterlaced, Visitor 
             inVisit(row);
         return;
     }
-    for (const NvInterlacePass& pass : kInterlacePasses)
+    for (const NvInterlacePass& pass : km_InterlacePasses)
         for (std::uint32_t row = pass.mStart; row < inHeight; row += pass.mStep)
             inVisit(row);
 }

@@ -16,7 +16,7 @@ struct Product {
     std::string (*mMake)();
 };
 
-constexpr Product kProducts[] = {
+constexpr Product km_Products[] = {
     {"man", TermManPage},         {"bash", TermBashCompletion}, {"zsh", TermZshCompletion},
     {"fish", TermFishCompletion}, {"options", TermOptionList},
 };
@@ -25,7 +25,7 @@ constexpr Product kProducts[] = {
 
 int main(int inCount, char** inArguments) {
     const std::string_view wanted = inCount == 2 ? inArguments[1] : "";
-    for (const Product& product : kProducts) {
+    for (const Product& product : km_Products) {
         if (wanted != product.mName)
             continue;
         const std::string text = product.mMake();

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::size_t kWidth = 110;
+constexpr std::size_t km_Width = 110;
 
 /** Text that Markdown shows as it is. */
 std::string Escaped(std::string_view inText) {
@@ -38,7 +38,7 @@ std::string Item(std::string_view inText) {
     while (!inText.empty()) {
         const std::string_view word = inText.substr(0, inText.find(' '));
         inText.remove_prefix(std::min(inText.size(), word.size() + 1));
-        if (line.size() + 1 + word.size() > kWidth) {
+        if (line.size() + 1 + word.size() > km_Width) {
             lines += line + "\n";
             line = " ";
         }

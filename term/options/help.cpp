@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr std::size_t kTextColumn = 27; // where an option's text starts
-constexpr std::size_t kWidth = 80;
+constexpr std::size_t km_TextColumn = 27; // where an option's text starts
+constexpr std::size_t km_Width = 80;
 
 /** The option as it is typed: "-q, --quiet", indented so that the long names stand in one column. */
 std::string OptionHead(const TermOption& inOption) {
@@ -22,11 +22,11 @@ std::string OptionHead(const TermOption& inOption) {
     return head;
 }
 
-/** Words set from a column to kWidth, line by line. */
+/** Words set from a column to km_Width, line by line. */
 std::string Indented(std::string_view inText, std::size_t inColumn) {
     std::string lines;
     while (!inText.empty()) {
-        std::size_t length = std::min(inText.size(), kWidth - inColumn);
+        std::size_t length = std::min(inText.size(), km_Width - inColumn);
         if (length < inText.size())
             length = inText.rfind(' ', length);
         lines += std::string(inColumn, ' ') + std::string(inText.substr(0, length)) + "\n";
@@ -45,10 +45,10 @@ std::string WithHead(const std::string& inHead, std::string_view inText, std::si
 
 std::string OptionText(const TermOption& inOption, bool inFull) {
     std::string text = OptionHead(inOption);
-    text.resize(std::max(text.size() + 1, kTextColumn), ' ');
+    text.resize(std::max(text.size() + 1, km_TextColumn), ' ');
     text += std::string(inOption.mBrief) + "\n";
     if (inFull && inOption.mMore)
-        text += Indented(inOption.mMore, kTextColumn);
+        text += Indented(inOption.mMore, km_TextColumn);
     return text;
 }
 
@@ -75,7 +75,7 @@ std::string SectionText(const TermManualSection& inSection) {
     for (const TermManualItem& item : inSection.mItems)
         column = std::max(column, std::string_view(item.mTerm).size() + 4);
     for (const TermManualItem& item : inSection.mItems)
-        text += WithHead(std::string("  ") + item.mTerm, item.mText, std::min(column, kWidth / 2));
+        text += WithHead(std::string("  ") + item.mTerm, item.mText, std::min(column, km_Width / 2));
     return text;
 }
 

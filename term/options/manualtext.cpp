@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr auto kIntroduction = std::to_array<const char*>({
+constexpr auto km_Introduction = std::to_array<const char*>({
     "A NAME is a GIF file, a folder (its GIF files, with -r those of its subfolders too), or a pattern with "
     "* "
     "and ? in quotes. A NAME of - reads one picture from standard input and writes it to standard output.",
@@ -18,7 +18,7 @@ constexpr auto kIntroduction = std::to_array<const char*>({
     "links only the named one leads to the new file.",
 });
 
-constexpr auto kFiles = std::to_array<TermManualItem>({
+constexpr auto km_Files = std::to_array<TermManualItem>({
     {"NAME.BAK", "The original of NAME."},
     {"Norvek/Parvigif/1.x.ini",
      "Preferences and totals, lines like BACKUP=0; read below /etc/xdg, then below ~/.config (or "
@@ -27,13 +27,13 @@ constexpr auto kFiles = std::to_array<TermManualItem>({
     {"Norvek/PVGFDone.TXT", "What --skip-done remembers, in the same folder."},
 });
 
-constexpr auto kEnvironment = std::to_array<TermManualItem>({
+constexpr auto km_Environment = std::to_array<TermManualItem>({
     {"NO_COLOR", "When it is set, the progress panel does without colours."},
     {"TERM", "When it is dumb, there is no progress panel."},
     {"TMPDIR", "Where private copies are worked on, instead of /tmp."},
 });
 
-constexpr auto kExitStatus = std::to_array<TermManualItem>({
+constexpr auto km_ExitStatus = std::to_array<TermManualItem>({
     {"0", "every file was made smaller or found unchanged"},
     {"1", "at least one file or name could not be handled; the others were"},
     {"2", "the command line makes no sense; nothing was done"},
@@ -41,7 +41,7 @@ constexpr auto kExitStatus = std::to_array<TermManualItem>({
             "once, and every file is still whole"},
 });
 
-constexpr auto kExamples = std::to_array<TermManualItem>({
+constexpr auto km_Examples = std::to_array<TermManualItem>({
     {"parvigif banner.gif", "make one file smaller, keep banner.gif.BAK"},
     {"parvigif --no-backup pics/", "all GIF files of a folder, without backups"},
     {"parvigif 'pics/icon-*.gif'", "those that match"},
@@ -50,16 +50,16 @@ constexpr auto kExamples = std::to_array<TermManualItem>({
     {"parvigif - <in.gif >out.gif", "as part of a pipeline"},
 });
 
-constexpr auto kSections = std::to_array<TermManualSection>({
+constexpr auto km_Sections = std::to_array<TermManualSection>({
     {"On a terminal",
      "A few lines below the results tell how far the run is. p pauses it, also in the middle of a file; any "
      "key "
      "goes on. Ctrl-Z gives the terminal back until fg.",
      {}},
-    {"Files", nullptr, kFiles},
-    {"Environment", nullptr, kEnvironment},
-    {"Exit status", nullptr, kExitStatus},
-    {"Examples", nullptr, kExamples},
+    {"Files", nullptr, km_Files},
+    {"Environment", nullptr, km_Environment},
+    {"Exit status", nullptr, km_ExitStatus},
+    {"Examples", nullptr, km_Examples},
 });
 
 } // namespace
@@ -73,9 +73,9 @@ const char* TermGetPurpose() {
 }
 
 std::span<const char* const> TermGetIntroduction() {
-    return kIntroduction;
+    return km_Introduction;
 }
 
 std::span<const TermManualSection> TermGetManualSections() {
-    return kSections;
+    return km_Sections;
 }

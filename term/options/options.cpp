@@ -82,7 +82,7 @@ bool SetText(std::string& outText, Argument inText) {
     return !inText.empty();
 }
 
-constexpr auto kOptions = std::to_array<TermOption>({
+constexpr auto km_Options = std::to_array<TermOption>({
     {"recursive", 'r', nullptr, "Files", "enter the subfolders of folders, too",
      "Links to folders are not followed.",
      [](Settings& ioSettings, Argument) { return ioSettings.mIsRecursive = true; }},
@@ -196,5 +196,5 @@ constexpr auto kOptions = std::to_array<TermOption>({
 } // namespace
 
 std::span<const TermOption> TermGetOptions() {
-    return kOptions;
+    return km_Options;
 }

@@ -8,15 +8,15 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds kFirstShown(150);
-constexpr std::chrono::milliseconds kBetweenDrawings(80);
-constexpr const char* kKeys = "p pauses, Ctrl-C stops";
+constexpr std::chrono::milliseconds km_FirstShown(150);
+constexpr std::chrono::milliseconds km_BetweenDrawings(80);
+constexpr const char* km_Keys = "p pauses, Ctrl-C stops";
 
 // A terminal that knows these shows nothing in between; others pass over them.
-constexpr const char* kBeginUpdate = "\033[?2026h";
-constexpr const char* kEndUpdate = "\033[?2026l";
-constexpr const char* kEraseLine = "\033[K";
-constexpr const char* kEraseBelow = "\033[J";
+constexpr const char* km_BeginUpdate = "\033[?2026h";
+constexpr const char* km_EndUpdate = "\033[?2026l";
+constexpr const char* km_EraseLine = "\033[K";
+constexpr const char* km_EraseBelow = "\033[J";
 
 } // namespace
 
@@ -63,12 +63,12 @@ void TermPanel::SetText(MizerControl inControl, const char* inText) {
 }
 
 void TermPanel::Refresh() {
-    if (!mIsShown && mProgress.GetElapsed() < kFirstShown)
+    if (!mIsShown && mProgress.GetElapsed() < km_FirstShown)
         return;
-    if (mIsShown && Clock::now() - mLastDrawn < kBetweenDrawings)
+    if (mIsShown && Clock::now() - mLastDrawn < km_BetweenDrawings)
         return;
     mTexts.mNotice = mProgress.GetTimeLeft();
-    mTexts.mKeys = kKeys;
+    mTexts.mKeys = km_Keys;
     Draw();
 }
 
@@ -85,20 +85,20 @@ void TermPanel::Draw() {
     mTexts.mBatchFraction = mProgress.GetBatchFraction();
     const std::vector<std::string> lines =
         TermLayOutPanel(mTexts, {size.mColumns, size.mRows, TermWantsColours(), TermShowsUtf8()});
-    std::string text = std::string(kBeginUpdate) + "\r";
+    std::string text = std::string(km_BeginUpdate) + "\r";
     for (std::size_t i = 0; i < lines.size(); ++i)
-        text += (i == 0 ? "" : "\r\n") + lines[i] + kEraseLine;
-    text += kEraseBelow;
+        text += (i == 0 ? "" : "\r\n") + lines[i] + km_EraseLine;
+    text += km_EraseBelow;
     if (lines.size() > 1)
         text += "\033[" + std::to_string(lines.size() - 1) + "A";
-    TermDraw(text + "\r" + kEndUpdate);
+    TermDraw(text + "\r" + km_EndUpdate);
     mIsShown = true;
     mLastDrawn = Clock::now();
 }
 
 void TermPanel::Hide() {
     if (mIsShown && TermHoldTerminal())
-        TermDraw(std::string("\r") + kEraseBelow);
+        TermDraw(std::string("\r") + km_EraseBelow);
 }
 
 void TermPanel::PutBack() {
@@ -108,7 +108,7 @@ void TermPanel::PutBack() {
 
 bool TermPanel::IsPauseAsked() {
     bool isAsked = false;
-    if (Clock::now() - mKeysLastRead < kBetweenDrawings)
+    if (Clock::now() - mKeysLastRead < km_BetweenDrawings)
         return false;
     mKeysLastRead = Clock::now();
     while (mIsShown && TermHoldTerminal()) {

@@ -7,16 +7,17 @@
 
 namespace {
 
-constexpr std::size_t kLabelColumns = 12;
-constexpr std::size_t kSavedColumns = 24; // "4294967295 bytes saved" and a gap
-constexpr std::size_t kPercentColumns = 6;
-constexpr std::size_t kLeastBarColumns = 12;
-constexpr std::size_t kWideColumns = kLabelColumns + kLeastBarColumns + 2 + kSavedColumns + kPercentColumns;
+constexpr std::size_t km_LabelColumns = 12;
+constexpr std::size_t km_SavedColumns = 24; // "4294967295 bytes saved" and a gap
+constexpr std::size_t km_PercentColumns = 6;
+constexpr std::size_t km_LeastBarColumns = 12;
+constexpr std::size_t km_WideColumns =
+    km_LabelColumns + km_LeastBarColumns + 2 + km_SavedColumns + km_PercentColumns;
 
-constexpr const char* kBold = "\033[1m";
-constexpr const char* kDim = "\033[2m";
-constexpr const char* kGreen = "\033[32m";
-constexpr const char* kPlain = "\033[0m";
+constexpr const char* km_Bold = "\033[1m";
+constexpr const char* km_Dim = "\033[2m";
+constexpr const char* km_Green = "\033[32m";
+constexpr const char* km_Plain = "\033[0m";
 
 std::string Blanks(std::size_t inCount) {
     return std::string(inCount, ' ');
@@ -34,7 +35,7 @@ public:
             FileLine(mTexts.mFileSize + Gap(mTexts.mPosition) + mTexts.mPosition),
             BarLine("This file", mTexts.mFileFraction, mTexts.mThisFile, mTexts.mThisFilePercent),
             BarLine("This batch", mTexts.mBatchFraction, mTexts.mThisBatch, mTexts.mThisBatchPercent),
-            Labelled("To date") + ToDate(mColumns - kLabelColumns),
+            Labelled("To date") + ToDate(mColumns - km_LabelColumns),
             Apart(mTexts.mNotice, mTexts.mKeys),
         };
     }
@@ -48,13 +49,13 @@ public:
             SavedLine("This batch", mTexts.mThisBatch, mTexts.mThisBatchPercent),
             SavedLine("To date", mTexts.mToDate, ""),
             Cut(mTexts.mFilesToDate, mColumns),
-            Coloured(kDim, Cut(mTexts.mKeys, mColumns)),
+            Coloured(km_Dim, Cut(mTexts.mKeys, mColumns)),
         };
     }
 
 private:
     std::string Coloured(const char* inColour, const std::string& inText) const {
-        return mStyle.mIsColoured && !inText.empty() ? inColour + inText + kPlain : inText;
+        return mStyle.mIsColoured && !inText.empty() ? inColour + inText + km_Plain : inText;
     }
 
     std::string Cut(const std::string& inText, std::size_t inColumns) const {
@@ -62,7 +63,7 @@ private:
     }
 
     std::string Labelled(const std::string& inLabel) const {
-        return Coloured(kDim, Cut(inLabel + Blanks(kLabelColumns - inLabel.size()), mColumns));
+        return Coloured(km_Dim, Cut(inLabel + Blanks(km_LabelColumns - inLabel.size()), mColumns));
     }
 
     std::string ToDate(std::size_t inColumns) const {
@@ -78,7 +79,7 @@ private:
             return Cut(inLeft, mColumns);
         const std::size_t room = mColumns - TermTextWidth(inRight) - 2;
         const std::string left = Cut(inLeft, room);
-        return left + Blanks(room + 2 - TermTextWidth(left)) + Coloured(kDim, inRight);
+        return left + Blanks(room + 2 - TermTextWidth(left)) + Coloured(km_Dim, inRight);
     }
 
     std::string FileLine(const std::string& inRight) const {
@@ -86,7 +87,7 @@ private:
             mColumns - std::min(mColumns, TermTextWidth(inRight) + (inRight.empty() ? 0 : 2));
         const std::string name = Cut(mTexts.mFileName, room);
         const std::string gap = inRight.empty() ? "" : Blanks(room + 2 - TermTextWidth(name));
-        return Coloured(kBold, name) + gap + inRight;
+        return Coloured(km_Bold, name) + gap + inRight;
     }
 
     std::string Bar(double inFraction, std::size_t inColumns) const {
@@ -96,7 +97,7 @@ private:
         for (std::size_t i = 0; i < inColumns; ++i)
             (i < full ? done : rest) +=
                 mStyle.mIsUtf8 ? (i < full ? "\u2588" : "\u2591") : (i < full ? "#" : "-");
-        return Coloured(kGreen, done) + Coloured(kDim, rest);
+        return Coloured(km_Green, done) + Coloured(km_Dim, rest);
     }
 
     std::string BarWith(double inFraction, const std::string& inText) const {
@@ -108,26 +109,26 @@ private:
 
     std::string BarLine(const char* inLabel, double inFraction, const std::string& inSaved,
                         const std::string& inPercent) const {
-        const std::size_t bar = mColumns - kLabelColumns - 2 - kSavedColumns - kPercentColumns;
-        return Labelled(inLabel) + Bar(inFraction, bar) + "  " + Saved(inSaved, kSavedColumns, inPercent);
+        const std::size_t bar = mColumns - km_LabelColumns - 2 - km_SavedColumns - km_PercentColumns;
+        return Labelled(inLabel) + Bar(inFraction, bar) + "  " + Saved(inSaved, km_SavedColumns, inPercent);
     }
 
     /** Where there is no room for all of it, the numbers tell more than their label. */
     std::string SavedLine(const char* inLabel, const std::string& inSaved,
                           const std::string& inPercent) const {
-        const std::size_t numbers = TermTextWidth(inSaved) + kPercentColumns + 1;
+        const std::size_t numbers = TermTextWidth(inSaved) + km_PercentColumns + 1;
         if (numbers > mColumns)
             return Cut(inSaved, mColumns);
-        const std::string label = kLabelColumns + numbers > mColumns ? "" : Labelled(inLabel);
-        const std::size_t room = mColumns - (label.empty() ? 0 : kLabelColumns);
-        return label + Saved(inSaved, room - kPercentColumns, inPercent);
+        const std::string label = km_LabelColumns + numbers > mColumns ? "" : Labelled(inLabel);
+        const std::size_t room = mColumns - (label.empty() ? 0 : km_LabelColumns);
+        return label + Saved(inSaved, room - km_PercentColumns, inPercent);
     }
 
     std::string Saved(const std::string& inSaved, std::size_t inColumns, const std::string& inPercent) const {
         const std::string saved = Cut(inSaved, inColumns);
         return saved +
-               Blanks(inColumns - TermTextWidth(saved) + kPercentColumns -
-                      std::min(kPercentColumns, inPercent.size())) +
+               Blanks(inColumns - TermTextWidth(saved) + km_PercentColumns -
+                      std::min(km_PercentColumns, inPercent.size())) +
                inPercent;
     }
 
@@ -141,7 +142,7 @@ private:
 
 std::vector<std::string> TermLayOutPanel(const TermPanelTexts& inTexts, const TermPanelStyle& inStyle) {
     const Layout layout(inTexts, inStyle);
-    std::vector<std::string> lines = inStyle.mColumns > kWideColumns ? layout.Wide() : layout.Narrow();
+    std::vector<std::string> lines = inStyle.mColumns > km_WideColumns ? layout.Wide() : layout.Narrow();
     const std::size_t room = inStyle.mRows - std::min<std::size_t>(inStyle.mRows, 1);
     if (lines.size() > room)
         lines.resize(room);

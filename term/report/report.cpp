@@ -16,18 +16,18 @@
 
 namespace {
 
-constexpr std::string_view kSignature = "<!DOCTYPE html>\n<!-- A report of parvigif. -->\n";
-constexpr std::size_t kRoomForTotals = 2048; // characters; they need about a quarter of it
+constexpr std::string_view km_Signature = "<!DOCTYPE html>\n<!-- A report of parvigif. -->\n";
+constexpr std::size_t km_RoomForTotals = 2048; // characters; they need about a quarter of it
 
 /** Somebody's page, or a picture named by mistake, is never replaced. */
 bool IsReport(const char* inPath) {
-    std::array<char, kSignature.size()> start{};
+    std::array<char, km_Signature.size()> start{};
     NvFile file(inPath);
     file.Open(NvFile::km_ReadPerm);
     if (file.GetLength() < start.size())
         return false;
     file.Read(start.data(), static_cast<std::uint32_t>(start.size()));
-    return std::string_view(start.data(), start.size()) == kSignature;
+    return std::string_view(start.data(), start.size()) == km_Signature;
 }
 
 /** @return whether nothing is there yet; an older report may be replaced */
@@ -55,7 +55,7 @@ TermReport::TermReport(const std::string& inPath, std::uint64_t inLimit)
     mEnd = frame.mEnd;
     Write(frame.mHead);
     mTotalsAt = std::ftell(mStream.get());
-    Write(std::string(kRoomForTotals, ' ') + frame.mMiddle);
+    Write(std::string(km_RoomForTotals, ' ') + frame.mMiddle);
 }
 
 TermReport::~TermReport() = default;
@@ -127,7 +127,7 @@ void TermReport::Finish(bool inIsCancelled) {
     Write(mEnd);
     if (mWriteError == 0 && std::fseek(mStream.get(), mTotalsAt, SEEK_SET) != 0)
         mWriteError = errno;
-    Write(TermReportTotals(mCounts, mLeftOut, mLimit).substr(0, kRoomForTotals));
+    Write(TermReportTotals(mCounts, mLeftOut, mLimit).substr(0, km_RoomForTotals));
     if (std::fclose(mStream.release()) != 0 && mWriteError == 0)
         mWriteError = errno;
     if (mWriteError != 0)

@@ -24,8 +24,8 @@ volatile std::sig_atomic_t gMayHaveChanged = 0; // what was set when it was take
 volatile int gTerminal = -1;                    // of the keys
 termios gUsualModes;                            // written once, before the handlers are installed
 
-constexpr std::string_view kHideCursor = "\033[?25l";
-constexpr std::string_view kEraseAndShowCursor = "\033[?2026l\r\033[J\033[?25h";
+constexpr std::string_view km_HideCursor = "\033[?25l";
+constexpr std::string_view km_EraseAndShowCursor = "\033[?2026l\r\033[J\033[?25h";
 
 void WriteAll(std::string_view inText) {
     while (!inText.empty()) {
@@ -127,14 +127,14 @@ bool TermHoldTerminal() {
         gIsHeld = 0;
         return false;
     }
-    WriteAll(kHideCursor);
+    WriteAll(km_HideCursor);
     return true;
 }
 
 void TermLetGoOfTerminal() {
     if (!gIsHeld || !IsForeground())
         return;
-    WriteAll(kEraseAndShowCursor);
+    WriteAll(km_EraseAndShowCursor);
     tcsetattr(gTerminal, TCSADRAIN, &gUsualModes);
     gIsHeld = 0;
 }

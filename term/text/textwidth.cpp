@@ -15,7 +15,7 @@ struct Range {
 
 // From the Unicode character database: general categories Mn and Me (the common blocks), and zero-width
 // characters.
-constexpr auto kZeroWidth = std::to_array<Range>({
+constexpr auto km_ZeroWidth = std::to_array<Range>({
     {0x0300, 0x036f}, {0x0483, 0x0489}, {0x0591, 0x05bd}, {0x0610, 0x061a},   {0x064b, 0x065f},
     {0x0670, 0x0670}, {0x06d6, 0x06dc}, {0x0900, 0x0902}, {0x093c, 0x093c},   {0x0941, 0x0948},
     {0x0e31, 0x0e31}, {0x0e34, 0x0e3a}, {0x0e47, 0x0e4e}, {0x1ab0, 0x1aff},   {0x1dc0, 0x1dff},
@@ -24,7 +24,7 @@ constexpr auto kZeroWidth = std::to_array<Range>({
 });
 
 // From the same: East Asian width W and F, and characters shown as emoji.
-constexpr auto kWide = std::to_array<Range>({
+constexpr auto km_Wide = std::to_array<Range>({
     {0x1100, 0x115f},   {0x231a, 0x231b},   {0x2329, 0x232a},   {0x23e9, 0x23ec},   {0x25fd, 0x25fe},
     {0x2614, 0x2615},   {0x2648, 0x2653},   {0x26a1, 0x26a1},   {0x26bd, 0x26be},   {0x26c4, 0x26c5},
     {0x2705, 0x2705},   {0x270a, 0x270b},   {0x2728, 0x2728},   {0x274c, 0x274c},   {0x2753, 0x2755},
@@ -53,9 +53,9 @@ std::uint32_t Decode(std::string_view inCharacter) {
 
 std::size_t WidthOf(std::string_view inCharacter) {
     const std::uint32_t number = Decode(inCharacter);
-    if (IsIn(kZeroWidth, number))
+    if (IsIn(km_ZeroWidth, number))
         return 0;
-    return IsIn(kWide, number) ? 2 : 1;
+    return IsIn(km_Wide, number) ? 2 : 1;
 }
 
 /** The characters of a text, each with its width; what is no UTF-8 byte by byte as "?". */

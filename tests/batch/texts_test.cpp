@@ -10,7 +10,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::MatchesRegex;
 
-constexpr std::chrono::sys_seconds kTime =
+constexpr std::chrono::sys_seconds km_Time =
     std::chrono::sys_days(std::chrono::year(2009) / 3 / 7) + std::chrono::hours(14) + std::chrono::minutes(5);
 
 TEST(Texts, PercentagesRoundToSinglePrecisionFirst) {
@@ -29,11 +29,11 @@ TEST(Texts, ThePanelShowsTheEndOfALongPath) {
 }
 
 TEST(Texts, LogEntries) {
-    EXPECT_EQ(MizerSmallerEntry(kTime, "/p/a b.gif", 1000, 625),
+    EXPECT_EQ(MizerSmallerEntry(km_Time, "/p/a b.gif", 1000, 625),
               "3/7/2009  14:5:0 File: \"/p/a b.gif\" \n     375 bytes saved (1000 - 625) 37.5%\n");
-    EXPECT_EQ(MizerSmallerEntry(kTime, "x.gif", 4294967295u, 1),
+    EXPECT_EQ(MizerSmallerEntry(km_Time, "x.gif", 4294967295u, 1),
               "3/7/2009  14:5:0 File: \"x.gif\" \n     4294967294 bytes saved (4294967295 - 1) 100.0%\n");
-    EXPECT_EQ(MizerUnchangedEntry(kTime, std::string(400, 'x').c_str()),
+    EXPECT_EQ(MizerUnchangedEntry(km_Time, std::string(400, 'x').c_str()),
               "3/7/2009  14:5:0 File: \"" + std::string(400, 'x') + "\" \n    File Unchanged.\n");
 }
 

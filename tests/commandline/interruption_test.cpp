@@ -48,15 +48,15 @@ class FaultEverywhere : public Interruption {
 protected:
     FaultEverywhere() {
         DrawSamples();
-        mOriginal = Read(kName);
-        EXPECT_EQ(mRunner.Run({kName}).mStatus, 0);
-        mFinal = Read(kName);
+        mOriginal = Read(km_Name);
+        EXPECT_EQ(mRunner.Run({km_Name}).mStatus, 0);
+        mFinal = Read(km_Name);
     }
 
     /** @return how many runs the fault has hit; inCheck sees each result */
     int Repeat(const std::string& inFault, const std::function<bool(const ProgramResult&)>& inCheck) {
-        for (int at = 1; at <= kOperations; ++at) {
-            std::ofstream(mFolder / kName, std::ios::binary) << mOriginal;
+        for (int at = 1; at <= km_Operations; ++at) {
+            std::ofstream(mFolder / km_Name, std::ios::binary) << mOriginal;
             fs::remove(mFolder / "ball.gif.BAK");
             SetFault(inFault, at);
             const bool wasHit = inCheck(mRunner.Run(mArguments));
@@ -64,12 +64,12 @@ protected:
             if (!wasHit || HasFailure())
                 return at - 1;
         }
-        return kOperations;
+        return km_Operations;
     }
 
     /** The picture is whole, and safe when it is no longer the original. */
     void CheckFiles(int inAt) {
-        const std::string picture = Read(kName);
+        const std::string picture = Read(km_Name);
         mSeen.insert(picture);
         EXPECT_LE(mSeen.size(), 3u) << "old, after the first pass, after the second; operation " << inAt;
         EXPECT_EQ(picture.back(), ';') << "operation " << inAt;
@@ -80,9 +80,9 @@ protected:
         }
     }
 
-    static constexpr const char* kName = "ball.gif";
-    static constexpr int kOperations = 80; // more than a run over it has
-    std::vector<std::string> mArguments = {kName};
+    static constexpr const char* km_Name = "ball.gif";
+    static constexpr int km_Operations = 80; // more than a run over it has
+    std::vector<std::string> mArguments = {km_Name};
     std::string mOriginal;
     std::string mFinal;
     std::set<std::string> mSeen;
@@ -90,13 +90,13 @@ protected:
 
 TEST_F(FaultEverywhere, Killed) {
     for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{kName}, {"--min-saving=1", kName}}) {
+         {std::vector<std::string>{km_Name}, {"--min-saving=1", km_Name}}) {
         mArguments = arguments;
         const int kills =
             Repeat("kill", [](const ProgramResult& inResult) { return inResult.mStatus == -SIGKILL; });
         EXPECT_GT(kills, 15) << "the faults did not reach the program";
-        EXPECT_LT(kills, kOperations);
-        EXPECT_EQ(Read(kName), mFinal) << "the last run was not hit";
+        EXPECT_LT(kills, km_Operations);
+        EXPECT_EQ(Read(km_Name), mFinal) << "the last run was not hit";
         EXPECT_TRUE(mSeen.contains(mOriginal));
     }
     for (const auto& entry : fs::directory_iterator(mFolder.GetPath()))
@@ -105,10 +105,10 @@ TEST_F(FaultEverywhere, Killed) {
 }
 
 TEST_F(FaultEverywhere, KilledOnTheWayToAnotherFolder) {
-    mArguments = {"-o", "out", kName};
+    mArguments = {"-o", "out", km_Name};
     int delivered = 0;
     Repeat("kill", [&](const ProgramResult& inResult) {
-        EXPECT_EQ(Read(kName), mOriginal);
+        EXPECT_EQ(Read(km_Name), mOriginal);
         if (Has("out/ball.gif")) {
             EXPECT_EQ(Read("out/ball.gif"), mFinal) << "whole or absent";
             ++delivered;
@@ -137,13 +137,13 @@ TEST_F(FaultEverywhere, DiskFull) {
         if (inResult.mStatus == 1) {
             EXPECT_THAT(inResult.mErr,
                         testing::MatchesRegex("parvigif: ball.gif: (no backup could be made: )?" + disk));
-            EXPECT_EQ(Read(kName), mOriginal);
+            EXPECT_EQ(Read(km_Name), mOriginal);
             return true;
         }
         EXPECT_EQ(inResult.mStatus, 0);
-        return Read(kName) != mFinal || inResult.mErr != "";
+        return Read(km_Name) != mFinal || inResult.mErr != "";
     });
-    EXPECT_LT(faults, kOperations);
+    EXPECT_LT(faults, km_Operations);
     EXPECT_TRUE(mSeen.contains(mOriginal));
 }
 
@@ -242,12 +242,12 @@ TEST_F(Interruption, CtrlCLeavesNoContactSheet) {
  *  middle when the pipe is full. */
 class LongRun : public Interruption {
 protected:
-    static constexpr int kFiles = 120;
+    static constexpr int km_Files = 120;
 
     LongRun() {
         DrawSample("icon.gif", NameOf(100));
         mOriginal = Read(NameOf(100));
-        for (int i = 101; i < 100 + kFiles; ++i)
+        for (int i = 101; i < 100 + km_Files; ++i)
             Write(NameOf(i), mOriginal);
         EXPECT_EQ(pipe2(mPipe, O_CLOEXEC), 0);
         EXPECT_GT(fcntl(mPipe[1], F_SETPIPE_SZ, 4096), 0);
@@ -276,7 +276,7 @@ protected:
     int CountDone() {
         int done = 0;
         bool untouched = false;
-        for (int i = 100; i < 100 + kFiles; ++i) {
+        for (int i = 100; i < 100 + km_Files; ++i) {
             const bool isDone = Read(NameOf(i)) != mOriginal;
             EXPECT_FALSE(isDone && untouched) << NameOf(i) << " was done before an earlier file";
             untouched = untouched || !isDone;
@@ -304,7 +304,7 @@ TEST_F(LongRun, CtrlCFinishesTheFileInHandAndTellsWhatWasDone) {
     EXPECT_EQ(result.mErr, "parvigif: cancelled\n");
 
     const int done = CountDone();
-    EXPECT_LT(done, kFiles);
+    EXPECT_LT(done, km_Files);
     const std::string files = std::to_string(done) + (done == 1 ? " file, " : " files, ");
     EXPECT_THAT(mOutput, EndsWith("  " + files + std::to_string(done) + " made smaller\n"));
     const std::uintmax_t saved =
@@ -323,7 +323,7 @@ TEST_F(LongRun, ASecondCtrlCEndsAtOnce) {
         usleep(1000);
     }
     EXPECT_EQ(mRunner.Finish(mProcess).mStatus, -SIGINT);
-    EXPECT_LT(CountDone(), kFiles);
+    EXPECT_LT(CountDone(), km_Files);
 }
 
 TEST_F(LongRun, AClosedPipeIsAQuietEnd) {
@@ -332,7 +332,7 @@ TEST_F(LongRun, AClosedPipeIsAQuietEnd) {
     const ProgramResult result = mRunner.Finish(mProcess);
     EXPECT_EQ(result.mStatus, -SIGPIPE);
     EXPECT_EQ(result.mErr, "");
-    EXPECT_LT(CountDone(), kFiles);
+    EXPECT_LT(CountDone(), km_Files);
     EXPECT_THAT(ReadTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini"),
                 HasSubstr("BYTESSAVED="));
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::size_t kTextSize = 512; // characters
+constexpr std::size_t km_TextSize = 512; // characters
 
 /** Memory in the program, for messages whose answers Windows does not carry over. */
 class RemoteMemory {
@@ -29,8 +29,8 @@ public:
         WriteProcessMemory(mProcess, mMemory, inFrom, inSize, nullptr);
     }
     std::string ReadText(std::size_t inOffset) const {
-        std::array<wchar_t, kTextSize + 1> text{};
-        ReadProcessMemory(mProcess, Get() + inOffset, text.data(), kTextSize * sizeof(wchar_t), nullptr);
+        std::array<wchar_t, km_TextSize + 1> text{};
+        ReadProcessMemory(mProcess, Get() + inOffset, text.data(), km_TextSize * sizeof(wchar_t), nullptr);
         return NvNarrow(text.data());
     }
 
@@ -138,13 +138,13 @@ bool DesktopRun::IsEnabled(HWND inDialog, int inControl) {
 }
 
 std::string DesktopRun::GetText(HWND inControl) {
-    std::array<wchar_t, kTextSize> text{};
+    std::array<wchar_t, km_TextSize> text{};
     SendMessageW(inControl, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
     return NvNarrow(text.data());
 }
 
 std::string DesktopRun::GetStatus() const {
-    const RemoteMemory memory(mProcess.hProcess, (kTextSize + 1) * sizeof(wchar_t));
+    const RemoteMemory memory(mProcess.hProcess, (km_TextSize + 1) * sizeof(wchar_t));
     SendMessageW(GetDlgItem(mWindow, IDC_STATUS), SB_GETTEXTW, 0, reinterpret_cast<LPARAM>(memory.Get()));
     return memory.ReadText(0);
 }
@@ -154,10 +154,10 @@ int DesktopRun::CountRows() const {
 }
 
 std::string DesktopRun::GetCell(int inRow, int inColumn) const {
-    const RemoteMemory memory(mProcess.hProcess, sizeof(LVITEMW) + (kTextSize + 1) * sizeof(wchar_t));
+    const RemoteMemory memory(mProcess.hProcess, sizeof(LVITEMW) + (km_TextSize + 1) * sizeof(wchar_t));
     LVITEMW item{};
     item.iSubItem = inColumn;
-    item.cchTextMax = static_cast<int>(kTextSize);
+    item.cchTextMax = static_cast<int>(km_TextSize);
     item.pszText = reinterpret_cast<wchar_t*>(memory.Get() + sizeof(item));
     memory.Write(&item, sizeof(item));
     SendMessageW(GetDlgItem(mWindow, IDC_SESSION_LIST), LVM_GETITEMTEXTW, static_cast<WPARAM>(inRow),

@@ -32,7 +32,7 @@ void ForEachPass(const FrameShape& inShape, Visitor inVisit) {
         inVisit(0U, inShape.mHeight, 1U);
         return;
     }
-    for (const NvInterlacePass& pass : kInterlacePasses)
+    for (const NvInterlacePass& pass : km_InterlacePasses)
         inVisit(pass.mStart, pass.CountRows(inShape.mHeight), pass.mStep);
 }
 

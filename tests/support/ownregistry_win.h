@@ -13,7 +13,7 @@ public:
     /** @param inState  stands for the folder of application data; exists */
     explicit OwnRegistry(const std::string& inState) {
         DWORD size = sizeof(mBefore);
-        RegGetValueW(HKEY_CURRENT_USER, kShellFolders, L"AppData",
+        RegGetValueW(HKEY_CURRENT_USER, km_ShellFolders, L"AppData",
                      RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND, nullptr, mBefore, &size);
         SetAppData(NvWiden(inState).c_str());
     }
@@ -30,21 +30,21 @@ public:
     static DWORD GetPreference(const char* inName) {
         DWORD value = 0;
         DWORD size = sizeof(value);
-        RegGetValueA(HKEY_CURRENT_USER, kKey, inName, RRF_RT_REG_DWORD, nullptr, &value, &size);
+        RegGetValueA(HKEY_CURRENT_USER, km_Key, inName, RRF_RT_REG_DWORD, nullptr, &value, &size);
         return value;
     }
 
     static void SetPreference(const char* inName, DWORD inValue) {
-        RegSetKeyValueA(HKEY_CURRENT_USER, kKey, inName, REG_DWORD, &inValue, sizeof(inValue));
+        RegSetKeyValueA(HKEY_CURRENT_USER, km_Key, inName, REG_DWORD, &inValue, sizeof(inValue));
     }
 
 private:
-    static constexpr const char* kKey = "Software\\Norvek\\Parvigif\\1.x";
-    static constexpr const wchar_t* kShellFolders =
+    static constexpr const char* km_Key = "Software\\Norvek\\Parvigif\\1.x";
+    static constexpr const wchar_t* km_ShellFolders =
         L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
 
     static void SetAppData(const wchar_t* inPath) {
-        RegSetKeyValueW(HKEY_CURRENT_USER, kShellFolders, L"AppData", REG_EXPAND_SZ, inPath,
+        RegSetKeyValueW(HKEY_CURRENT_USER, km_ShellFolders, L"AppData", REG_EXPAND_SZ, inPath,
                         static_cast<DWORD>((wcslen(inPath) + 1) * sizeof(wchar_t)));
     }
 

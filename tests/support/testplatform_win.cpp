@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr const wchar_t* kShellFolders =
+constexpr const wchar_t* km_ShellFolders =
     L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
 
 /** A fresh registry key that stands for one of the roots in this process. */
@@ -57,7 +57,7 @@ struct TestEnvironment::Settings {
         mUser.Begin();
         std::filesystem::create_directory(inFolder / "state");
         const std::wstring state = NvWiden(inFolder / "state");
-        RegSetKeyValueW(HKEY_CURRENT_USER, kShellFolders, L"AppData", REG_SZ, state.c_str(),
+        RegSetKeyValueW(HKEY_CURRENT_USER, km_ShellFolders, L"AppData", REG_SZ, state.c_str(),
                         static_cast<DWORD>((state.size() + 1) * sizeof(wchar_t)));
     }
     ~Settings() {

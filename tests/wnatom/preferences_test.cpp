@@ -139,7 +139,7 @@ TEST_F(Preferences, AdditionsWrapAndContinueAUsersTotalInTheMachineWideRoot) {
 
 TEST(PreferencesDeath, AKeyPathHasItsLimit) {
     EXPECT_NO_FATAL_FAILURE(WnPref(std::string(1023, 'a').c_str()));
-    EXPECT_DEATH(WnPref(std::string(1024, 'a').c_str()), "kMaxKeyPath");
+    EXPECT_DEATH(WnPref(std::string(1024, 'a').c_str()), "km_MaxKeyPath");
 }
 
 } // namespace

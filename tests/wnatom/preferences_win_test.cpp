@@ -11,12 +11,12 @@
 
 namespace {
 
-constexpr const char* kKey = "Software\\Norvek\\Parvigif\\1.x";
+constexpr const char* km_Key = "Software\\Norvek\\Parvigif\\1.x";
 
 class Preferences : public testing::Test {
 protected:
     static void Set(HKEY inRoot, const char* inName, DWORD inType, const void* inData, DWORD inSize) {
-        EXPECT_EQ(RegSetKeyValueA(inRoot, kKey, inName, inType, inData, inSize), ERROR_SUCCESS);
+        EXPECT_EQ(RegSetKeyValueA(inRoot, km_Key, inName, inType, inData, inSize), ERROR_SUCCESS);
     }
     static void Set(HKEY inRoot, const char* inName, DWORD inValue) {
         Set(inRoot, inName, REG_DWORD, &inValue, sizeof(inValue));
@@ -25,7 +25,7 @@ protected:
     static DWORD Get(HKEY inRoot, const char* inName) {
         DWORD value = 99;
         DWORD size = sizeof(value);
-        RegGetValueA(inRoot, kKey, inName, RRF_RT_REG_DWORD, nullptr, &value, &size);
+        RegGetValueA(inRoot, km_Key, inName, RRF_RT_REG_DWORD, nullptr, &value, &size);
         return value;
     }
     std::uint32_t Read(const char* inName) const {
@@ -43,7 +43,7 @@ TEST_F(Preferences, MissingValuesGiveTheDefaultAndReadingMakesNoKey) {
     EXPECT_EQ(Read("BACKUP"), 9u);
     HKEY key = nullptr;
     for (const HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER})
-        EXPECT_EQ(RegOpenKeyExA(root, kKey, 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
+        EXPECT_EQ(RegOpenKeyExA(root, km_Key, 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
 }
 
 TEST_F(Preferences, TheMachineWideValueIsReadFirst) {

@@ -20,12 +20,12 @@ namespace {
 
 // Where a cancel was noticed. People who read reports know these numbers, so they are no longer those of the
 // lines below.
-constexpr const char* kSource = "win/mizerbrain";
-constexpr std::uint32_t kCancelledBeforeFile = 281;
-constexpr std::uint32_t kCancelledBetweenFiles = 612;
+constexpr const char* km_Source = "win/mizerbrain";
+constexpr std::uint32_t km_CancelledBeforeFile = 281;
+constexpr std::uint32_t km_CancelledBetweenFiles = 612;
 
 [[noreturn]] void ThrowCancelled(std::uint32_t inLine) {
-    throw NvErrorCode(NvErrorCode::km_Cancelled, kSource, inLine);
+    throw NvErrorCode(NvErrorCode::km_Cancelled, km_Source, inLine);
 }
 
 } // namespace
@@ -91,7 +91,7 @@ void MizerBrain::ProcessHead() {
     if (error && (!cancelled || error->GetCode() == NvErrorCode::km_Cancelled))
         throw NvErrorCode(*error);
     if (cancelled)
-        ThrowCancelled(kCancelledBetweenFiles);
+        ThrowCancelled(km_CancelledBetweenFiles);
 }
 
 void MizerBrain::ProcessFile(const char* inPath) {
@@ -168,7 +168,7 @@ void MizerBrain::OptimizeFile(MizerFileResult& ioResult) {
     mBackupFailed = mDeliveryFailed = mGainsTooLittle = false;
     mBackupPath.clear();
     if (PumpMessages())
-        ThrowCancelled(kCancelledBeforeFile);
+        ThrowCancelled(km_CancelledBeforeFile);
     PvOutcome outcome;
     ioResult.mNewSize =
         WorkOnFile(ioResult.mPath.c_str(), ioResult.mOriginalSize, outcome, ioResult.mOutputPath);

@@ -17,8 +17,8 @@
 
 namespace {
 
-constexpr const char* kLossy = "lossy";
-constexpr const char* kLossless = "lossless";
+constexpr const char* km_Lossy = "lossy";
+constexpr const char* km_Lossless = "lossless";
 
 std::optional<std::pair<std::uint64_t, std::size_t>> ContentOf(const char* inPath) {
     try {
@@ -51,8 +51,8 @@ void MizerLedger::Load() {
         const bool reads =
             std::sscanf(line.c_str(), "%16" SCNx64 " %zu %15s%n", &hash, &size, kind.data(), &end) == 3 &&
             static_cast<std::size_t>(end) == line.size();
-        if (reads &&
-            (kind.data() == std::string(kLossy) || (mIsLossless && kind.data() == std::string(kLossless))))
+        if (reads && (kind.data() == std::string(km_Lossy) ||
+                      (mIsLossless && kind.data() == std::string(km_Lossless))))
             mKnown.emplace(hash, size);
     }
 }
@@ -72,7 +72,7 @@ void MizerLedger::Add(const char* inPath) {
         return;
     std::array<char, 80> line{};
     std::snprintf(line.data(), line.size(), "%s%016" PRIx64 " %zu %s\n", mEndsWithinALine ? "\n" : "",
-                  content->first, content->second, mIsLossless ? kLossless : kLossy);
+                  content->first, content->second, mIsLossless ? km_Lossless : km_Lossy);
     const std::string path = GetPath();
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "ab"), &std::fclose);
     if (file && std::fputs(line.data(), file.get()) >= 0 && std::fflush(file.get()) == 0) {

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t kBufferSize = 64 * 1024; // no entry is longer, so each is one write
+constexpr std::size_t km_BufferSize = 64 * 1024; // no entry is longer, so each is one write
 
 } // namespace
 
@@ -38,7 +38,7 @@ void MizerLog::OpenLog() {
         return;
     mStream = OpenOrTell("a+");
     if (mStream)
-        std::setvbuf(mStream.get(), nullptr, _IOFBF, kBufferSize);
+        std::setvbuf(mStream.get(), nullptr, _IOFBF, km_BufferSize);
 }
 
 bool MizerLog::ClearLog() {

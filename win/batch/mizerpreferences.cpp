@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr auto kPreferences = std::to_array<MizerPreference>({
+constexpr auto km_Preferences = std::to_array<MizerPreference>({
     {"BACKUP", "keep the original as NAME.BAK", 1, 1},
     {"OBACK", "replace backups that exist", 0, 1},
     {"ALLOWCROP", "cut transparent borders off single images", 0, 1},
@@ -19,11 +19,11 @@ constexpr auto kPreferences = std::to_array<MizerPreference>({
 } // namespace
 
 std::span<const MizerPreference> MizerGetPreferences() {
-    return kPreferences;
+    return km_Preferences;
 }
 
 const MizerPreference* MizerFindPreference(std::string_view inName) {
-    const auto found = std::find_if(kPreferences.begin(), kPreferences.end(),
+    const auto found = std::find_if(km_Preferences.begin(), km_Preferences.end(),
                                     [&](const MizerPreference& inEntry) { return inName == inEntry.mName; });
-    return found == kPreferences.end() ? nullptr : &*found;
+    return found == km_Preferences.end() ? nullptr : &*found;
 }

@@ -10,7 +10,7 @@ struct Entry {
     bool MizerSettings::*mSetting;
 };
 
-constexpr Entry kEntries[] = {
+constexpr Entry km_Entries[] = {
     {"LOG", &MizerSettings::mLog},
     {"BACKUP", &MizerSettings::mBackup},
     {"OBACK", &MizerSettings::mOverwriteBackups},
@@ -23,7 +23,7 @@ constexpr Entry kEntries[] = {
 
 MizerSettings MizerSettings::Read(const WnPref& inPrefs) {
     MizerSettings settings;
-    for (const Entry& entry : kEntries) {
+    for (const Entry& entry : km_Entries) {
         std::uint32_t value = 0;
         inPrefs.ReadDWordDefault(entry.mName, value, MizerFindPreference(entry.mName)->mDefault);
         settings.*entry.mSetting = value != 0;
@@ -32,6 +32,6 @@ MizerSettings MizerSettings::Read(const WnPref& inPrefs) {
 }
 
 void MizerSettings::Write(WnPref& ioPrefs) const {
-    for (const Entry& entry : kEntries)
+    for (const Entry& entry : km_Entries)
         ioPrefs.WriteDWord(entry.mName, this->*entry.mSetting ? 1 : 0);
 }

@@ -14,9 +14,9 @@ struct Heading {
     int mWidth; // pixels at 96 per inch
 };
 
-constexpr int kColumnCount = static_cast<int>(SessionList::km_ColumnCount);
+constexpr int km_ColumnCount = static_cast<int>(SessionList::km_ColumnCount);
 
-constexpr Heading kHeadings[SessionList::km_ColumnCount] = {
+constexpr Heading km_Headings[SessionList::km_ColumnCount] = {
     {L"Name", LVCFMT_LEFT, 132},  {L"Original", LVCFMT_RIGHT, 68}, {L"New", LVCFMT_RIGHT, 68},
     {L"Saved", LVCFMT_RIGHT, 68}, {L"%", LVCFMT_RIGHT, 52},        {L"Outcome", LVCFMT_LEFT, 130},
 };
@@ -33,11 +33,11 @@ KAppList::KAppList(HWND inParent, const SessionList& inRows)
     if (!mWindow)
         ThrowRuntimeError(NvLastErrno());
     ListView_SetExtendedListViewStyle(mWindow, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP);
-    for (int i = 0; i < kColumnCount; ++i) {
+    for (int i = 0; i < km_ColumnCount; ++i) {
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_FMT;
-        column.fmt = kHeadings[i].mFormat;
-        column.pszText = const_cast<wchar_t*>(kHeadings[i].mText);
+        column.fmt = km_Headings[i].mFormat;
+        column.pszText = const_cast<wchar_t*>(km_Headings[i].mText);
         SendMessageW(mWindow, LVM_INSERTCOLUMNW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&column));
     }
 }
@@ -45,8 +45,8 @@ KAppList::KAppList(HWND inParent, const SessionList& inRows)
 void KAppList::SetScale(UINT inDPI, HFONT inFont) {
     mDPI = inDPI;
     SendMessageW(mWindow, WM_SETFONT, reinterpret_cast<WPARAM>(inFont), TRUE);
-    for (int i = 0; i < kColumnCount; ++i)
-        ListView_SetColumnWidth(mWindow, i, MulDiv(kHeadings[i].mWidth, static_cast<int>(inDPI), 96));
+    for (int i = 0; i < km_ColumnCount; ++i)
+        ListView_SetColumnWidth(mWindow, i, MulDiv(km_Headings[i].mWidth, static_cast<int>(inDPI), 96));
 }
 
 void KAppList::SetPlace(const RECT& inRect) {
@@ -55,11 +55,11 @@ void KAppList::SetPlace(const RECT& inRect) {
     RECT client{};
     GetClientRect(mWindow, &client);
     int rest = client.right - GetSystemMetricsForDpi(SM_CXVSCROLL, mDPI);
-    for (int i = 0; i < kColumnCount - 1; ++i)
+    for (int i = 0; i < km_ColumnCount - 1; ++i)
         rest -= ListView_GetColumnWidth(mWindow, i);
     ListView_SetColumnWidth(
-        mWindow, kColumnCount - 1,
-        std::max(rest, MulDiv(kHeadings[kColumnCount - 1].mWidth, static_cast<int>(mDPI), 96)));
+        mWindow, km_ColumnCount - 1,
+        std::max(rest, MulDiv(km_Headings[km_ColumnCount - 1].mWidth, static_cast<int>(mDPI), 96)));
 }
 
 void KAppList::Refresh() {
@@ -89,7 +89,7 @@ std::optional<std::size_t> KAppList::GetSelected() const {
 
 void KAppList::ShowSortArrow() {
     const HWND header = ListView_GetHeader(mWindow);
-    for (int i = 0; i < kColumnCount; ++i) {
+    for (int i = 0; i < km_ColumnCount; ++i) {
         HDITEMW item{};
         item.mask = HDI_FORMAT;
         SendMessageW(header, HDM_GETITEMW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&item));

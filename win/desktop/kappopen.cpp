@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::size_t kSelectionSize = 1 << 20; // characters; thousands of names
+constexpr std::size_t km_SelectionSize = 1 << 20; // characters; thousands of names
 
 /** Takes "folder NUL name NUL name NUL NUL", or one path, apart. */
 std::vector<std::string> SplitSelection(const wchar_t* inSelection) {
@@ -27,7 +27,7 @@ std::vector<std::string> SplitSelection(const wchar_t* inSelection) {
 } // namespace
 
 std::vector<std::string> KAppChooseFiles(HWND inOwner) {
-    std::vector<wchar_t> selection(kSelectionSize);
+    std::vector<wchar_t> selection(km_SelectionSize);
     OPENFILENAMEW dialog{};
     dialog.lStructSize = sizeof(dialog);
     dialog.hwndOwner = inOwner;

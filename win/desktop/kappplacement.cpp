@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr const char* kName = "WINDOW"; // "left top right bottom maximized dpi"
+constexpr const char* km_Name = "WINDOW"; // "left top right bottom maximized dpi"
 
 /** The key of this user alone, who has this screen. */
 WnPrefKey MakeKey() {
@@ -28,7 +28,7 @@ void KAppStorePlacement(HWND inWindow) {
                   rect.bottom, placement.showCmd == SW_SHOWMAXIMIZED ? 1 : 0, GetDpiForWindow(inWindow));
     WnPrefKey key = MakeKey();
     if (key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_ReadWrite))
-        key.WriteString(kName, text.data());
+        key.WriteString(km_Name, text.data());
 }
 
 bool KAppRestorePlacement(HWND inWindow) {
@@ -39,7 +39,7 @@ bool KAppRestorePlacement(HWND inWindow) {
     RECT& rect = placement.rcNormalPosition;
     int isMaximized = 0;
     int dpi = 0;
-    if (!key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_Read) || !key.ReadString(kName, text) ||
+    if (!key.OpenKey(WnPrefKey::km_User, WnPrefKey::km_Read) || !key.ReadString(km_Name, text) ||
         std::sscanf(text.c_str(), "%ld %ld %ld %ld %d %d", &rect.left, &rect.top, &rect.right, &rect.bottom,
                     &isMaximized, &dpi) != 6 ||
         dpi <= 0 || rect.left >= rect.right || rect.top >= rect.bottom ||

@@ -15,11 +15,11 @@
 
 namespace {
 
-constexpr const wchar_t* kClass = L"ParvigifPreview";
-constexpr UINT_PTR kTimer = 1;
-constexpr int kMargin = 8; // pixels at 96 per inch, like all lengths here
-constexpr int kCaptionHeight = 20;
-constexpr int kSquare = 8;
+constexpr const wchar_t* km_Class = L"ParvigifPreview";
+constexpr UINT_PTR km_Timer = 1;
+constexpr int km_Margin = 8; // pixels at 96 per inch, like all lengths here
+constexpr int km_CaptionHeight = 20;
+constexpr int km_Square = 8;
 
 std::uint32_t BitmapColour(NvGIFPlayer::Pixel inPixel) {
     return (inPixel & 0xFF) << 16 | (inPixel & 0xFF00) | (inPixel >> 16 & 0xFF);
@@ -58,7 +58,7 @@ void KAppPreview::Side::Paint() {
         for (std::int32_t x = 0; x < width; ++x) {
             const NvGIFPlayer::Pixel pixel = displayed[static_cast<std::size_t>(x)];
             row[static_cast<std::size_t>(x)] =
-                pixel != 0 ? BitmapColour(pixel) : WnCheckerboard(x, y, kSquare);
+                pixel != 0 ? BitmapColour(pixel) : WnCheckerboard(x, y, km_Square);
         }
     }
 }
@@ -70,10 +70,10 @@ KAppPreview::KAppPreview(HWND inParent) {
     windowClass.lpfnWndProc = &KAppPreview::Procedure;
     windowClass.hInstance = GetModuleHandleW(nullptr);
     windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)); // the arrow
-    windowClass.lpszClassName = kClass;
+    windowClass.lpszClassName = km_Class;
     RegisterClassExW(&windowClass);
     mWindow =
-        CreateWindowExW(0, kClass, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0, inParent,
+        CreateWindowExW(0, km_Class, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0, inParent,
                         reinterpret_cast<HMENU>(std::intptr_t{IDC_PREVIEW}), GetModuleHandleW(nullptr), this);
     if (!mWindow)
         ThrowRuntimeError(NvLastErrno());
@@ -120,7 +120,7 @@ void KAppPreview::Release(const std::string& inPath) {
 }
 
 void KAppPreview::Close() {
-    KillTimer(mWindow, kTimer);
+    KillTimer(mWindow, km_Timer);
     for (Side* side : {&mBefore, &mAfter}) {
         side->mMovie.reset();
         side->mCaption.clear();
@@ -132,7 +132,7 @@ void KAppPreview::Close() {
 
 void KAppPreview::Play() {
     if (!mIsPaused && mAfter.mMovie && mAfter.mMovie->GetFrameCount() > 1)
-        SetTimer(mWindow, kTimer, mAfter.mMovie->GetDelay(), nullptr);
+        SetTimer(mWindow, km_Timer, mAfter.mMovie->GetDelay(), nullptr);
 }
 
 void KAppPreview::OnTimer() {
@@ -152,7 +152,7 @@ void KAppPreview::OnTimer() {
 
 void KAppPreview::TogglePause() {
     mIsPaused = !mIsPaused;
-    KillTimer(mWindow, kTimer);
+    KillTimer(mWindow, km_Timer);
     Play();
 }
 
@@ -202,9 +202,9 @@ void KAppPreview::Draw(HDC inContext, const RECT& inRect) const {
 }
 
 void KAppPreview::DrawSide(HDC inContext, const Side& inSide, RECT inRect) const {
-    InflateRect(&inRect, -Scaled(kMargin), -Scaled(kMargin));
+    InflateRect(&inRect, -Scaled(km_Margin), -Scaled(km_Margin));
     RECT caption = inRect;
-    caption.bottom = caption.top + Scaled(kCaptionHeight);
+    caption.bottom = caption.top + Scaled(km_CaptionHeight);
     DrawTextW(inContext, inSide.mCaption.c_str(), -1, &caption,
               DT_CENTER | DT_TOP | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
     inRect.top = caption.bottom;
@@ -216,7 +216,7 @@ void KAppPreview::DrawSide(HDC inContext, const Side& inSide, RECT inRect) const
 
 /** Text of any number of lines in the middle of a rectangle. */
 void KAppPreview::DrawMiddle(HDC inContext, const std::wstring& inText, RECT inRect) const {
-    InflateRect(&inRect, -Scaled(2 * kMargin), -Scaled(2 * kMargin));
+    InflateRect(&inRect, -Scaled(2 * km_Margin), -Scaled(2 * km_Margin));
     RECT needed = inRect;
     DrawTextW(inContext, inText.c_str(), -1, &needed, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX | DT_CALCRECT);
     inRect.top = std::max(inRect.top, (inRect.top + inRect.bottom - (needed.bottom - needed.top)) / 2);

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int kProgressWidth = 160; // pixels at 96 per inch
+constexpr int km_ProgressWidth = 160; // pixels at 96 per inch
 
 } // namespace
 
@@ -47,12 +47,12 @@ int KAppStatus::LayOut(UINT inDPI) const {
     SendMessageW(mWindow, WM_SIZE, 0, 0);
     RECT rect{};
     GetWindowRect(mWindow, &rect);
-    const int progressLeft = static_cast<int>(rect.right - rect.left) - scaled(kProgressWidth + 20);
+    const int progressLeft = static_cast<int>(rect.right - rect.left) - scaled(km_ProgressWidth + 20);
     const std::array<int, 2> parts = {progressLeft, -1};
     SendMessageW(mWindow, SB_SETPARTS, parts.size(), reinterpret_cast<LPARAM>(parts.data()));
     RECT place{};
     SendMessageW(mWindow, SB_GETRECT, 1, reinterpret_cast<LPARAM>(&place));
-    MoveWindow(mProgress, place.left + scaled(2), place.top + scaled(3), scaled(kProgressWidth),
+    MoveWindow(mProgress, place.left + scaled(2), place.top + scaled(3), scaled(km_ProgressWidth),
                place.bottom - place.top - scaled(6), TRUE);
     return rect.bottom - rect.top;
 }

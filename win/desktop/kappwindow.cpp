@@ -15,10 +15,10 @@
 
 namespace {
 
-constexpr const wchar_t* kClass = L"Parvigif";
-constexpr const char* kHint = "Drop GIF files or folders here, or choose File > Open File(s)...";
-constexpr const char* kSelectHint = "Select a file to compare it with what it was.";
-constexpr ULONGLONG kPumpPause = 30; // milliseconds between looks at the messages inside a file
+constexpr const wchar_t* km_Class = L"Parvigif";
+constexpr const char* km_Hint = "Drop GIF files or folders here, or choose File > Open File(s)...";
+constexpr const char* km_SelectHint = "Select a file to compare it with what it was.";
+constexpr ULONGLONG km_PumpPause = 30; // milliseconds between looks at the messages inside a file
 
 HINSTANCE Instance() {
     return GetModuleHandleW(nullptr);
@@ -38,9 +38,9 @@ KAppWindow::KAppWindow() {
     windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)); // the arrow
     windowClass.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
     windowClass.lpszMenuName = MAKEINTRESOURCEW(IDR_MENU);
-    windowClass.lpszClassName = kClass;
+    windowClass.lpszClassName = km_Class;
     RegisterClassExW(&windowClass);
-    if (!CreateWindowExW(WS_EX_ACCEPTFILES | WS_EX_CONTROLPARENT, kClass, L"Parvigif",
+    if (!CreateWindowExW(WS_EX_ACCEPTFILES | WS_EX_CONTROLPARENT, km_Class, L"Parvigif",
                          WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
                          CW_USEDEFAULT, nullptr, nullptr, Instance(), this))
         ThrowRuntimeError(NvLastErrno());
@@ -65,7 +65,7 @@ void KAppWindow::MakeChildren() {
     mList->mOnSort = [this](SessionList::Column column) { SortList(column); };
     mList->mOnSelect = [this] { ShowSelected(); };
     mPreview = std::make_unique<KAppPreview>(mWindow);
-    mPreview->ShowText(kHint);
+    mPreview->ShowText(km_Hint);
     mStatus = std::make_unique<KAppStatus>(mWindow);
     ShowWindow(mPanel.GetWindow(), SW_SHOW);
     SetScale(GetDpiForWindow(mWindow));
@@ -100,7 +100,7 @@ bool KAppWindow::PumpAll() {
 }
 
 bool KAppWindow::ShowProgress(double inFraction) {
-    if (GetTickCount64() - mLastPump < kPumpPause)
+    if (GetTickCount64() - mLastPump < km_PumpPause)
         return mQuitSeen;
     mStatus->SetProgress(inFraction);
     return PumpAll();
@@ -179,7 +179,7 @@ void KAppWindow::BeforeReplace(const char* inPath) {
 void KAppWindow::ShowSelected() {
     const auto selected = mList->GetSelected();
     if (!selected)
-        mPreview->ShowText(mRows.GetCount() == 0 ? kHint : kSelectHint);
+        mPreview->ShowText(mRows.GetCount() == 0 ? km_Hint : km_SelectHint);
     else if (mRows.GetRow(*selected).mPath == mReplaced)
         mPreview->ShowText("");
     else

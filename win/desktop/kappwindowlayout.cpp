@@ -7,10 +7,10 @@
 
 namespace {
 
-constexpr int kDesiredWidth = 980; // pixels at 96 per inch, like all lengths here
-constexpr int kDesiredHeight = 600;
-constexpr int kMinimumHeight = 380;
-constexpr int kGap = 6;
+constexpr int km_DesiredWidth = 980; // pixels at 96 per inch, like all lengths here
+constexpr int km_DesiredHeight = 600;
+constexpr int km_MinimumHeight = 380;
+constexpr int km_Gap = 6;
 
 } // namespace
 
@@ -35,7 +35,7 @@ void KAppWindow::LayOut() {
     const int statusHeight = mStatus->LayOut(mDPI);
     RECT client{};
     GetClientRect(mWindow, &client);
-    const int gap = scaled(kGap);
+    const int gap = scaled(km_Gap);
     const SIZE panel = mPanel.GetSize();
     const int top = panel.cy + gap;
     const int height = std::max(0L, client.bottom - statusHeight - gap - top);
@@ -50,13 +50,13 @@ void KAppWindow::LayOut() {
 POINT KAppWindow::GetLeastSize() const {
     RECT rect{0, 0, mPanel.GetWindow() ? mPanel.GetSize().cx : 0, 0};
     AdjustWindowRectExForDpi(&rect, WS_OVERLAPPEDWINDOW, TRUE, 0, mDPI);
-    return {rect.right - rect.left, MulDiv(kMinimumHeight, static_cast<int>(mDPI), 96)};
+    return {rect.right - rect.left, MulDiv(km_MinimumHeight, static_cast<int>(mDPI), 96)};
 }
 
 void KAppWindow::Show(int inShowCommand) {
     if (!KAppRestorePlacement(mWindow)) {
-        SetWindowPos(mWindow, nullptr, 0, 0, MulDiv(kDesiredWidth, static_cast<int>(mDPI), 96),
-                     MulDiv(kDesiredHeight, static_cast<int>(mDPI), 96), SWP_NOMOVE | SWP_NOZORDER);
+        SetWindowPos(mWindow, nullptr, 0, 0, MulDiv(km_DesiredWidth, static_cast<int>(mDPI), 96),
+                     MulDiv(km_DesiredHeight, static_cast<int>(mDPI), 96), SWP_NOMOVE | SWP_NOZORDER);
         ShowWindow(mWindow, inShowCommand);
     }
     SetFocus(mList->GetWindow());
