@@ -67,8 +67,8 @@ public:
                      const NvPixelTarget& inTarget, double inOpacity) const override;
     /** What was set is not, and the reverse. */
     void Invert() override;
-    /** A picture of two colours: index 1 where the mask is set, 0 elsewhere.
-     *  No caller but the image converter. */
+    /** A picture of two colours: index 1 where the mask is set, 0 elsewhere. Defined beside its only caller,
+     *  the image converter, so that masks need not know indexed images, which do know masks. */
     virtual NvIndexedImage ToIndexed(NvColor inNotSet, NvColor inSet) const;
 
 private:

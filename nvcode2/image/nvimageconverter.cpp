@@ -26,3 +26,19 @@ NvIndexedImage NvImageConverter::ToIndexed(const NvRealImage& inImage, const NvC
         image.MapToTable(&inTable, inverseMap.get());
     return image;
 }
+
+NvIndexedImage NvBitmapImage::ToIndexed(NvColor inNotSet, NvColor inSet) const {
+    NvColorTable table(2);
+    table.SetColor(0, inNotSet);
+    table.SetColor(1, inSet);
+    NvIndexedImage image(mWidth, mHeight, table);
+    const NvConstPixelLock bits(*this);
+    const NvPixelLock pixels(image);
+    for (std::uint32_t y = 0; y < mHeight; ++y) {
+        const std::uint8_t* const bitRow = bits.Row(y);
+        std::uint8_t* const row = pixels.Row(y);
+        for (std::uint32_t x = 0; x < mWidth; ++x)
+            row[x] = static_cast<std::uint8_t>(GetBit(bitRow, GetRowBytes(), x, 0) ^ mPolarity);
+    }
+    return image;
+}
