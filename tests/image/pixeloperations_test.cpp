@@ -1,10 +1,8 @@
-// Operations on raw pixels: resampling, other layouts, mirroring.
+// Operations on raw pixels: resampling, other layouts, mirroring, other colours.
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
-#include <memory>
 #include <random>
 #include <utility>
 #include <vector>
@@ -14,8 +12,7 @@
 #include "nvcode2/base/nvprogressindicator.h"
 #include "nvcode2/image/nvblit.h"
 #include "nvcode2/image/nvflip.h"
-#include "nvcode2/image/nvimage.h"
-#include "nvcode2/image/nvmakeinvcolormap.h"
+#include "nvcode2/image/nvimageconverter.h"
 #include "nvcode2/image/nvresize.h"
 #include "nvcode2/image/nvrgbimage.h"
 #include "tests/image/images.h"
@@ -23,7 +20,6 @@
 
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using Bytes = std::vector<std::uint8_t>;
 
@@ -84,36 +80,6 @@ TEST(Resize, IsTheAreaAverageRoundedToNearest) {
     }
 }
 
-TEST(Resize, FlatStaysFlatAndTheSameSizeTheSame) {
-    for (const auto& [size, newSize] : std::vector<std::pair<Size, Size>>{
-             {{301, 7}, {300, 5}}, {{1, 1}, {2000, 3}}, {{2, 3}, {999, 1}}, {{1021, 2}, {7, 1000}}}) {
-        for (const std::uint8_t level : {std::uint8_t{1}, std::uint8_t{128}, std::uint8_t{255}}) {
-            const Bytes flat(std::size_t{size.width} * size.height * 3, level);
-            EXPECT_THAT(Resize(flat, size, newSize, 3), Each(level));
-        }
-    }
-    const Bytes pixels{1, 200, 3, 4, 50, 6};
-    EXPECT_EQ(Resize(pixels, {3, 2}, {3, 2}, 1), pixels);
-    EXPECT_THAT(Resize({0, 10, 20, 30}, {4, 1}, {2, 1}, 1), ElementsAre(5, 25));
-    EXPECT_THAT(Resize({0, 90}, {2, 1}, {3, 1}, 1), ElementsAre(0, 45, 90));
-}
-
-TEST(Resize, TouchesTheResampledChannelsOnly) {
-    const Bytes rgba{10, 20, 30, 40};
-    Bytes out(5, 77);
-    NvResizeRGB(rgba.data(), out.data(), 4, 5, 4, 5, 1, 1, 1, 1);
-    EXPECT_THAT(out, ElementsAre(10, 20, 30, 77, 77));
-    NvResizeChannels(rgba.data(), out.data(), 4, 5, 1, 4, 5, 1, 1, 0, 1);
-    EXPECT_THAT(out, ElementsAre(10, 20, 30, 77, 77)) << "no output pixel";
-    EXPECT_DEATH(NvResizeRGB(rgba.data(), out.data(), 2, 3, 4, 5, 1, 1, 1, 1),
-                 "inChannels >= 3 && outChannels >= 3");
-    EXPECT_DEATH(NvResizeChannels(rgba.data(), out.data(), 4, 2, 3, 4, 5, 1, 1, 1, 1),
-                 "calcChannels <= inChannels && calcChannels <= outChannels");
-    EXPECT_DEATH(NvResizeChannels(nullptr, out.data(), 1, 1, 1, 1, 1, 1, 1, 1, 1), "inPixelPtr");
-    EXPECT_DEATH(NvResizeChannels(rgba.data(), out.data(), 1, 1, 1, 0, 1, 1, 1, 1, 1),
-                 "inRowBytes .. !.inWidth && inHeight .");
-}
-
 TEST(Resize, IndicesAverageTheirColours) {
     const NvIndexedImage image =
         MakeIndexedRow({0, 2, 1, 1}, MakeTable({km_Black, km_Red, km_White, {128, 128, 128}}));
@@ -123,208 +89,112 @@ TEST(Resize, IndicesAverageTheirColours) {
     EXPECT_THAT(BytesOf(static_cast<const NvIndexedImage&>(*doubled)), ElementsAre(0, 0, 2, 2, 1, 1, 1, 1));
 }
 
-class StopAfter : public NvProgressIndicator {
-public:
-    explicit StopAfter(std::uint32_t inSteps) : mSteps(inSteps) {}
-    bool Progress(std::uint32_t inDone, std::uint32_t inTotal) override {
-        mTotal = inTotal;
-        mLast = inDone;
-        return inDone < mSteps;
-    }
-    std::uint32_t mSteps;
-    std::uint32_t mLast = 0;
-    std::uint32_t mTotal = 0;
-};
-
-TEST(Resize, ReportsItsRowsAndCanBeStopped) {
-    const NvRGBImage image(10, 10);
-    StopAfter never(1000);
-    EXPECT_NE(image.NewResizedImage(200, 30, &never), nullptr);
-    EXPECT_EQ(never.mLast, never.mTotal);
-    StopAfter early(7);
-    EXPECT_EQ(CodeOf([&] { image.NewResizedImage(200, 30, &early); }), 3u);
-    EXPECT_EQ(early.mLast, 7u);
-    EXPECT_FALSE(image.IsLocked());
+TEST(Resize, CanBeStopped) {
+    class Refuse : public NvProgressIndicator {
+        bool Progress(std::uint32_t inDone, std::uint32_t /*inTotal*/) override { return inDone < 2; }
+    } refuse;
+    EXPECT_EQ(CodeOf([&] { NvRGBImage(10, 10).NewResizedImage(200, 30, &refuse); }), 3u);
+    EXPECT_EQ(CodeOf([&] { NvImageConverter(&refuse).ToIndexed(NvRGBImage(2, 2), NvColorTable(1)); }), 3u);
 }
 
-TEST(Blit, Converts555WithItsBlueRule) {
-    constexpr struct {
-        unsigned pixel;
-        std::uint8_t red, green, blue;
-    } km_Cases[] = {
-        {0x7FFF, 255, 255, 255}, {0x001F, 0, 0, 0xFF}, {0x0010, 0, 0, 0x80}, {0x0013, 0, 0, 0x9B},
-        {0x4000, 0x84, 0, 0},    {0x0200, 0, 0x84, 0}, {0x8000, 0, 0, 0},    {0x0001, 0, 0, 9},
-    };
-    for (const auto& test : km_Cases) {
-        const Bytes source{static_cast<std::uint8_t>(test.pixel), static_cast<std::uint8_t>(test.pixel >> 8)};
+TEST(Blit, ConvertsOtherLayouts) {
+    constexpr std::pair<unsigned, NvColor> km_Fives[] = {
+        {0x7FFF, {255, 255, 255}}, {0x0013, {0, 0, 0x9B}}, {0x4000, {0x84, 0, 0}}, {0x0200, {0, 0x84, 0}}};
+    for (const auto& [pixel, color] : km_Fives) {
+        const Bytes source{static_cast<std::uint8_t>(pixel), static_cast<std::uint8_t>(pixel >> 8)};
         Bytes dest(4, 77);
         NvConvert555ToRGB(source.data(), 2, dest.data(), 4, 1, 1, 4);
-        EXPECT_THAT(dest, ElementsAre(test.red, test.green, test.blue, 77)) << std::hex << test.pixel;
+        EXPECT_THAT(dest, ElementsAre(color.red, color.green, color.blue, 77)) << std::hex << pixel;
     }
-    EXPECT_DEATH(NvConvert555ToRGB(nullptr, 0, nullptr, 0, 0, 0, 2), "outPixelBytes >= 3");
-}
-
-/** A converter of rows, and two rows of its source and result with a byte between the rows. */
-struct RowCase {
-    const char* what;
-    std::function<void(const std::uint8_t*, std::uint32_t, std::uint8_t*, std::uint32_t, std::uint32_t,
-                       std::uint32_t)>
-        convert;
-    std::uint32_t width, sourceRowBytes, destRowBytes;
-    Bytes source, expected;
-};
-
-const RowCase km_RowCases[] = {
-    {"4 bytes to 3",
-     NvConvert4BytesTo3,
-     2,
-     9,
-     7,
-     {1, 2, 3, 4, 5, 6, 7, 8, 0, 11, 12, 13, 14, 15, 16, 17, 18, 0},
-     {1, 2, 3, 5, 6, 7, 77, 11, 12, 13, 15, 16, 17, 77}},
-    {"16 bits to 8",
-     NvConvert16BitTo8,
-     2,
-     5,
-     3,
-     {0xFF, 1, 0xFF, 2, 0, 0xFF, 3, 0xFF, 4, 0},
-     {1, 2, 77, 3, 4, 77}},
-    {"4 bits to 8", NvConvert4BitTo8, 3, 3, 4, {0x12, 0x3F, 0, 0xAB, 0xCF, 0}, {1, 2, 3, 77, 10, 11, 12, 77}},
-};
-
-TEST(Blit, ConvertsRowsAndNothingBesideThem) {
-    for (const RowCase& test : km_RowCases) {
+    // two rows of two or three pixels, with a byte between the rows
+    using Convert = void (*)(const std::uint8_t*, std::uint32_t, std::uint8_t*, std::uint32_t, std::uint32_t,
+                             std::uint32_t);
+    const struct {
+        Convert convert;
+        std::uint32_t width, sourceRowBytes, destRowBytes;
+        Bytes source, expected;
+    } km_Rows[] = {
+        {NvConvert4BytesTo3, 1, 5, 4, {1, 2, 3, 4, 0, 11, 12, 13, 14, 0}, {1, 2, 3, 77, 11, 12, 13, 77}},
+        {NvConvert16BitTo8, 2, 5, 3, {0xFF, 1, 0xFF, 2, 0, 0xFF, 3, 0xFF, 4, 0}, {1, 2, 77, 3, 4, 77}},
+        {NvConvert4BitTo8, 3, 3, 4, {0x12, 0x3F, 0, 0xAB, 0xCF, 0}, {1, 2, 3, 77, 10, 11, 12, 77}},
+    };
+    for (const auto& test : km_Rows) {
         Bytes dest(test.expected.size(), 77);
         test.convert(test.source.data(), test.sourceRowBytes, dest.data(), test.destRowBytes, test.width, 2);
-        EXPECT_EQ(dest, test.expected) << test.what;
-        test.convert(nullptr, 0, nullptr, 0, 0, 5);
-        test.convert(nullptr, 1, nullptr, 1, 5, 0);
-        EXPECT_DEATH(test.convert(nullptr, 1, nullptr, 1, 1, 1), "inSrcPtr && inDstPtr") << test.what;
-        EXPECT_DEATH(test.convert(dest.data(), 0, dest.data(), 1, 1, 1), "inSrcRowBytes && inDstRowBytes");
+        EXPECT_EQ(dest, test.expected) << &test - km_Rows;
     }
 }
 
-TEST(Blit, ConvertsRunsOfSamples) {
-    const Bytes nibbles{0x12, 0x3F};
-    std::vector<std::uint16_t> words(4, 777);
-    NvConvert4BitTo16(nibbles.data(), words.data(), 3);
-    EXPECT_THAT(words, ElementsAre(1, 2, 3, 777));
-
-    const Bytes planes{1, 2, 3, 11, 12, 13, 21, 22, 23};
-    Bytes rgb(9);
-    NvInterleavePlanes(planes.data(), rgb.data(), 3);
-    EXPECT_THAT(rgb, ElementsAre(1, 11, 21, 2, 12, 22, 3, 13, 23));
+TEST(Blit, MovesChannels) {
+    Bytes rgb(6);
+    NvInterleavePlanes(Bytes{1, 2, 11, 12, 21, 22}.data(), rgb.data(), 2);
+    EXPECT_THAT(rgb, ElementsAre(1, 11, 21, 2, 12, 22));
+    NvSwapChannels(rgb.data(), 6, 2, 1, 3, 0, 2);
+    EXPECT_THAT(rgb, ElementsAre(21, 11, 1, 22, 12, 2));
+    NvInvert(rgb.data(), 6, 2, 1);
+    EXPECT_THAT(rgb, ElementsAre(234, 244, 1, 22, 12, 2));
+    NvDropChannel(rgb.data(), 2, 3, 1);
+    NvKeepChannels(rgb.data(), 2, 2, 1);
+    rgb.resize(2);
+    EXPECT_THAT(rgb, ElementsAre(234, 22));
 }
 
-TEST(Blit, ClosesTheGapsOfDroppedChannels) {
-    Bytes pixels{1, 2, 3, 4, 5, 6, 7, 8};
-    NvKeepChannels(pixels.data(), 2, 4, 3);
-    pixels.resize(6);
-    EXPECT_THAT(pixels, ElementsAre(1, 2, 3, 5, 6, 7));
-    NvKeepChannels(pixels.data(), 2, 3, 3);
-    NvKeepChannels(pixels.data(), 2, 3, 9);
-    EXPECT_THAT(pixels, ElementsAre(1, 2, 3, 5, 6, 7)) << "there are no more to drop";
-
-    struct {
-        std::uint32_t channel;
-        Bytes expected;
-    } const km_Cases[] = {{0, {2, 3, 5, 6}}, {1, {1, 3, 4, 6}}, {2, {1, 2, 4, 5}}};
-    for (const auto& test : km_Cases) {
-        Bytes rgb{1, 2, 3, 4, 5, 6};
-        NvDropChannel(rgb.data(), 2, 3, test.channel);
-        rgb.resize(4);
-        EXPECT_EQ(rgb, test.expected) << test.channel;
-    }
-}
-
-TEST(Blit, ChangesRowsInPlace) {
-    Bytes pixels{1, 2, 3, 4, 99, 5, 6, 7, 8, 99};
-    NvSwapChannels(pixels.data(), 5, 2, 2, 2, 0, 1);
-    EXPECT_THAT(pixels, ElementsAre(2, 1, 4, 3, 99, 6, 5, 8, 7, 99));
-    NvInvert(pixels.data(), 5, 4, 2);
-    EXPECT_THAT(pixels, ElementsAre(253, 254, 251, 252, 99, 249, 250, 247, 248, 99));
-    EXPECT_DEATH(NvSwapChannels(pixels.data(), 5, 2, 2, 2, 0, 2), "inChannelB < inChannels");
-}
-
-TEST(Blit, CopiesChannelsBetweenPixelsOfDifferentSize) {
-    const Bytes rgb{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}; // 2 x 2
-    const NvRect all{0, 0, 2, 2};
-    Bytes two(8);
-    NvCopyFromChannels(rgb.data(), 6, all, 3, 1, two.data(), 4, all, 2, 8);
-    EXPECT_THAT(two, ElementsAre(2, 3, 5, 6, 8, 9, 11, 12));
-
-    Bytes wide(12, 77);
-    NvCopyIntoChannels(two.data(), 4, {1, 0, 2, 2}, 2, wide.data(), 6, {0, 0, 1, 2}, 3, 1, 8);
-    EXPECT_THAT(wide, ElementsAre(77, 5, 6, 77, 77, 77, 77, 11, 12, 77, 77, 77));
-
-    Bytes words(4);
-    NvCopyFromChannels(rgb.data(), 8, {1, 0, 2, 1}, 2, 1, words.data(), 4, {1, 0, 2, 1}, 1, 16);
-    EXPECT_THAT(words, ElementsAre(0, 0, 7, 8)) << "channels of two bytes";
-
-    EXPECT_DEATH(NvCopyFromChannels(rgb.data(), 6, all, 3, 2, two.data(), 4, all, 2, 8),
-                 "inDstChannels . inSrcIndex. <= inSrcChannels");
-    EXPECT_DEATH(NvCopyIntoChannels(two.data(), 4, all, 2, wide.data(), 6, all, 3, 2, 8),
-                 "inSrcChannels . inDstIndex. <= inDstChannels");
-    EXPECT_DEATH(NvCopyRect(rgb.data(), 6, all, two.data(), 4, {0, 0, 1, 2}, 1, 8),
-                 "inSrcRect.right - inSrcRect.left. == .inDstRect.right - inDstRect.left");
-}
-
-TEST(Mirror, PixelsOfEveryUnitChangePlaces) {
-    std::mt19937 random(4);
-    for (const std::uint32_t unit : {1u, 2u, 3u, 4u, 5u}) {
-        for (std::uint32_t width = 1; width <= 9; ++width) {
-            const std::uint32_t rowBytes = width * unit + 2;
-            Bytes pixels(rowBytes * 3);
-            for (std::uint8_t& byte : pixels)
-                byte = static_cast<std::uint8_t>(random());
-            Bytes expected = pixels;
-            for (std::uint32_t y = 0; y < 3; ++y)
-                for (std::uint32_t x = 0; x < width; ++x)
-                    for (std::uint32_t c = 0; c < unit; ++c)
-                        expected[y * rowBytes + x * unit + c] =
-                            pixels[y * rowBytes + (width - 1 - x) * unit + c];
-            Bytes mirrored = pixels;
-            NvMirrorPixels(mirrored.data(), rowBytes, width, 3, unit);
-            ASSERT_EQ(mirrored, expected) << unit << " bytes, width " << width;
-            if (unit == 1)
-                NvMirrorBytes(pixels.data(), rowBytes, width, 3);
-            else if (unit == 4)
-                NvMirror4BytePixels(pixels.data(), rowBytes, width, 3);
-            else
-                continue;
-            ASSERT_EQ(pixels, expected) << unit << " bytes, width " << width;
-        }
-    }
-    NvMirrorPixels(nullptr, 0, 0, 5, 3);
-    NvMirrorRows(nullptr, 0, 5, 0);
-    std::uint8_t byte = 0;
-    EXPECT_DEATH(NvMirrorBytes(&byte, 0, 1, 1), "inRowBytes .. !\\(inWidth && inHeight\\)");
-}
-
-TEST(Mirror, BitsChangePlacesAtEveryWidth) {
+TEST(Mirror, EveryKindOfImageMirrorsBothWays) {
     std::mt19937 random(6);
-    for (std::uint32_t width = 1; width <= 40; ++width) {
+    for (std::uint32_t width = 1; width <= 20; ++width) {
         NvBitmapImage mask(width, 2);
         FillRandomly(mask, random);
-        const std::unique_ptr<NvImage> mirror = mask.NewHorizontalMirror();
-        const auto& mirrored = static_cast<const NvBitmapImage&>(*mirror);
-        for (std::uint32_t y = 0; y < 2; ++y)
-            for (std::uint32_t x = 0; x < width; ++x)
-                ASSERT_EQ(IsSet(mirrored, x, y), IsSet(mask, width - 1 - x, y)) << "width " << width;
+        const auto mirror = mask.NewHorizontalMirror();
+        for (std::uint32_t x = 0; x < width; ++x)
+            ASSERT_EQ(IsSet(static_cast<const NvBitmapImage&>(*mirror), x, 1), IsSet(mask, width - 1 - x, 1));
     }
-}
-
-TEST(Mirror, ImagesMirrorBothWays) {
-    NvRGBImage image(2, 3);
-    SetBytes(image, {1, 2, 3, 4, 5, 6, 11, 12, 13, 14, 15, 16, 21, 22, 23, 24, 25, 26});
+    NvRGBImage image(2, 2);
+    SetBytes(image, {1, 2, 3, 4, 5, 6, 11, 12, 13, 14, 15, 16});
     const auto across = image.NewHorizontalMirror();
     EXPECT_THAT(BytesOf(static_cast<const NvRGBImage&>(*across)),
-                ElementsAre(4, 5, 6, 1, 2, 3, 14, 15, 16, 11, 12, 13, 24, 25, 26, 21, 22, 23));
+                ElementsAre(4, 5, 6, 1, 2, 3, 14, 15, 16, 11, 12, 13));
     const auto down = image.NewVerticalMirror();
     EXPECT_THAT(BytesOf(static_cast<const NvRGBImage&>(*down)),
-                ElementsAre(21, 22, 23, 24, 25, 26, 11, 12, 13, 14, 15, 16, 1, 2, 3, 4, 5, 6));
-    const auto indices = MakeIndexedRow({1, 2, 3}, NvColorTable(4)).NewHorizontalMirror();
-    EXPECT_THAT(BytesOf(static_cast<const NvIndexedImage&>(*indices)), ElementsAre(3, 2, 1));
+                ElementsAre(11, 12, 13, 14, 15, 16, 1, 2, 3, 4, 5, 6));
+}
+
+TEST(Converter, PixelsGoToTheNearestColour) {
+    const NvColorTable table = MakeTable({km_Black, km_Red, km_Green, km_White});
+    NvRGBImage rgb(3, 1);
+    SetBytes(rgb, {255, 250, 255, 200, 0, 0, 9, 0, 0});
+    const NvImageConverter converter;
+    EXPECT_THAT(BytesOf(converter.ToIndexed(rgb, table)), ElementsAre(3, 1, 0));
+    const NvColorTable other = MakeTable({{250, 10, 0}, {240, 240, 240}, {10, 10, 10}, {0, 240, 0}});
+    const NvIndexedImage remapped = converter.ToIndexed(MakeIndexedRow({3, 1, 0, 2, 1}, table), other);
+    EXPECT_THAT(BytesOf(remapped), ElementsAre(1, 0, 2, 3, 0));
+    EXPECT_TRUE(remapped.GetColorTable() == other);
+    NvBitmapImage mask(3, 1, 1);
+    SetBytes(mask, {0x40});
+    EXPECT_THAT(BytesOf(converter.ToIndexed(mask, other)), ElementsAre(1, 2, 1));
+}
+
+TEST(Transfer, ReadsWritesAndBlends) {
+    NvRGBImage image(2, 2);
+    SetBytes(image, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12});
+    Bytes dest(16, 77);
+    image.ReadColors({1, 0, 2, 2}, {dest.data(), 8, {1, 0}, {4, 3, 1, 0}});
+    EXPECT_THAT(dest, ElementsAre(77, 77, 77, 77, 6, 5, 77, 4, 77, 77, 77, 77, 12, 11, 77, 10));
+    NvBitmapImage mask(2, 2);
+    SetBytes(mask, {0x80, 0x40});
+    dest.assign(16, 77);
+    image.ReadMaskedColors({0, 0, 2, 2}, mask, {dest.data(), 8, {0, 0}, {4, 1, 2, 3}});
+    EXPECT_THAT(dest, ElementsAre(77, 1, 2, 3, 77, 77, 77, 77, 77, 77, 77, 77, 77, 10, 11, 12));
+    const Bytes colors{0, 100, 255, 9, 9, 9, 9, 9, 9, 255, 10, 0};
+    mask.BlendMasked({0, 0, 2, 2}, colors.data(), 6, {dest.data(), 8, {0, 0}, {4, 1, 2, 3}}, 0.5);
+    EXPECT_THAT(dest, ElementsAre(77, 0, 51, 129, 77, 77, 77, 77, 77, 77, 77, 77, 77, 133, 10, 6));
+    mask.WriteMasked({0, 0, 2, 2}, colors.data(), 6, {dest.data(), 8, {0, 0}, {4, 1, 2, 3}});
+    EXPECT_THAT(dest, ElementsAre(77, 0, 100, 255, 77, 77, 77, 77, 77, 77, 77, 77, 77, 255, 10, 0));
+    Bytes plane(4);
+    image.ReadChannel(1, image.GetBounds(), plane.data(), 2);
+    EXPECT_THAT(plane, ElementsAre(2, 5, 8, 11));
+    image.WriteChannel(2, {1, 0, 2, 2}, plane.data(), 2);
+    EXPECT_THAT(BytesOf(image), ElementsAre(1, 2, 3, 4, 5, 2, 7, 8, 9, 10, 11, 8));
+    EXPECT_DEATH(image.ReadColors({1, 1, 3, 2}, {dest.data(), 8, {0, 0}, {}}), "inSourceRect.left");
 }
 
 } // namespace
