@@ -14,6 +14,7 @@
 #include "bench/pictures.h"
 #include "nvcode2/gif/nvanimation.h"
 #include "nvcode2/gif/nvlzwstringtable.h"
+#include "win/optimizer/base/pvoptsettings.h"
 #include "win/optimizer/base/pvprogress.h"
 #include "win/optimizer/codes/pvfill.h"
 #include "win/optimizer/codes/pvswap.h"
@@ -23,7 +24,6 @@
 #include "win/optimizer/colours/pvtableplan.h"
 #include "win/optimizer/frames/pvcrop.h"
 #include "win/optimizer/frames/pvdifference.h"
-#include "win/optimizer/pvopt.h"
 
 namespace {
 

@@ -61,7 +61,7 @@ FileLook Measure(const fs::path& inOriginal, const fs::path& inResult) {
         originalPlayer.ShowFrame(*original.ReadFrame(i));
         resultPlayer.ShowFrame(*result.ReadFrame(i));
         PvFrameLook frameLook = meter.Measure(originalPlayer, resultPlayer);
-        frameLook.MeasureErrors(originalPlayer, resultPlayer);
+        PvMeasureErrors(originalPlayer, resultPlayer, frameLook);
         look.Add(frameLook);
     }
     look.Finish();

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "win/batch/mizeroptions.h"
-#include "win/optimizer/pvopt.h"
+#include "win/optimizer/base/pvoptsettings.h"
 
 enum class TermTask {
     km_Process,

@@ -100,10 +100,10 @@ TEST_F(CropTest, ASingleImageIsCroppedOnlyWhenTheUserAllowsIt) {
         return ReadGIF(path).mFrames[0].mWidth;
     };
     EXPECT_EQ(widthAfter(still), 60u);
-    mPrefs.Override("ALLOWCROP", 0);
+    mSettings.mCropsSingleImages = false;
     EXPECT_EQ(widthAfter(still), 60u);
     EXPECT_EQ(widthAfter(Movie({frame, Picture("1")})), 12u) << "animations always are";
-    mPrefs.Override("ALLOWCROP", 1);
+    mSettings.mCropsSingleImages = true;
     EXPECT_EQ(widthAfter(still), 12u);
 }
 

@@ -149,7 +149,7 @@ TEST_F(GateTest, AFileThatWouldLookDifferentStaysByteForByte) {
         MeddlingHost host;
         host.mMeddle = [&] { Write(other); };
         {
-            PvOptimizer optimizer(mPrefs, host);
+            PvOptimizer optimizer(host);
             EXPECT_EQ(optimizer.OptimizeGIFFile(path.c_str(), size), size);
             EXPECT_NE(optimizer.GetOutcome().mGateReason, "");
         }
@@ -170,7 +170,7 @@ TEST_F(GateTest, AFileSavedAnewMeanwhileStaysAsItWasSaved) {
         MeddlingHost host;
         const auto save = [&] { WriteTestFile(path, saved); };
         (atBackup ? host.mMeddleAtBackup : host.mMeddle) = save;
-        PvOptimizer optimizer(mPrefs, host);
+        PvOptimizer optimizer(host);
         const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path));
         EXPECT_EQ(optimizer.OptimizeGIFFile(path.c_str(), size), size);
         EXPECT_EQ(optimizer.GetOutcome().mGateReason, "another program changed the file meanwhile");
@@ -200,7 +200,7 @@ TEST_F(GateTest, AFileWrittenOverAtAnyMomentStaysAsItWasWritten) {
         Host host;
         host.mMoment = seed % 15;
         host.mWriteOver = [&] { WriteTestFile(path, other); };
-        PvOptimizer optimizer(mPrefs, host);
+        PvOptimizer optimizer(host);
         const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path));
         EXPECT_EQ(CodeOf([&] { optimizer.OptimizeGIFFile(path.c_str(), size); }), 0u);
         if (host.mProgress.size() <= host.mMoment)

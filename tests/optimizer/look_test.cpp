@@ -30,7 +30,7 @@ protected:
         first.ShowFrame(MakeAnimation(inFirst)->GetFrame(0));
         second.ShowFrame(MakeAnimation(inSecond)->GetFrame(0));
         PvFrameLook look = PvLookMeter(inFirst.mWidth, inFirst.mHeight).Measure(first, second);
-        look.MeasureErrors(first, second);
+        PvMeasureErrors(first, second, look);
         return look;
     }
 };
@@ -131,7 +131,7 @@ TEST_F(LookTest, ToleranceGivesWayWhereItWouldTearAPicture) {
 }
 
 TEST_F(LookTest, LosslessChangesNoDisplayedPixel) {
-    mPrefs.Override("LOSSLESS", 1);
+    mSettings.mIsLossless = true;
     std::uint32_t smaller = 0;
     for (std::uint32_t seed = 2000; seed < 2150; ++seed) {
         SCOPED_TRACE(seed);

@@ -11,7 +11,6 @@
 #include "tests/support/testfolder.h"
 #include "tests/support/testgif.h"
 #include "win/optimizer/pvopt.h"
-#include "wnatom/wnpref.h"
 
 inline void ExpectTheSameIsShown(const TestGIF& inOriginal, const TestGIF& inResult) {
     const TestComparison comparison = CompareGIFs(inOriginal, inResult);
@@ -28,7 +27,7 @@ protected:
 
     /** Runs both passes. @return the size that the optimizer told */
     std::uint32_t Optimize(const std::string& inPath) {
-        PvOptimizer optimizer(mPrefs, mHost, mSettings);
+        PvOptimizer optimizer(mHost, mSettings);
         const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(inPath));
         const std::uint32_t newSize = optimizer.OptimizeGIFFile(inPath.c_str(), size);
         mOutcome = optimizer.GetOutcome();
@@ -48,7 +47,6 @@ protected:
     TestFolder mFolder;
     TestEnvironment mEnvironment{mFolder};
     TestVariable mScratch{"TMPDIR", mFolder / "scratch"};
-    WnPref mPrefs{"Parvigif", "1.x"};
     TestHost mHost;
     PvOptSettings mSettings;
     PvOutcome mOutcome;

@@ -67,7 +67,7 @@ TEST_F(PassesTest, WhenBothPassesReplaceThereIsOneBackupOfTheOriginal) {
     gif.mTable = EquallyBright(16); // pixels may change places unseen
     WatchingHost host(Write(gif));
     const std::string original = EncodeGIF(gif);
-    PvOptimizer optimizer(mPrefs, host);
+    PvOptimizer optimizer(host);
     const std::uint32_t size =
         optimizer.OptimizeGIFFile(host.mPath.c_str(), static_cast<std::uint32_t>(original.size()));
     EXPECT_LT(host.mSizeBetween, original.size());
@@ -81,7 +81,7 @@ TEST_F(PassesTest, TheSecondPassAloneMayReplaceAndMakesTheBackupThen) {
     const TestGIF gif = OnlyToBeCropped();
     WatchingHost host(Write(gif));
     const std::string original = EncodeGIF(gif);
-    PvOptimizer optimizer(mPrefs, host);
+    PvOptimizer optimizer(host);
     EXPECT_LT(optimizer.OptimizeGIFFile(host.mPath.c_str(), static_cast<std::uint32_t>(original.size())),
               original.size());
     EXPECT_EQ(host.mSizeBetween, original.size());
@@ -256,7 +256,7 @@ TEST_F(WholeRun, ResultsLookLikeTheOriginalAndAreNeverLarger) {
 }
 
 TEST_F(WholeRun, TheSameFileGivesTheSameBytesAndASecondRunDoesNoHarm) {
-    PvOptimizer usedBefore(mPrefs, mHost);
+    PvOptimizer usedBefore(mHost);
     for (std::uint32_t seed = 1000; seed < 1000 + km_Seeds / 4; ++seed) {
         SCOPED_TRACE(seed);
         const TestGIF original = RandomGIF(seed);

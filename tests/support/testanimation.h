@@ -7,8 +7,8 @@
 
 #include "nvcode2/gif/nvanimation.h"
 #include "tests/support/testgif.h"
+#include "win/optimizer/base/pvopthost.h"
 #include "win/optimizer/base/pvprogress.h"
-#include "win/optimizer/pvopt.h"
 
 /** An animation whose frames are at hand. */
 struct TestAnimation {

@@ -9,6 +9,7 @@
 #include "nvcode2/file/nvfile.h"
 #include "win/batch/mizerdelivery.h"
 #include "win/batch/mizersettings.h"
+#include "win/optimizer/pvopt.h"
 #include "wnatom/wholefile.h"
 #include "wnatom/wnfileclaim.h"
 #include "wnatom/wnpref.h"
@@ -279,7 +280,11 @@ void MizerBrain::RecordResult(const MizerFileResult& inResult) {
 std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize,
                                           PvOutcome& outOutcome) {
     try {
-        PvOptimizer optimizer(mPrefs, *this, mSettings);
+        const MizerSettings preferred = MizerSettings::Read(mPrefs);
+        PvOptSettings settings = mSettings;
+        settings.mIsLossless = preferred.mIsLossless;
+        settings.mCropsSingleImages = preferred.mAllowCrop;
+        PvOptimizer optimizer(*this, settings);
         const std::uint32_t newSize = optimizer.OptimizeGIFFile(inPath, inOriginalSize);
         outOutcome = optimizer.GetOutcome();
         return newSize;

@@ -12,7 +12,9 @@
 #include "win/batch/mizeroptions.h"
 #include "win/batch/mizershell.h"
 #include "win/batch/mizertotals.h"
-#include "win/optimizer/pvopt.h"
+#include "win/optimizer/base/pvopthost.h"
+#include "win/optimizer/base/pvoptsettings.h"
+#include "win/optimizer/base/pvoutcome.h"
 
 class WnPref;
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "nvcode2/base/nverrorcode.h"
-#include "win/optimizer/look/pvlook.h"
+#include "win/optimizer/base/pvframelook.h"
 
 /** The seam between the batch and whatever shows it: a window, a terminal, a recorder in the tests.
  *  The batch driver never knows which. */

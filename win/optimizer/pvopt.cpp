@@ -10,7 +10,6 @@
 #include "win/optimizer/frames/pvload.h"
 #include "win/optimizer/look/pvlookcost.h"
 #include "wnatom/wholefile.h"
-#include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
@@ -45,8 +44,8 @@ struct PvOptimizer::Candidate {
     }
 };
 
-PvOptimizer::PvOptimizer(const WnPref& inPrefs, PvOptHost& inHost, const PvOptSettings& inSettings)
-    : mPrefs(inPrefs), mHost(inHost), mSettings(inSettings) {
+PvOptimizer::PvOptimizer(PvOptHost& inHost, const PvOptSettings& inSettings)
+    : mHost(inHost), mSettings(inSettings) {
     if (mSettings.mMemoryLimit == 0)
         mSettings.mMemoryLimit = PvUsualMemoryLimit();
 }
@@ -105,7 +104,7 @@ PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, P
     if (!file)
         return std::nullopt;
     mOutcome.mFrameCount = file->GetFrameCount();
-    const std::uint32_t tolerance = IsPreferred("LOSSLESS") ? 0 : mSettings.mTolerance;
+    const std::uint32_t tolerance = mSettings.mIsLossless ? 0 : mSettings.mTolerance;
     std::unique_ptr<NvAnimation> animation =
         KeepLoadError([&] { return file->Rebuild(tolerance, ioProgress); });
     if (!animation)
@@ -186,14 +185,7 @@ std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t i
 }
 
 PvPassOptions PvOptimizer::PassOptions() const {
-    return {IsPreferred("LOSSLESS"), IsPreferred("ALLOWCROP")};
-}
-
-/** @return whether a preference is there and not 0 */
-bool PvOptimizer::IsPreferred(const char* inName) const {
-    std::uint32_t value = 0;
-    mPrefs.ReadDWordDefault(inName, value, 0);
-    return value != 0;
+    return {mSettings.mIsLossless, mSettings.mCropsSingleImages};
 }
 
 /** Where measurements are written. */

@@ -3,43 +3,22 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <string>
 
-#include "nvcode2/base/nverrorcode.h"
 #include "win/optimizer/base/pvopthost.h"
-#include "win/optimizer/frames/pvdifference.h"
-#include "win/optimizer/look/pvlook.h"
+#include "win/optimizer/base/pvoptsettings.h"
+#include "win/optimizer/base/pvoutcome.h"
 #include "win/optimizer/pvpasses.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
 
 class NvAnimation;
 class PvProgress;
-class WnPref;
-
-/** What a run may use and do, beside the preferences ALLOWCROP (cuts transparent borders off single images)
- *  and LOSSLESS (changes no displayed colour: no palette building, no tolerance, no exchanged pixels). */
-struct PvOptSettings {
-    /** Largest difference per channel at which a frame's pixel counts as what the screen shows already, 0
-     *  to 28. */
-    std::uint32_t mTolerance = km_DifferenceTolerance;
-    std::uint64_t mMemoryLimit = 0; ///< bytes one file may need; 0: half the physical memory, at least 1 GiB
-};
-
-/** What became of one file, beyond its size. */
-struct PvOutcome {
-    std::optional<NvErrorCode> mLoadError; ///< why the file could not be read as a GIF; it was left alone
-    std::string mGateReason; ///< why a smaller result was not kept: what a viewer would have noticed, or that
-                             ///< the file was changed by others meanwhile; empty: nothing was rejected
-    std::uint32_t mFrameCount = 0;
-    PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
-};
 
 /** Makes one GIF file smaller in place, or leaves it exactly as it is. */
 class PvOptimizer {
 public:
-    /** All three are borrowed for the optimizer's life. */
-    PvOptimizer(const WnPref& inPrefs, PvOptHost& inHost, const PvOptSettings& inSettings = {});
+    /** The host is borrowed for the optimizer's life. */
+    explicit PvOptimizer(PvOptHost& inHost, const PvOptSettings& inSettings = {});
 
     PvOptimizer(const PvOptimizer&) = delete;
     PvOptimizer& operator=(const PvOptimizer&) = delete;
@@ -78,10 +57,8 @@ private:
     template <typename Work>
     auto KeepLoadError(const Work& inRead) -> decltype(inRead());
     PvPassOptions PassOptions() const;
-    bool IsPreferred(const char* inName) const;
     bool Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp);
 
-    const WnPref& mPrefs;
     PvOptHost& mHost;
     PvOptSettings mSettings;
     PvOutcome mOutcome;

@@ -10,9 +10,6 @@ class NvConstPixelLock;
 class NvGIFFrame;
 class NvGIFFrameInfo;
 
-/** Largest difference per channel at which a pixel counts as the one already on the screen. */
-inline constexpr std::uint32_t km_DifferenceTolerance = 28;
-
 /** Makes a frame's disposal 1 unless it is 2, which is all that there is to do for a still picture. */
 void PvSettleDisposal(NvGIFFrameInfo& ioInfo);
 

@@ -127,7 +127,7 @@ void AddErrors(Piece& ioFirst, Piece& ioSecond, std::uint32_t inCount, Errors& i
 
 } // namespace
 
-void PvFrameLook::MeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond) {
+void PvMeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, PvFrameLook& ioLook) {
     Errors errors;
     for (std::uint32_t y = 0; y < inFirst.GetScreenHeight(); ++y)
         ForEachPiece({0, inFirst.GetScreenWidth()}, [&](const NvGIFPlayer::Columns& inPiece) {
@@ -137,12 +137,12 @@ void PvFrameLook::MeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& i
             inSecond.Read(y, inPiece, second.data());
             AddErrors(first, second, inPiece.mEnd - inPiece.mFirst, errors);
         });
-    mMaxError = errors.mMax;
-    mPsnr = km_MaxPsnr;
+    ioLook.mMaxError = errors.mMax;
+    ioLook.mPsnr = PvFrameLook::km_MaxPsnr;
     if (errors.mSquares > 0) {
         const double meanSquare =
             static_cast<double>(errors.mSquares) / (3.0 * static_cast<double>(errors.mPixels));
-        mPsnr = std::min(km_MaxPsnr, 10.0 * std::log10(255.0 * 255.0 / meanSquare));
+        ioLook.mPsnr = std::min(PvFrameLook::km_MaxPsnr, 10.0 * std::log10(255.0 * 255.0 / meanSquare));
     }
 }
 

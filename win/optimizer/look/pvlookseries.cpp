@@ -43,7 +43,7 @@ void PvLookSeries::Add(const PvFrameLook& inLook, const NvGIFPlayer& inFirst, co
     };
     if (rank(inLook) < rank(mWorst)) {
         mWorst = inLook;
-        mWorst.MeasureErrors(inFirst, inSecond);
+        PvMeasureErrors(inFirst, inSecond, mWorst);
     }
     mStructureSum += PvStructureOf(inLook);
     ++mCount;

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+
+/** Largest difference per channel at which a pixel counts as the one already on the screen. */
+inline constexpr std::uint32_t km_DifferenceTolerance = 28;
+
+/** What the optimizer may do to a file, and use for it. */
+struct PvOptSettings {
+    /** Changes no displayed colour: no palette building, no tolerance, no exchanged pixels. */
+    bool mIsLossless = false;
+    bool mCropsSingleImages = false; ///< cuts transparent borders off still pictures too
+    /** Largest difference per channel at which a frame's pixel counts as the one already on the screen, 0 to
+     *  km_DifferenceTolerance. Lossless runs use 0. */
+    std::uint32_t mTolerance = km_DifferenceTolerance;
+    std::uint64_t mMemoryLimit = 0; ///< bytes one file may need; 0: half the physical memory, at least 1 GiB
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "nvcode2/base/nverrorcode.h"
+#include "win/optimizer/base/pvframelook.h"
+
+/** What became of one file, beyond its size. */
+struct PvOutcome {
+    std::optional<NvErrorCode> mLoadError; ///< why the file could not be read as a GIF; it was left alone
+    std::string mGateReason; ///< why a smaller result was not kept: what a viewer would have noticed, or that
+                             ///< another program changed the file meanwhile; empty: nothing was rejected
+    std::uint32_t mFrameCount = 0;
+    PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
+};
