@@ -40,19 +40,14 @@ protected:
 };
 
 TEST_F(QueueTest, NamesThatDifferOnlyInTheCaseOfLettersAreOneUnlessBothExist) {
-    EXPECT_TRUE(mQueue.AddFile("/none/X/A.GIF"));
+    for (const char* name : {"X/A.GIF", "x/\xc3\xa9.gif", "x/\xc3\x89.gif", "x/[.gif", "x/{.gif"})
+        EXPECT_TRUE(mQueue.AddFile((std::string("/none/") + name).c_str())) << "only A to Z fold: " << name;
     EXPECT_FALSE(mQueue.AddFile("/none/x/a.gif"));
-    EXPECT_TRUE(mQueue.AddFile("/none/x/\xc3\xa9.gif"));
-    EXPECT_TRUE(mQueue.AddFile("/none/x/\xc3\x89.gif")) << "only A to Z fold";
-    EXPECT_TRUE(mQueue.AddFile("/none/x/[.gif"));
-    EXPECT_TRUE(mQueue.AddFile("/none/x/{.gif")) << "what stands 32 above a sign is another sign";
 
-    Make({"b.gif", "B.GIF", "c.gif"});
+    Make({"b.gif", "B.GIF"});
     EXPECT_TRUE(mQueue.AddFile((mFolder / "b.gif").c_str()));
     EXPECT_TRUE(mQueue.AddFile((mFolder / "B.GIF").c_str())) << "two files on a system that tells them apart";
     EXPECT_FALSE(mQueue.AddFile((mFolder / "b.GIF").c_str())) << "does not exist";
-    EXPECT_TRUE(mQueue.AddFile((mFolder / "c.GIF").c_str()));
-    EXPECT_FALSE(mQueue.AddFile((mFolder / "c.gif").c_str()));
 }
 
 TEST_F(QueueTest, AFileIsQueuedOnceUnderWhateverNames) {
@@ -82,28 +77,15 @@ TEST_F(QueueTest, AFolderGivesItsRegularFilesInBytewiseOrder) {
 TEST_F(QueueTest, PatternsAreOfStarsAndQuestionMarksOnly) {
     Make({"a.gif", "ab.gif", "abc.GIF", "[a].gif", "a.gift", "x"});
     const std::vector<std::pair<const char*, std::vector<std::string>>> cases = {
-        {"*", {"[a].gif", "a.gif", "a.gift", "ab.gif", "abc.GIF", "x"}},
         {"*.gif", {"[a].gif", "a.gif", "ab.gif", "abc.GIF"}},
         {"A?.gif", {"ab.gif"}},
-        {"a*.g*f", {"a.gif", "ab.gif", "abc.GIF"}},
         {"*a*b*", {"ab.gif", "abc.GIF"}},
         {"[a].gif", {"[a].gif"}},
-        {"a.gif", {"a.gif"}},
         {"**t", {"a.gift"}},
-        {"?", {"x"}},
         {"*.png", {}},
     };
     for (const auto& [pattern, names] : cases)
         EXPECT_EQ(Find(pattern), names) << pattern;
-}
-
-TEST_F(QueueTest, APatternWithoutAFolderIsSearchedInTheCurrentOne) {
-    Make({"a.gif"});
-    const fs::path before = fs::current_path();
-    fs::current_path(mFolder.GetPath());
-    EXPECT_EQ(mQueue.AddFolder("?.gif"), 1u);
-    fs::current_path(before);
-    EXPECT_THAT(TakeAll(mQueue), ElementsAre("./a.gif"));
 }
 
 class NameTest : public BatchTest {
@@ -117,21 +99,15 @@ protected:
     }
 };
 
-TEST_F(NameTest, AnExistingFileIsMeantWhateverItsNameHolds) {
-    for (const char* name : {"a*.gif", "ab.gif", "[x].gif"})
-        WriteTestFile(mFolder / name, "x");
-    EXPECT_EQ(Add("a*.gif"), MizerBrain::Named::km_Queued);
-    EXPECT_EQ(Add("[x].gif"), MizerBrain::Named::km_Queued);
-    EXPECT_EQ(Add("./a*.gif"), MizerBrain::Named::km_AlreadyQueued);
-    EXPECT_THAT(Run(), ElementsAre("a*.gif", "[x].gif"));
-}
-
-TEST_F(NameTest, AFolderNeedsNoClosingSeparator) {
+TEST_F(NameTest, AFolderNeedsNoClosingSeparatorAndAFileNoPlainName) {
     WriteTestFile(mFolder / "pics/a.gif", "x");
+    WriteTestFile(mFolder / "a*.gif", "x");
+    WriteTestFile(mFolder / "ab.gif", "x");
     EXPECT_EQ(Add("pics"), MizerBrain::Named::km_Queued);
     EXPECT_EQ(Add("pics/"), MizerBrain::Named::km_Queued) << "nothing new, but not a mistake";
-    EXPECT_EQ(mBrain->AddNameToQueue((mFolder / "pics/?.gif").c_str()), MizerBrain::Named::km_Queued);
-    EXPECT_THAT(Run(), ElementsAre("a.gif"));
+    EXPECT_EQ(Add("a*.gif"), MizerBrain::Named::km_Queued) << "a file of that very name";
+    EXPECT_EQ(Add("./a*.gif"), MizerBrain::Named::km_AlreadyQueued);
+    EXPECT_THAT(Run(), ElementsAre("a.gif", "a*.gif"));
 }
 
 TEST_F(NameTest, NamesThatLeadNowhereAreTold) {
