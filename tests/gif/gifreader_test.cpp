@@ -45,12 +45,6 @@ TEST(GIFReader, ReadsWhatOnlyItsRecordsHold) {
     EXPECT_EQ(info->mSortFlag, 1);
     EXPECT_EQ(info->mHasGraphicControl, 1);
     EXPECT_EQ(info->mMinimumCodeSize, 3);
-    EXPECT_DEATH(file->DetachFrameInfo(), "mFrameInfoPtr");
-
-    NvGIFFrameInfo copy(*info);
-    copy.mColorTable.SetColor(0, km_Red);
-    EXPECT_EQ(copy.mDelay, 0x1234);
-    EXPECT_EQ(info->mColorTable.GetColor(0), km_Black);
 }
 
 struct ScanCase {
@@ -89,13 +83,7 @@ const ScanCase km_Scans[] = {
     {"graphic control", GIFControl(0, 9, 0) + km_Frame + ";", 1, 0, -1, {}, 9},
     {"two graphic controls", GIFControl(0, 9, 0) + GIFControl(0, 8, 0) + km_Frame, 1, 0, -1, {}, 8},
     {"graphic control with more", GIFExtension(0xF9, {"\0\6\0\0"s, "x"}) + km_Frame, 1, 0, -1, {}, 6},
-    {"graphic control, then a comment",
-     GIFControl(0, 9, 0) + GIFComment({"x"}) + km_Frame,
-     1,
-     0,
-     -1,
-     {"x"},
-     9},
+    {"control, then a comment", GIFControl(0, 9, 0) + GIFComment({"x"}) + km_Frame, 1, 0, -1, {"x"}, 9},
     {"graphic control of others", km_Frame + GIFControl(0, 9, 0) + km_Frame + GIFControl(0, 7, 0), 2},
     {"graphic control of size 3", GIFExtension(0xF9, {"\0\1\0"s}) + km_Frame + ";", 1, 28},
     {"graphic control of size 0", GIFExtension(0xF9, {}) + km_Frame + ";", 1, 28},
@@ -133,11 +121,6 @@ TEST(GIFReader, TellsWhatIsNoGIF) {
     EXPECT_EQ(CodeOfReadingAll("GIG89a" + rest), 32u);
     EXPECT_EQ(CodeOfReadingAll("GIF88a" + rest), 33u);
     EXPECT_EQ(CodeOfReadingAll(""), 18u);
-
-    GIFInput file("GIF87a" + rest);
-    file.Open();
-    EXPECT_FALSE(file->CheckSignature());
-    EXPECT_EQ(file->GetGlobalInfo()->mVersionFlag, 0u);
 }
 
 struct FrameCase {
@@ -209,18 +192,11 @@ TEST(GIFReader, ReadsFramesInAnyOrderAndFilesOneAfterTheOther) {
     const std::string comment = GIFComment(std::vector<std::string>(600, std::string(255, 'x')));
     GIFInput file(km_SmallHeader + km_Frame + comment + zero + ";");
     file.Open();
-    EXPECT_EQ(file->GetCurrentFrameIndex(), 0u);
     for (const std::uint32_t index : {1U, 0U, 0U, 1U})
         EXPECT_THAT(BytesOf(file.ReadImage(index)), ElementsAre(1 - index));
     EXPECT_EQ(file->GetGlobalInfo()->mComments.GetTexts()[0].size(), 600u * 255);
-    file->SeekToFrame(1);
-    EXPECT_EQ(file->GetCurrentFrameIndex(), 1u);
-    EXPECT_DEATH(file->SeekToFrame(2), "inIndex < mNumberOfFrames");
-    EXPECT_DEATH(file->ReadFrameInfo(2), "frameLoc");
-    EXPECT_DEATH(file->SetScreenSize(1, 1), "!IsOpen\\(\\)");
     const std::shared_ptr<NvGIFGlobalInfo> kept = file->GetGlobalInfo();
     file->Close();
-    EXPECT_DEATH(file->ReadFrameInfo(0), "IsOpen\\(\\) && \\(mFilePerm & km_ReadPerm\\)");
     file.Open();
     EXPECT_THAT(BytesOf(file.ReadImage(1)), ElementsAre(0));
     EXPECT_EQ(kept->mColorTable.GetSize(), 2u) << "outlives the file it came from";

@@ -78,20 +78,15 @@ TEST(GIFWriter, AnUntouchedRecordGivesThePlainestFile) {
 
 TEST(GIFWriter, RefusesColoursThatNoTableHolds) {
     struct {
-        const char* mName;
         std::uint32_t mColors;     // of the image
         std::uint8_t mIndex;       // of its pixel
         std::int32_t mLocalColors; // -1: no local table
         std::uint32_t mGlobalColors;
         std::uint32_t mError;
-    } const cases[] = {
-        {"all is well", 256, 255, 256, 256, 0},    {"no colours", 0, 0, -1, 2, 21},
-        {"257 colours", 257, 0, -1, 2, 21},        {"an index beyond the colours", 2, 2, -1, 2, 21},
-        {"empty local table", 2, 0, 0, 2, 21},     {"257 local colours", 2, 0, 257, 2, 21},
-        {"257 global colours", 2, 0, -1, 257, 21},
-    };
+    } const cases[] = {{256, 255, 256, 256, 0}, {0, 0, -1, 2, 21},  {257, 0, -1, 2, 21}, {2, 2, -1, 2, 21},
+                       {2, 0, 0, 2, 21},        {2, 0, 257, 2, 21}, {2, 0, -1, 257, 21}};
     for (const auto& row : cases) {
-        SCOPED_TRACE(row.mName);
+        SCOPED_TRACE(&row - cases);
         GIFOutput file;
         file->GetGlobalInfo()->mHasGlobalTable = 1;
         file->GetGlobalInfo()->mColorTable = NvColorTable(row.mGlobalColors);
@@ -102,28 +97,6 @@ TEST(GIFWriter, RefusesColoursThatNoTableHolds) {
         file.Open(1, 1, 1);
         EXPECT_EQ(CodeOf([&] { file->WriteFrame(image, info); }), row.mError);
     } // destroyed without Close, which is no mistake
-}
-
-TEST(GIFWriterDeathTest, HoldsItsCallersToTheOrder) {
-    const NvIndexedImage image = MakeIndexedRow({0}, km_ThreeGreys);
-    const NvGIFFrameInfo info = PlainInfoFor(image);
-    GIFOutput file;
-    EXPECT_DEATH(file->WriteFrame(image, info), "IsOpen\\(\\) && \\(mFilePerm & km_WritePerm\\)");
-    EXPECT_DEATH(file.Open(1, 1, 1, NvFile::km_ReadPerm | NvFile::km_WritePerm),
-                 "!\\( \\(inPerm & km_ReadPerm\\) && \\(inPerm & km_WritePerm\\) \\)");
-    file.Open(1, 1, 2);
-    NvGIFFrameInfo tooWide(info);
-    tooWide.mWidth = 2;
-    EXPECT_DEATH(file->WriteFrame(image, tooWide), "mWidth == width");
-    file->WriteFrame(image, info);
-    EXPECT_DEATH(file->WriteGlobalInfo(), "mHaveStarted == 0");
-    EXPECT_DEATH(file->Close(), "mCurrentFrameIndex == mNumberOfFrames");
-    file->WriteFrame(image, info);
-    EXPECT_DEATH(file->WriteFrame(image, info), "mCurrentFrameIndex < mNumberOfFrames");
-    file->Close();
-
-    file.Open(65536, 1, 1);
-    EXPECT_DEATH(file->WriteFrame(image, info), "mScreenWidth <= 0xFFFF");
 }
 
 // From a plain writer through our reader and our writer to giflib.
@@ -144,13 +117,9 @@ TEST(GIFRoundTrip, AnotherReaderSeesWhatOursHasRead) {
         EXPECT_EQ(output->GetWrittenLength(), bytes.size());
 
         const TestGIF read = ReadGIF(output.GetPath());
-        EXPECT_EQ(read.mWidth, gif.mWidth);
-        EXPECT_EQ(read.mHeight, gif.mHeight);
+        EXPECT_EQ(CompareGIFs(gif, read).mDifference, "");
         EXPECT_EQ(read.mTable, gif.mTable);
         EXPECT_EQ(read.mBackground, gif.mBackground);
-        EXPECT_EQ(read.mAspect, gif.mAspect);
-        EXPECT_EQ(read.mLoop, gif.mLoop);
-        EXPECT_EQ(read.mComments, gif.mComments);
         EXPECT_TRUE(read.mFrames == gif.mFrames);
     }
 }
