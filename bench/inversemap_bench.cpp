@@ -3,8 +3,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/plaininversemap.h"
 #include "nvcode2/image/nvmakeinvcolormap.h"
-#include "tests/support/plaininversemap.h"
 
 namespace {
 

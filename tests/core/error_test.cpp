@@ -1,6 +1,5 @@
 #include "nvcode2/base/nverrorcode.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -15,26 +14,13 @@ std::string FileNameOf(const NvErrorCode& inError) {
     return reinterpret_cast<const char*>(inError.GetFileName() + 1);
 }
 
-int gReports = 0;
-
-TEST(ErrorTest, LongFileNamesAreCutAt255) {
-    for (const std::size_t length : {0u, 255u, 256u}) {
-        const std::string name(length, 'n');
-        const NvErrorCode error(1, name.c_str(), 7);
-        const std::size_t kept = std::min<std::size_t>(length, 255);
-        EXPECT_EQ(error.GetFileName()[0], kept);
-        EXPECT_EQ(FileNameOf(error), name.substr(0, kept));
-    }
-}
-
-TEST(ErrorTest, TheReportHookIsCalledOncePerRaisedError) {
-    NvSetErrorReportHook([](const NvErrorCode&) { ++gReports; });
-    const NvErrorCode code(5, "f", 1);
-    EXPECT_EQ(gReports, 1);
-    const NvErrorCode copy = code;
-    const NvErrorCode moved(copy, "other", 9);
-    EXPECT_EQ(gReports, 1) << "a copy is the same error";
-    EXPECT_EQ(FileNameOf(moved), "f") << "the first raiser stays named";
+TEST(ErrorTest, TheHookHearsOfAnErrorOnceAndItsRaiserStaysNamed) {
+    static int reports = 0;
+    NvSetErrorReportHook([](const NvErrorCode&) { ++reports; });
+    const NvErrorCode code(5, std::string(300, 'f').c_str(), 1);
+    const NvErrorCode moved(NvErrorCode(code), "other", 9);
+    EXPECT_EQ(reports, 1) << "a copy is the same error";
+    EXPECT_EQ(FileNameOf(moved), std::string(255, 'f'));
     NvSetErrorReportHook(nullptr);
 }
 

@@ -101,7 +101,6 @@ TEST_F(FileTest, EveryOperationChecksTheStateFirst) {
         std::uint32_t code;
     } rows[] = {
         {"read closed", 15, CodeOf([&] { closed.Read(&byte, 0); })},
-        {"write closed", 15, CodeOf([&] { closed.Write(&byte, 1); })},
         {"unknown permission 5", 5, CodeOf([&] { closed.Open(5); })},
         {"open twice", 11, CodeOf([&] { open.Open(NvFile::km_ReadPerm); })},
         {"delete open", 11, CodeOf([&] { open.Delete(); })},
@@ -147,16 +146,6 @@ TEST(FileLocatorTest, SplitsAtTheLastSeparatorOfEitherKind) {
         locator.SetFileName("c.gif");
         EXPECT_STREQ(locator.GetPath(), row.renamed);
     }
-}
-
-TEST(FileLocatorTest, NamesFitWholeOrNotAtAll) {
-    const NvFileLocator locator("/folder/12345");
-    char exact[6];
-    locator.GetFileName(exact);
-    EXPECT_STREQ(exact, "12345");
-    char tight[5] = "kept";
-    EXPECT_EQ(CodeOf([&] { locator.GetFileName(tight); }), 29u);
-    EXPECT_STREQ(tight, "kept");
 }
 
 } // namespace

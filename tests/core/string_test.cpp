@@ -1,4 +1,4 @@
-// Strings in both of their views, and the few routines on them, a row for each.
+// Strings and lists: both views of a string, and what their routines do at the ends.
 
 #include "nvcode2/base/nvstring.h"
 
@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/base/nvlist.h"
 #include "nvcode2/base/nvpascalstring.h"
 #include "nvcode2/base/nvstringresource.h"
 #include "tests/support/codeof.h"
@@ -26,14 +26,20 @@ std::string TextOf(const NvString& inString) {
 }
 
 TEST(StringTest, BothViewsHoldForEveryLength) {
-    for (const std::size_t length : {0u, 1u, 254u, 255u, 256u, 300u}) {
+    for (const std::size_t length : {0u, 254u, 255u, 256u, 300u}) {
         const std::string text(length, 'x');
         NvString string(text.c_str());
         EXPECT_EQ(TextOf(string), text);
         EXPECT_EQ(TextOf(string += string), text + text);
+        unsigned char buffer[256];
+        NvCopyToPascalString(text.c_str(), buffer);
+        EXPECT_EQ(TextOf(NvString(buffer)), text.substr(0, 255));
     }
-    EXPECT_EQ(TextOf(NvString("a\0b", 3)), std::string("a\0b", 3));
-    EXPECT_DEATH(NvString(static_cast<const char*>(nullptr)), "\"inCString\"");
+    for (const std::int32_t number : {-5, 0, 2147483647, std::numeric_limits<std::int32_t>::min()})
+        EXPECT_EQ(TextOf(NvString(number)), std::to_string(number));
+    const NvStringTable table({{1, "one"}, {300, std::string(300, 'x')}});
+    EXPECT_EQ(TextOf(NvString(&table, 300)), std::string(300, 'x'));
+    EXPECT_EQ(CodeOf([&] { NvString(&table, 2); }), 35u);
 }
 
 /** What inChange leaves of a text. */
@@ -44,62 +50,46 @@ std::string After(const char* inText, Change inChange) {
     return TextOf(string);
 }
 
-TEST(StringTest, ChangesAndFindsText) {
+TEST(StringTest, ChangesFindsAndComparesText) {
     EXPECT_EQ(After("aZ@[`{z\xe4", [](NvString& s) { s.ToUpper(); }), "AZ@[`{Z\xe4");
     EXPECT_EQ(After("aZ@[`{z\xe4", [](NvString& s) { s.ToLower(); }), "az@[`{z\xe4");
-    EXPECT_EQ(After("abc", [](NvString& s) { s.Fill(2, '-'); }), "--c");
     EXPECT_EQ(After("  a b ", [](NvString& s) { s.TrimLeft(); }), "a b ");
     EXPECT_EQ(After("  a b ", [](NvString& s) { s.TrimRight(); }), "  a b");
     EXPECT_EQ(After("abc", [](NvString& s) { s.SetLength(2); }), "ab");
     EXPECT_EQ(TextOf(NvString("abcabc").SubString(1, 3)), "bca");
-    EXPECT_TRUE(NvString("   ").IsBlank());
     std::uint32_t index = 99;
     EXPECT_TRUE(NvString("abcabc").Find(2, 'b', index));
     EXPECT_EQ(index, 4u);
-    EXPECT_TRUE(NvString("abcabc").FindReverse(2, 'a', index));
-    EXPECT_EQ(index, 0u);
     EXPECT_FALSE(NvString("abcabc").Find(6, 'c', index));
+    EXPECT_LT(NvString("ab").Compare(NvString("abc")), 0);
+    EXPECT_GT(NvString("\x80").Compare(NvString("\x7f")), 0) << "as unsigned bytes";
 }
 
-TEST(StringTest, ComparesBytesThenLengths) {
-    const struct {
-        const char* left;
-        const char* right;
-        int sign;
-    } rows[] = {{"abc", "abd", -1}, {"abc", "ab", 1}, {"", "", 0}, {"b", "abc", 1}, {"\x80", "\x7f", 1}};
-    for (const auto& row : rows) {
-        const NvString left(row.left);
-        const NvString right(row.right);
-        const std::int32_t result = left.Compare(right);
-        EXPECT_EQ((result > 0) - (result < 0), row.sign) << row.left << " and " << row.right;
-        EXPECT_EQ(left < right, row.sign < 0);
-    }
-    EXPECT_EQ(NvString("abX").CompareN(NvString("abY"), 2), 0);
-}
-
-TEST(StringTest, WritesNumbersInDecimal) {
-    for (const std::uint32_t number : {0u, 100u, 4294967295u})
-        EXPECT_EQ(TextOf(NvString(number)), std::to_string(number));
-    for (const std::int32_t number : {-5, 2147483647, std::numeric_limits<std::int32_t>::min()})
-        EXPECT_EQ(TextOf(NvString(number)), std::to_string(number));
-}
-
-TEST(StringTest, LoadsResources) {
-    const NvStringTable table({{1, "one"}, {300, std::string(300, 'x')}, {4, ""}});
-    EXPECT_EQ(TextOf(NvString(&table, 1)), "one");
-    EXPECT_EQ(TextOf(NvString(&table, 300)), std::string(300, 'x'));
-    EXPECT_EQ(CodeOf([&] { NvString(&table, 2); }), 35u);
-    EXPECT_EQ(CodeOf([&] { NvString(&table, 4); }), 35u);
-}
-
-TEST(StringTest, PascalStringsEndAt255) {
-    unsigned char buffer[256];
-    NvCopyToPascalString("aZ\xe4", buffer);
-    NvAppendToPascalString(buffer, 'q');
-    NvPascalStringToUpper(buffer);
-    EXPECT_EQ(TextOf(NvString(buffer)), "AZ\xe4Q");
-    NvCopyToPascalString(std::string(300, 'l').c_str(), buffer);
-    EXPECT_EQ(TextOf(NvString(buffer)), std::string(255, 'l'));
+TEST(ListTest, InsertsAndRemovesAtEveryPlace) {
+    char letters[] = "abcd";
+    const auto textOf = [](const NvList& inList) {
+        std::string text, backward;
+        for (const NvList::Node* node = inList.GetFirst(); node; node = node->GetNext())
+            text += *static_cast<const char*>(node->GetElement());
+        for (const NvList::Node* node = inList.GetLast(); node; node = node->GetPrevious())
+            backward += *static_cast<const char*>(node->GetElement());
+        EXPECT_EQ(text, std::string(backward.rbegin(), backward.rend()));
+        return text;
+    };
+    NvList list;
+    NvList::Node* c = list.Insert(0, letters + 2);
+    list.InsertBefore(c, letters);
+    list.InsertAfter(c, letters + 3);
+    list.Insert(1, letters + 1);
+    list.Append(letters);
+    EXPECT_EQ(textOf(list), "abcda");
+    list.Remove(2u);
+    list.Remove(list.GetLast());
+    list.Remove(list.GetFirst());
+    EXPECT_EQ(textOf(list), "bd");
+    list.RemoveAll();
+    list.Append(letters);
+    EXPECT_EQ(textOf(list), "a");
 }
 
 } // namespace

@@ -5,8 +5,8 @@
 
 #include "nvcode2/image/nvcolortable.h"
 
-/** The inverse colour map by its definition: every cell looks at every entry. The reference for tests and
- *  benchmarks. */
+/** The inverse colour map by its definition: every cell looks at every entry. What the benchmark compares
+ *  with. */
 inline void PlainInverseColorMap(const NvColorTable& inTable, std::uint8_t* outInvMap) {
     for (std::uint32_t cell = 0; cell < 32768; ++cell) {
         const std::uint32_t red = cell >> 10;
