@@ -82,17 +82,6 @@ TEST_F(SafeFile, WhatCannotBeReplacedIsToldBeforehand) {
               NvErrorCode::km_FileNotFound);
 }
 
-TEST_F(SafeFile, PathsBeyondTheOldLimitWork) {
-    const std::string deep = mFolder / (std::string(120, 'd') + "/" + std::string(120, 'e'));
-    CreateDirectoryW(NvWidePath(mFolder / std::string(120, 'd')).c_str(), nullptr);
-    CreateDirectoryW(NvWidePath(deep).c_str(), nullptr);
-    const std::string target = deep + "/" + std::string(100, 'n') + ".gif";
-    WnSafeFile file(target.c_str());
-    EXPECT_TRUE(file.CommitUnlessPresent());
-    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(target.c_str()); }), NvErrorCode::km_NoError);
-    EXPECT_NE(GetFileAttributesW(NvWidePath(target).c_str()), INVALID_FILE_ATTRIBUTES);
-}
-
 TEST_F(SafeFile, OnlyLeftoversOfDeadRunsAreRemoved) {
     WriteTestFile(mFolder / ".parvigif-dead01.tmp", "");
     WriteTestFile(mFolder / ".parvigif-seven07.tmp", "one character too many");

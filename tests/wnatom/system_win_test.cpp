@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "nvcode2/base/nverrorcode.h"
-#include "nvcode2/file/nvfile.h"
-#include "tests/support/codeof.h"
 #include "tests/support/testfolder.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
@@ -49,21 +47,6 @@ TEST(System, KindsOfFiles) {
     for (const std::string name : {"none", "none/x", "file/x", "*.gif", "a?b"})
         EXPECT_EQ(WnGetFileKind((folder / name).c_str()), WnFileKind::km_Missing) << name;
     EXPECT_EQ(WnGetFileKind(""), WnFileKind::km_Missing);
-}
-
-TEST(System, NeitherDevicesNorFoldersAreRead) {
-    const TestFolder folder;
-    for (const std::string& path : {std::string("NUL"), folder.GetPath()}) {
-        NvFile file(path.c_str());
-        EXPECT_EQ(CodeOf([&] { file.Open(NvFile::km_ReadPerm); }), 1u) << path;
-    }
-}
-
-TEST(System, TheDataFolderLiesInTheUsersFolderForApplicationData) {
-    const TestFolder folder;
-    const TestEnvironment environment(folder);
-    EXPECT_EQ(WnGetDataFolder(), folder / "state\\Norvek");
-    EXPECT_TRUE(fs::is_directory(folder / "state/Norvek"));
 }
 
 TEST(System, TheScratchFileIsTheFixedOneUnlessThatIsTaken) {
