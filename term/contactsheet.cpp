@@ -13,6 +13,7 @@
 #include "win/batch/filequeue.h"
 #include "win/sheet/pvcontactsheet.h"
 #include "wnatom/wnsafefile.h"
+#include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
@@ -100,7 +101,9 @@ void Draw(const TermInputs& inInputs, const TermSettings& inSettings, TermMessag
     }
     if (files.empty())
         return ioMessages.FileError(inSettings.mContactSheet, "not made: there is nothing to show on it");
-    sheet.Write(file.GetTemporaryPath());
+    const WnScratchFile scratch;
+    sheet.Write(scratch.GetPath());
+    file.CopyFrom(scratch.GetPath());
     if (!file.CommitUnlessPresent())
         NvThrow(NvErrorCode::km_FileExists);
     if (inSettings.mDetail != TermDetail::km_Quiet)

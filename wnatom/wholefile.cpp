@@ -24,10 +24,9 @@ std::vector<unsigned char> MizerReadWholeFile(const char* inPath) {
     }
 }
 
-void MizerCopyFile(const char* inFromPath, const char* inToPath) {
-    std::array<unsigned char, 65536> buffer;
+void WnCopyInto(const char* inFromPath, NvFile& ioTarget) {
+    std::array<unsigned char, 65536> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): read into
     NvFile source(inFromPath);
-    NvFile target(inToPath);
     const auto read = [](auto inRead) {
         try {
             return inRead();
@@ -39,11 +38,16 @@ void MizerCopyFile(const char* inFromPath, const char* inToPath) {
         source.Open(NvFile::km_ReadPerm);
         return source.GetLength();
     });
-    target.Open(NvFile::km_WritePerm);
     while (left > 0) {
         const std::uint32_t count = read([&] { return source.Read(buffer.data(), buffer.size()); });
-        target.Write(buffer.data(), count);
+        ioTarget.Write(buffer.data(), count);
         left -= std::min(left, count);
     }
+}
+
+void MizerCopyFile(const char* inFromPath, const char* inToPath) {
+    NvFile target(inToPath);
+    target.Open(NvFile::km_WritePerm);
+    WnCopyInto(inFromPath, target);
     target.Close();
 }

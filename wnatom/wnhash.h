@@ -4,10 +4,9 @@
 #include <string_view>
 
 /** 64 bits that tell texts and files apart where nobody tries to make two alike: FNV-1a (Fowler, Noll, Vo).
- */
-inline std::uint64_t WnHash(std::string_view inBytes) {
-    std::uint64_t hash = 0xcbf29ce484222325;
+ *  @param inSoFar  the hash of what comes before, to hash a text piece by piece */
+inline std::uint64_t WnHash(std::string_view inBytes, std::uint64_t inSoFar = 0xcbf29ce484222325) {
     for (const char byte : inBytes)
-        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
-    return hash;
+        inSoFar = (inSoFar ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
+    return inSoFar;
 }

@@ -102,22 +102,13 @@ bool ReadLines(const std::string& inPath, std::vector<std::string>& outLines) {
     return whole;
 }
 
-bool WriteWholeFile(const char* inPath, const std::string& inText) {
-    std::FILE* file = std::fopen(inPath, "wbe");
-    if (!file)
-        return false;
-    const bool written = std::fwrite(inText.data(), 1, inText.size(), file) == inText.size();
-    return std::fclose(file) == 0 && written;
-}
-
 bool ReplaceFile(const std::string& inPath, const std::vector<std::string>& inLines) {
     std::string text;
     for (const std::string& line : inLines)
         text += line + "\n";
     try {
         WnSafeFile file(inPath.c_str());
-        if (!WriteWholeFile(file.GetTemporaryPath(), text))
-            return false;
+        file.Write(text.data(), text.size());
         file.Commit();
         return true;
     } catch (const NvErrorCode&) {

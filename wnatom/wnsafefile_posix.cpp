@@ -1,11 +1,11 @@
 #include "wnatom/wnsafefile.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -17,12 +17,32 @@
 
 #include "nvcode2/base/nverrorcode.h"
 #include "wnatom/wnfolders_posix.h"
+#include "wnatom/wnhash.h"
 
 namespace {
 
 constexpr std::string_view km_Prefix = ".parvigif-";
 constexpr std::string_view km_Placeholder = "XXXXXX";
 constexpr std::string_view km_Suffix = ".tmp";
+
+constexpr int km_ReadFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+/** Closed at the end of the scope. */
+class Descriptor {
+public:
+    explicit Descriptor(int inDescriptor) : mDescriptor(inDescriptor) {}
+    ~Descriptor() {
+        if (mDescriptor >= 0)
+            close(mDescriptor);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int Get() const { return mDescriptor; }
+
+private:
+    int mDescriptor;
+};
 
 std::string GetRealPath(const std::string& inPath) {
     const std::unique_ptr<char, decltype(&std::free)> path(realpath(inPath.c_str(), nullptr), &std::free);
@@ -51,8 +71,22 @@ bool IsGone(int inDescriptor) {
     return fstat(inDescriptor, &status) != 0 || status.st_nlink == 0;
 }
 
+[[noreturn]] void ThrowReadOnly(int inSystemError) {
+    NvThrowWithSystemError(NvErrorCode::km_PermissionDenied, inSystemError);
+}
+
+/** Whether something may not be renamed or removed, whatever its permissions say. A folder that only takes
+ *  new names would keep every temporary file for good. */
+bool IsFixed(const std::string& inPath) {
+    struct statx status {};
+    return statx(AT_FDCWD, inPath.c_str(), 0, STATX_TYPE, &status) == 0 &&
+           (status.stx_attributes & (STATX_ATTR_APPEND | STATX_ATTR_IMMUTABLE)) != 0;
+}
+
 /** Creates a file of a name that was not there, marks it as in use, and returns its descriptor. */
 int CreateTemporary(const std::string& inFolder, std::string& outPath) {
+    if (IsFixed(inFolder))
+        ThrowReadOnly(EPERM);
     const std::string pattern = (inFolder == "/" ? "/" : inFolder + "/") + std::string(km_Prefix) +
                                 std::string(km_Placeholder) + std::string(km_Suffix);
     for (;;) {
@@ -68,18 +102,32 @@ int CreateTemporary(const std::string& inFolder, std::string& outPath) {
     }
 }
 
+/** What a call writes that tells, given no room, how much it needs; nothing when it fails. */
+template <typename Call>
+std::optional<std::string> ReadSized(Call inCall) {
+    const ssize_t needed = inCall(nullptr, 0);
+    if (needed < 0)
+        return std::nullopt;
+    std::string text(static_cast<std::size_t>(needed), '\0');
+    const ssize_t size = needed == 0 ? 0 : inCall(text.data(), text.size());
+    if (size < 0)
+        return std::nullopt;
+    text.resize(static_cast<std::size_t>(size));
+    return text;
+}
+
 /** What the name carries besides its bytes: tags and comments that people and desktops attach, access lists.
  *  File systems differ in what they allow, so each is copied where it goes. */
 void CopyExtendedAttributes(const char* inFromPath, int inToDescriptor) {
-    std::vector<char> names(64 * 1024);
-    const ssize_t namesSize = listxattr(inFromPath, names.data(), names.size());
-    std::vector<char> value(64 * 1024);
-    for (ssize_t at = 0; at < namesSize;) {
-        const char* name = names.data() + at;
-        at += static_cast<ssize_t>(std::string_view(name).size()) + 1;
-        const ssize_t size = getxattr(inFromPath, name, value.data(), value.size());
-        if (size >= 0)
-            fsetxattr(inToDescriptor, name, value.data(), static_cast<std::size_t>(size), 0);
+    const auto names =
+        ReadSized([&](char* outText, std::size_t inSize) { return listxattr(inFromPath, outText, inSize); });
+    for (std::size_t at = 0; names && at < names->size();) {
+        const char* const name = names->c_str() + at;
+        at += std::string_view(name).size() + 1;
+        const auto value = ReadSized(
+            [&](char* outText, std::size_t inSize) { return getxattr(inFromPath, name, outText, inSize); });
+        if (value)
+            fsetxattr(inToDescriptor, name, value->data(), value->size(), 0);
     }
 }
 
@@ -116,16 +164,14 @@ void FlushFolder(const std::string& inFolder) {
     close(folder);
 }
 
-[[noreturn]] void ThrowReadOnly(int inSystemError) {
-    NvThrowWithSystemError(NvErrorCode::km_PermissionDenied, inSystemError);
-}
-
 void CheckWritable(const std::string& inPath, const struct stat& inStatus, int inWanted) {
     constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     if ((inStatus.st_mode & anyWrite) == 0)
         ThrowReadOnly(EACCES);
     if (faccessat(AT_FDCWD, inPath.c_str(), inWanted, AT_EACCESS) != 0)
         ThrowReadOnly(errno);
+    if (IsFixed(inPath))
+        ThrowReadOnly(EPERM);
 }
 
 /** In a folder such as /tmp only a file's owner may replace it. */
@@ -147,32 +193,132 @@ bool IsTemporaryName(std::string_view inName) {
 }
 
 void RemoveIfLeftOver(int inFolder, const char* inName) {
-    const int file = openat(inFolder, inName, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (file < 0)
-        return;
+    constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const int writable = openat(inFolder, inName, O_RDWR | flags); // locks on servers need that
+    const Descriptor file(writable >= 0 ? writable : openat(inFolder, inName, O_RDONLY | flags));
     struct stat status {};
-    if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() && !IsLocked(file))
+    if (fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && !IsLocked(file.Get()))
         unlinkat(inFolder, inName, 0);
-    close(file);
+}
+
+/** State of what stands at a path, no link followed. */
+std::optional<WnFileState> GetStateAt(const std::string& inPath) {
+    const Descriptor file(open(inPath.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    return WnGetOpenFileState(file.Get());
+}
+
+bool LeadsTo(const std::string& inPath, int inDescriptor) {
+    const auto there = GetStateAt(inPath);
+    const auto open = WnGetOpenFileState(inDescriptor);
+    return there && open && there->mIdentity == open->mIdentity;
+}
+
+/** @throws NvErrorCode  by the runtime's error number */
+std::uint64_t HashContent(int inDescriptor) {
+    std::array<char, 32768> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): read into
+    std::uint64_t hash = WnHash({});
+    for (off_t at = 0;;) {
+        const ssize_t size = pread(inDescriptor, buffer.data(), buffer.size(), at);
+        if (size < 0 && errno == EINTR)
+            continue;
+        if (size < 0)
+            ThrowRuntimeError(errno);
+        if (size == 0)
+            return hash;
+        hash = WnHash({buffer.data(), static_cast<std::size_t>(size)}, hash);
+        at += size;
+    }
+}
+
+/** A file as it was seen, and its bytes, which tell also what the times do not: exchanging names is itself a
+ *  change to both files. */
+struct Seen {
+    WnFileState mState;
+    std::uint64_t mHash = 0;
+
+    bool IsAt(const std::string& inPath) const {
+        const Descriptor file(open(inPath.c_str(), km_ReadFlags));
+        const auto state = WnGetOpenFileState(file.Get());
+        return state && state->mIdentity == mState.mIdentity && state->mSize == mState.mSize &&
+               state->mModified == mState.mModified && HashContent(file.Get()) == mHash;
+    }
+};
+
+int Exchange(const std::string& inOne, const std::string& inOther) {
+    return renameat2(AT_FDCWD, inOne.c_str(), AT_FDCWD, inOther.c_str(), RENAME_EXCHANGE);
+}
+
+/** Gives what was taken from a name back to it. Whoever has saved there in the meantime keeps the name.
+ *  @param inOwnDescriptor  of what stands at the name now, unless somebody has replaced it */
+void PutBack(const std::string& inTaken, const std::string& inName, int inOwnDescriptor) {
+    if (Exchange(inTaken, inName) != 0) {
+        if (std::rename(inTaken.c_str(), inName.c_str()) != 0)
+            ThrowRuntimeError(errno);
+    } else if (!LeadsTo(inTaken, inOwnDescriptor)) {
+        Exchange(inTaken, inName);
+        unlink(inTaken.c_str()); // the older of two that somebody else saved one over the other
+    }
+}
+
+enum class Placed { km_Yes, km_No, km_CannotExchange };
+
+/** Exchanges the names, and back when the target is no longer what was seen. */
+Placed PlaceByExchange(const std::string& inTemporary, const std::string& inTarget, int inDescriptor,
+                       const Seen& inSeen) {
+    if (Exchange(inTemporary, inTarget) != 0)
+        return errno == ENOENT ? Placed::km_No : Placed::km_CannotExchange;
+    bool isTheSeen = false;
+    try {
+        isTheSeen = inSeen.IsAt(inTemporary);
+    } catch (const NvErrorCode&) {
+        PutBack(inTemporary, inTarget, inDescriptor);
+        throw;
+    }
+    if (!isTheSeen) {
+        PutBack(inTemporary, inTarget, inDescriptor);
+        return Placed::km_No;
+    }
+    unlink(inTemporary.c_str());
+    return Placed::km_Yes;
 }
 
 } // namespace
 
 WnSafeFile::WnSafeFile(const char* inTargetPath, const char* inModelPath)
-    : mTargetPath(ResolveTarget(inTargetPath)), mModelPath(inModelPath ? inModelPath : mTargetPath) {
+    : mGivenPath(inTargetPath),
+      mTargetPath(ResolveTarget(inTargetPath)),
+      mModelPath(inModelPath ? inModelPath : mTargetPath) {
     mDescriptor = CreateTemporary(WnGetFolderOf(mTargetPath), mTemporaryPath);
 }
 
 WnSafeFile::~WnSafeFile() {
-    if (!mCommitted)
+    if (!mCommitted && LeadsTo(mTemporaryPath, mDescriptor))
         unlink(mTemporaryPath.c_str());
     close(mDescriptor);
 }
 
+std::FILE* WnSafeFile::OpenStream() {
+    const int descriptor = fcntl(mDescriptor, F_DUPFD_CLOEXEC, 0);
+    std::FILE* const stream = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+    if (!stream && descriptor >= 0)
+        close(descriptor);
+    return stream;
+}
+
 void WnSafeFile::Finish() {
+    if (mIsFinished)
+        return;
     TakeAttributesOf(mModelPath, mDescriptor);
-    if (fsync(mDescriptor) != 0)
-        ThrowRuntimeError(errno);
+    if (mModified) {
+        const struct timespec time = {*mModified / 1'000'000'000, *mModified % 1'000'000'000};
+        const struct timespec times[] = {time, time};
+        futimens(mDescriptor, times); // a file of today is better than none
+    }
+    while (fsync(mDescriptor) != 0) {
+        if (errno != EINTR)
+            ThrowRuntimeError(errno);
+    }
+    mIsFinished = true;
 }
 
 void WnSafeFile::Commit() {
@@ -181,6 +327,34 @@ void WnSafeFile::Commit() {
         ThrowRuntimeError(errno);
     mCommitted = true;
     FlushFolder(WnGetFolderOf(mTargetPath));
+}
+
+bool WnSafeFile::IsAsSeen(const WnFileState& inSeen) const {
+    return WnGetFileState(mGivenPath.c_str()) == inSeen && GetStateAt(mTargetPath) == inSeen;
+}
+
+std::optional<WnFileState> WnSafeFile::CommitOver(const WnFileState& inSeen) {
+    Finish();
+    const Descriptor target(open(mTargetPath.c_str(), km_ReadFlags));
+    if (target.Get() < 0)
+        return std::nullopt;
+    // It stands at the temporary name for a moment, where another run might take it for left over.
+    flock(target.Get(), LOCK_EX | LOCK_NB);
+    const Seen seen = {inSeen, HashContent(target.Get())};
+    const std::uint64_t hash = HashContent(mDescriptor);
+    const auto finished = WnGetOpenFileState(mDescriptor);
+    if (!IsAsSeen(inSeen) || !LeadsTo(mTemporaryPath, mDescriptor))
+        return std::nullopt;
+    const Placed placed = PlaceByExchange(mTemporaryPath, mTargetPath, mDescriptor, seen);
+    if (placed == Placed::km_No)
+        return std::nullopt;
+    if (placed == Placed::km_CannotExchange && std::rename(mTemporaryPath.c_str(), mTargetPath.c_str()) != 0)
+        ThrowRuntimeError(errno);
+    mCommitted = true;
+    const auto state = WnGetOpenFileState(mDescriptor);
+    FlushFolder(WnGetFolderOf(mTargetPath));
+    // Whoever has written to it since shall find it another than the one that is known here.
+    return state && HashContent(mDescriptor) == hash ? state : finished;
 }
 
 bool WnSafeFile::CommitUnlessPresent() {
@@ -208,6 +382,11 @@ void WnCheckReplaceable(const char* inPath) {
     CheckWritable(folder, folderStatus, W_OK | X_OK);
     if (IsHeldBySticky(folderStatus, fileStatus))
         ThrowReadOnly(EPERM);
+}
+
+std::string WnGetTargetFolder(const char* inPath) {
+    const std::unique_ptr<char, decltype(&std::free)> path(realpath(inPath, nullptr), &std::free);
+    return path ? WnGetFolderOf(path.get()) : std::string();
 }
 
 void WnRemoveLeftovers(const char* inFolder) {

@@ -157,7 +157,9 @@ void RemoveIfLeftOver(const std::string& inPath) {
 } // namespace
 
 WnSafeFile::WnSafeFile(const char* inTargetPath, const char* inModelPath)
-    : mTargetPath(ResolveTarget(inTargetPath)), mModelPath(inModelPath ? inModelPath : mTargetPath) {
+    : mGivenPath(inTargetPath),
+      mTargetPath(ResolveTarget(inTargetPath)),
+      mModelPath(inModelPath ? inModelPath : mTargetPath) {
     mDescriptor = CreateTemporary(WnGetFolderOf(NvWiden(mTargetPath)), mTemporaryPath);
 }
 
@@ -167,10 +169,26 @@ WnSafeFile::~WnSafeFile() {
         DeleteFileW(NvWidePath(mTemporaryPath).c_str());
 }
 
+std::FILE* WnSafeFile::OpenStream() {
+    const int descriptor = _dup(mDescriptor);
+    std::FILE* const stream = descriptor < 0 ? nullptr : _fdopen(descriptor, "wb");
+    if (!stream && descriptor >= 0)
+        _close(descriptor);
+    return stream;
+}
+
 void WnSafeFile::Finish() {
+    if (mIsFinished)
+        return;
     TakeAttributesOf(mModelPath, mTemporaryPath, mDescriptor);
+    if (mModified) {
+        FILE_BASIC_INFO info{}; // what is 0 stays
+        info.LastWriteTime.QuadPart = *mModified;
+        SetFileInformationByHandle(HandleOf(mDescriptor), FileBasicInfo, &info, sizeof(info));
+    }
     if (!FlushFileBuffers(HandleOf(mDescriptor)))
         ThrowLastError();
+    mIsFinished = true;
 }
 
 void WnSafeFile::Commit() {
@@ -178,6 +196,22 @@ void WnSafeFile::Commit() {
     if (const DWORD error = Rename(mTemporaryPath, mTargetPath, MOVEFILE_REPLACE_EXISTING))
         ThrowRuntimeError(NvErrnoForWindows(error));
     mCommitted = true;
+}
+
+bool WnSafeFile::IsAsSeen(const WnFileState& inSeen) const {
+    return WnGetFileState(mGivenPath.c_str()) == inSeen && WnGetFileState(mTargetPath.c_str()) == inSeen;
+}
+
+// Windows exchanges no names, so the moment between the last look and the rename is left.
+std::optional<WnFileState> WnSafeFile::CommitOver(const WnFileState& inSeen) {
+    Finish();
+    if (!IsAsSeen(inSeen))
+        return std::nullopt;
+    if (const DWORD error = Rename(mTemporaryPath, mTargetPath, MOVEFILE_REPLACE_EXISTING))
+        ThrowRuntimeError(NvErrnoForWindows(error));
+    mCommitted = true;
+    const auto state = WnGetOpenFileState(mDescriptor);
+    return state ? *state : WnFileState();
 }
 
 bool WnSafeFile::CommitUnlessPresent() {
@@ -202,6 +236,15 @@ void WnCheckReplaceable(const char* inPath) {
     CheckRights(path, GENERIC_WRITE | DELETE);
     const std::string folder = NvNarrow(WnGetFolderOf(NvWiden(target)));
     CheckRights(NvWidePath(folder.empty() ? "." : folder), FILE_ADD_FILE);
+}
+
+std::string WnGetTargetFolder(const char* inPath) {
+    try {
+        const std::string folder = NvNarrow(WnGetFolderOf(NvWiden(ResolveTarget(inPath))));
+        return folder.empty() ? "." : folder;
+    } catch (const NvErrorCode&) {
+        return {};
+    }
 }
 
 void WnRemoveLeftovers(const char* inFolder) {

@@ -23,12 +23,13 @@ struct WnFileIdentity {
     auto operator<=>(const WnFileIdentity&) const = default; // NOLINT(modernize-use-nullptr): its generated 0
 };
 
-/** What tells that a file is still the one it was, as it was: writing to it or putting another in its place
- *  changes this, renaming it does not. */
+/** What tells that a file is still the one it was, as it was: writing to it, putting another in its place and
+ *  changing its permissions or times all change this. */
 struct WnFileState {
     WnFileIdentity mIdentity;
     std::uint64_t mSize = 0;    ///< bytes
     std::int64_t mModified = 0; ///< time of the last write, in the file system's finest units
+    std::int64_t mChanged = 0;  ///< time of the last change to anything about it, which nobody can set back
     bool operator==(const WnFileState&) const = default;
 };
 
@@ -44,6 +45,9 @@ std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath);
 
 /** State of the file that a path leads to, links followed; nothing when there is none. */
 std::optional<WnFileState> WnGetFileState(const char* inPath);
+
+/** State of an open file; nothing when it cannot be asked. */
+std::optional<WnFileState> WnGetOpenFileState(int inDescriptor);
 
 /** Names of the regular files (links followed) directly inside a folder, in bytewise order.
  *  @throws NvErrorCode 14 without the right to read the folder, else by the runtime's error number */

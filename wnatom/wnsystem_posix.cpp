@@ -50,6 +50,20 @@ std::vector<std::string> ListEntries(const char* inFolder, mode_t inType, int in
     return names;
 }
 
+std::int64_t Nanoseconds(const struct timespec& inTime) {
+    return inTime.tv_sec * 1'000'000'000 + inTime.tv_nsec;
+}
+
+WnFileState MakeState(const struct stat& inStatus) {
+    WnFileState state;
+    state.mIdentity = {static_cast<std::uint64_t>(inStatus.st_dev),
+                       static_cast<std::uint64_t>(inStatus.st_ino)};
+    state.mSize = static_cast<std::uint64_t>(inStatus.st_size);
+    state.mModified = Nanoseconds(inStatus.st_mtim);
+    state.mChanged = Nanoseconds(inStatus.st_ctim);
+    return state;
+}
+
 } // namespace
 
 std::uint64_t WnGetPhysicalMemory() {
@@ -86,15 +100,13 @@ std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath) {
 }
 
 std::optional<WnFileState> WnGetFileState(const char* inPath) {
-    constexpr std::int64_t nanoseconds = 1'000'000'000;
     struct stat status {};
-    if (stat(inPath, &status) != 0)
-        return std::nullopt;
-    WnFileState state;
-    state.mIdentity = {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
-    state.mSize = static_cast<std::uint64_t>(status.st_size);
-    state.mModified = status.st_mtim.tv_sec * nanoseconds + status.st_mtim.tv_nsec;
-    return state;
+    return stat(inPath, &status) == 0 ? std::optional(MakeState(status)) : std::nullopt;
+}
+
+std::optional<WnFileState> WnGetOpenFileState(int inDescriptor) {
+    struct stat status {};
+    return fstat(inDescriptor, &status) == 0 ? std::optional(MakeState(status)) : std::nullopt;
 }
 
 std::vector<std::string> WnListFiles(const char* inFolder) {

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <memory>
 
+#include <io.h>
 #include <shlobj.h>
 #include <windows.h>
 
@@ -85,6 +86,20 @@ bool IsFile(const std::string& inFolder, const WIN32_FIND_DATAW& inEntry) {
     }
 }
 
+std::optional<WnFileState> GetState(HANDLE inFile) {
+    BY_HANDLE_FILE_INFORMATION info{};
+    FILE_BASIC_INFO times{};
+    if (!GetFileInformationByHandle(inFile, &info) ||
+        !GetFileInformationByHandleEx(inFile, FileBasicInfo, &times, sizeof(times)))
+        return std::nullopt;
+    WnFileState state;
+    state.mIdentity = {info.dwVolumeSerialNumber, Join(info.nFileIndexHigh, info.nFileIndexLow)};
+    state.mSize = Join(info.nFileSizeHigh, info.nFileSizeLow);
+    state.mModified = times.LastWriteTime.QuadPart;
+    state.mChanged = times.ChangeTime.QuadPart;
+    return state;
+}
+
 } // namespace
 
 std::uint64_t WnGetPhysicalMemory() {
@@ -124,15 +139,11 @@ std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath) {
 
 std::optional<WnFileState> WnGetFileState(const char* inPath) {
     const NvWindowsHandle file = OpenToLook(inPath);
-    BY_HANDLE_FILE_INFORMATION info{};
-    if (!file.IsValid() || !GetFileInformationByHandle(file.Get(), &info))
-        return std::nullopt;
-    WnFileState state;
-    state.mIdentity = {info.dwVolumeSerialNumber, Join(info.nFileIndexHigh, info.nFileIndexLow)};
-    state.mSize = Join(info.nFileSizeHigh, info.nFileSizeLow);
-    state.mModified = static_cast<std::int64_t>(
-        Join(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime));
-    return state;
+    return file.IsValid() ? GetState(file.Get()) : std::nullopt;
+}
+
+std::optional<WnFileState> WnGetOpenFileState(int inDescriptor) {
+    return GetState(reinterpret_cast<HANDLE>(_get_osfhandle(inDescriptor)));
 }
 
 std::vector<std::string> WnListFiles(const char* inFolder) {

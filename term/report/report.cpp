@@ -48,7 +48,7 @@ TermReport::TermReport(const std::string& inPath, std::uint64_t inLimit)
       mLimit(inLimit),
       mIsNew(CheckTarget(inPath.c_str())),
       mFile(inPath.c_str()),
-      mStream(std::fopen(mFile.GetTemporaryPath(), "wb")) {
+      mStream(mFile.OpenStream()) {
     if (!mStream)
         ThrowRuntimeError(errno);
     const TermReportFrame frame = TermMakeReportFrame();

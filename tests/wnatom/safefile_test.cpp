@@ -1,5 +1,7 @@
 // Replacing a file in one step: the target is whole at every moment, and keeps what it carried.
 
+#include <functional>
+
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -42,6 +44,57 @@ TEST_F(SafeFile, TheTargetStaysOldUntilTheCommitAndNothingElseStays) {
     }
     { const WnSafeFile abandoned(mTarget.c_str()); }
     EXPECT_EQ(CountEntries(mFolder.GetPath()), 1u);
+}
+
+TEST_F(SafeFile, OnlyTheFileThatWasSeenIsReplaced) {
+    const fs::path target = mTarget;
+    const auto time = fs::last_write_time(target);
+    const std::pair<const char*, std::function<void()>> changes[] = {
+        {"saved in place, as long and as old",
+         [&] {
+             WriteTestFile(mTarget, "sav");
+             fs::last_write_time(target, time);
+         }},
+        {"another renamed over it", [&] { fs::rename(WriteTestFile(mFolder / "other", "other"), target); }},
+        {"deleted", [&] { fs::remove(target); }},
+        {"a link to itself, moved away",
+         [&] {
+             fs::rename(target, mFolder / "moved");
+             fs::create_symlink("moved", target);
+         }},
+    };
+    for (const auto& [what, change] : changes) {
+        fs::remove(target);
+        WriteTestFile(mTarget, "old");
+        fs::last_write_time(target, time);
+        const auto seen = WnGetFileState(mTarget.c_str()).value();
+        WnSafeFile file(mTarget.c_str());
+        file.Write("new", 3);
+        change();
+        const std::string left = fs::exists(target) ? ReadTestFile(mTarget) : "none";
+        EXPECT_FALSE(file.CommitOver(seen)) << what;
+        EXPECT_EQ(fs::exists(target) ? ReadTestFile(mTarget) : "none", left) << what;
+    }
+    fs::remove(target);
+    WriteTestFile(mTarget, "old");
+    fs::create_symlink("pic.gif", mFolder / "link.gif");
+    WnSafeFile file((mFolder / "link.gif").c_str());
+    file.Write("new", 3);
+    const auto placed = file.CommitOver(WnGetFileState(mTarget.c_str()).value());
+    EXPECT_TRUE(placed && placed == WnGetFileState(mTarget.c_str()));
+    EXPECT_EQ(ReadTestFile(mFolder / "link.gif"), "new");
+    EXPECT_EQ(CountEntries(mFolder.GetPath()), 3u) << "picture, link, what was moved away";
+}
+
+TEST_F(SafeFile, AnotherFileAtTheTemporaryNameIsNeitherWrittenNorUsed) {
+    const auto seen = WnGetFileState(mTarget.c_str()).value();
+    const std::string victim = WriteTestFile(mFolder / "victim", "mine");
+    WnSafeFile file(mTarget.c_str());
+    fs::remove(file.GetTemporaryPath());
+    fs::create_symlink("victim", file.GetTemporaryPath());
+    file.Write("new", 3);
+    EXPECT_FALSE(file.CommitOver(seen));
+    EXPECT_EQ(ReadTestFile(victim) + ReadTestFile(mTarget), "mineold");
 }
 
 TEST_F(SafeFile, PermissionsAndTagsAreKept) {

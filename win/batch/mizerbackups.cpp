@@ -7,7 +7,6 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "win/batch/mizerrestore.h"
 #include "win/batch/mizersettings.h"
-#include "wnatom/wholefile.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
@@ -32,7 +31,7 @@ std::string MizerBackups::Write(const char* inPath) const {
         return backup; // the first backup holds the oldest original
 
     WnSafeFile file(backup.c_str(), inPath);
-    MizerCopyFile(inPath, file.GetTemporaryPath());
+    file.CopyFrom(inPath);
     if (settings.mOverwriteBackups)
         file.Commit();
     else

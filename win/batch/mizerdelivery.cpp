@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include "nvcode2/base/nverrorcode.h"
-#include "wnatom/wholefile.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
@@ -38,7 +37,7 @@ std::string MizerOutputFolder::Deliver(const char* inPath, const char* inResultP
     if (error)
         NvThrowWithSystemError(NvErrorCode::km_Failure, error.default_error_condition().value());
     WnSafeFile file(target.c_str(), inPath);
-    MizerCopyFile(inResultPath, file.GetTemporaryPath());
+    file.CopyFrom(inResultPath);
     if (!file.CommitUnlessPresent())
         NvThrow(NvErrorCode::km_FileExists);
     return target;

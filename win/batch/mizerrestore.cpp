@@ -8,7 +8,6 @@
 #include "nvcode2/gif/nvgifframereader.h"
 #include "win/batch/mizerlog.h"
 #include "win/optimizer/base/pvmemory.h"
-#include "wnatom/wholefile.h"
 #include "wnatom/wnfileclaim.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
@@ -72,7 +71,7 @@ MizerRestored MizerRestore(const std::string& inPath, std::uint64_t inMemoryLimi
         WnCheckReplaceable(inPath.c_str());
 
     WnSafeFile file(inPath.c_str(), isThere ? nullptr : backup.c_str());
-    MizerCopyFile(backup.c_str(), file.GetTemporaryPath());
+    file.CopyFrom(backup.c_str());
     const Shape shape = ReadEveryFrame(file.GetTemporaryPath(), inMemoryLimit);
     if (isThere && IsOtherImage(inPath.c_str(), shape))
         return MizerRestored::km_OtherImage;

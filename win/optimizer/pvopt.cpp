@@ -9,7 +9,6 @@
 #include "win/optimizer/base/pvprogress.h"
 #include "win/optimizer/frames/pvload.h"
 #include "win/optimizer/look/pvlookcost.h"
-#include "wnatom/wholefile.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
@@ -24,6 +23,8 @@ std::uint32_t NextTolerance(std::uint32_t inTolerance) {
 
 // A size told beforehand may be wrong by this much of it.
 constexpr double km_DoubtfulSize = 1.02;
+
+constexpr const char* km_Changed = "another program changed the file meanwhile";
 
 } // namespace
 
@@ -205,7 +206,8 @@ std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inP
         return std::nullopt;
     WnCheckReplaceable(inPath);
     candidate.mFile = std::make_unique<WnSafeFile>(inPath);
-    MizerCopyFile(ScratchPath(), candidate.mFile->GetTemporaryPath());
+    candidate.mFile->CopyFrom(ScratchPath());
+    candidate.mFile->Finish(); // what is checked is what is on the disk
     inAllowance.mMovedPixels = static_cast<double>(inWritten.mMovedPixels);
     candidate.mMovedPixels = inAllowance.mMovedPixels;
     candidate.mComparison = PvCompareGIFs(inPath, candidate.mFile->GetTemporaryPath(), inAllowance);
@@ -216,24 +218,18 @@ std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inP
 }
 
 // Somebody may have saved the picture anew while it was worked on: theirs is not to be replaced by what was
-// made from the old one. What is left is the moment between the last look and the rename.
+// made from the old one. The look before the backup only spares the work; the one that counts comes last.
 bool PvOptimizer::Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp) {
-    const auto isChanged = [&] {
-        if (WnGetFileState(inPath) == mState)
-            return false;
-        mOutcome.mGateReason = "another program changed the file meanwhile";
-        return true;
-    };
-    if (isChanged())
+    if (!mState || WnGetFileState(inPath) != mState) {
+        mOutcome.mGateReason = km_Changed;
         return false;
+    }
     if (!inIsBackedUp) {
         mOutcome.mWorstLook = ioCandidate.mComparison.mWorstLook;
         mHost.BackupFile(inPath);
-        if (isChanged())
-            return false;
     }
-    const std::optional<WnFileState> state = WnGetFileState(ioCandidate.mFile->GetTemporaryPath());
-    ioCandidate.mFile->Commit();
-    mState = state;
-    return true;
+    mState = ioCandidate.mFile->CommitOver(*mState);
+    if (!mState)
+        mOutcome.mGateReason = km_Changed;
+    return mState.has_value();
 }
