@@ -26,11 +26,7 @@ void CheckEncoding(LZWCodec& ioCodec, std::uint8_t inMinimumCodeSize, const std:
         pixels[i] = static_cast<std::uint8_t>((source + i / inSource.size() * source / 16) &
                                               ((1U << inMinimumCodeSize) - 1));
     }
-    Indices ordered;
-    NvForEachRowInFileOrder(inShape.mHeight, inShape.mInterlaced, [&](std::uint32_t inRow) {
-        const auto row = pixels.begin() + std::ptrdiff_t{inRow} * inShape.mStride;
-        ordered.insert(ordered.end(), row, row + inShape.mWidth);
-    });
+    const Indices ordered = InFileOrder(pixels, inShape);
     const std::string stream = ioCodec.Encode(inMinimumCodeSize, pixels, inShape);
     Require(stream == ReferenceLZWEncode(inMinimumCodeSize, ordered), "same stream as the reference");
     Require(ioCodec.Decode(stream, inShape).mPixels == ordered, "same pixels after encoding and decoding");

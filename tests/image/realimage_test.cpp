@@ -1,8 +1,11 @@
+// What all images with pixels share, and masks.
+
+#include <algorithm>
 #include <random>
 #include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "nvcode2/image/nvbuffer.h"
 #include "nvcode2/image/nvrealimage.h"
@@ -11,33 +14,19 @@
 
 namespace {
 
+using testing::Each;
+using testing::ElementsAre;
+
 NvRealImage MakeImage(std::uint32_t inWidth, std::uint32_t inHeight, std::uint16_t inDepth,
                       std::uint16_t inChannels, NvRowBytesProc inRowBytes = &NvPackedRowBytes) {
     return {inWidth, inHeight, inDepth, inChannels, inRowBytes, nullptr, NvImage::km_RGBImage};
 }
 
-/** One bit of a row, the leftmost first: what every depth comes down to. */
-bool BitAt(const NvRealImage& inImage, std::uint32_t inRow, std::size_t inBit) {
-    const NvConstPixelLock pixels(inImage);
-    return pixels.Row(inRow)[inBit / 8] >> (7 - inBit % 8) & 1;
-}
-
-TEST(RowBytes, PackedAndAligned) {
-    constexpr struct {
-        std::uint16_t depth, channels;
-        std::uint32_t width, packed, aligned;
-    } km_Cases[] = {
-        {1, 1, 9, 2, 4},   {1, 1, 8, 1, 4},  {1, 3, 3, 2, 4}, {8, 3, 5, 15, 16},
-        {8, 4, 5, 20, 20}, {16, 1, 3, 6, 8}, {8, 1, 0, 0, 0},
-    };
-    for (const auto& test : km_Cases) {
-        EXPECT_EQ(NvPackedRowBytes(test.depth, test.channels, test.width), test.packed) << test.width;
-        EXPECT_EQ(NvAlignedRowBytes(test.depth, test.channels, test.width), test.aligned) << test.width;
-    }
+TEST(RealImage, SizesThatFitNoBufferChangeNothing) {
+    EXPECT_EQ(NvPackedRowBytes(1, 3, 3), 2u);
+    EXPECT_EQ(NvAlignedRowBytes(1, 3, 3), 4u);
+    EXPECT_EQ(NvAlignedRowBytes(8, 4, 5), 20u);
     EXPECT_EQ(CodeOf([] { NvPackedRowBytes(16, 3, 0x80000000u); }), 2u);
-}
-
-TEST(RealImage, ASizeThatFitsNoBufferChangesNothing) {
     NvRealImage image = MakeImage(2, 1, 16, 3);
     SetBytes(image, {1, 2, 3});
     const auto bytes = BytesOf(image);
@@ -56,38 +45,36 @@ TEST(RealImage, CopiedAndPastedRegionsHoldExactlyTheirPixels) {
          std::vector<std::pair<std::uint16_t, std::uint16_t>>{{1, 1}, {8, 3}, {16, 2}}) {
         for (int round = 0; round < 100; ++round) {
             const std::uint32_t width = 1 + RandomBelow(random, 40);
-            const std::uint32_t height = 1 + RandomBelow(random, 4);
-            NvRealImage source = MakeImage(width, height, depth, channels, &NvAlignedRowBytes);
+            NvRealImage source = MakeImage(width, 4, depth, channels, &NvAlignedRowBytes);
             FillRandomly(source, random);
             const std::int32_t left = below(width);
-            const std::int32_t top = below(height);
-            const NvRect rect{left, top, left + 1 + below(width - static_cast<std::uint32_t>(left)),
-                              static_cast<std::int32_t>(height)};
+            const std::int32_t top = below(4);
+            const NvRect rect{left, top, left + 1 + below(width - static_cast<std::uint32_t>(left)), 4};
             const auto copy = source.CopyRegion(rect);
-
-            NvRealImage dest =
-                MakeImage(copy->GetWidth() + RandomBelow(random, 20), copy->GetHeight() + 1, depth, channels);
+            NvRealImage dest = MakeImage(copy->GetWidth() + RandomBelow(random, 20), 5, depth, channels);
             FillRandomly(dest, random);
-            NvRealImage before = MakeImage(dest.GetWidth(), dest.GetHeight(), depth, channels);
-            SetBytes(before, BytesOf(dest));
+            const auto from = BytesOf(source), before = BytesOf(dest);
             const NvPoint at{below(dest.GetWidth() - copy->GetWidth() + 1), below(2)};
             dest.PasteImage(*copy, at);
+            const auto after = BytesOf(dest);
 
-            const int pixelBits = depth * channels;
-            std::size_t wrongBits = 0;
-            for (std::uint32_t y = 0; y < dest.GetHeight(); ++y) {
-                for (std::uint32_t bit = 0; bit < dest.GetRowBytes() * 8; ++bit) {
-                    const std::int32_t h = static_cast<std::int32_t>(bit) / pixelBits - at.h + rect.left;
-                    const std::int32_t v = static_cast<std::int32_t>(y) - at.v + rect.top;
-                    const bool inside = h >= rect.left && h < rect.right && v >= rect.top && v < rect.bottom;
-                    const auto sourceBit = h * pixelBits + static_cast<std::int32_t>(bit) % pixelBits;
-                    const bool expected = inside ? BitAt(source, static_cast<std::uint32_t>(v),
-                                                         static_cast<std::uint32_t>(sourceBit))
-                                                 : BitAt(before, y, bit);
-                    wrongBits += BitAt(dest, y, bit) != expected;
-                }
+            // every depth comes down to bits, the leftmost first
+            const auto bitOf = [](const std::vector<std::uint8_t>& inBytes, std::size_t inBit) {
+                return inBytes[inBit / 8] >> (7 - inBit % 8) & 1;
+            };
+            const std::size_t pixelBits = std::size_t{depth} * channels;
+            for (std::size_t bit = 0; bit < before.size() * 8; ++bit) {
+                const std::size_t rowBits = std::size_t{dest.GetRowBytes()} * 8;
+                const NvPoint pixel{static_cast<std::int32_t>(bit % rowBits / pixelBits) - at.h + left,
+                                    static_cast<std::int32_t>(bit / rowBits) - at.v + top};
+                const bool isInside =
+                    pixel.h >= left && pixel.h < rect.right && pixel.v >= top && pixel.v < 4;
+                const std::size_t sourceBit = static_cast<std::size_t>(pixel.v) * source.GetRowBytes() * 8 +
+                                              static_cast<std::size_t>(pixel.h) * pixelBits +
+                                              bit % rowBits % pixelBits;
+                ASSERT_EQ(bitOf(after, bit), isInside ? bitOf(from, sourceBit) : bitOf(before, bit))
+                    << depth << " bits, " << channels << " channels, round " << round;
             }
-            ASSERT_EQ(wrongBits, 0u) << depth << " bits, " << channels << " channels, round " << round;
         }
     }
 }
@@ -96,12 +83,53 @@ TEST(RealImage, MisuseIsOurMistake) {
     NvBuffer buffer;
     EXPECT_EQ(CodeOf([&] { buffer.Lock(); }), 27u);
     EXPECT_FALSE(buffer.IsLocked()) << "a failed lock does not count";
-    EXPECT_DEATH(buffer.Free(), "mAllocatedFlag");
     NvRealImage image = MakeImage(100, 100, 8, 1);
     EXPECT_DEATH(image.AssertLocked(), "mBufferPtr->IsLocked..");
     EXPECT_DEATH(image.PasteImage(MakeImage(10, 10, 8, 1), {91, 90}), "<= GetWidth");
     EXPECT_DEATH(image.CopyRegion({-1, 0, 2, 2}), "inSourceRect.left >= 0");
     EXPECT_EQ(CodeOf([&] { image.Invert(); }), 37u) << "what a class of images lacks is refused";
+}
+
+TEST(BitmapImage, PolarityAndFillDecideOnEveryBit) {
+    for (const std::uint8_t polarity : {std::uint8_t{0}, std::uint8_t{1}}) {
+        for (const std::uint32_t fill : {0u, 1u}) {
+            const NvBitmapImage mask(9, 2, polarity, fill);
+            EXPECT_THAT(BytesOf(mask), Each(polarity != fill ? 0xFF : 0x00)) << +polarity << ", " << fill;
+            EXPECT_EQ(IsSet(mask, 8, 1), fill == 1);
+        }
+    }
+    NvBitmapImage mask(4, 1, 1);
+    SetBytes(mask, {0b0011'0000});
+    NvBitmapImage other(4, 1);
+    SetBytes(other, {0b0101'0000});
+    mask.Combine(other, NvMaskRule::km_OnlyThis); // the first two pixels of this, the second of the other
+    EXPECT_TRUE(IsSet(mask, 0, 0));
+    EXPECT_FALSE(IsSet(mask, 1, 0) || IsSet(mask, 2, 0));
+    std::uint8_t colors[6] = {};
+    mask.ReadRGB({0, 0, 2, 1}, colors, 6, {});
+    EXPECT_THAT(colors, ElementsAre(255, 255, 255, 0, 0, 0));
+}
+
+TEST(BitmapImage, FindsTheBoundsOfContent) {
+    NvRect bounds{9, 9, 9, 9};
+    EXPECT_FALSE(NvBitmapImage(20, 5).FindContentBounds(bounds));
+    EXPECT_TRUE(NvBitmapImage(20, 5, 1, 1).FindContentBounds(bounds));
+    EXPECT_EQ(bounds, (NvRect{0, 0, 20, 5})) << "without the padding of the rows";
+    std::mt19937 random(31);
+    for (int round = 0; round < 300; ++round) {
+        const auto width = static_cast<std::int32_t>(1 + RandomBelow(random, 30));
+        NvIndexedImage image(static_cast<std::uint32_t>(width), 6, NvColorTable(8));
+        NvRect expected{width, 6, 0, 0};
+        for (std::uint32_t pixels = 1 + RandomBelow(random, 3); pixels > 0; --pixels) {
+            const auto x = static_cast<std::int32_t>(RandomBelow(random, image.GetWidth()));
+            const auto y = static_cast<std::int32_t>(RandomBelow(random, 6));
+            NvPixelLock(image).Row(static_cast<std::uint32_t>(y))[x] = 3;
+            expected = {std::min(expected.left, x), std::min(expected.top, y),
+                        std::max(expected.right, x + 1), std::max(expected.bottom, y + 1)};
+        }
+        EXPECT_TRUE(image.MakeMask(0).FindContentBounds(bounds));
+        ASSERT_EQ(bounds, expected) << "round " << round;
+    }
 }
 
 } // namespace

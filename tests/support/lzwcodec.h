@@ -36,6 +36,16 @@ void ForEachPass(const FrameShape& inShape, Visitor inVisit) {
         inVisit(pass.mStart, pass.CountRows(inShape.mHeight), pass.mStep);
 }
 
+/** The pixels of a frame in memory, in the order in which a file stores them. */
+inline Indices InFileOrder(const Indices& inPixels, const FrameShape& inShape) {
+    Indices ordered;
+    NvForEachRowInFileOrder(inShape.mHeight, inShape.mInterlaced, [&](std::uint32_t inRow) {
+        const auto row = inPixels.begin() + std::ptrdiff_t{inRow} * inShape.mStride;
+        ordered.insert(ordered.end(), row, row + inShape.mWidth);
+    });
+    return ordered;
+}
+
 /** The library's codec between memory and memory, by way of a file as it works in the program. The same
  *  encoder and decoder serve all calls, so that what one stream leaves behind would show in the next. */
 class LZWCodec {
@@ -81,13 +91,11 @@ public:
         } catch (const NvErrorCode& error) {
             result.mError = error.GetCode();
         }
-        NvForEachRowInFileOrder(inShape.mHeight, inShape.mInterlaced, [&](std::uint32_t inRow) {
-            const auto row = rows.begin() + std::ptrdiff_t{inRow} * inShape.mStride;
-            result.mPixels.insert(result.mPixels.end(), row, row + inShape.mWidth);
-            if (std::count(row + inShape.mWidth, row + inShape.mStride, km_Untouched) !=
-                std::ptrdiff_t{inShape.mStride} - inShape.mWidth)
-                throw std::logic_error("bytes beside a row were written");
-        });
+        result.mPixels = InFileOrder(rows, inShape);
+        for (std::uint32_t y = 0; y < inShape.mHeight; ++y)
+            for (std::uint32_t x = inShape.mWidth; x < inShape.mStride; ++x)
+                if (rows[y * inShape.mStride + x] != km_Untouched)
+                    throw std::logic_error("bytes beside a row were written");
         if (result.mError == 0)
             result.mPixels.resize(delivered);
         return result;
