@@ -17,8 +17,8 @@ void ResizeRGB(benchmark::State& ioState, std::uint32_t inWidth, std::uint32_t i
         byte = static_cast<std::uint8_t>(random());
     std::vector<std::uint8_t> dest(std::size_t{outWidth} * outHeight * 3);
     for ([[maybe_unused]] auto _ : ioState) {
-        NvResizeRGB(source.data(), dest.data(), 3, 3, inWidth * 3, outWidth * 3, inWidth, inHeight, outWidth,
-                    outHeight);
+        NvResizeRGB({source.data(), inWidth * 3, inWidth, inHeight, 3},
+                    {dest.data(), outWidth * 3, outWidth, outHeight, 3});
         benchmark::DoNotOptimize(dest.data());
         benchmark::ClobberMemory();
     }

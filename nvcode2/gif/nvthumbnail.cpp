@@ -54,10 +54,12 @@ NvRGBImage NvThumbnail::Render(const NvGIFPlayer& inPlayer, NvProgressIndicator*
 
     // Each of a canvas pixel's four bytes is averaged for itself, so their order in memory does not matter.
     const auto reduced = NvMakeArray<Pixel>(std::size_t{width} * height);
-    NvResizeChannels(reinterpret_cast<const std::uint8_t*>(displayed.get()),
-                     reinterpret_cast<std::uint8_t*>(reduced.get()), sizeof(Pixel), sizeof(Pixel),
-                     sizeof(Pixel), screenWidth * sizeof(Pixel), width * sizeof(Pixel), screenWidth,
-                     inPlayer.GetScreenHeight(), width, height, inIndicator);
+    constexpr std::uint32_t km_Channels = sizeof(Pixel);
+    NvResizeChannels(
+        {reinterpret_cast<const std::uint8_t*>(displayed.get()), screenWidth * km_Channels, screenWidth,
+         inPlayer.GetScreenHeight(), km_Channels},
+        {reinterpret_cast<std::uint8_t*>(reduced.get()), width * km_Channels, width, height, km_Channels},
+        km_Channels, inIndicator);
 
     NvRGBImage image(width, height);
     const NvPixelLock pixels(image);

@@ -13,8 +13,9 @@ using Byte = std::uint8_t;
 
 /** Calls inRow(source row, destination row) for every row, unless there is nothing to convert. */
 template <typename RowProc>
-void ConvertRows(const Byte* inSrcPtr, std::uint32_t inSrcRowBytes, Byte* inDstPtr,
-                 std::uint32_t inDstRowBytes, std::uint32_t inWidth, std::uint32_t inHeight, RowProc inRow) {
+void ConvertRows(const Byte* inSrcPtr, std::uint32_t inSrcRowBytes, const NvPixelBlock& inDst,
+                 RowProc inRow) {
+    const auto [inDstPtr, inDstRowBytes, inWidth, inHeight, channels] = inDst;
     NvAssert((inSrcPtr && inDstPtr) || !inWidth || !inHeight);
     NvAssert((inSrcRowBytes && inDstRowBytes) || !inWidth);
     if (inWidth == 0)
@@ -48,27 +49,25 @@ Byte NibbleAt(const Byte* inPtr, std::uint32_t inIndex) {
 
 } // namespace
 
-void NvConvert555ToRGB(const Byte* inSrcPtr, std::uint32_t inSrcRowBytes, Byte* inDstPtr,
-                       std::uint32_t inDstRowBytes, std::uint32_t inWidth, std::uint32_t inHeight,
-                       std::uint32_t outPixelBytes) {
+void NvConvert555ToRGB(const Byte* inSrcPtr, std::uint32_t inSrcRowBytes, const NvPixelBlock& inDst) {
+    const std::uint32_t outPixelBytes = inDst.channels;
     NvAssert(outPixelBytes >= 3);
-    ConvertRows(inSrcPtr, inSrcRowBytes, inDstPtr, inDstRowBytes, inWidth, inHeight,
-                [=](const Byte* inSrc, Byte* outDst) {
-                    for (std::uint32_t x = 0; x < inWidth; ++x, inSrc += 2, outDst += outPixelBytes) {
-                        const unsigned pixel = inSrc[0] | static_cast<unsigned>(inSrc[1]) << 8;
-                        const unsigned red = pixel >> 10 & 31;
-                        const unsigned green = pixel >> 5 & 31;
-                        const unsigned blue = pixel & 31;
-                        outDst[0] = static_cast<Byte>(red * 8 + red / 4);
-                        outDst[1] = static_cast<Byte>(green * 8 + green / 4);
-                        outDst[2] = static_cast<Byte>(blue * 8 + blue % 8);
-                    }
-                });
+    ConvertRows(inSrcPtr, inSrcRowBytes, inDst, [=](const Byte* inSrc, Byte* outDst) {
+        for (std::uint32_t x = 0; x < inDst.width; ++x, inSrc += 2, outDst += outPixelBytes) {
+            const unsigned pixel = inSrc[0] | static_cast<unsigned>(inSrc[1]) << 8;
+            const unsigned red = pixel >> 10 & 31;
+            const unsigned green = pixel >> 5 & 31;
+            const unsigned blue = pixel & 31;
+            outDst[0] = static_cast<Byte>(red * 8 + red / 4);
+            outDst[1] = static_cast<Byte>(green * 8 + green / 4);
+            outDst[2] = static_cast<Byte>(blue * 8 + blue % 8);
+        }
+    });
 }
 
 void NvConvert4BytesTo3(const Byte* inSrcPtr, std::uint32_t inSrcRowBytes, Byte* inDstPtr,
                         std::uint32_t inDstRowBytes, std::uint32_t inWidth, std::uint32_t inHeight) {
-    ConvertRows(inSrcPtr, inSrcRowBytes, inDstPtr, inDstRowBytes, inWidth, inHeight,
+    ConvertRows(inSrcPtr, inSrcRowBytes, {inDstPtr, inDstRowBytes, inWidth, inHeight},
                 [=](const Byte* inSrc, Byte* outDst) {
                     for (std::uint32_t x = 0; x < inWidth; ++x, inSrc += 4, outDst += 3)
                         std::copy_n(inSrc, 3, outDst);
@@ -91,7 +90,7 @@ void NvInterleavePlanes(const Byte* inPixelPtr, Byte* outPixelPtr, std::uint32_t
 
 void NvConvert16BitTo8(const Byte* inSrcPtr, std::uint32_t inSrcRowBytes, Byte* inDstPtr,
                        std::uint32_t inDstRowBytes, std::uint32_t inWidth, std::uint32_t inHeight) {
-    ConvertRows(inSrcPtr, inSrcRowBytes, inDstPtr, inDstRowBytes, inWidth, inHeight,
+    ConvertRows(inSrcPtr, inSrcRowBytes, {inDstPtr, inDstRowBytes, inWidth, inHeight},
                 [=](const Byte* inSrc, Byte* outDst) {
                     for (std::size_t x = 0; x < inWidth; ++x)
                         outDst[x] = inSrc[x * 2 + 1];
@@ -100,7 +99,7 @@ void NvConvert16BitTo8(const Byte* inSrcPtr, std::uint32_t inSrcRowBytes, Byte* 
 
 void NvConvert4BitTo8(const Byte* inSrcPtr, std::uint32_t inSrcRowBytes, Byte* inDstPtr,
                       std::uint32_t inDstRowBytes, std::uint32_t inWidth, std::uint32_t inHeight) {
-    ConvertRows(inSrcPtr, inSrcRowBytes, inDstPtr, inDstRowBytes, inWidth, inHeight,
+    ConvertRows(inSrcPtr, inSrcRowBytes, {inDstPtr, inDstRowBytes, inWidth, inHeight},
                 [=](const Byte* inSrc, Byte* outDst) {
                     for (std::uint32_t x = 0; x < inWidth; ++x)
                         outDst[x] = NibbleAt(inSrc, x);
@@ -143,13 +142,13 @@ void NvInvert(Byte* ioPixelPtr, std::uint32_t inRowBytes, std::uint32_t inWidth,
     });
 }
 
-void NvSwapChannels(Byte* ioPixelPtr, std::uint32_t inRowBytes, std::uint32_t inWidth, std::uint32_t inHeight,
-                    std::uint32_t inChannels, std::uint32_t inChannelA, std::uint32_t inChannelB) {
+void NvSwapChannels(const NvPixelBlock& ioPixels, std::uint32_t inChannelA, std::uint32_t inChannelB) {
+    const auto [ioPixelPtr, rowBytes, width, height, inChannels] = ioPixels;
     NvAssert(inChannelA < inChannels);
     NvAssert(inChannelB < inChannels);
-    NvAssert(ioPixelPtr);
-    ChangeRows(ioPixelPtr, inRowBytes, inWidth, inHeight, [=](Byte* ioRow) {
-        for (std::uint32_t x = 0; x < inWidth; ++x, ioRow += inChannels)
+    NvAssertText(ioPixelPtr || !width || !height, "ioPixelPtr");
+    ChangeRows(ioPixelPtr, rowBytes, width, height, [&](Byte* ioRow) {
+        for (std::uint32_t x = 0; x < ioPixels.width; ++x, ioRow += ioPixels.channels)
             std::swap(ioRow[inChannelA], ioRow[inChannelB]);
     });
 }

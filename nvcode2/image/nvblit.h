@@ -2,21 +2,20 @@
 
 #include <cstdint>
 
-/** Conversions between ways to keep pixels in memory, row by row, in place or into the caller's memory.
+#include "nvcode2/image/nvpixelblock.h"
+
+/** Conversions between ways to keep pixels in memory, row by row, into the caller's memory or in place.
  *
- *  Rows begin inSrcRowBytes and inDstRowBytes apart. A width or height of zero does nothing and needs no
- *  pointers; otherwise null pointers and, with it, row bytes of zero are assertions. Source and
- *  destination do not overlap. Samples of 16 bits are little-endian.
+ *  A width or height of zero does nothing and needs no pointers; otherwise null pointers and row bytes of
+ *  zero are assertions. Source and destination do not overlap. Samples of 16 bits are little-endian.
  *
- *  GIF itself needs none of the converters: they bring the layouts of uncompressed formats and of screens
- *  to those of the image classes. The channel routines serve the image classes. */
+ *  NvInvert and NvSwapChannels serve the image classes. GIF has no use for the others, which bring the
+ *  layouts of screens and of uncompressed formats to those of the image classes. */
 
 /** 5-5-5 pixels, red in bits 10-14, to 8 bits a channel, red first. Red and green repeat their top three bits
  *  below the five; blue repeats its low three, as MakeInverseColorMap does.
- *  @param outPixelBytes  from one pixel written to the next, at least 3; the bytes beyond three are kept */
-void NvConvert555ToRGB(const std::uint8_t* inSrcPtr, std::uint32_t inSrcRowBytes, std::uint8_t* inDstPtr,
-                       std::uint32_t inDstRowBytes, std::uint32_t inWidth, std::uint32_t inHeight,
-                       std::uint32_t outPixelBytes);
+ *  @param inDst  its size counts; at least 3 channels, of which those beyond three are kept */
+void NvConvert555ToRGB(const std::uint8_t* inSrcPtr, std::uint32_t inSrcRowBytes, const NvPixelBlock& inDst);
 
 /** Drops the fourth byte of every pixel. */
 void NvConvert4BytesTo3(const std::uint8_t* inSrcPtr, std::uint32_t inSrcRowBytes, std::uint8_t* inDstPtr,
@@ -50,7 +49,5 @@ void NvKeepChannels(std::uint8_t* ioPixelPtr, std::uint32_t inCount, std::uint32
 void NvInvert(std::uint8_t* ioPixelPtr, std::uint32_t inRowBytes, std::uint32_t inWidth,
               std::uint32_t inHeight);
 
-/** Exchanges two channels of every pixel; channels are bytes. */
-void NvSwapChannels(std::uint8_t* ioPixelPtr, std::uint32_t inRowBytes, std::uint32_t inWidth,
-                    std::uint32_t inHeight, std::uint32_t inChannels, std::uint32_t inChannelA,
-                    std::uint32_t inChannelB);
+/** Exchanges two channels of every pixel. */
+void NvSwapChannels(const NvPixelBlock& ioPixels, std::uint32_t inChannelA, std::uint32_t inChannelB);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include "nvcode2/base/nvassert.h"
@@ -159,12 +160,12 @@ void CopyBits(const std::uint8_t* inSrc, std::size_t inSrcBit, std::uint8_t* out
         copyBit(srcShift + i, i);
 }
 
-/** What every rectangle copy asks of its arguments. */
-void AssertCopy(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
-                const std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
-                std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth) {
-    NvAssert(inSrcData && outDstData);
-    NvAssert(inSrcRowBytes && inDstRowBytes);
+/** What every rectangle copy asks of its arguments.
+ *  @param inNumChannels  of the narrower pixels */
+void AssertCopy(const NvConstPixelBlock& inSrc, const NvRect& inSrcRect, const NvConstPixelBlock& inDst,
+                const NvRect& inDstRect, std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth) {
+    NvAssertText(inSrc.data && inDst.data, "inSrcData && outDstData");
+    NvAssertText(inSrc.rowBytes && inDst.rowBytes, "inSrcRowBytes && inDstRowBytes");
     NvAssert(inNumChannels != 0);
     NvAssert(inChannelBitDepth == 1 || inChannelBitDepth == 8 || inChannelBitDepth == 16);
     NvAssert((inSrcRect.bottom > inSrcRect.top) && (inSrcRect.right > inSrcRect.left));
@@ -173,80 +174,80 @@ void AssertCopy(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, cons
     NvAssert((inSrcRect.bottom - inSrcRect.top) == (inDstRect.bottom - inDstRect.top));
 }
 
-/** Where a rectangle's top left pixel of inPixelBytes bytes is. */
-std::size_t OffsetOf(const NvRect& inRect, std::uint32_t inRowBytes, std::size_t inPixelBytes) {
-    return static_cast<std::size_t>(inRect.top) * inRowBytes +
-           static_cast<std::size_t>(inRect.left) * inPixelBytes;
+/** Some channels of every pixel from a point of a block on. */
+template <typename Byte>
+struct Channels {
+    Byte* data; // the first channel of the pixel at the point
+    std::uint32_t rowBytes;
+    std::size_t pixelBytes;
+};
+
+/** The channels from inIndex on, from a rectangle's top left pixel on. */
+template <typename Block>
+auto ChannelsAt(const Block& inBlock, const NvRect& inRect, std::size_t inIndex, std::size_t inChannelBytes) {
+    const std::size_t pixelBytes = inBlock.channels * inChannelBytes;
+    auto* const first = inBlock.data + static_cast<std::size_t>(inRect.top) * inBlock.rowBytes +
+                        static_cast<std::size_t>(inRect.left) * pixelBytes + inIndex * inChannelBytes;
+    return Channels<std::remove_pointer_t<decltype(inBlock.data)>>{first, inBlock.rowBytes, pixelBytes};
 }
 
 /** Copies inRunBytes of every pixel of a rectangle to pixels of another size. */
-void CopyRuns(const std::uint8_t* inSrc, std::uint32_t inSrcRowBytes, std::size_t inSrcPixelBytes,
-              std::uint8_t* outDst, std::uint32_t inDstRowBytes, std::size_t inDstPixelBytes,
-              const NvRect& inRect, std::size_t inRunBytes) {
+void CopyRuns(Channels<const std::uint8_t> inSrc, Channels<std::uint8_t> inDst, const NvRect& inRect,
+              std::size_t inRunBytes) {
     const std::int32_t theWidth = inRect.Width();
     const std::int32_t theHeight = inRect.Height();
     NvAssert(theWidth && theHeight);
     for (std::int32_t y = 0; y < theHeight; ++y) {
-        const std::uint8_t* src = inSrc;
-        std::uint8_t* dst = outDst;
+        const std::uint8_t* src = inSrc.data;
+        std::uint8_t* dst = inDst.data;
         for (std::int32_t x = 0; x < theWidth; ++x) {
             std::copy_n(src, inRunBytes, dst);
-            src += inSrcPixelBytes;
-            dst += inDstPixelBytes;
+            src += inSrc.pixelBytes;
+            dst += inDst.pixelBytes;
         }
-        inSrc += inSrcRowBytes;
-        outDst += inDstRowBytes;
+        inSrc.data += inSrc.rowBytes;
+        inDst.data += inDst.rowBytes;
     }
 }
 
 } // namespace
 
-void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
-                std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
-                std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth) {
-    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inNumChannels,
-               inChannelBitDepth);
-    const std::size_t pixelBits = std::size_t{inNumChannels} * inChannelBitDepth;
+void NvCopyRect(const NvConstPixelBlock& inSrc, const NvRect& inSrcRect, const NvPixelBlock& inDst,
+                const NvRect& inDstRect, std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrc, inSrcRect, inDst, inDstRect, inSrc.channels, inChannelBitDepth);
+    NvAssert(inSrc.channels == inDst.channels);
+    const std::size_t pixelBits = std::size_t{inSrc.channels} * inChannelBitDepth;
     const std::size_t srcBit = static_cast<std::size_t>(inSrcRect.left) * pixelBits;
     const std::size_t dstBit = static_cast<std::size_t>(inDstRect.left) * pixelBits;
     const std::size_t rowBits = static_cast<std::size_t>(inSrcRect.Width()) * pixelBits;
-    const std::uint8_t* src = inSrcData + static_cast<std::size_t>(inSrcRect.top) * inSrcRowBytes;
-    std::uint8_t* dst = outDstData + static_cast<std::size_t>(inDstRect.top) * inDstRowBytes;
+    const std::uint8_t* src = inSrc.data + static_cast<std::size_t>(inSrcRect.top) * inSrc.rowBytes;
+    std::uint8_t* dst = inDst.data + static_cast<std::size_t>(inDstRect.top) * inDst.rowBytes;
     for (std::int32_t row = 0; row < inSrcRect.Height(); ++row) {
         CopyBits(src, srcBit, dst, dstBit, rowBits);
-        src += inSrcRowBytes;
-        dst += inDstRowBytes;
+        src += inSrc.rowBytes;
+        dst += inDst.rowBytes;
     }
 }
 
-void NvCopyIntoChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
-                        std::uint32_t inSrcChannels, std::uint8_t* outDstData, std::uint32_t inDstRowBytes,
-                        const NvRect& inDstRect, std::uint32_t inDstChannels, std::uint32_t inDstIndex,
-                        std::uint32_t inChannelBitDepth) {
-    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inSrcChannels,
-               inChannelBitDepth);
-    NvAssert((inSrcChannels + inDstIndex) <= inDstChannels);
+void NvCopyIntoChannels(const NvConstPixelBlock& inSrc, const NvRect& inSrcRect, const NvPixelBlock& inDst,
+                        const NvRect& inDstRect, std::uint32_t inDstIndex, std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrc, inSrcRect, inDst, inDstRect, inSrc.channels, inChannelBitDepth);
+    NvAssertText((inSrc.channels + inDstIndex) <= inDst.channels,
+                 "(inSrcChannels + inDstIndex) <= inDstChannels");
     const std::size_t channelBytes = inChannelBitDepth / 8;
     NvAssert(channelBytes);
-    const std::size_t srcBytes = inSrcChannels * channelBytes;
-    const std::size_t dstBytes = inDstChannels * channelBytes;
-    CopyRuns(inSrcData + OffsetOf(inSrcRect, inSrcRowBytes, srcBytes), inSrcRowBytes, srcBytes,
-             outDstData + OffsetOf(inDstRect, inDstRowBytes, dstBytes) + inDstIndex * channelBytes,
-             inDstRowBytes, dstBytes, inSrcRect, srcBytes);
+    CopyRuns(ChannelsAt(inSrc, inSrcRect, 0, channelBytes),
+             ChannelsAt(inDst, inDstRect, inDstIndex, channelBytes), inSrcRect,
+             inSrc.channels * channelBytes);
 }
 
-void NvCopyFromChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
-                        std::uint32_t inSrcChannels, std::uint32_t inSrcIndex, std::uint8_t* outDstData,
-                        std::uint32_t inDstRowBytes, const NvRect& inDstRect, std::uint32_t inDstChannels,
-                        std::uint32_t inChannelBitDepth) {
-    AssertCopy(inSrcData, inSrcRowBytes, inSrcRect, outDstData, inDstRowBytes, inDstRect, inDstChannels,
-               inChannelBitDepth);
-    NvAssert((inDstChannels + inSrcIndex) <= inSrcChannels);
+void NvCopyFromChannels(const NvConstPixelBlock& inSrc, const NvRect& inSrcRect, std::uint32_t inSrcIndex,
+                        const NvPixelBlock& inDst, const NvRect& inDstRect, std::uint32_t inChannelBitDepth) {
+    AssertCopy(inSrc, inSrcRect, inDst, inDstRect, inDst.channels, inChannelBitDepth);
+    NvAssertText((inDst.channels + inSrcIndex) <= inSrc.channels,
+                 "(inDstChannels + inSrcIndex) <= inSrcChannels");
     const std::size_t channelBytes = inChannelBitDepth / 8;
     NvAssert(channelBytes);
-    const std::size_t srcBytes = inSrcChannels * channelBytes;
-    const std::size_t dstBytes = inDstChannels * channelBytes;
-    CopyRuns(inSrcData + OffsetOf(inSrcRect, inSrcRowBytes, srcBytes) + inSrcIndex * channelBytes,
-             inSrcRowBytes, srcBytes, outDstData + OffsetOf(inDstRect, inDstRowBytes, dstBytes),
-             inDstRowBytes, dstBytes, inSrcRect, dstBytes);
+    CopyRuns(ChannelsAt(inSrc, inSrcRect, inSrcIndex, channelBytes),
+             ChannelsAt(inDst, inDstRect, 0, channelBytes), inSrcRect, inDst.channels * channelBytes);
 }

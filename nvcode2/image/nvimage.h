@@ -6,6 +6,7 @@
 
 #include "nvcode2/base/nvgeometry.h"
 #include "nvcode2/image/nvimgfmtinfo.h"
+#include "nvcode2/image/nvpixelblock.h"
 
 /** Where red, green and blue lie in a pixel of somebody else's memory. The other bytes of such a pixel are
  *  never touched. */
@@ -138,26 +139,21 @@ private:
 /** Checks what every reader into an RGB layout asks of it. */
 void NvAssertLayout(const NvRGBLayout& inLayout);
 
-/** Copies a rectangle of pixels to a rectangle of the same size; both must not be empty.
+/** Copies a rectangle of pixels to a rectangle of the same size; neither may be empty.
  *
- *  Pixels have inNumChannels channels of 1, 8 or 16 bits; one-bit pixels are packed, leftmost in the top bit,
- *  and may be copied to any column. Pixels beside the destination rectangle keep their values. Source and
- *  destination do not overlap. */
-void NvCopyRect(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
-                std::uint8_t* outDstData, std::uint32_t inDstRowBytes, const NvRect& inDstRect,
-                std::uint32_t inNumChannels, std::uint32_t inChannelBitDepth);
+ *  Both blocks have the same number of channels, of 1, 8 or 16 bits. One-bit pixels are packed, the leftmost
+ *  in the top bit, and may be copied to any column. Pixels beside the destination rectangle keep their
+ *  values. Source and destination do not overlap. */
+void NvCopyRect(const NvConstPixelBlock& inSrc, const NvRect& inSrcRect, const NvPixelBlock& inDst,
+                const NvRect& inDstRect, std::uint32_t inChannelBitDepth);
 
-/** Copies a rectangle of pixels into wider ones, whose other channels are kept: source channel 0 goes to
- *  channel inDstIndex. Channels of 8 or 16 bits; the rest as for NvCopyRect. Precondition: (inSrcChannels
- *  + inDstIndex) <= inDstChannels. */
-void NvCopyIntoChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
-                        std::uint32_t inSrcChannels, std::uint8_t* outDstData, std::uint32_t inDstRowBytes,
-                        const NvRect& inDstRect, std::uint32_t inDstChannels, std::uint32_t inDstIndex,
-                        std::uint32_t inChannelBitDepth);
+/** Copies a rectangle of pixels into wider ones, whose other channels stay: source channel 0 goes to channel
+ *  inDstIndex. Channels have 8 or 16 bits; otherwise as NvCopyRect.
+ *  Precondition: (inSrcChannels + inDstIndex) <= inDstChannels. */
+void NvCopyIntoChannels(const NvConstPixelBlock& inSrc, const NvRect& inSrcRect, const NvPixelBlock& inDst,
+                        const NvRect& inDstRect, std::uint32_t inDstIndex, std::uint32_t inChannelBitDepth);
 
 /** The reverse: copies the channels from inSrcIndex on into narrower pixels.
  *  Precondition: (inDstChannels + inSrcIndex) <= inSrcChannels. */
-void NvCopyFromChannels(const std::uint8_t* inSrcData, std::uint32_t inSrcRowBytes, const NvRect& inSrcRect,
-                        std::uint32_t inSrcChannels, std::uint32_t inSrcIndex, std::uint8_t* outDstData,
-                        std::uint32_t inDstRowBytes, const NvRect& inDstRect, std::uint32_t inDstChannels,
-                        std::uint32_t inChannelBitDepth);
+void NvCopyFromChannels(const NvConstPixelBlock& inSrc, const NvRect& inSrcRect, std::uint32_t inSrcIndex,
+                        const NvPixelBlock& inDst, const NvRect& inDstRect, std::uint32_t inChannelBitDepth);

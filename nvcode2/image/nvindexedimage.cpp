@@ -121,8 +121,7 @@ std::unique_ptr<NvImage> NvIndexedImage::NewResizedImage(std::uint32_t inWidth, 
     auto image = NvMakeUnique<NvIndexedImage>(inWidth, inHeight, mColorTable);
     const NvConstPixelLock source(*this);
     const NvPixelLock dest(*image);
-    NvResizeIndexed(source.Row(0), dest.Row(0), GetRowBytes(), image->GetRowBytes(), mWidth, mHeight, inWidth,
-                    inHeight, &mColorTable, inverseMap.get(), inIndicator);
+    NvResizeIndexed(source.GetBlock(), dest.GetBlock(), &mColorTable, inverseMap.get(), inIndicator);
     return image;
 }
 

@@ -177,6 +177,11 @@ public:
         return mPixels + std::size_t{inY} * mRowBytes;
     }
 
+    /** All pixels, for as long as the lock is held. */
+    NvPixelBlock GetBlock() const {
+        return {Row(0), mRowBytes, mImage.GetWidth(), mImage.GetHeight(), mImage.GetNumChannels()};
+    }
+
 private:
     NvRealImage& mImage;
     std::uint8_t* mPixels;
@@ -195,6 +200,10 @@ public:
     const std::uint8_t* Row(std::uint32_t inY) const {
         mImage.AssertLocked();
         return mPixels + std::size_t{inY} * mRowBytes;
+    }
+
+    NvConstPixelBlock GetBlock() const {
+        return {Row(0), mRowBytes, mImage.GetWidth(), mImage.GetHeight(), mImage.GetNumChannels()};
     }
 
 private:

@@ -14,8 +14,7 @@ std::unique_ptr<NvImage> NvRealImage::CopyRegion(const NvRect& inRect) const {
     auto& region = static_cast<NvRealImage&>(*retImagePtr);
     const NvConstPixelLock source(*this);
     const NvPixelLock dest(region);
-    NvCopyRect(source.Row(0), mRowBytes, inRect, dest.Row(0), region.mRowBytes, region.GetBounds(),
-               mNumChannels, mChannelDepth);
+    NvCopyRect(source.GetBlock(), inRect, dest.GetBlock(), region.GetBounds(), mChannelDepth);
     return retImagePtr;
 }
 
@@ -32,8 +31,7 @@ void NvRealImage::PasteImage(const NvImage& inImage, NvPoint inTopLeft) {
                           inTopLeft.v + sourceRect.bottom};
     const NvConstPixelLock source(image);
     const NvPixelLock dest(*this);
-    NvCopyRect(source.Row(0), image.mRowBytes, sourceRect, dest.Row(0), mRowBytes, destRect, mNumChannels,
-               mChannelDepth);
+    NvCopyRect(source.GetBlock(), sourceRect, dest.GetBlock(), destRect, mChannelDepth);
 }
 
 std::unique_ptr<NvImage> NvRealImage::NewHorizontalMirror() const {
@@ -87,22 +85,27 @@ void NvRealImage::ReadChannel(std::uint32_t inChannel, const NvRect& inSourceRec
                               std::uint32_t inDestRowBytes) const {
     AssertInside(inSourceRect);
     const NvConstPixelLock pixels(*this);
-    NvCopyFromChannels(pixels.Row(0), mRowBytes, inSourceRect, mNumChannels, inChannel, outData,
-                       inDestRowBytes, {0, 0, inSourceRect.Width(), inSourceRect.Height()}, 1, mChannelDepth);
+    const NvRect destRect{0, 0, inSourceRect.Width(), inSourceRect.Height()};
+    NvCopyFromChannels(pixels.GetBlock(), inSourceRect, inChannel,
+                       {outData, inDestRowBytes, static_cast<std::uint32_t>(destRect.right),
+                        static_cast<std::uint32_t>(destRect.bottom)},
+                       destRect, mChannelDepth);
 }
 
 void NvRealImage::WriteChannel(std::uint32_t inChannel, const NvRect& inDestRect, const std::uint8_t* inData,
                                std::uint32_t inSourceRowBytes) {
     AssertInside(inDestRect);
     const NvPixelLock pixels(*this);
-    NvCopyIntoChannels(inData, inSourceRowBytes, {0, 0, inDestRect.Width(), inDestRect.Height()}, 1,
-                       pixels.Row(0), mRowBytes, inDestRect, mNumChannels, inChannel, mChannelDepth);
+    const NvRect sourceRect{0, 0, inDestRect.Width(), inDestRect.Height()};
+    NvCopyIntoChannels({inData, inSourceRowBytes, static_cast<std::uint32_t>(sourceRect.right),
+                        static_cast<std::uint32_t>(sourceRect.bottom)},
+                       sourceRect, pixels.GetBlock(), inDestRect, inChannel, mChannelDepth);
 }
 
 void NvRealImage::SwapChannels(std::uint32_t inChannelA, std::uint32_t inChannelB) {
     NvAssert(mChannelDepth == 8);
     const NvPixelLock pixels(*this);
-    NvSwapChannels(pixels.Row(0), mRowBytes, mWidth, mHeight, mNumChannels, inChannelA, inChannelB);
+    NvSwapChannels(pixels.GetBlock(), inChannelA, inChannelB);
 }
 
 void NvRealImage::CopyPixels(const NvRealImage& inImage) {
@@ -112,8 +115,7 @@ void NvRealImage::CopyPixels(const NvRealImage& inImage) {
         return;
     const NvConstPixelLock source(inImage);
     const NvPixelLock dest(*this);
-    NvCopyRect(source.Row(0), inImage.mRowBytes, GetBounds(), dest.Row(0), mRowBytes, GetBounds(),
-               mNumChannels, mChannelDepth);
+    NvCopyRect(source.GetBlock(), GetBounds(), dest.GetBlock(), GetBounds(), mChannelDepth);
 }
 
 void NvRealImage::AssertSameShape(const NvImage& inImage) const {

@@ -13,11 +13,9 @@ namespace {
 
 using Byte = std::uint8_t;
 
-struct Sizes {
-    std::uint32_t inWidth, inHeight, outWidth, outHeight;
-
-    bool HaveZero() const { return !inWidth || !inHeight || !outWidth || !outHeight; }
-};
+bool IsEmpty(const NvConstPixelBlock& inPixels) {
+    return inPixels.width == 0 || inPixels.height == 0;
+}
 
 /** The input pixels from start to stop - 1 that one output pixel covers along an axis, and how much of the
  *  first, the last and those between, in the axis's units. A single pixel is the first. */
@@ -51,23 +49,23 @@ private:
 
 /** Pixels that hold their channels. */
 struct DirectPixels {
-    const Byte* pixels;
-    std::size_t rowBytes, pixelBytes;
+    NvConstPixelBlock block;
 
-    const Byte* At(const Byte* inRow, std::size_t inColumn) const { return inRow + inColumn * pixelBytes; }
+    const Byte* At(const Byte* inRow, std::size_t inColumn) const {
+        return inRow + inColumn * block.channels;
+    }
 };
 
 /** Pixels that are indices of a table. */
 struct IndexedPixels {
-    const Byte* pixels;
-    std::size_t rowBytes;
+    NvConstPixelBlock block;
     std::array<std::array<Byte, 3>, 256> colors;
 
     const Byte* At(const Byte* inRow, std::size_t inColumn) const { return colors[inRow[inColumn]].data(); }
 };
 
-constexpr std::uint32_t km_StripWidth =
-    128; // output columns worked on at a time: their sums stay in the cache
+// Output columns worked on at a time: their sums stay in the cache.
+constexpr std::uint32_t km_StripWidth = 128;
 
 /** Resamples one strip of output columns. Channels is the number of them averaged. */
 template <std::size_t Channels, typename Pixels>
@@ -77,12 +75,13 @@ public:
     using Pixel = std::array<Byte, Channels>;
 
     Strip(const Pixels& inPixels, const Axis& inColumns, const Axis& inRows, std::uint32_t inFirst,
-          std::uint32_t inCount, std::uint32_t inWidth)
+          std::uint32_t inCount)
         : mPixels(inPixels), mCount(inCount), mArea(inColumns.GetOutUnits() * inRows.GetOutUnits()) {
         for (std::uint32_t x = 0; x < inCount; ++x) {
             mSpans[x] = inColumns.GetSpan(inFirst + x);
             const std::uint32_t jStart = mSpans[x].start;
             const std::uint32_t jStop = mSpans[x].stop;
+            const std::uint32_t inWidth = inPixels.block.width;
             NvAssert(jStart < inWidth);
             NvAssert(jStop <= inWidth);
         }
@@ -99,7 +98,7 @@ public:
         std::fill_n(mSums.begin(), mCount, Sums{});
         for (std::uint32_t y = inRows.start; y < inRows.stop; ++y) {
             const bool isLast = y + 1 == inRows.stop;
-            AddRow(mPixels.pixels + y * mPixels.rowBytes,
+            AddRow(mPixels.block.data + std::size_t{y} * mPixels.block.rowBytes,
                    y == inRows.start ? inRows.first : (isLast ? inRows.last : inRows.between));
         }
         for (std::uint32_t x = 0; x < mCount; ++x) {
@@ -142,17 +141,20 @@ private:
     std::array<Pixel, km_StripWidth> mResult;
 };
 
-/** Resamples everything; inWrite(x, y, pixel) stores an output pixel. */
+/** Resamples everything; inWrite(output pixel, its channels) stores one. */
 template <std::size_t Channels, typename Pixels, typename Write>
-void Resample(const Pixels& inPixels, const Sizes& inSizes, NvProgressIndicator* inIndicator, Write inWrite) {
-    const auto [inWidth, inHeight, outWidth, outHeight] = inSizes;
-    const Axis columns(inWidth, outWidth);
+void Resample(const Pixels& inPixels, const NvPixelBlock& outPixels, NvProgressIndicator* inIndicator,
+              Write inWrite) {
+    const std::uint32_t inHeight = inPixels.block.height;
+    const std::uint32_t outWidth = outPixels.width;
+    const std::uint32_t outHeight = outPixels.height;
+    const Axis columns(inPixels.block.width, outWidth);
     const Axis rows(inHeight, outHeight);
     const std::uint32_t strips = (outWidth - 1) / km_StripWidth + 1;
     for (std::uint32_t i = 0; i < strips; ++i) {
         const std::uint32_t first = i * km_StripWidth;
         const std::uint32_t count = std::min(km_StripWidth, outWidth - first);
-        Strip<Channels, Pixels> strip(inPixels, columns, rows, first, count, inWidth);
+        Strip<Channels, Pixels> strip(inPixels, columns, rows, first, count);
         for (std::uint32_t y = 0; y < outHeight; ++y) {
             const Span span = rows.GetSpan(y);
             const std::uint32_t iStart = span.start;
@@ -160,85 +162,77 @@ void Resample(const Pixels& inPixels, const Sizes& inSizes, NvProgressIndicator*
             NvAssert(iStart < inHeight);
             NvAssert(iStop <= inHeight);
             const auto* const pixels = strip.GetRow(span);
+            Byte* const row = outPixels.data + std::size_t{y} * outPixels.rowBytes;
             for (std::uint32_t x = 0; x < count; ++x)
-                inWrite(first + x, y, pixels[x]);
+                inWrite(row + std::size_t{first + x} * outPixels.channels, pixels[x]);
             NvReportProgress(inIndicator, i * outHeight + y + 1, strips * outHeight);
         }
     }
 }
 
 /** Resamples inCalcChannels channels, at most four, of pixels that hold them. */
-void ResampleDirect(const DirectPixels& inPixels, Byte* outPixels, std::size_t inOutRowBytes,
-                    std::size_t inOutPixelBytes, std::uint32_t inCalcChannels, const Sizes& inSizes,
-                    NvProgressIndicator* inIndicator) {
-    const auto write = [=](std::size_t inX, std::size_t inY, const auto& inPixel) {
-        std::ranges::copy(inPixel, outPixels + inY * inOutRowBytes + inX * inOutPixelBytes);
-    };
+void ResampleDirect(const NvConstPixelBlock& inPixels, const NvPixelBlock& outPixels,
+                    std::uint32_t inCalcChannels, NvProgressIndicator* inIndicator) {
+    const DirectPixels pixels{inPixels};
+    const auto write = [](Byte* outPixel, const auto& inPixel) { std::ranges::copy(inPixel, outPixel); };
     switch (inCalcChannels) {
     case 1:
-        return Resample<1>(inPixels, inSizes, inIndicator, write);
+        return Resample<1>(pixels, outPixels, inIndicator, write);
     case 2:
-        return Resample<2>(inPixels, inSizes, inIndicator, write);
+        return Resample<2>(pixels, outPixels, inIndicator, write);
     case 3:
-        return Resample<3>(inPixels, inSizes, inIndicator, write);
+        return Resample<3>(pixels, outPixels, inIndicator, write);
     default:
-        return Resample<4>(inPixels, inSizes, inIndicator, write);
+        return Resample<4>(pixels, outPixels, inIndicator, write);
     }
 }
 
-void AssertPixels(const Byte* inPixelPtr, const Byte* outPixelPtr, std::uint32_t inRowBytes,
-                  std::uint32_t outRowBytes, const Sizes& inSizes) {
-    const auto [inWidth, inHeight, outWidth, outHeight] = inSizes;
-    NvAssert(inPixelPtr);
-    NvAssert(outPixelPtr);
-    NvAssertText(inRowBytes || !(inWidth && inHeight), "inRowBytes || !(inWidth && inHeight )");
-    NvAssertText(outRowBytes || !(outWidth && outHeight), "outRowBytes || !(outWidth && outHeight )");
+void AssertPixels(const NvConstPixelBlock& inPixels, const NvConstPixelBlock& outPixels) {
+    NvAssertText(inPixels.data, "inPixelPtr");
+    NvAssertText(outPixels.data, "outPixelPtr");
+    NvAssertText(inPixels.rowBytes || IsEmpty(inPixels), "inRowBytes || !(inWidth && inHeight )");
+    NvAssertText(outPixels.rowBytes || IsEmpty(outPixels), "outRowBytes || !(outWidth && outHeight )");
 }
 
 } // namespace
 
-void NvResizeChannels(const Byte* inPixelPtr, Byte* outPixelPtr, std::uint32_t inChannels,
-                      std::uint32_t outChannels, std::uint32_t calcChannels, std::uint32_t inRowBytes,
-                      std::uint32_t outRowBytes, std::uint32_t inWidth, std::uint32_t inHeight,
-                      std::uint32_t outWidth, std::uint32_t outHeight, NvProgressIndicator* inIndicator) {
-    const Sizes sizes{inWidth, inHeight, outWidth, outHeight};
-    AssertPixels(inPixelPtr, outPixelPtr, inRowBytes, outRowBytes, sizes);
+void NvResizeChannels(const NvConstPixelBlock& inPixels, const NvPixelBlock& outPixels,
+                      std::uint32_t calcChannels, NvProgressIndicator* inIndicator) {
+    const std::uint32_t inChannels = inPixels.channels;
+    const std::uint32_t outChannels = outPixels.channels;
+    AssertPixels(inPixels, outPixels);
     NvAssert(inChannels && outChannels);
     NvAssert(calcChannels <= inChannels && calcChannels <= outChannels);
-    if (sizes.HaveZero())
+    if (IsEmpty(inPixels) || IsEmpty(outPixels))
         return;
     for (std::uint32_t channel = 0; channel < calcChannels; channel += 4) {
-        ResampleDirect({inPixelPtr + channel, inRowBytes, inChannels}, outPixelPtr + channel, outRowBytes,
-                       outChannels, std::min(calcChannels - channel, 4u), sizes, inIndicator);
+        NvConstPixelBlock in = inPixels;
+        NvPixelBlock out = outPixels;
+        in.data += channel;
+        out.data += channel;
+        ResampleDirect(in, out, std::min(calcChannels - channel, 4u), inIndicator);
     }
 }
 
-void NvResizeRGB(const Byte* inPixelPtr, Byte* outPixelPtr, std::uint32_t inChannels,
-                 std::uint32_t outChannels, std::uint32_t inRowBytes, std::uint32_t outRowBytes,
-                 std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t outWidth,
-                 std::uint32_t outHeight, NvProgressIndicator* inIndicator) {
-    NvAssert(inChannels >= 3 && outChannels >= 3);
-    NvResizeChannels(inPixelPtr, outPixelPtr, inChannels, outChannels, 3, inRowBytes, outRowBytes, inWidth,
-                     inHeight, outWidth, outHeight, inIndicator);
+void NvResizeRGB(const NvConstPixelBlock& inPixels, const NvPixelBlock& outPixels,
+                 NvProgressIndicator* inIndicator) {
+    NvAssertText(inPixels.channels >= 3 && outPixels.channels >= 3, "inChannels >= 3 && outChannels >= 3");
+    NvResizeChannels(inPixels, outPixels, 3, inIndicator);
 }
 
-void NvResizeIndexed(const Byte* inPixelPtr, Byte* outPixelPtr, std::uint32_t inRowBytes,
-                     std::uint32_t outRowBytes, std::uint32_t inWidth, std::uint32_t inHeight,
-                     std::uint32_t outWidth, std::uint32_t outHeight, const NvColorTable* inTablePtr,
-                     const Byte* inInvMap, NvProgressIndicator* inIndicator) {
-    const Sizes sizes{inWidth, inHeight, outWidth, outHeight};
-    AssertPixels(inPixelPtr, outPixelPtr, inRowBytes, outRowBytes, sizes);
+void NvResizeIndexed(const NvConstPixelBlock& inPixels, const NvPixelBlock& outPixels,
+                     const NvColorTable* inTablePtr, const Byte* inInvMap, NvProgressIndicator* inIndicator) {
+    AssertPixels(inPixels, outPixels);
     NvAssert(inTablePtr);
     NvAssert(inInvMap);
-    if (sizes.HaveZero())
+    if (IsEmpty(inPixels) || IsEmpty(outPixels))
         return;
-    IndexedPixels pixels{inPixelPtr, inRowBytes, {}};
+    IndexedPixels pixels{inPixels, {}};
     for (std::uint32_t i = 0; i < std::min(inTablePtr->GetSize(), 256u); ++i) {
         const NvColor color = inTablePtr->GetColor(i);
         pixels.colors[i] = {color.red, color.green, color.blue};
     }
-    Resample<3>(pixels, sizes, inIndicator, [=](std::size_t inX, std::size_t inY, const auto& inPixel) {
-        const NvColor color{inPixel[0], inPixel[1], inPixel[2]};
-        outPixelPtr[inY * outRowBytes + inX] = inInvMap[NvInverseColorMapCell(color)];
+    Resample<3>(pixels, outPixels, inIndicator, [=](Byte* outIndex, const auto& inPixel) {
+        *outIndex = inInvMap[NvInverseColorMapCell({inPixel[0], inPixel[1], inPixel[2]})];
     });
 }

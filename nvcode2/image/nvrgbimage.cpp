@@ -65,8 +65,7 @@ std::unique_ptr<NvImage> NvRGBImage::NewResizedImage(std::uint32_t inWidth, std:
     auto image = NvMakeUnique<NvRGBImage>(inWidth, inHeight);
     const NvConstPixelLock source(*this);
     const NvPixelLock dest(*image);
-    NvResizeRGB(source.Row(0), dest.Row(0), 3, 3, GetRowBytes(), image->GetRowBytes(), mWidth, mHeight,
-                inWidth, inHeight, inIndicator);
+    NvResizeRGB(source.GetBlock(), dest.GetBlock(), inIndicator);
     return image;
 }
 

@@ -29,9 +29,10 @@ struct Size {
 
 Bytes Resize(const Bytes& inPixels, Size inSize, Size inNewSize, std::uint32_t inChannels) {
     Bytes result(std::size_t{inNewSize.width} * inNewSize.height * inChannels, 77);
-    NvResizeChannels(inPixels.data(), result.data(), inChannels, inChannels, inChannels,
-                     inSize.width * inChannels, inNewSize.width * inChannels, inSize.width, inSize.height,
-                     inNewSize.width, inNewSize.height);
+    NvResizeChannels(
+        {inPixels.data(), inSize.width * inChannels, inSize.width, inSize.height, inChannels},
+        {result.data(), inNewSize.width * inChannels, inNewSize.width, inNewSize.height, inChannels},
+        inChannels);
     return result;
 }
 
@@ -103,7 +104,7 @@ TEST(Blit, ConvertsOtherLayouts) {
     for (const auto& [pixel, color] : km_Fives) {
         const Bytes source{static_cast<std::uint8_t>(pixel), static_cast<std::uint8_t>(pixel >> 8)};
         Bytes dest(4, 77);
-        NvConvert555ToRGB(source.data(), 2, dest.data(), 4, 1, 1, 4);
+        NvConvert555ToRGB(source.data(), 2, {dest.data(), 4, 1, 1, 4});
         EXPECT_THAT(dest, ElementsAre(color.red, color.green, color.blue, 77)) << std::hex << pixel;
     }
     // two rows of two or three pixels, with a byte between the rows
@@ -129,7 +130,7 @@ TEST(Blit, MovesChannels) {
     Bytes rgb(6);
     NvInterleavePlanes(Bytes{1, 2, 11, 12, 21, 22}.data(), rgb.data(), 2);
     EXPECT_THAT(rgb, ElementsAre(1, 11, 21, 2, 12, 22));
-    NvSwapChannels(rgb.data(), 6, 2, 1, 3, 0, 2);
+    NvSwapChannels({rgb.data(), 6, 2, 1, 3}, 0, 2);
     EXPECT_THAT(rgb, ElementsAre(21, 11, 1, 22, 12, 2));
     NvInvert(rgb.data(), 6, 2, 1);
     EXPECT_THAT(rgb, ElementsAre(234, 244, 1, 22, 12, 2));
