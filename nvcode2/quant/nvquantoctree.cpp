@@ -2,10 +2,7 @@
 
 #include <algorithm>
 #include <functional>
-#include <iterator>
-#include <limits>
 #include <queue>
-#include <tuple>
 #include <utility>
 
 #include "nvcode2/base/nvassert.h"
@@ -26,32 +23,80 @@ std::uint32_t ChildSlot(NvColor inColor, int inLevel) {
            ((inColor.blue >> shift) & 1U);
 }
 
-std::uint8_t RoundedQuotient(std::uint64_t inSum, std::uint64_t inCount) {
-    return static_cast<std::uint8_t>((inSum + inCount / 2) / inCount);
-}
-
 } // namespace
 
-void NvQuantOctree::Cluster::Add(const Cluster& inCluster) {
-    mWeight += inCluster.mWeight;
-    mRed += inCluster.mRed;
-    mGreen += inCluster.mGreen;
-    mBlue += inCluster.mBlue;
-    mSquares += inCluster.mSquares;
-}
+/** Turns nodes whose children are all leaves into leaves, the one that adds the least error first. */
+class NvQuantOctree::Thinner {
+public:
+    Thinner(const std::vector<Node>& inNodes, std::size_t inLeaves) : mNodes(inNodes), mLeaves(inLeaves) {}
 
-double NvQuantOctree::Cluster::SquaredError() const {
-    const auto red = static_cast<double>(mRed);
-    const auto green = static_cast<double>(mGreen);
-    const auto blue = static_cast<double>(mBlue);
-    const double ofMean = (red * red + green * green + blue * blue) / static_cast<double>(mWeight);
-    return std::max(0.0, static_cast<double>(mSquares) - ofMean);
-}
+    /** The leaves, thinned until no more than inLeaves are left, or all children of one node. */
+    std::vector<NvColorCluster> ThinTo(std::size_t inLeaves) {
+        if (mLeaves > inLeaves)
+            for (std::uint32_t node = 0; node < mNodes.size(); ++node)
+                if (!mNodes[node].mIsLeaf && mNodes[node].mOpenChildren == 0)
+                    Consider(node);
+        while (mLeaves > inLeaves && !mCandidates.empty()) {
+            const std::uint32_t node = mCandidates.top().mNode;
+            mCandidates.pop();
+            MakeLeaf(node);
+            if (node != 0 && --mNodes[mNodes[node].mParent].mOpenChildren == 0)
+                Consider(mNodes[node].mParent);
+        }
 
-NvColor NvQuantOctree::Cluster::Mean() const {
-    return {RoundedQuotient(mRed, mWeight), RoundedQuotient(mGreen, mWeight),
-            RoundedQuotient(mBlue, mWeight)};
-}
+        std::vector<NvColorCluster> clusters;
+        clusters.reserve(mLeaves);
+        for (const Node& node : mNodes)
+            if (node.mIsLeaf)
+                clusters.push_back(node.mCluster);
+        return clusters;
+    }
+
+private:
+    // The tree's shape depends on the order in which colours came, its nodes' numbers too; their clusters do
+    // not. So equal errors are told apart by what the clusters hold.
+    struct Candidate {
+        double mError;
+        std::uint64_t mWeight;
+        std::uint64_t mKey;
+        std::uint32_t mNode;
+        bool operator>(const Candidate& inOther) const {
+            if (mError != inOther.mError)
+                return mError > inOther.mError;
+            if (mWeight != inOther.mWeight)
+                return mWeight > inOther.mWeight;
+            return mKey > inOther.mKey;
+        }
+    };
+
+    void Consider(std::uint32_t inNode) {
+        const NvColorCluster& cluster = mNodes[inNode].mCluster;
+        mCandidates.push({AddedError(inNode), cluster.mWeight, NvPackColor(cluster.Mean()), inNode});
+    }
+
+    double AddedError(std::uint32_t inNode) const {
+        double error = mNodes[inNode].mCluster.SquaredError();
+        for (const std::uint32_t child : mNodes[inNode].mChildren)
+            if (child != 0)
+                error -= mNodes[child].mCluster.SquaredError();
+        return error;
+    }
+
+    void MakeLeaf(std::uint32_t inNode) {
+        for (std::uint32_t& child : mNodes[inNode].mChildren)
+            if (child != 0) {
+                mNodes[child].mIsLeaf = false;
+                child = 0;
+                --mLeaves;
+            }
+        mNodes[inNode].mIsLeaf = true;
+        ++mLeaves;
+    }
+
+    std::vector<Node> mNodes;
+    std::size_t mLeaves;
+    std::priority_queue<Candidate, std::vector<Candidate>, std::greater<>> mCandidates;
+};
 
 NvQuantOctree::NvQuantOctree(std::uint32_t inTableSize) : mTableSize(inTableSize), mNodes(1) {
     NvAssert(1 <= inTableSize && inTableSize <= 256);
@@ -60,7 +105,7 @@ NvQuantOctree::NvQuantOctree(std::uint32_t inTableSize) : mTableSize(inTableSize
 void NvQuantOctree::AddColor(NvColor inColor, std::uint64_t inWeight) {
     if (inWeight == 0)
         return;
-    Cluster pixels;
+    NvColorCluster pixels;
     pixels.mWeight = inWeight;
     pixels.mRed = inColor.red * inWeight;
     pixels.mGreen = inColor.green * inWeight;
@@ -73,7 +118,7 @@ void NvQuantOctree::AddColor(NvColor inColor, std::uint64_t inWeight) {
         DropLowestLevel();
 }
 
-void NvQuantOctree::AddCluster(NvColor inPlace, const Cluster& inCluster) {
+void NvQuantOctree::AddCluster(NvColor inPlace, const NvColorCluster& inCluster) {
     std::uint32_t node = 0;
     mNodes[node].mCluster.Add(inCluster);
     for (int level = 0; level < mLevels; ++level) {
@@ -111,12 +156,14 @@ void NvQuantOctree::AddHistogram(const NvColorTable& inTable, const std::uint32_
 }
 
 NvColorTable NvQuantOctree::MakeTable() const {
-    std::vector<Cluster> clusters = ThinOut(mLeafCount <= mTableSize ? mLeafCount : km_LeavesToMerge);
-    MergePairs(clusters, mTableSize);
+    Thinner thinner(mNodes, mLeafCount);
+    std::vector<NvColorCluster> clusters =
+        thinner.ThinTo(mLeafCount <= mTableSize ? mLeafCount : km_LeavesToMerge);
+    NvMergeClusters(clusters, mTableSize);
 
     std::vector<std::pair<std::uint64_t, NvColor>> colors;
     colors.reserve(clusters.size());
-    for (const Cluster& cluster : clusters)
+    for (const NvColorCluster& cluster : clusters)
         colors.emplace_back(cluster.mWeight, cluster.Mean());
     std::sort(colors.begin(), colors.end(), [](const auto& inLeft, const auto& inRight) {
         if (inLeft.first != inRight.first)
@@ -130,8 +177,8 @@ NvColorTable NvQuantOctree::MakeTable() const {
     return table;
 }
 
-// At worst no two colours share a cell before they have to. The tree is there twice, as it was added and as
-// it is thinned, one of them with room to grow; what the thinning notes down is less than another one.
+// Worst case: colours share a cell only where the level has fewer cells than colours. There are two trees, as
+// added and as thinned, one of them with room to grow; what the thinning notes down is less than a third.
 std::uint64_t NvQuantOctree::EstimateMemory(std::uint64_t inColors) {
     constexpr std::uint64_t km_Trees = 4;
     const std::uint64_t leaves = std::min<std::uint64_t>(inColors, km_MaxLeaves);
@@ -139,152 +186,4 @@ std::uint64_t NvQuantOctree::EstimateMemory(std::uint64_t inColors) {
     for (int level = 1; level <= 8; ++level)
         nodes += std::min(std::uint64_t{1} << 3 * level, leaves);
     return nodes * km_Trees * sizeof(Node);
-}
-
-// Turns nodes whose children are all leaves into leaves, the one that adds the least error first, until few
-// enough are left.
-std::vector<NvQuantOctree::Cluster> NvQuantOctree::ThinOut(std::size_t inLeaves) const {
-    std::vector<Node> nodes = mNodes;
-    const auto addedError = [&nodes](std::uint32_t inNode) {
-        double error = nodes[inNode].mCluster.SquaredError();
-        for (const std::uint32_t child : nodes[inNode].mChildren)
-            if (child != 0)
-                error -= nodes[child].mCluster.SquaredError();
-        return error;
-    };
-
-    // The tree's shape depends on the order in which colours came, its nodes' numbers too; their clusters do
-    // not. So equal errors are told apart by what the clusters hold.
-    struct Candidate {
-        double mError;
-        std::uint64_t mWeight;
-        std::uint64_t mKey;
-        std::uint32_t mNode;
-        bool operator>(const Candidate& inOther) const {
-            if (mError != inOther.mError)
-                return mError > inOther.mError;
-            if (mWeight != inOther.mWeight)
-                return mWeight > inOther.mWeight;
-            return mKey > inOther.mKey;
-        }
-    };
-    std::priority_queue<Candidate, std::vector<Candidate>, std::greater<>> candidates;
-    const auto consider = [&](std::uint32_t inNode) {
-        const Cluster& cluster = nodes[inNode].mCluster;
-        const std::uint64_t key = NvPackColor(cluster.Mean());
-        candidates.push({addedError(inNode), cluster.mWeight, key, inNode});
-    };
-
-    std::size_t leaves = mLeafCount;
-    if (leaves > inLeaves)
-        for (std::uint32_t node = 0; node < nodes.size(); ++node)
-            if (!nodes[node].mIsLeaf && nodes[node].mOpenChildren == 0)
-                consider(node);
-    while (leaves > inLeaves && !candidates.empty()) {
-        const std::uint32_t node = candidates.top().mNode;
-        candidates.pop();
-        for (std::uint32_t& child : nodes[node].mChildren)
-            if (child != 0) {
-                nodes[child].mIsLeaf = false;
-                nodes[child].mCluster = Cluster{};
-                child = 0;
-                --leaves;
-            }
-        nodes[node].mIsLeaf = true;
-        ++leaves;
-        if (node != 0 && --nodes[nodes[node].mParent].mOpenChildren == 0)
-            consider(nodes[node].mParent);
-    }
-
-    std::vector<Cluster> clusters;
-    clusters.reserve(leaves);
-    for (const Node& node : nodes)
-        if (node.mIsLeaf)
-            clusters.push_back(node.mCluster);
-    return clusters;
-}
-
-// Each cluster remembers the partner that costs least among those behind it, so a merge only asks again for
-// the few whose partner is gone.
-void NvQuantOctree::MergePairs(std::vector<Cluster>& ioClusters, std::size_t inCount) {
-    if (ioClusters.size() <= inCount)
-        return;
-    struct Point {
-        double mRed, mGreen, mBlue, mWeight;
-        std::size_t mPartner;
-        double mCost;
-    };
-    std::sort(ioClusters.begin(), ioClusters.end(), [](const Cluster& inLeft, const Cluster& inRight) {
-        return std::tie(inLeft.mRed, inLeft.mGreen, inLeft.mBlue, inLeft.mWeight) <
-               std::tie(inRight.mRed, inRight.mGreen, inRight.mBlue, inRight.mWeight);
-    });
-    const auto makePoint = [](const Cluster& inCluster) {
-        const auto weight = static_cast<double>(inCluster.mWeight);
-        return Point{static_cast<double>(inCluster.mRed) / weight,
-                     static_cast<double>(inCluster.mGreen) / weight,
-                     static_cast<double>(inCluster.mBlue) / weight,
-                     weight,
-                     0,
-                     0.0};
-    };
-    std::vector<Point> points;
-    points.reserve(ioClusters.size());
-    std::transform(ioClusters.begin(), ioClusters.end(), std::back_inserter(points), makePoint);
-
-    const auto cost = [](const Point& inLeft, const Point& inRight) {
-        const double red = inLeft.mRed - inRight.mRed;
-        const double green = inLeft.mGreen - inRight.mGreen;
-        const double blue = inLeft.mBlue - inRight.mBlue;
-        return (red * red + green * green + blue * blue) * (inLeft.mWeight * inRight.mWeight) /
-               (inLeft.mWeight + inRight.mWeight);
-    };
-    const auto findPartner = [&points, &cost](std::size_t inIndex) {
-        Point& point = points[inIndex];
-        point.mCost = std::numeric_limits<double>::infinity();
-        point.mPartner = inIndex;
-        for (std::size_t other = inIndex + 1; other < points.size(); ++other) {
-            const double candidate = cost(point, points[other]);
-            if (candidate < point.mCost) {
-                point.mCost = candidate;
-                point.mPartner = other;
-            }
-        }
-    };
-    for (std::size_t i = 0; i < points.size(); ++i)
-        findPartner(i);
-
-    while (points.size() > inCount) {
-        std::size_t first = 0;
-        for (std::size_t i = 1; i < points.size(); ++i)
-            if (points[i].mCost < points[first].mCost)
-                first = i;
-        const std::size_t second = points[first].mPartner;
-        ioClusters[first].Add(ioClusters[second]);
-        points[first] = makePoint(ioClusters[first]);
-
-        // The last cluster moves into the gap.
-        const std::size_t last = points.size() - 1;
-        points[second] = points[last];
-        ioClusters[second] = ioClusters[last];
-        points.pop_back();
-        ioClusters.pop_back();
-
-        for (std::size_t i = 0; i < points.size(); ++i) {
-            Point& point = points[i];
-            const bool partnerChanged =
-                point.mPartner == first || point.mPartner == second || point.mPartner == last;
-            if (i == first || i == second || partnerChanged) {
-                findPartner(i);
-                continue;
-            }
-            for (const std::size_t moved : {first, second})
-                if (moved > i && moved < points.size()) {
-                    const double candidate = cost(point, points[moved]);
-                    if (candidate < point.mCost) {
-                        point.mCost = candidate;
-                        point.mPartner = moved;
-                    }
-                }
-        }
-    }
 }

@@ -1,23 +1,25 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "nvcode2/image/nvcolortable.h"
+#include "nvcode2/quant/nvcolorclusters.h"
 
 /** Builds the palette that shows a weighted set of colours with little error.
  *
  *  An octree of eight levels holds one leaf per exact colour; past 131,072 of them it gives up its lowest
- *  level, so that no input makes it grow without end. When there are more leaves than the palette may have,
- *  the tree is first thinned to about a thousand, then the leaves are merged two by two; each time the step
- *  is taken that adds the least squared error, weighted by pixels. With no more colours than entries the
+ *  level, so that no input makes it grow without end. When there are more leaves than the palette may have
+ *  entries, the tree is first thinned to about a thousand, then the leaves are merged two by two; each step
+ *  is the one that adds the least squared error, weighted by pixels. With no more colours than entries the
  *  palette holds exactly those.
  *
- *  Same input, same palette, on every platform and in whatever order equal colours were added.
+ *  Same input, same palette, on every platform and in whatever order the colours are added.
  *
  *  After M. Gervautz and W. Purgathofer, "A Simple Method for Color Quantization: Octree Quantization", 1988,
- *  and, for the pairwise merge, W. H. Equitz, "A New Vector Quantization Clustering Algorithm", 1989. */
+ *  and, for the merging, nvcolorclusters.h. */
 class NvQuantOctree {
 public:
     /** @param inTableSize  entries the palette may have, 1 to 256 */
@@ -38,31 +40,17 @@ public:
     static std::uint64_t EstimateMemory(std::uint64_t inColors);
 
 private:
-    /** Pixels taken together: enough to know their mean and their squared error around it. */
-    struct Cluster {
-        std::uint64_t mWeight = 0; // pixels
-        std::uint64_t mRed = 0;    // sums over the pixels
-        std::uint64_t mGreen = 0;
-        std::uint64_t mBlue = 0;
-        std::uint64_t mSquares = 0; // sum of red^2 + green^2 + blue^2
-
-        void Add(const Cluster& inCluster);
-        double SquaredError() const;
-        NvColor Mean() const;
-    };
-
     struct Node {
-        Cluster mCluster; // everything below
+        NvColorCluster mCluster; // everything below
         std::array<std::uint32_t, 8> mChildren{};
-        std::uint32_t mParent = 0;       // node 0 is the root and nobody's child
+        std::uint32_t mParent = 0;       // node 0 is the root, which has none
         std::uint32_t mOpenChildren = 0; // children that are not leaves
         bool mIsLeaf = false;
     };
+    class Thinner;
 
-    void AddCluster(NvColor inPlace, const Cluster& inCluster);
+    void AddCluster(NvColor inPlace, const NvColorCluster& inCluster);
     void DropLowestLevel();
-    std::vector<Cluster> ThinOut(std::size_t inLeaves) const;
-    static void MergePairs(std::vector<Cluster>& ioClusters, std::size_t inCount);
 
     std::uint32_t mTableSize;
     int mLevels = 8;              // below the root
