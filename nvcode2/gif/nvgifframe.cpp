@@ -104,6 +104,12 @@ void NvGIFFrame::UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t i
         info.mColorTable = mImage.GetColorTable();
 }
 
+void NvGIFFrame::UpdateMask() {
+    NvAssert(HasTransparency());
+    mMask = mImage.MakeMask(GetTransparentIndex());
+    GetInfo().mHasTransparency = IsFullyDrawn() ? 0 : 1;
+}
+
 std::uint32_t NvGIFFrame::FindTransparentSlot(NvColorTable* ioSharedTable, std::uint32_t inTableLimit,
                                               const Histogram& inHistogram) {
     const NvGIFFrameInfo& info = GetInfo();

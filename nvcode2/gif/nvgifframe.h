@@ -74,6 +74,10 @@ public:
     void UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t inTableLimit,
                             const Histogram& inHistogram);
 
+    /** The reverse, for somebody who has drawn undrawn pixels: those that still have the transparent index
+     * are the undrawn ones. Precondition: HasTransparency(). */
+    void UpdateMask();
+
     /** Gives every undrawn pixel an index of the table. */
     void SetUndrawnPixels(std::uint8_t inIndex);
 

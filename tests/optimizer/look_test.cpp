@@ -7,6 +7,7 @@
 #include "tests/support/randomgif.h"
 #include "win/optimizer/codes/pvfill.h"
 #include "win/optimizer/codes/pvlzwestimate.h"
+#include "win/optimizer/frames/pvdifference.h"
 #include "win/optimizer/frames/pvload.h"
 #include "win/optimizer/look/pvlook.h"
 
@@ -50,6 +51,8 @@ TEST_F(LookTest, UndrawnPixelsAreDrawnWhereThatIsShorterAndNobodySeesIt) {
         SCOPED_TRACE(seed);
         PvProgress progress(mHost);
         const TestAnimation animation(*LoadAnimation(Write(RandomGIF(seed)).c_str(), UINT64_MAX, progress));
+        for (const auto& frame : animation.mFrames)
+            PvSettleDisposal(frame->GetInfo());
         const std::vector<TestCanvas> shown = Play(Describe(animation));
         const std::uint64_t bits = BitsOf(animation);
         NvLZWStringTable strings;

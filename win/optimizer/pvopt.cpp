@@ -1,6 +1,5 @@
 #include "win/optimizer/pvopt.h"
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -8,47 +7,24 @@
 #include "win/optimizer/base/pvmemory.h"
 #include "win/optimizer/base/pvprogress.h"
 #include "win/optimizer/frames/pvload.h"
-#include "win/optimizer/look/pvlookcost.h"
+#include "win/optimizer/pvpasses.h"
+#include "win/optimizer/pvrebuilder.h"
+#include "win/optimizer/pvtolerance.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
 
-/** The tolerance to try after one whose result does not look well enough. */
-std::uint32_t NextTolerance(std::uint32_t inTolerance) {
-    if (inTolerance > 16)
-        return 16;
-    return inTolerance > 8 ? 8 : 0;
-}
-
-// A size told beforehand may be wrong by this much of it.
-constexpr double km_DoubtfulSize = 1.02;
-
 constexpr const char* km_Changed = "another program changed the file meanwhile";
 
 } // namespace
-
-/** A result, written beside the file it may replace and found fit to do so. */
-struct PvOptimizer::Candidate {
-    double mMovedPixels = 0.0; // see PvColourAllowance
-    double mCodes = 0.0;       // of the frames it was made of
-    std::unique_ptr<WnSafeFile> mFile;
-    std::uint32_t mSize = 0; // bytes
-    PvComparison mComparison;
-
-    double Cost() const { return PvLookCost(mSize, mComparison.mMeanStructure); }
-
-    /** A size, in bytes, at which no candidate of a similarity can be better. */
-    std::uint32_t HopelessSize(double inSimilarity) const {
-        const double size = PvSizeAtLookCost(Cost(), inSimilarity) + 2.0; // rounding must not decide
-        return static_cast<std::uint32_t>(std::min<double>(size, UINT32_MAX));
-    }
-};
 
 PvOptimizer::PvOptimizer(PvOptHost& inHost, const PvOptSettings& inSettings)
     : mHost(inHost), mSettings(inSettings) {
     if (mSettings.mMemoryLimit == 0)
         mSettings.mMemoryLimit = PvUsualMemoryLimit();
+    if (mSettings.mIsLossless)
+        mSettings.mTolerance = 0;
 }
 
 std::uint32_t PvOptimizer::OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize) {
@@ -60,20 +36,44 @@ std::uint32_t PvOptimizer::OptimizeGIFFile(const char* inPath, std::uint32_t inO
     }
 }
 
+/* The steps in order, each with the files that do it. Those in brackets change colours or exchange pixels and
+ * are left out when nothing may be lost.
+ *
+ * First pass:
+ *  1. Read and decode the frames, one at a time                             nvcode2/gif/nvgifframereader
+ *  2. End restore-to-previous, clearing that shows nothing, borders         frames/pvframestream, pvflatten,
+ * pvcrop
+ *  3. [Merge each frame's near colours]                                     colours/pvsimilar
+ *  4. [Choose the shared palette, merge its duplicates]                     colours/pvpalette
+ *  5. Read again; leave out what the screen shows, crop, map, pack          pvrebuilder, frames/pvdifference
+ *  6. Plan the tables: order, spare entry for transparency, own tables      colours/pvtableplan,
+ * pvexacttables
+ *  7. Find the background colour's index again                              colours/pvpalette
+ *  8. Draw undrawn pixels where that makes longer strings                   codes/pvfill
+ *  9. Cut the tables to narrow codes [and exchange pairs of pixels]         pvpasses, codes/pvswap
+ * 10. Write to the scratch file; if smaller, copy it beside the original    pvwrite, this file
+ * 11. Play both and compare; 5 to 11 again where the tolerance shows        look/pvgate, pvtolerance
+ * 12. Back up, replace                                                      the host, wnatom/wnsafefile
+ *
+ * The second pass reads what then stands on the disk (frames/pvload), crops once more and does steps 7 and 9
+ * to 12: pixels that were exchanged make room for further exchanges. */
 std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOriginalSize) {
     PvProgress progress(mHost);
     mState = WnGetFileState(inPath);
-    std::optional<Candidate> candidate = ChooseFirstPass(inPath, inOriginalSize, progress);
-    if (mOutcome.mLoadError || !mOutcome.mGateReason.empty())
+    std::optional<PvCandidate> result = MakeFirstResult(inPath, inOriginalSize, progress);
+    if (mOutcome.mLoadError)
         return inOriginalSize;
-    if (!candidate)
+    if (!result || !result->IsSound()) {
+        if (result)
+            KeepReason(*result);
         return ReoptimizeGIFFile(inPath, inOriginalSize, false, progress);
-    const std::uint32_t size = candidate->mSize;
-    if (!Replace(inPath, *candidate, false))
+    }
+    const std::uint32_t size = result->mSize;
+    if (!Replace(inPath, *result, false))
         return inOriginalSize;
-    if (candidate->mMovedPixels == 0.0)
+    if (result->mMovedPixels == 0)
         return size; // the second pass only goes on where the first exchanged pixels
-    candidate.reset();
+    result.reset();
     try {
         return ReoptimizeGIFFile(inPath, size, true, progress);
     } catch (const NvErrorCode&) {
@@ -83,7 +83,7 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
     }
 }
 
-// A file that is no sound GIF is left alone, with the reason kept; only a lack of memory, which says nothing
+// A file that is no sound GIF is left alone, and the reason kept. Only a lack of memory, which says nothing
 // about the file, and a wish to stop go further.
 template <typename Work>
 auto PvOptimizer::KeepLoadError(const Work& inRead) -> decltype(inRead()) {
@@ -97,71 +97,67 @@ auto PvOptimizer::KeepLoadError(const Work& inRead) -> decltype(inRead()) {
     }
 }
 
-std::optional<PvOptimizer::Candidate>
-PvOptimizer::ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize, PvProgress& ioProgress) {
-    const std::unique_ptr<PvFirstPass> file = KeepLoadError([&] {
-        return std::make_unique<PvFirstPass>(inPath, mSettings.mMemoryLimit, PassOptions(), ioProgress);
-    });
+/** @return  what the first pass makes of the file, which the gate may have refused; nothing when that is not
+ *  smaller or the file could not be loaded */
+std::optional<PvCandidate> PvOptimizer::MakeFirstResult(const char* inPath, std::uint32_t inOriginalSize,
+                                                        PvProgress& ioProgress) {
+    const std::unique_ptr<PvRebuilder> file =
+        KeepLoadError([&] { return std::make_unique<PvRebuilder>(inPath, mSettings, ioProgress); });
     if (!file)
         return std::nullopt;
     mOutcome.mFrameCount = file->GetFrameCount();
-    const std::uint32_t tolerance = mSettings.mIsLossless ? 0 : mSettings.mTolerance;
     std::unique_ptr<NvAnimation> animation =
-        KeepLoadError([&] { return file->Rebuild(tolerance, ioProgress); });
+        KeepLoadError([&] { return file->Rebuild(mSettings.mTolerance, ioProgress); });
     if (!animation)
         return std::nullopt;
-    std::optional<Candidate> candidate =
-        FinishFirstPass(inPath, *file, tolerance, std::move(animation), inOriginalSize, ioProgress);
-    if (candidate && tolerance > 0 && file->GetFrameCount() > 1)
-        ReduceTolerance(inPath, *file, tolerance, inOriginalSize, candidate, ioProgress);
-    return candidate;
+    std::optional<PvCandidate> best =
+        WriteRebuilt(inPath, *file, mSettings.mTolerance, std::move(animation), inOriginalSize, ioProgress);
+    if (file->GetFrameCount() > 1)
+        SearchTolerance(inPath, *file, inOriginalSize, best, ioProgress);
+    return best;
 }
 
-// A tolerance freezes slow, soft motion: stripes that differ by less are left standing and tear. Where that
-// is seen the file is done again with smaller ones, as long as that may look better at a fair price. How it
-// looks is known once the frames are rebuilt, and about how large it gets, since what is left to do saves
-// much the same part of the size with any tolerance.
-void PvOptimizer::ReduceTolerance(const char* inPath, PvFirstPass& ioFile, std::uint32_t inTolerance,
-                                  std::uint32_t inOriginalSize, std::optional<Candidate>& ioBest,
-                                  PvProgress& ioProgress) {
-    for (std::uint32_t tolerance = inTolerance;
-         ioBest && tolerance > 0 && ioBest->mComparison.MayLookBetter();) {
-        tolerance = NextTolerance(tolerance);
+/** Puts the result of a smaller tolerance in the first one's place where that is better. */
+void PvOptimizer::SearchTolerance(const char* inPath, PvRebuilder& ioFile, std::uint32_t inOriginalSize,
+                                  std::optional<PvCandidate>& ioBest, PvProgress& ioProgress) {
+    std::uint32_t tolerance = mSettings.mTolerance;
+    while (ioBest && ioBest->IsSound()) {
+        const std::optional<std::uint32_t> next = PvNextTolerance(tolerance, *ioBest);
+        if (!next)
+            return;
+        tolerance = *next;
         double structure = 1.0;
         std::unique_ptr<NvAnimation> animation =
             KeepLoadError([&] { return ioFile.Rebuild(tolerance, ioProgress, &structure); });
         if (!animation) {
-            ioBest.reset(); // it is not what it was when it was read before
+            ioBest.reset(); // another program changed the file since it was read before
             return;
         }
-        const bool mustChange = ioBest->mComparison.HasLostStructure();
-        std::uint32_t sizeToBeat = inOriginalSize;
-        if (!mustChange) {
-            const double size = ioBest->mSize * static_cast<double>(animation->CountCodes()) / ioBest->mCodes;
-            sizeToBeat = std::min(inOriginalSize, ioBest->HopelessSize(structure));
-            if (size > km_DoubtfulSize * sizeToBeat) {
-                if (km_DoubtfulSize * size > ioBest->HopelessSize(1.0))
-                    break; // a still smaller tolerance leaves still more to draw
-                continue;
-            }
-        }
-        std::optional<Candidate> nearer =
-            FinishFirstPass(inPath, ioFile, tolerance, std::move(animation), sizeToBeat, ioProgress);
-        if (mustChange || (nearer && nearer->Cost() <= ioBest->Cost()))
+        const PvPromise promise = PvJudgeRebuilt(animation->CountCodes(), structure, *ioBest, inOriginalSize);
+        if (promise.mEndsSearch)
+            return;
+        if (!promise.mIsWorthWriting)
+            continue;
+        std::optional<PvCandidate> nearer =
+            WriteRebuilt(inPath, ioFile, tolerance, std::move(animation), promise.mSizeToBeat, ioProgress);
+        // Where what looks right is not smaller, the original stays. A refused one says nothing about the
+        // best.
+        if (nearer ? nearer->IsSound() && PvIsBetter(*nearer, *ioBest)
+                   : ioBest->mComparison.HasLostStructure())
             ioBest = std::move(nearer);
     }
 }
 
-/** @return  nothing when the result is not smaller or not fit to replace the file */
-std::optional<PvOptimizer::Candidate>
-PvOptimizer::FinishFirstPass(const char* inPath, const PvFirstPass& inFile, std::uint32_t inTolerance,
-                             std::unique_ptr<NvAnimation> inAnimation, std::uint32_t inSizeToBeat,
-                             PvProgress& ioProgress) {
-    const auto codes = static_cast<double>(inAnimation->CountCodes());
-    const PvWritten written = PvRunFirstPass(ScratchPath(), *inAnimation, inFile.PlanTables(*inAnimation),
-                                             inFile.GetBackground(), PassOptions(), ioProgress);
+/** @return  nothing when the result is not smaller; otherwise it may be one that the gate refused */
+std::optional<PvCandidate> PvOptimizer::WriteRebuilt(const char* inPath, const PvRebuilder& inFile,
+                                                     std::uint32_t inTolerance,
+                                                     std::unique_ptr<NvAnimation> inAnimation,
+                                                     std::uint32_t inSizeToBeat, PvProgress& ioProgress) {
+    const std::uint64_t codes = inAnimation->CountCodes();
+    const PvWritten written = PvWriteFirstPass(ScratchPath(), *inAnimation, inFile.PlanTables(*inAnimation),
+                                               inFile.GetBackground(), mSettings, ioProgress);
     inAnimation.reset(); // leaves its room to the check
-    std::optional<Candidate> candidate =
+    std::optional<PvCandidate> candidate =
         MakeCandidate(inPath, inSizeToBeat, written, inFile.GetAllowance(inTolerance));
     if (candidate)
         candidate->mCodes = codes;
@@ -170,23 +166,23 @@ PvOptimizer::FinishFirstPass(const char* inPath, const PvFirstPass& inFile, std:
 
 std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp,
                                              PvProgress& ioProgress) {
-    ioProgress.BeginStep(0.85);
+    ioProgress.BeginStep(PvProgress::km_ReadAgain);
     const auto load = [&] { return LoadAnimation(inPath, mSettings.mMemoryLimit, ioProgress); };
     std::unique_ptr<NvAnimation> animation = inIsBackedUp ? load() : KeepLoadError(load);
     if (!animation)
         return inSizeSoFar;
-    const PvWritten written = PvRunSecondPass(ScratchPath(), *animation, PassOptions(), ioProgress);
+    const PvWritten written = PvWriteSecondPass(ScratchPath(), *animation, mSettings, ioProgress);
     animation.reset();
     if (inIsBackedUp && written.mMovedPixels == 0)
-        return inSizeSoFar; // all else it does is done
-    std::optional<Candidate> candidate = MakeCandidate(inPath, inSizeSoFar, written, PvColourAllowance());
-    if (!candidate || !Replace(inPath, *candidate, inIsBackedUp))
+        return inSizeSoFar; // the first pass did everything else
+    std::optional<PvCandidate> candidate = MakeCandidate(inPath, inSizeSoFar, written, PvColourAllowance());
+    if (!candidate)
         return inSizeSoFar;
-    return candidate->mSize;
-}
-
-PvPassOptions PvOptimizer::PassOptions() const {
-    return {mSettings.mIsLossless, mSettings.mCropsSingleImages};
+    if (!candidate->IsSound()) {
+        KeepReason(*candidate);
+        return inSizeSoFar;
+    }
+    return Replace(inPath, *candidate, inIsBackedUp) ? candidate->mSize : inSizeSoFar;
 }
 
 /** Where measurements are written. */
@@ -196,11 +192,13 @@ const char* PvOptimizer::ScratchPath() {
     return mScratch->GetPath();
 }
 
-std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inPath,
-                                                                 std::uint32_t inSizeToBeat,
-                                                                 const PvWritten& inWritten,
-                                                                 PvColourAllowance inAllowance) {
-    Candidate candidate;
+// Only a result that is smaller is copied beside the original. Measuring it there at once would save the
+// copy, but touch the folder of every picture that stays as it is: its time would change, its watchers would
+// wake, and a killed run would leave something in it.
+std::optional<PvCandidate> PvOptimizer::MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
+                                                      const PvWritten& inWritten,
+                                                      PvColourAllowance inAllowance) {
+    PvCandidate candidate;
     candidate.mSize = inWritten.mSize;
     if (candidate.mSize >= inSizeToBeat)
         return std::nullopt;
@@ -208,18 +206,23 @@ std::optional<PvOptimizer::Candidate> PvOptimizer::MakeCandidate(const char* inP
     candidate.mFile = std::make_unique<WnSafeFile>(inPath);
     candidate.mFile->CopyFrom(ScratchPath());
     candidate.mFile->Finish(); // what is checked is what is on the disk
+    candidate.mMovedPixels = inWritten.mMovedPixels;
     inAllowance.mMovedPixels = static_cast<double>(inWritten.mMovedPixels);
-    candidate.mMovedPixels = inAllowance.mMovedPixels;
     candidate.mComparison = PvCompareGIFs(inPath, candidate.mFile->GetTemporaryPath(), inAllowance);
-    mOutcome.mGateReason = candidate.mComparison.mReason;
-    if (!mOutcome.mGateReason.empty())
-        return std::nullopt;
+    if (!candidate.IsSound())
+        candidate.mFile.reset();
     return candidate;
+}
+
+/** Keeps why a result was refused, unless an earlier one was already. */
+void PvOptimizer::KeepReason(const PvCandidate& inCandidate) {
+    if (mOutcome.mGateReason.empty())
+        mOutcome.mGateReason = inCandidate.mComparison.mReason;
 }
 
 // Somebody may have saved the picture anew while it was worked on: theirs is not to be replaced by what was
 // made from the old one. The look before the backup only spares the work; the one that counts comes last.
-bool PvOptimizer::Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp) {
+bool PvOptimizer::Replace(const char* inPath, PvCandidate& ioCandidate, bool inIsBackedUp) {
     if (!mState || WnGetFileState(inPath) != mState) {
         mOutcome.mGateReason = km_Changed;
         return false;
@@ -229,7 +232,6 @@ bool PvOptimizer::Replace(const char* inPath, Candidate& ioCandidate, bool inIsB
         mHost.BackupFile(inPath);
     }
     mState = ioCandidate.mFile->CommitOver(*mState);
-    if (!mState)
-        mOutcome.mGateReason = km_Changed;
+    mOutcome.mGateReason = mState ? "" : km_Changed; // not that of a result refused before this one
     return mState.has_value();
 }

@@ -7,12 +7,15 @@
 #include "win/optimizer/base/pvopthost.h"
 #include "win/optimizer/base/pvoptsettings.h"
 #include "win/optimizer/base/pvoutcome.h"
-#include "win/optimizer/pvpasses.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
 
 class NvAnimation;
 class PvProgress;
+class PvRebuilder;
+struct PvCandidate;
+struct PvColourAllowance;
+struct PvWritten;
 
 /** Makes one GIF file smaller in place, or leaves it exactly as it is. */
 class PvOptimizer {
@@ -37,27 +40,24 @@ public:
     const PvOutcome& GetOutcome() const { return mOutcome; }
 
 private:
-    struct Candidate;
-
     std::uint32_t RunBothPasses(const char* inPath, std::uint32_t inOriginalSize);
     std::uint32_t ReoptimizeGIFFile(const char* inPath, std::uint32_t inSizeSoFar, bool inIsBackedUp,
                                     PvProgress& ioProgress);
-    std::optional<Candidate> ChooseFirstPass(const char* inPath, std::uint32_t inOriginalSize,
-                                             PvProgress& ioProgress);
-    void ReduceTolerance(const char* inPath, PvFirstPass& ioFile, std::uint32_t inTolerance,
-                         std::uint32_t inOriginalSize, std::optional<Candidate>& ioBest,
-                         PvProgress& ioProgress);
-    std::optional<Candidate> FinishFirstPass(const char* inPath, const PvFirstPass& inFile,
-                                             std::uint32_t inTolerance,
-                                             std::unique_ptr<NvAnimation> inAnimation,
-                                             std::uint32_t inSizeToBeat, PvProgress& ioProgress);
-    std::optional<Candidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
-                                           const PvWritten& inWritten, PvColourAllowance inAllowance);
+    std::optional<PvCandidate> MakeFirstResult(const char* inPath, std::uint32_t inOriginalSize,
+                                               PvProgress& ioProgress);
+    void SearchTolerance(const char* inPath, PvRebuilder& ioFile, std::uint32_t inOriginalSize,
+                         std::optional<PvCandidate>& ioBest, PvProgress& ioProgress);
+    std::optional<PvCandidate> WriteRebuilt(const char* inPath, const PvRebuilder& inFile,
+                                            std::uint32_t inTolerance,
+                                            std::unique_ptr<NvAnimation> inAnimation,
+                                            std::uint32_t inSizeToBeat, PvProgress& ioProgress);
+    std::optional<PvCandidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
+                                             const PvWritten& inWritten, PvColourAllowance inAllowance);
     const char* ScratchPath();
     template <typename Work>
     auto KeepLoadError(const Work& inRead) -> decltype(inRead());
-    PvPassOptions PassOptions() const;
-    bool Replace(const char* inPath, Candidate& ioCandidate, bool inIsBackedUp);
+    void KeepReason(const PvCandidate& inCandidate);
+    bool Replace(const char* inPath, PvCandidate& ioCandidate, bool inIsBackedUp);
 
     PvOptHost& mHost;
     PvOptSettings mSettings;

@@ -3,7 +3,9 @@
 #include <optional>
 #include <utility>
 
+#include "nvcode2/base/nvassert.h"
 #include "nvcode2/gif/nvanimation.h"
+#include "win/optimizer/base/pvoptsettings.h"
 #include "win/optimizer/base/pvprogress.h"
 #include "win/optimizer/codes/pvfill.h"
 #include "win/optimizer/codes/pvswap.h"
@@ -14,8 +16,8 @@
 
 namespace {
 
-/** Cuts a frame's own colour table behind the highest index in use, the transparent one included, which is
- *  what the LZW code width follows from. The shared table stays whole. */
+/** Cuts a frame's copy of its colour table behind the highest index in use, the transparent one included. The
+ *  LZW code width follows from that. The shared table itself stays whole. */
 void NarrowTable(NvGIFFrame& ioFrame) {
     NvIndexedImage& image = ioFrame.GetImage();
     image.GetColorTable().SetSize(image.GetHighestIndex() + 1U);
@@ -35,16 +37,16 @@ bool AnyFrameClears(const NvAnimation& inAnimation) {
     return false;
 }
 
-/** Writes an animation whose frames are done but for what both passes end with. */
+/** Writes an animation whose frames lack only what both passes end with. */
 PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinisher& inPrepare,
-                NvLZWStringTable& ioStrings, const PvPassOptions& inOptions, PvProgress& ioProgress) {
+                NvLZWStringTable& ioStrings, const PvOptSettings& inSettings, PvProgress& ioProgress) {
     PvPixelSwapper swapper(ioStrings);
     PvWritten written;
     written.mSize = WriteOptimizedGIF(inPath, ioAnimation, [&](std::uint32_t inIndex) {
         ioProgress.ReportFrame(inIndex, ioAnimation.GetFrameCount());
         std::unique_ptr<NvGIFFrame> frame = inPrepare(inIndex);
         NarrowTable(*frame);
-        if (!inOptions.mIsLossless)
+        if (!inSettings.mIsLossless)
             written.mMovedPixels += 2 * swapper.SwapIfWorthIt(*frame);
         return frame;
     });
@@ -53,13 +55,13 @@ PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinis
 
 } // namespace
 
-PvWritten PvRunFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTablePlan inPlan,
-                         const NvColor& inBackground, const PvPassOptions& inOptions,
-                         PvProgress& ioProgress) {
-    ioProgress.BeginStep(0.75);
+PvWritten PvWriteFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTablePlan inPlan,
+                           const NvColor& inBackground, const PvOptSettings& inSettings,
+                           PvProgress& ioProgress) {
+    ioProgress.BeginStep(PvProgress::km_FirstPassWritten);
     ShareTable(ioAnimation.GetGlobalInfo(), inPlan.mShared);
     RestoreBackgroundIndex(ioAnimation.GetGlobalInfo(), inBackground);
-    NvLZWStringTable strings;              // one for all that needs one by turns
+    NvLZWStringTable strings;              // shared by all that need one in turn
     std::optional<PvUndrawnFiller> filler; // below a still picture there is nothing
     if (ioAnimation.GetFrameCount() > 1)
         filler.emplace(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(), strings);
@@ -69,15 +71,17 @@ PvWritten PvRunFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTablePl
             filler->FillUndrawnPixels(*frame);
         return frame;
     };
-    return Write(inPath, ioAnimation, prepare, strings, inOptions, ioProgress);
+    return Write(inPath, ioAnimation, prepare, strings, inSettings, ioProgress);
 }
 
-PvWritten PvRunSecondPass(const char* inPath, NvAnimation& ioAnimation, const PvPassOptions& inOptions,
-                          PvProgress& ioProgress) {
-    ioProgress.BeginStep(0.95);
+PvWritten PvWriteSecondPass(const char* inPath, NvAnimation& ioAnimation, const PvOptSettings& inSettings,
+                            PvProgress& ioProgress) {
+    ioProgress.BeginStep(PvProgress::km_SecondPassWritten);
+    // Frames could be read one by one here, but reading one may add its transparent index to the shared
+    // table, which stands in front of all of them; so they have all been read by now, and packed.
     NvGIFGlobalInfo& info = ioAnimation.GetGlobalInfo();
     RestoreBackgroundIndex(info, info.GetBackgroundColor());
-    const bool crops = ioAnimation.GetFrameCount() > 1 || inOptions.mCropsSingleImages;
+    const bool crops = ioAnimation.GetFrameCount() > 1 || inSettings.mCropsSingleImages;
     PvCropper cropper(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(),
                       AnyFrameClears(ioAnimation));
     const auto prepare = [&](std::uint32_t inIndex) {
@@ -85,9 +89,12 @@ PvWritten PvRunSecondPass(const char* inPath, NvAnimation& ioAnimation, const Pv
         std::unique_ptr<NvGIFFrame> cropped = crops ? cropper.Crop(*frame) : nullptr;
         if (!cropped)
             return frame;
+        // The shared table is written by now, but cropping leaves every frame its transparent index.
+        const std::uint32_t size = info.mColorTable.GetSize();
         cropped->UpdateTransparency(cropped->GetInfo().mHasLocalTable ? nullptr : &info.mColorTable, 256);
+        NvAssert(info.mColorTable.GetSize() == size);
         return cropped;
     };
     NvLZWStringTable strings;
-    return Write(inPath, ioAnimation, prepare, strings, inOptions, ioProgress);
+    return Write(inPath, ioAnimation, prepare, strings, inSettings, ioProgress);
 }

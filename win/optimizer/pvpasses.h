@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-#include "win/optimizer/pvfirstpass.h"
-
 class NvAnimation;
 class PvProgress;
+struct NvColor;
+struct PvOptSettings;
 struct PvTablePlan;
 
 /** What a pass wrote. */
@@ -14,18 +14,19 @@ struct PvWritten {
     std::uint64_t mMovedPixels = 0; ///< that were exchanged on the way
 };
 
-/** The first pass over what PvFirstPass rebuilt: settles undrawn pixels, narrows tables, exchanges pixels.
+/** Finishes what PvRebuilder made and writes it: settles undrawn pixels, narrows tables, exchanges pixels.
  *
- *  Like the second, it finishes and writes each frame before it looks at the next one, so only the packed
- *  frames are all in memory.
+ *  As in the second pass, each frame is finished and written before the next one is looked at, so that all
+ *  frames are in memory only packed.
  *  @param inPath        created or replaced
- *  @param inBackground  what the file's background index named
- *  @throws NvErrorCode  3 when the progress was told to stop; those of NvFile */
-PvWritten PvRunFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTablePlan inPlan,
-                         const NvColor& inBackground, const PvPassOptions& inOptions, PvProgress& ioProgress);
+ *  @param inBackground  the colour that the file's background index named
+ *  @throws NvErrorCode  3 when the host asked to stop; those of NvFile */
+PvWritten PvWriteFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTablePlan inPlan,
+                           const NvColor& inBackground, const PvOptSettings& inSettings,
+                           PvProgress& ioProgress);
 
-/** The second pass, over what is on the disk after the first: crops, narrows and exchanges once more.
+/** Crops, narrows and exchanges once more what the first pass left on the disk, and writes it.
  *
  *  @throws NvErrorCode  as the first */
-PvWritten PvRunSecondPass(const char* inPath, NvAnimation& ioAnimation, const PvPassOptions& inOptions,
-                          PvProgress& ioProgress);
+PvWritten PvWriteSecondPass(const char* inPath, NvAnimation& ioAnimation, const PvOptSettings& inSettings,
+                            PvProgress& ioProgress);

@@ -9,7 +9,7 @@ public:
      *  An NvErrorCode raised here leaves the original untouched. */
     virtual void BackupFile(const char* inPath) = 0;
 
-    /** Called between frames and steps with how far this file is, from 0.0 to 1.0.
-     *  @return true to abandon the file; it stays as it was and code 3 is raised. */
+    /** Called between frames and steps with how far this file is, from 0.0 to 1.0; false asks to stop, as
+     * with NvProgressIndicator: the file stays as it was and code 3 is raised. */
     virtual bool ReportProgress(double inFraction) = 0;
 };

@@ -6,15 +6,24 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "win/optimizer/base/pvopthost.h"
 
-/** Tells the host how far the file in hand is, and raises code 3 when the host wants to stop.
+/** Reports to the host how far the file in hand is, and raises code 3 when the host asks to stop.
  *
- *  Each step of a pass is given a share of the whole and reports its frames within that share. */
+ *  Each step has a share of the whole and reports its frames within that share. */
 class PvProgress {
 public:
+    /** How far a file is at the end of each step, in the order of the steps. The shares follow the time that
+     *  the steps take on animations, roughly; the rest up to 1.0 is for putting the file in place. */
+    static constexpr double km_ColoursCounted = 0.2;
+    static constexpr double km_PaletteBuilt = 0.35;
+    static constexpr double km_Rebuilt = 0.45;
+    static constexpr double km_FirstPassWritten = 0.75;
+    static constexpr double km_ReadAgain = 0.85;
+    static constexpr double km_SecondPassWritten = 0.95;
+
     /** @param inHost  borrowed */
     explicit PvProgress(PvOptHost& inHost) : mHost(inHost) {}
 
-    /** The next step takes the file to inEnd, 0.0 to 1.0, from where the last one left it. */
+    /** The next step takes the file to inEnd from where the last one left it. */
     void BeginStep(double inEnd) {
         mBegin = mEnd;
         mEnd = inEnd;
@@ -23,7 +32,7 @@ public:
     /** @throws NvErrorCode 3 when the host asks to stop */
     void ReportFrame(std::uint32_t inIndex, std::uint32_t inCount) {
         mReported = std::max(mReported, mBegin + (mEnd - mBegin) * inIndex / inCount);
-        if (mHost.ReportProgress(mReported))
+        if (!mHost.ReportProgress(mReported))
             NvThrow(NvErrorCode::km_Cancelled);
     }
 
@@ -31,5 +40,5 @@ private:
     PvOptHost& mHost;
     double mBegin = 0.0;
     double mEnd = 0.0;
-    double mReported = 0.0; // never goes back, also when a pass is done again
+    double mReported = 0.0; // never goes back, even when a step is repeated with another tolerance
 };

@@ -45,7 +45,7 @@ bool CollectOthers(const NvGIFFrame& inFrame, const PvFillCanvas& inCanvas, PvPi
     return ioChoices.mOther != ioChoices.mPresent;
 }
 
-/** Stores the settled pixels; those that are no longer the transparent index are drawn from now on. */
+/** Stores the settled pixels. Those that no longer have the transparent index are drawn from now on. */
 void StorePixels(NvGIFFrame& ioFrame, const PvFillChooser::Pixels& inPixels) {
     const std::uint32_t width = ioFrame.GetWidth();
     {
@@ -57,8 +57,7 @@ void StorePixels(NvGIFFrame& ioFrame, const PvFillChooser::Pixels& inPixels) {
                                     next += width;
                                 });
     }
-    ioFrame.GetMask() = ioFrame.GetImage().MakeMask(ioFrame.GetTransparentIndex());
-    ioFrame.GetInfo().mHasTransparency = ioFrame.IsFullyDrawn() ? 0 : 1;
+    ioFrame.UpdateMask();
 }
 
 } // namespace

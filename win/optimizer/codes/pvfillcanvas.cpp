@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "nvcode2/base/nvassert.h"
+
 void PvFillCanvas::Prepare(const NvGIFFrame& inFrame) {
     DisposeOfLastFrame();
     const NvColorTable& table = inFrame.GetImage().GetColorTable();
@@ -14,8 +16,7 @@ void PvFillCanvas::Draw(const NvGIFFrame& inFrame) {
     const NvGIFFrameInfo& info = inFrame.GetInfo();
     mLastRect = {info.mLeft, info.mTop, info.mLeft + info.mWidth, info.mTop + info.mHeight};
     mLastDisposal = info.mDisposal;
-    if (info.RestoresPrevious())
-        mCovered = mPixels;
+    NvAssert(!info.RestoresPrevious());
     const NvConstPixelLock pixels(inFrame.GetImage());
     const Pixel transparent = inFrame.HasTransparency() ? inFrame.GetTransparentIndex() : km_None;
     const std::uint32_t width = info.mWidth;
@@ -28,16 +29,13 @@ void PvFillCanvas::Draw(const NvGIFFrame& inFrame) {
 }
 
 void PvFillCanvas::DisposeOfLastFrame() {
-    if (mLastDisposal == NvGIFFrameInfo::km_DisposeRestore ||
-        mLastDisposal == NvGIFFrameInfo::km_DisposeRestoreOld)
-        mPixels.swap(mCovered);
     if (mLastDisposal == NvGIFFrameInfo::km_DisposeClear)
         for (std::int32_t y = mLastRect.top; y < mLastRect.bottom; ++y)
             std::fill(PlaceOf(mLastRect.left, y), PlaceOf(mLastRect.right, y), km_None);
     mLastDisposal = NvGIFFrameInfo::km_DisposeUnspecified;
 }
 
-// Frames that share a table may still see more or less of it, so entries stay where they can.
+// Frames that share a table may still see more or less of it, so entries keep their places where they can.
 void PvFillCanvas::UseTable(const NvColorTable& inTable) {
     constexpr std::uint32_t km_Indices = 256;
     const std::uint32_t size = std::min(inTable.GetSize(), km_Indices);

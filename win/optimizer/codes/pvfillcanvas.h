@@ -7,11 +7,12 @@
 #include "nvcode2/gif/nvgifframe.h"
 #include "nvcode2/image/nvcolortable.h"
 
-/** What is displayed while an animation plays, in indices of the table of the frame to come: where all frames
- *  share one, nobody has to look up a colour.
+/** What is displayed while an animation plays, in indices of the next frame's table: where all frames share
+ *  one table, no colour has to be looked up.
  *
- *  Where tables differ, a colour that a frame's table lacks counts as none from then on. Transparent pixels
- *  of frames must be their undrawn ones. */
+ *  Where tables differ, a colour that a frame's table lacks counts as none from then on. A frame's
+ * transparent pixels must be its undrawn ones, and none may restore what it covered: flattening has ended
+ * that. */
 class PvFillCanvas {
 public:
     /** An index, or km_None where nothing is displayed or nothing that is in the table. */
@@ -39,8 +40,7 @@ private:
     }
 
     std::uint32_t mWidth;
-    std::vector<Pixel> mPixels;  // row-major
-    std::vector<Pixel> mCovered; // all as it was before the last frame, when that is to be restored
+    std::vector<Pixel> mPixels; // row-major
     NvColorTable mTable;
     NvRect mLastRect{};
     std::uint32_t mLastDisposal = 0;

@@ -27,9 +27,12 @@ std::uint64_t PvLZWEstimator::EstimateLZWSize(const std::uint8_t* inPixels, std:
     return PvLZWBits(pixelBits, misses + mParser.GetState().mMisses);
 }
 
+std::uint64_t PvLZWEstimator::EstimateImage(const NvIndexedImage& inImage, bool inInterlaced) {
+    const NvConstPixelLock pixels(inImage);
+    return EstimateLZWSize(pixels.Row(0), inImage.GetWidth(), inImage.GetHeight(), inImage.GetRowBytes(),
+                           inImage.GetColorTable().GetSize(), inInterlaced);
+}
+
 std::uint64_t PvLZWEstimator::EstimateFrame(const NvGIFFrame& inFrame) {
-    const NvIndexedImage& image = inFrame.GetImage();
-    const NvConstPixelLock pixels(image);
-    return EstimateLZWSize(pixels.Row(0), image.GetWidth(), image.GetHeight(), image.GetRowBytes(),
-                           image.GetColorTable().GetSize(), inFrame.GetInfo().mInterlaced != 0);
+    return EstimateImage(inFrame.GetImage(), inFrame.GetInfo().mInterlaced != 0);
 }

@@ -5,6 +5,7 @@
 #include "win/optimizer/codes/pvlzwparser.h"
 
 class NvGIFFrame;
+class NvIndexedImage;
 
 /** Measures how long a frame's LZW data would be, without writing any. */
 class PvLZWEstimator {
@@ -25,7 +26,8 @@ public:
     std::uint64_t EstimateLZWSize(const std::uint8_t* inPixels, std::uint32_t inWidth, std::uint32_t inHeight,
                                   std::uint32_t inStride, std::uint32_t inColorCount, bool inInterlaced);
 
-    /** The same for a whole frame. */
+    /** The same for a whole image, and for a frame. */
+    std::uint64_t EstimateImage(const NvIndexedImage& inImage, bool inInterlaced);
     std::uint64_t EstimateFrame(const NvGIFFrame& inFrame);
 
 private:

@@ -87,17 +87,18 @@ std::uint32_t PvPixelSwapper::SwapIfWorthIt(NvGIFFrame& ioFrame) {
     const std::uint32_t candidates = CountSwapCandidates(ioFrame);
     if (candidates == 0)
         return 0; // most frames have none, sparing an index or not
-    const std::unique_ptr<NvImage> copy = ioFrame.Clone();
-    auto& original = static_cast<NvGIFFrame&>(*copy);
+    const std::unique_ptr<NvImage> copy = ioFrame.GetImage().Clone();
+    auto& original = static_cast<NvIndexedImage&>(*copy);
     const std::uint32_t exchanged = AreTooMany(candidates, ioFrame)
                                         ? PostDitherSparing(ioFrame, SparedIndex(ioFrame))
                                         : Search(ioFrame, SparedIndex(ioFrame));
     if (exchanged == 0)
         return 0;
-    const auto before = static_cast<double>(mEstimator.EstimateFrame(original)) / 8;
+    const bool isInterlaced = ioFrame.GetInfo().mInterlaced != 0;
+    const auto before = static_cast<double>(mEstimator.EstimateImage(original, isInterlaced)) / 8;
     const auto after = static_cast<double>(mEstimator.EstimateFrame(ioFrame)) / 8;
-    if (after < before && PvLookCost(after, PvFrameSimilarity(original, ioFrame)) < PvLookCost(before, 1.0))
+    if (after < before && PvLookCost(after, PvFrameSimilarity(ioFrame, original)) < PvLookCost(before, 1.0))
         return exchanged;
-    ioFrame.SetImage(std::move(original.GetImage()));
+    ioFrame.SetImage(std::move(original));
     return 0;
 }

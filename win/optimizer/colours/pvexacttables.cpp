@@ -1,4 +1,4 @@
-// Colour tables where nothing may be lost.
+#include "win/optimizer/colours/pvexacttables.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -7,7 +7,6 @@
 
 #include "nvcode2/gif/nvanimation.h"
 #include "nvcode2/quant/nvquantremap.h"
-#include "win/optimizer/colours/pvtableplan.h"
 
 namespace {
 
@@ -87,16 +86,16 @@ PvTablePlan PvPlanExactTables(const NvAnimation& inAnimation) {
         // A full shared table has no entry to spare for a frame's transparent pixels unless the frame leaves
         // one unused.
         const bool hasSpare = !needsSpare || shared.size() < km_TableLimit || colours.size() < km_TableLimit;
-        PvTablePlan::Frame frame;
+        std::optional<NvColorTable> own;
         if (plan.mShared.GetSize() == 0 || !fits || !hasSpare)
-            frame.mOwn = MakeTable(colours);
+            own = MakeTable(colours);
         const NvPackedFrame& packed = inAnimation.GetPackedFrame(i);
-        frame.mMap = NvMakeRemap(packed.GetColorTable(), packed.GetHistogram().data(),
-                                 frame.mOwn ? *frame.mOwn : plan.mShared, nullptr);
-        plan.mFrames.push_back(std::move(frame));
+        const NvIndexMap map = NvMakeRemap(packed.GetColorTable(), packed.GetHistogram().data(),
+                                           own ? *own : plan.mShared, nullptr);
+        plan.AddFrame(packed, map, std::move(own));
     }
     if (shareAll)
-        plan.OrderSharedTable(inAnimation);
+        plan.OrderSharedTable();
     plan.ReserveSpareEntry(inAnimation);
     return plan;
 }

@@ -2,10 +2,26 @@
 
 #include <numeric>
 
-#include "nvcode2/gif/nvgifframe.h"
+namespace {
+
+PvHistogram CountDrawnPixels(const NvGIFFrame& inFrame) {
+    PvHistogram histogram{};
+    if (inFrame.GetImage().GetColorTable().GetSize() > 0)
+        inFrame.GetImage().BuildMaskedHistogram(histogram.data(), &inFrame.GetMask());
+    return histogram;
+}
+
+} // namespace
+
+PvHistogram PvMapHistogram(const PvHistogram& inHistogram, const NvIndexMap& inMap) {
+    PvHistogram mapped{};
+    for (std::size_t i = 0; i < inHistogram.size(); ++i)
+        mapped[inMap[i]] += inHistogram[i];
+    return mapped;
+}
 
 PvFrameColours::PvFrameColours(const NvGIFFrame& inFrame)
-    : mTable(inFrame.GetImage().GetColorTable()), mHistogram(PvDrawnHistogram(inFrame)) {
+    : mTable(inFrame.GetImage().GetColorTable()), mHistogram(CountDrawnPixels(inFrame)) {
     std::iota(mMap.begin(), mMap.end(), std::uint8_t{0});
 }
 

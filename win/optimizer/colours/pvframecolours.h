@@ -1,19 +1,24 @@
 #pragma once
 
+#include "nvcode2/gif/nvgifframe.h"
 #include "nvcode2/image/nvcolortable.h"
-#include "win/optimizer/colours/pvhistogram.h"
+#include "nvcode2/quant/nvquantremap.h"
 
-class NvGIFFrame;
+/** Drawn pixels per entry of a frame's colour table. */
+using PvHistogram = NvGIFFrame::Histogram;
 
-/** What a frame draws with, while colours are being reduced. Its pixels need not be at hand: they are mapped
- *  once, when it is settled what becomes of every colour. */
+/** The same once indices are mapped. */
+PvHistogram PvMapHistogram(const PvHistogram& inHistogram, const NvIndexMap& inMap);
+
+/** What a frame draws with, while colours are being reduced. Its pixels need not be in memory: they are
+ * mapped once, when the fate of every colour is settled. */
 struct PvFrameColours {
     /** The colours of a frame as it was read. */
     explicit PvFrameColours(const NvGIFFrame& inFrame);
 
-    /** Puts other colours in the place of the present ones.
+    /** Replaces the present colours by others.
      *  @param inMap    the entry of inTable for every entry of mTable that is drawn with
-     *  @return         the mean error that this makes, levels per channel over the drawn pixels */
+     *  @return         the mean error that this causes, levels per channel over the drawn pixels */
     double Replace(const NvIndexMap& inMap, const NvColorTable& inTable);
 
     NvColorTable mTable;      ///< the present colours

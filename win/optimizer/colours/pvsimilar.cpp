@@ -121,11 +121,12 @@ private:
         double bits = 0.0;
         double similarity = 0.0;
         for (std::size_t i = 0; i < mTried.size(); ++i) {
-            const std::unique_ptr<NvImage> copy = mTried[i]->Clone();
-            auto& merged = static_cast<NvGIFFrame&>(*copy);
+            const std::unique_ptr<NvImage> copy = mTried[i]->GetImage().Clone();
+            auto& merged = static_cast<NvIndexedImage&>(*copy);
             if (const std::optional<Merge> merge = MergeColours(mFrames[mIndices[i]], inReach))
-                NvQuantRemap(merged.GetImage(), merge->mMap, merge->mTable);
-            bits += static_cast<double>(estimator.EstimateFrame(merged));
+                NvQuantRemap(merged, merge->mMap, merge->mTable);
+            const bool isInterlaced = mTried[i]->GetInfo().mInterlaced != 0;
+            bits += static_cast<double>(estimator.EstimateImage(merged, isInterlaced));
             similarity += PvFrameSimilarity(*mTried[i], merged);
         }
         const auto count = static_cast<double>(mTried.size());

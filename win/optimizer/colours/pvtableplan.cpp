@@ -4,10 +4,10 @@
 #include <array>
 #include <compare>
 #include <numeric>
+#include <utility>
 
 #include "nvcode2/base/nvassert.h"
 #include "nvcode2/gif/nvanimation.h"
-#include "win/optimizer/colours/pvhistogram.h"
 
 namespace {
 
@@ -20,17 +20,13 @@ struct EntryUse {
 };
 
 /** The entries in use, most used first. */
-std::vector<std::uint32_t> MostUsedFirst(const NvAnimation& inAnimation,
-                                         const std::vector<PvTablePlan::Frame>& inPlans) {
+std::vector<std::uint32_t> MostUsedFirst(const std::vector<PvTablePlan::Frame>& inPlans) {
     std::array<EntryUse, 256> uses{};
-    for (std::uint32_t i = 0; i < inAnimation.GetFrameCount(); ++i) {
-        const PvHistogram histogram =
-            PvMapHistogram(inAnimation.GetPackedFrame(i).GetHistogram(), inPlans[i].mMap);
+    for (const PvTablePlan::Frame& frame : inPlans)
         for (std::uint32_t entry = 0; entry < uses.size(); ++entry) {
-            uses[entry].mFrames += histogram[entry] != 0 ? 1 : 0;
-            uses[entry].mPixels += histogram[entry];
+            uses[entry].mFrames += frame.mUses[entry] != 0 ? 1 : 0;
+            uses[entry].mPixels += frame.mUses[entry];
         }
-    }
     std::vector<std::uint32_t> order(uses.size());
     std::iota(order.begin(), order.end(), 0U);
     std::erase_if(order, [&](std::uint32_t inEntry) { return uses[inEntry].mFrames == 0; });
@@ -48,8 +44,13 @@ std::uint32_t LowestUnused(const PvHistogram& inHistogram) {
 
 } // namespace
 
-void PvTablePlan::OrderSharedTable(const NvAnimation& inAnimation) {
-    const std::vector<std::uint32_t> order = MostUsedFirst(inAnimation, mFrames);
+void PvTablePlan::AddFrame(const NvPackedFrame& inFrame, const NvIndexMap& inMap,
+                           std::optional<NvColorTable> inOwn) {
+    mFrames.push_back({inMap, std::move(inOwn), PvMapHistogram(inFrame.GetHistogram(), inMap)});
+}
+
+void PvTablePlan::OrderSharedTable() {
+    const std::vector<std::uint32_t> order = MostUsedFirst(mFrames);
     NvColorTable ordered(static_cast<std::uint32_t>(std::max<std::size_t>(order.size(), 1)));
     NvIndexMap newIndices{};
     for (std::uint32_t i = 0; i < order.size(); ++i) {
@@ -61,6 +62,7 @@ void PvTablePlan::OrderSharedTable(const NvAnimation& inAnimation) {
         NvAssert(!frame.mOwn);
         for (std::uint8_t& entry : frame.mMap)
             entry = newIndices[entry];
+        frame.mUses = PvMapHistogram(frame.mUses, newIndices);
     }
 }
 
@@ -69,9 +71,8 @@ void PvTablePlan::ReserveSpareEntry(const NvAnimation& inAnimation) {
     if (size >= mSharedLimit)
         return;
     for (std::uint32_t i = 0; i < inAnimation.GetFrameCount(); ++i) {
-        const NvPackedFrame& frame = inAnimation.GetPackedFrame(i);
-        if (mFrames[i].mOwn || frame.IsFullyDrawn() ||
-            LowestUnused(PvMapHistogram(frame.GetHistogram(), mFrames[i].mMap)) < size)
+        const bool isFullyDrawn = inAnimation.GetPackedFrame(i).IsFullyDrawn();
+        if (mFrames[i].mOwn || isFullyDrawn || LowestUnused(mFrames[i].mUses) < size)
             continue;
         mShared.SetSize(size + 1);
         mShared.SetColor(size, NvColor{});
@@ -82,19 +83,20 @@ void PvTablePlan::ReserveSpareEntry(const NvAnimation& inAnimation) {
 std::unique_ptr<NvGIFFrame> PvTablePlan::MakeFrame(const NvAnimation& inAnimation, std::uint32_t inIndex) {
     const NvPackedFrame& packed = inAnimation.GetPackedFrame(inIndex);
     const Frame& plan = mFrames[inIndex];
-    const NvColorTable& table = plan.mOwn ? *plan.mOwn : mShared;
-    const PvHistogram histogram = PvMapHistogram(packed.GetHistogram(), plan.mMap);
-    const std::uint32_t free = LowestUnused(histogram);
-    std::unique_ptr<NvGIFFrame> frame = packed.Unpack(plan.mMap, table, static_cast<std::uint8_t>(free));
+    const std::uint32_t free = LowestUnused(plan.mUses);
+    // A frame as read has at most 255 entries beside the transparent one, and differencing draws one of 256
+    // whole.
+    NvAssert(free < plan.mUses.size() || packed.IsFullyDrawn());
+    std::unique_ptr<NvGIFFrame> frame =
+        packed.Unpack(plan.mMap, plan.mOwn ? *plan.mOwn : mShared, static_cast<std::uint8_t>(free));
     NvGIFFrameInfo& info = frame->GetInfo();
     info.mHasLocalTable = plan.mOwn ? 1 : 0;
     info.mColorTable.Clear();
-    if (plan.mOwn)
-        info.mColorTable = table;
-    info.mHasTransparency = !packed.IsFullyDrawn() && free < table.GetSize() ? 1 : 0;
-    info.mTransparentIndex = info.mHasTransparency ? static_cast<std::uint8_t>(free) : 0;
-    if (!packed.IsFullyDrawn() && !info.mHasTransparency)
-        frame->UpdateTransparency(plan.mOwn ? nullptr : &mShared, mSharedLimit, histogram);
+    info.mHasTransparency = 0; // its index was one of the table that the file had
+    // The shared table is written by now: ReserveSpareEntry has added what would have to be added here.
+    const std::uint32_t size = mShared.GetSize();
+    frame->UpdateTransparency(plan.mOwn ? nullptr : &mShared, mSharedLimit, plan.mUses);
+    NvAssert(mShared.GetSize() == size);
     return frame;
 }
 
@@ -103,10 +105,11 @@ PvTablePlan PvPlanSharedTable(const NvAnimation& inAnimation, const NvColorTable
     PvTablePlan plan;
     plan.mShared = inTable;
     plan.mSharedLimit = inLimit;
-    plan.mFrames.resize(inAnimation.GetFrameCount());
-    for (PvTablePlan::Frame& frame : plan.mFrames)
-        std::iota(frame.mMap.begin(), frame.mMap.end(), std::uint8_t{0});
-    plan.OrderSharedTable(inAnimation);
+    NvIndexMap same;
+    std::iota(same.begin(), same.end(), std::uint8_t{0});
+    for (std::uint32_t i = 0; i < inAnimation.GetFrameCount(); ++i)
+        plan.AddFrame(inAnimation.GetPackedFrame(i), same, std::nullopt);
+    plan.OrderSharedTable();
     plan.ReserveSpareEntry(inAnimation);
     return plan;
 }

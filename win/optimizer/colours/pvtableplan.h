@@ -7,25 +7,31 @@
 
 #include "nvcode2/image/nvcolortable.h"
 #include "nvcode2/quant/nvquantremap.h"
+#include "win/optimizer/colours/pvframecolours.h"
 
 class NvAnimation;
-class NvGIFFrame;
 class NvPackedFrame;
 
-/** Which colour tables an animation's frames are to be written with. It is settled for all of them before the
- *  first one is written, since the shared table stands in front of it. */
+/** Which colour tables an animation's frames are to be written with. That is settled for all of them before
+ *  the first is written, since the shared table stands in front of it. */
 struct PvTablePlan {
     struct Frame {
         NvIndexMap mMap{};                ///< the entry for every index the frame draws with
         std::optional<NvColorTable> mOwn; ///< its own table; none: the shared one
+        PvHistogram mUses{};              ///< drawn pixels of each entry
     };
+
+    /** Adds the plan of the next frame.
+     *  @param inMap  becomes mMap
+     *  @param inOwn  becomes mOwn */
+    void AddFrame(const NvPackedFrame& inFrame, const NvIndexMap& inMap, std::optional<NvColorTable> inOwn);
 
     /** Orders the shared table by how many frames draw with a colour, most first, and drops colours that none
      *  uses.
      *
-     *  A frame's code width follows from its highest index, so small frames that share the common colours get
-     *  narrow codes. No frame may have a table of its own. */
-    void OrderSharedTable(const NvAnimation& inAnimation);
+     *  A frame's code width follows from its highest index, so small frames that draw with the common colours
+     *  get narrow codes. Precondition: no frame has a table of its own. */
+    void OrderSharedTable();
 
     /** Gives the shared table one more entry where a frame has none to spare for its undrawn pixels and the
      *  limit allows it. */
@@ -43,10 +49,3 @@ struct PvTablePlan {
  *  @param inTable  the table that the frames' indices are of */
 PvTablePlan PvPlanSharedTable(const NvAnimation& inAnimation, const NvColorTable& inTable,
                               std::uint32_t inLimit);
-
-/** Plans tables that change no displayed colour.
- *
- *  Colours that no drawn pixel uses, and repeated ones, are dropped. When all frames' colours fit one table
- *  they share it, ordered; otherwise the file's global table stays, and each frame with colours of its own
- *  gets a local table of just those. */
-PvTablePlan PvPlanExactTables(const NvAnimation& inAnimation);

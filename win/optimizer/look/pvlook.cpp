@@ -52,11 +52,11 @@ private:
     std::vector<std::uint8_t> mLuma; // by colour number
 };
 
-/** Luma of a frame by itself. */
+/** Luma of an image where a mask is set. */
 class FrameLuma {
 public:
-    explicit FrameLuma(const NvGIFFrame& inFrame) : mPixels(inFrame.GetImage()), mMask(inFrame.GetMask()) {
-        const NvColorTable& table = inFrame.GetImage().GetColorTable();
+    FrameLuma(const NvIndexedImage& inImage, const NvBitmapImage& inMask) : mPixels(inImage), mMask(inMask) {
+        const NvColorTable& table = inImage.GetColorTable();
         for (std::uint32_t i = 0; i < std::min<std::uint32_t>(table.GetSize(), 256); ++i)
             mLuma[i] = Luma(NvPackColor(table.GetColor(i)) | NvGIFPlayer::km_Covered);
     }
@@ -171,9 +171,9 @@ PvFrameLook PvLookMeter::Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& 
     return MeasureChanged(std::cref(first), std::cref(second), mHasMeasured ? &inChanged : nullptr);
 }
 
-PvFrameLook PvLookMeter::Measure(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond) {
-    const FrameLuma first(inFirst);
-    const FrameLuma second(inSecond);
+PvFrameLook PvLookMeter::Measure(const NvGIFFrame& inFrame, const NvIndexedImage& inOther) {
+    const FrameLuma first(inFrame.GetImage(), inFrame.GetMask());
+    const FrameLuma second(inOther, inFrame.GetMask());
     return MeasureChanged(std::cref(first), std::cref(second), nullptr);
 }
 

@@ -9,6 +9,7 @@
 #include "win/optimizer/base/pvframelook.h"
 
 class NvGIFFrame;
+class NvIndexedImage;
 
 /** Fills in mPsnr and mMaxError, which PvLookMeter leaves alone. Both canvases are of one size. */
 void PvMeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, PvFrameLook& ioLook);
@@ -36,8 +37,9 @@ public:
     PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond,
                         const std::vector<Columns>& inChanged);
 
-    /** Measures two frames by themselves, undrawn pixels as mid grey; of the meter's size both. */
-    PvFrameLook Measure(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond);
+    /** Measures a frame by itself beside other pixels for it, undrawn ones as mid grey. Both are of the
+     * meter's size. */
+    PvFrameLook Measure(const NvGIFFrame& inFrame, const NvIndexedImage& inOther);
 
 private:
     /** Writes the luma of a row's columns from the first given up to the end given. */

@@ -21,6 +21,6 @@ double PvSizeAtLookCost(double inCost, double inSimilarity) {
     return std::max(0.0, std::exp(inCost + km_SizePerSimilarity * inSimilarity) - km_SizeThatHardlyCounts);
 }
 
-double PvFrameSimilarity(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond) {
-    return PvLookMeter(inFirst.GetWidth(), inFirst.GetHeight(), true).Measure(inFirst, inSecond).mSsim;
+double PvFrameSimilarity(const NvGIFFrame& inFrame, const NvIndexedImage& inOther) {
+    return PvLookMeter(inFrame.GetWidth(), inFrame.GetHeight(), true).Measure(inFrame, inOther).mSsim;
 }

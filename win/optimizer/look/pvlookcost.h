@@ -1,6 +1,7 @@
 #pragma once
 
 class NvGIFFrame;
+class NvIndexedImage;
 
 /** What a result costs the person who gets it; lower is better.
  *
@@ -15,5 +16,6 @@ double PvLookCost(double inBytes, double inSimilarity);
 /** The size in bytes at which a result of some similarity has this cost; 0 if none has. */
 double PvSizeAtLookCost(double inCost, double inSimilarity);
 
-/** Structural similarity of two frames of the same size, undrawn pixels as mid grey. */
-double PvFrameSimilarity(const NvGIFFrame& inFirst, const NvGIFFrame& inSecond);
+/** Structural similarity of a frame to itself with other pixels, of the same size; undrawn ones as mid grey.
+ */
+double PvFrameSimilarity(const NvGIFFrame& inFrame, const NvIndexedImage& inOther);

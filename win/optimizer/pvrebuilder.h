@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "nvcode2/gif/nvgifframereader.h"
+#include "nvcode2/image/nvcolortable.h"
+#include "nvcode2/quant/nvquantremap.h"
+#include "win/optimizer/colours/pvtableplan.h"
+#include "win/optimizer/frames/pvdifference.h"
+#include "win/optimizer/look/pvgate.h"
+
+class NvAnimation;
+class PvFrameStream;
+class PvProgress;
+struct PvOptSettings;
+
+/** The part of the first pass that looks at every pixel. It leaves one small palette, nothing drawn that the
+ *  screen shows already, and tight frames.
+ *
+ *  The file is read twice, frame by frame: first for its colours, from which the palette is chosen, then to
+ *  see what each frame adds to the screen. Only the result of the latter is kept. The palette serves for any
+ *  number of tolerances. */
+class PvRebuilder {
+public:
+    /** Reads the file once and chooses the palette.
+     *
+     *  @param inSettings     borrowed for the rebuilder's life
+     *  @throws NvErrorCode   2 when the work needs more memory than allowed, before any pixels are read; 3
+     *  when the host asked to stop; otherwise those of NvGIFFrameReader */
+    PvRebuilder(const char* inPath, const PvOptSettings& inSettings, PvProgress& ioProgress);
+
+    std::uint32_t GetFrameCount() const { return mReader.GetFrameCount(); }
+
+    /** The colour that the file's background index named. */
+    const NvColor& GetBackground() const { return mBackground; }
+
+    /** Reads the file again and makes its frames as small as they can be.
+     *
+     *  @param inTolerance   levels per channel, see PvDifferencer; 0 when nothing may be lost
+     *  @param outStructure  how close the frames look, as PvComparison::mMeanStructure has it; null saves the
+     *  time of measuring that
+     *  @throws NvErrorCode  as the constructor */
+    std::unique_ptr<NvAnimation> Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
+                                         double* outStructure = nullptr);
+
+    /** The tables that its frames get. */
+    PvTablePlan PlanTables(const NvAnimation& inAnimation) const;
+
+    /** How far the colours may be from the original's after Rebuild. */
+    PvColourAllowance GetAllowance(std::uint32_t inTolerance) const;
+
+private:
+    PvFrameStream OpenStream();
+    void ChooseColours(PvProgress& ioProgress);
+    std::unique_ptr<NvAnimation> MakeEmptyAnimation() const;
+    std::optional<PvDifferencer> MakeDifferencer(std::uint32_t inTolerance) const;
+    void ShowSharedColours(NvGIFFrame& ioFrame, std::uint32_t inIndex) const;
+    void MapToSharedTable(NvGIFFrame& ioFrame, std::uint32_t inIndex) const;
+
+    NvGIFFrameReader mReader;
+    const PvOptSettings& mSettings;
+    NvColor mBackground;
+    NvColorTable mSharedTable;     // of all frames; empty when nothing may be lost
+    std::vector<NvIndexMap> mMaps; // for each frame, the shared entry that each of its indices becomes
+    double mFlattenError = 0.0;    // both in levels per channel, of the worst frame
+    double mColourError = 0.0;
+};

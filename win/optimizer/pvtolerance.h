@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "win/optimizer/look/pvgate.h"
+#include "wnatom/wnsafefile.h"
+
+/** A result, written beside the file it may replace, with what the gate found. */
+struct PvCandidate {
+    std::unique_ptr<WnSafeFile> mFile; ///< null when the gate refused it
+    std::uint32_t mSize = 0;           ///< bytes
+    std::uint64_t mMovedPixels = 0;    ///< that were exchanged on the way
+    std::uint64_t mCodes = 0;          ///< LZW codes of the frames it was made of
+    PvComparison mComparison;
+
+    bool IsSound() const { return mComparison.mReason.empty(); }
+};
+
+/** The search for the tolerance of an animation (see PvDifferencer), as three questions.
+ *
+ *  A large tolerance freezes slow, soft motion: stripes that differ by less are left standing and tear. Where
+ *  that shows, the animation is rebuilt with smaller ones, as long as one of them may look better at a fair
+ *  price. */
+
+/** Which tolerance to try after inTolerance, given the best result so far.
+ *  @return  nothing when that looks good enough or nothing smaller is left */
+std::optional<std::uint32_t> PvNextTolerance(std::uint32_t inTolerance, const PvCandidate& inBest);
+
+/** What frames rebuilt with a smaller tolerance promise before they are written. */
+struct PvPromise {
+    bool mIsWorthWriting = true;
+    bool mEndsSearch = false;      ///< no smaller tolerance can pay either
+    std::uint32_t mSizeToBeat = 0; ///< bytes; the result must be smaller
+};
+
+/** Judges frames that were rebuilt with a smaller tolerance than the best result's.
+ *
+ *  How they look is known, and roughly how large they get: the steps that are left save much the same part of
+ *  the size whatever the tolerance.
+ *  @param inCodes      LZW codes of the frames
+ *  @param inStructure  how they look, see PvComparison::mMeanStructure */
+PvPromise PvJudgeRebuilt(std::uint64_t inCodes, double inStructure, const PvCandidate& inBest,
+                         std::uint32_t inOriginalSize);
+
+/** Whether a sound result of a smaller tolerance is to take the best one's place. */
+bool PvIsBetter(const PvCandidate& inNew, const PvCandidate& inBest);
