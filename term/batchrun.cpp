@@ -3,33 +3,20 @@
 #include <memory>
 #include <optional>
 
-#include "term/filter.h"
+#include "term/commands.h"
 #include "term/inputs/outputplan.h"
 #include "term/panel/panel.h"
 #include "term/system/interrupt.h"
 #include "term/system/terminal.h"
 #include "term/termshell.h"
-#include "win/batch/errorwords.h"
 #include "win/batch/mizerbrain.h"
 #include "win/batch/mizerdelivery.h"
+#include "win/batch/mizeroutcome.h"
+#include "win/batch/mizerpreferences.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnscratch.h"
 
 namespace {
-
-/** The shell told of each file that failed; the rest of the batch goes on. @return whether it was cancelled.
- */
-bool ProcessAll(MizerBrain& ioBrain) {
-    for (;;) {
-        try {
-            ioBrain.ProcessQueue();
-            return false;
-        } catch (const NvErrorCode& error) {
-            if (error.GetCode() == NvErrorCode::km_Cancelled)
-                return true;
-        }
-    }
-}
 
 /** A trial and a filter leave no trace of their own. */
 void SetPreferences(const TermSettings& inSettings, WnPref& ioPrefs) {
@@ -76,45 +63,48 @@ bool WantsPanel(const TermSettings& inSettings) {
 }
 
 /** @return whether it was cancelled */
-bool RunBrain(const TermInputs& inInputs, const TermSettings& inSettings, const MizerOptions& inOptions,
+bool RunBrain(TermInputs& ioInputs, const TermSettings& inSettings, const MizerOptions& inOptions,
               TermShell& ioShell) {
-    WnPref prefs("Parvigif", "1.x");
+    WnPref prefs = MizerOpenPreferences();
     SetPreferences(inSettings, prefs);
     std::optional<TermPanel> panel;
     if (WantsPanel(inSettings))
-        ioShell.SetPanel(&panel.emplace(inInputs));
+        ioShell.SetPanel(&panel.emplace(ioInputs));
     MizerBrain brain(prefs, ioShell, inSettings.mOptimizer, inOptions); // stores the totals when it goes
     if (panel)
         ioShell.SetPanel(&*panel, [&] { brain.Pause(); });
-    for (const TermInput& input : inInputs.mFiles)
-        brain.AddFileToQueue(input.mPath.c_str());
-    const bool cancelled = ProcessAll(brain);
+    brain.AddQueue(*ioInputs.mQueue);
+    const bool isCancelled = !brain.ProcessWholeQueue();
     ioShell.SetPanel(nullptr);
-    return cancelled;
+    return isCancelled;
 }
 
 } // namespace
 
-void TermProcessInputs(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
+void TermProcessInputs(TermInputs& ioInputs, const TermSettings& inSettings, TermMessages& ioMessages,
                        TermOutcomes& ioOutcomes) {
-    const auto delivery = MakeDelivery(inInputs, inSettings, ioMessages);
+    const auto delivery = MakeDelivery(ioInputs, inSettings, ioMessages);
     if (ioMessages.GetExit() == TermExit::km_Usage || !HasTemporaryFolder(ioMessages))
         return;
-    const MizerOptions options = {delivery.get(), inSettings.mLeastSaving, inSettings.mKeepsTimes,
-                                  inSettings.mSkipsDone, !inSettings.IsFilter()};
-    TermShell shell(inSettings, ioMessages, ioOutcomes.GetResults(), &ioOutcomes);
+    const MizerOptions options = {
+        .mDelivery = delivery.get(),
+        .mLeastSaving = inSettings.mLeastSaving,
+        .mKeepsTimes = inSettings.mKeepsTimes,
+        .mSkipsDone = inSettings.mSkipsDone,
+        .mSharesFiles = !inSettings.IsFilter(),
+    };
+    TermShell shell(inSettings, ioMessages, ioOutcomes);
     if (inSettings.IsFilter())
-        shell.SetShownName(inInputs.mFiles.front().mPath, inInputs.mFiles.front().mPlace);
-    ioOutcomes.Finish(RunBrain(inInputs, inSettings, options, shell), ioMessages);
+        shell.SetShownName(ioInputs.mFiles.front().mPath, ioInputs.mFiles.front().mPlace);
+    ioOutcomes.Finish(RunBrain(ioInputs, inSettings, options, shell), ioMessages);
 }
 
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
-    if (inSettings.IsFilter())
-        return TermRunFilter(inSettings, ioMessages);
     TermCatchInterrupts();
     TermOutcomes outcomes(inSettings);
-    if (outcomes.Begin(ioMessages))
-        TermProcessInputs(TermListInputs(inSettings, ioMessages, &outcomes), inSettings, ioMessages,
-                          outcomes);
+    if (!outcomes.Begin(ioMessages))
+        return;
+    TermInputs inputs = TermListInputs(inSettings, ioMessages, &outcomes);
+    TermProcessInputs(inputs, inSettings, ioMessages, outcomes);
 }

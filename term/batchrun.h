@@ -5,9 +5,7 @@
 #include "term/outcomes.h"
 #include "term/text/messages.h"
 
-/** Makes the named files smaller and prints what became of them. */
-void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages);
-
-/** The same for files that are found already. Each is called by its place when the program is a filter. */
-void TermProcessInputs(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
+/** Makes files smaller that are found already.
+ *  @param ioInputs  its queue is taken */
+void TermProcessInputs(TermInputs& ioInputs, const TermSettings& inSettings, TermMessages& ioMessages,
                        TermOutcomes& ioOutcomes);

@@ -1,4 +1,4 @@
-#include "term/contactsheet.h"
+#include "term/commands.h"
 
 #include <array>
 #include <cerrno>
@@ -9,8 +9,8 @@
 #include "nvcode2/file/nvfile.h"
 #include "term/inputs/names.h"
 #include "term/system/interrupt.h"
-#include "win/batch/errorwords.h"
 #include "win/batch/filequeue.h"
+#include "win/batch/mizeroutcome.h"
 #include "win/sheet/pvcontactsheet.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnscratch.h"
@@ -21,7 +21,7 @@ namespace {
 class StopOnInterrupt : public NvProgressIndicator {
 public:
     bool Progress(std::uint32_t /*inDone*/, std::uint32_t /*inTotal*/) override {
-        return !TermIsInterrupted();
+        return TermIsInterrupted();
     }
 };
 
@@ -31,23 +31,16 @@ bool IsEmptyFile(const char* inPath) {
     return file.GetLength() == 0;
 }
 
-void TellPassedOver(const char* inPath, MizerSkip inReason, TermPassedOver& ioPassedOver) {
-    MizerFileResult result;
-    result.mStatus = MizerStatus::km_Skipped;
-    result.mSkip = inReason;
-    ioPassedOver.Tell(inPath, TermOutcomeWords(result));
-}
-
 /** @return whether the file is on the sheet now; else why not was told, where it needs telling */
 bool AddFile(const char* inPath, PvContactSheet& ioSheet, TermPassedOver& ioPassedOver,
              TermMessages& ioMessages) {
     try {
         if (MizerIsNamedBackup(inPath)) {
-            TellPassedOver(inPath, MizerSkip::km_Backup, ioPassedOver);
+            ioPassedOver.Tell(inPath, MizerReasonWords(MizerReason::km_Backup));
         } else if (!MizerIsNamedGIF(inPath)) {
-            TellPassedOver(inPath, MizerSkip::km_NotNamedGIF, ioPassedOver);
+            ioPassedOver.Tell(inPath, MizerReasonWords(MizerReason::km_NotNamedGIF));
         } else if (IsEmptyFile(inPath)) {
-            TellPassedOver(inPath, MizerSkip::km_Empty, ioPassedOver);
+            ioPassedOver.Tell(inPath, MizerReasonWords(MizerReason::km_Empty));
         } else {
             ioSheet.AddFile(inPath);
             return true;

@@ -1,4 +1,4 @@
-#include "term/filter.h"
+#include "term/commands.h"
 
 #include <array>
 #include <cerrno>
@@ -9,7 +9,7 @@
 #include "term/batchrun.h"
 #include "term/system/interrupt.h"
 #include "term/system/standardstreams.h"
-#include "win/batch/errorwords.h"
+#include "win/batch/mizeroutcome.h"
 #include "wnatom/wnscratch.h"
 
 namespace {
@@ -49,6 +49,8 @@ int Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
     }
     TermInputs inputs;
     inputs.mFiles = {{picture, "-"}};
+    inputs.mQueue = std::make_unique<FileQueue>();
+    inputs.mQueue->AddFile(picture.c_str());
     TermOutcomes outcomes(inSettings);
     if (!outcomes.Begin(ioMessages))
         return 0;
@@ -60,6 +62,7 @@ int Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
 } // namespace
 
 void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages) {
+    ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
     if (TermIsTerminal(stdout) && !inSettings.mIsDryRun)
         return ioMessages.Error("'-' writes a picture to standard output: send it to a file or a program",
                                 TermExit::km_Usage);

@@ -3,25 +3,29 @@
 #include <new>
 #include <string>
 
-#include "term/batchrun.h"
-#include "term/contactsheet.h"
+#include "term/commands.h"
 #include "term/options/arguments.h"
 #include "term/options/help.h"
-#include "term/restore.h"
-#include "term/storecommands.h"
 #include "term/system/print.h"
 #include "term/system/standardstreams.h"
 #include "term/text/messages.h"
-#include "win/batch/errorwords.h"
+#include "win/batch/mizeroutcome.h"
 
 namespace {
+
+void WorkOnNames(const TermSettings& inSettings, TermMessages& ioMessages) {
+    if (!inSettings.mContactSheet.empty())
+        return TermDrawContactSheet(inSettings, ioMessages);
+    if (inSettings.IsFilter())
+        return TermRunFilter(inSettings, ioMessages);
+    TermRunBatch(inSettings, ioMessages);
+}
 
 void Run(const TermSettings& inSettings, TermMessages& ioMessages) {
     TermStorePreferences(inSettings, ioMessages);
     switch (inSettings.mTask) {
     case TermTask::km_Process:
-        return inSettings.mContactSheet.empty() ? TermRunBatch(inSettings, ioMessages)
-                                                : TermDrawContactSheet(inSettings, ioMessages);
+        return WorkOnNames(inSettings, ioMessages);
     case TermTask::km_Restore:
         return TermRestore(inSettings, ioMessages);
     case TermTask::km_Store:
@@ -31,9 +35,9 @@ void Run(const TermSettings& inSettings, TermMessages& ioMessages) {
     case TermTask::km_Totals:
         return TermPrintTotals(ioMessages);
     case TermTask::km_ShowLog:
-        return TermShowLog(inSettings, ioMessages);
+        return TermShowLog(ioMessages);
     case TermTask::km_ClearLog:
-        return TermClearLog(inSettings, ioMessages);
+        return TermClearLog(ioMessages);
     case TermTask::km_BriefHelp:
         return TermPrint(TermBriefHelp(), ioMessages);
     case TermTask::km_FullHelp:

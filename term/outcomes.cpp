@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "term/system/interrupt.h"
-#include "win/batch/errorwords.h"
+#include "win/batch/mizeroutcome.h"
 
 bool TermOutcomes::Begin(TermMessages& ioMessages) {
     if (mSettings.mReport.empty())
@@ -27,10 +27,10 @@ void TermOutcomes::ResultMade(const char* inResultPath) {
         mReport->ResultMade(inResultPath);
 }
 
-void TermOutcomes::FileDone(const MizerFileResult& inResult, const std::string& inWords) {
-    mResults.FileDone(inResult, inWords);
+void TermOutcomes::FileDone(const MizerFileResult& inResult) {
+    mResults.FileDone(inResult);
     if (mReport)
-        mReport->FileDone(inResult, inWords);
+        mReport->FileDone(inResult);
 }
 
 void TermOutcomes::FinishReport(bool inIsCancelled, TermMessages& ioMessages) {

@@ -5,12 +5,11 @@
 
 #include "term/options/options.h"
 #include "term/report/report.h"
-#include "term/results/listener.h"
 #include "term/results/results.h"
 #include "term/text/messages.h"
 
 /** Everything that a run leaves besides the pictures: its results, and the report if one is wanted. */
-class TermOutcomes : public TermListener {
+class TermOutcomes : public MizerListener {
 public:
     explicit TermOutcomes(const TermSettings& inSettings) : mSettings(inSettings), mResults(inSettings) {}
 
@@ -20,12 +19,13 @@ public:
 
     void BeforeReplace(const char* inPath) override;
     void ResultMade(const char* inResultPath) override;
-    void FileDone(const MizerFileResult& inResult, const std::string& inWords) override;
+    void FileDone(const MizerFileResult& inResult) override;
 
     /** Completes the report, then the results; ends the program when their reader has gone away. */
     void Finish(bool inIsCancelled, TermMessages& ioMessages);
 
-    TermResults& GetResults() { return mResults; }
+    /** Whether whoever reads the results has gone away. */
+    bool IsPipeClosed() const { return mResults.IsPipeClosed(); }
 
 private:
     void FinishReport(bool inIsCancelled, TermMessages& ioMessages);

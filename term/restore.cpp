@@ -1,4 +1,4 @@
-#include "term/restore.h"
+#include "term/commands.h"
 
 #include <chrono>
 #include <string>
@@ -6,10 +6,10 @@
 
 #include "term/system/interrupt.h"
 #include "term/system/print.h"
-#include "term/termshell.h"
-#include "win/batch/errorwords.h"
 #include "win/batch/filequeue.h"
 #include "win/batch/mizerlog.h"
+#include "win/batch/mizeroutcome.h"
+#include "win/batch/mizerpreferences.h"
 #include "win/batch/mizerrestore.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsystem.h"
@@ -21,10 +21,11 @@ public:
     Restorer(const TermSettings& inSettings, TermMessages& ioMessages)
         : mSettings(inSettings),
           mMessages(ioMessages),
-          mResults(inSettings),
-          mShell(inSettings, ioMessages, mResults) {
+          mLog({&WnGetDataFolder, [&](const std::string& text, const char*) { ioMessages.Warning(text); }}) {
+        WnPref prefs = MizerOpenPreferences();
         for (const auto& [name, value] : inSettings.mPreferences)
-            mPrefs.Override(name.c_str(), value);
+            prefs.Override(name.c_str(), value);
+        mIsLogged = MizerSettings::Read(prefs).mLog;
     }
 
     void RestoreName(const std::string& inName) {
@@ -123,17 +124,16 @@ private:
             break;
         }
         const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-        mLog.WriteLogEntry(MizerRestoredEntry(now, inPath.c_str()));
+        if (mIsLogged)
+            mLog.WriteLogEntry(MizerRestoredEntry(now, inPath.c_str()));
         if (mSettings.mDetail != TermDetail::km_Quiet)
             TermPrint("restored  " + TermPrintable(inPath) + "\n", mMessages);
     }
 
     const TermSettings& mSettings;
     TermMessages& mMessages;
-    TermResults mResults;
-    TermShell mShell;
-    WnPref mPrefs{"Parvigif", "1.x"};
-    MizerLog mLog{mPrefs, mShell};
+    MizerLog mLog;
+    bool mIsLogged = false;
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "term/storecommands.h"
+#include "term/commands.h"
 
 #include <array>
 #include <cerrno>
@@ -8,16 +8,12 @@
 #include <string>
 
 #include "term/system/print.h"
-#include "term/termshell.h"
 #include "win/batch/mizerlog.h"
 #include "win/batch/mizerpreferences.h"
 #include "wnatom/wnpref.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
-
-WnPref OpenPreferences() {
-    return WnPref("Parvigif", "1.x");
-}
 
 const char* OriginWords(WnPref::Origin inOrigin) {
     switch (inOrigin) {
@@ -31,21 +27,15 @@ const char* OriginWords(WnPref::Origin inOrigin) {
     return "built-in";
 }
 
-/** Everything that a log needs around it. */
-struct LogAccess {
-    LogAccess(const TermSettings& inSettings, TermMessages& ioMessages)
-        : mResults(inSettings), mShell(inSettings, ioMessages, mResults) {}
-
-    TermResults mResults;
-    TermShell mShell;
-    WnPref mPrefs = OpenPreferences();
-    MizerLog mLog{mPrefs, mShell};
-};
+MizerLog MakeLog(TermMessages& ioMessages) {
+    return MizerLog(
+        {&WnGetDataFolder, [&](const std::string& text, const char*) { ioMessages.Warning(text); }});
+}
 
 } // namespace
 
 void TermStorePreferences(const TermSettings& inSettings, TermMessages& ioMessages) {
-    WnPref prefs = OpenPreferences();
+    WnPref prefs = MizerOpenPreferences();
     for (const auto& [name, value] : inSettings.mStored) {
         std::uint32_t present = value;
         if (!prefs.WriteDWord(name.c_str(), value))
@@ -57,7 +47,7 @@ void TermStorePreferences(const TermSettings& inSettings, TermMessages& ioMessag
 }
 
 void TermListPreferences(TermMessages& ioMessages) {
-    const WnPref prefs = OpenPreferences();
+    const WnPref prefs = MizerOpenPreferences();
     std::string text;
     for (const MizerPreference& preference : MizerGetPreferences()) {
         std::uint32_t value = preference.mDefault;
@@ -72,18 +62,16 @@ void TermListPreferences(TermMessages& ioMessages) {
 }
 
 void TermPrintTotals(TermMessages& ioMessages) {
-    const WnPref prefs = OpenPreferences();
-    std::uint32_t files = 0;
-    std::uint32_t bytes = 0;
-    prefs.ReadDWordDefault("FILESPROCESSED", files, 0);
-    prefs.ReadDWordDefault("BYTESSAVED", bytes, 0);
-    TermPrint(std::to_string(files) + " Files processed to date.\n" + std::to_string(bytes) +
-                  " bytes saved\n",
+    const WnPref prefs = MizerOpenPreferences();
+    const auto read = [&](const char* name) {
+        return std::to_string(MizerFindPreference(name)->Read(prefs));
+    };
+    TermPrint(read("FILESPROCESSED") + " Files processed to date.\n" + read("BYTESSAVED") + " bytes saved\n",
               ioMessages);
 }
 
-void TermShowLog(const TermSettings& inSettings, TermMessages& ioMessages) {
-    const std::string path = LogAccess(inSettings, ioMessages).mLog.GetPath();
+void TermShowLog(TermMessages& ioMessages) {
+    const std::string path = MakeLog(ioMessages).GetPath();
     std::ifstream log(path, std::ios::binary);
     if (!log && errno == ENOENT)
         return ioMessages.Note("there is no results log yet");
@@ -93,7 +81,7 @@ void TermShowLog(const TermSettings& inSettings, TermMessages& ioMessages) {
         ioMessages.FileError(path, std::strerror(errno));
 }
 
-void TermClearLog(const TermSettings& inSettings, TermMessages& ioMessages) {
-    if (!LogAccess(inSettings, ioMessages).mLog.ClearLog())
+void TermClearLog(TermMessages& ioMessages) {
+    if (!MakeLog(ioMessages).ClearLog())
         ioMessages.Error("the results log is as it was");
 }

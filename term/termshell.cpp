@@ -1,14 +1,9 @@
 #include "term/termshell.h"
 
 #include "term/system/interrupt.h"
-#include "wnatom/wnsystem.h"
 
-TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
-                     TermListener* inListener)
-    : mMessages(ioMessages),
-      mResults(ioResults),
-      mListener(inListener ? *inListener : ioResults),
-      mPassedOver(inSettings, ioMessages) {}
+TermShell::TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermOutcomes& ioOutcomes)
+    : mMessages(ioMessages), mOutcomes(ioOutcomes), mPassedOver(inSettings, ioMessages) {}
 
 void TermShell::SetPanel(TermPanel* inPanel, std::function<void()> inOnPause) {
     mPanel = inPanel;
@@ -17,7 +12,7 @@ void TermShell::SetPanel(TermPanel* inPanel, std::function<void()> inOnPause) {
 
 bool TermShell::PumpEvents() {
     RefreshPanel();
-    return TermIsInterrupted() || mResults.IsPipeClosed();
+    return TermIsInterrupted() || mOutcomes.IsPipeClosed();
 }
 
 bool TermShell::ShowProgress(double inFraction) {
@@ -37,7 +32,8 @@ void TermShell::RefreshPanel() {
 }
 
 void TermShell::SetPanelText(MizerControl inControl, const char* inText) {
-    mPanel->SetText(inControl, inText);
+    if (mPanel)
+        mPanel->SetText(inControl, inText);
 }
 
 void TermShell::ShowMessage(const char* inText, const char* inCaption, Icon inIcon) {
@@ -51,10 +47,6 @@ void TermShell::ShowMessage(const char* inText, const char* inCaption, Icon inIc
         mMessages.Note(inText);
     if (mPanel)
         mPanel->PutBack();
-}
-
-std::string TermShell::GetDataFolder() {
-    return WnGetDataFolder();
 }
 
 std::string TermShell::GetShownName(const std::string& inPath) const {
@@ -82,12 +74,12 @@ void TermShell::FileDone(const MizerFileResult& inResult) {
 
 void TermShell::Tell(const MizerFileResult& inResult) {
     const std::string words = TermOutcomeWords(inResult);
-    mListener.FileDone(inResult, words);
+    mOutcomes.FileDone(inResult);
     if (words.empty())
         return;
     if (inResult.mStatus == MizerStatus::km_Failed)
         mMessages.FileError(inResult.mPath, words);
-    else if (inResult.mStatus == MizerStatus::km_Skipped && inResult.mSkip != MizerSkip::km_InUse)
+    else if (inResult.mStatus == MizerStatus::km_Skipped && inResult.mReason != MizerReason::km_InUse)
         mPassedOver.Tell(inResult.mPath, words);
     else
         mMessages.FileNote(inResult.mPath, words);

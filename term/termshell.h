@@ -5,8 +5,8 @@
 #include <string>
 
 #include "term/inputs/names.h"
+#include "term/outcomes.h"
 #include "term/panel/panel.h"
-#include "term/results/results.h"
 #include "term/text/messages.h"
 #include "win/batch/mizershell.h"
 
@@ -14,10 +14,8 @@
  *  there is one. */
 class TermShell : public MizerShell {
 public:
-    /** All are borrowed for the shell's life.
-     *  @param inListener  hears of the files; null: only the results do */
-    TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermResults& ioResults,
-              TermListener* inListener = nullptr);
+    /** All are borrowed for the shell's life. */
+    TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermOutcomes& ioOutcomes);
 
     /** Calls one file by another name in all that is said about it. */
     void SetShownName(const std::string& inPath, const std::string& inName) { mShownNames[inPath] = inName; }
@@ -28,16 +26,12 @@ public:
 
     bool PumpEvents() override;
     bool ShowProgress(double inFraction) override;
-    bool HasPanel() const override { return mPanel != nullptr; }
     void SetPanelText(MizerControl inControl, const char* inText) override;
-    void EnableCommands(bool /*inEnable*/) override {}
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
-    std::string GetDataFolder() override;
     void FileStarted(const char* inPath) override;
-    void BeforeReplace(const char* inPath) override { mListener.BeforeReplace(inPath); }
-    void ResultMade(const char* inResultPath) override { mListener.ResultMade(inResultPath); }
+    void BeforeReplace(const char* inPath) override { mOutcomes.BeforeReplace(inPath); }
+    void ResultMade(const char* inResultPath) override { mOutcomes.ResultMade(inResultPath); }
     void FileDone(const MizerFileResult& inResult) override;
-    void PostQuit() override {}
 
 private:
     std::string GetShownName(const std::string& inPath) const;
@@ -45,8 +39,7 @@ private:
     void Tell(const MizerFileResult& inResult);
 
     TermMessages& mMessages;
-    TermResults& mResults;
-    TermListener& mListener;
+    TermOutcomes& mOutcomes;
     TermPassedOver mPassedOver;
     std::map<std::string, std::string> mShownNames;
     TermPanel* mPanel = nullptr;

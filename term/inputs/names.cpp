@@ -6,9 +6,9 @@
 #include <memory>
 #include <utility>
 
+#include "term/results/counts.h"
 #include "term/system/interrupt.h"
-#include "win/batch/errorwords.h"
-#include "win/batch/filequeue.h"
+#include "win/batch/mizeroutcome.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
@@ -41,7 +41,7 @@ std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages&
 
 class InputList {
 public:
-    InputList(bool inIsRecursive, TermMessages& ioMessages, TermListener* inListener)
+    InputList(bool inIsRecursive, TermMessages& ioMessages, MizerListener* inListener)
         : mIsRecursive(inIsRecursive), mMessages(ioMessages), mListener(inListener) {}
 
     void Add(const std::string& inName) {
@@ -55,11 +55,15 @@ public:
             else
                 AddOne(inName);
         } catch (const NvErrorCode& error) {
-            TellFailure(inName, error, MizerErrorWords(error));
+            TellFailure(inName, error);
         }
     }
 
-    TermInputs Take() { return std::move(mInputs); }
+    TermInputs Take() {
+        mInputs.mQueue = std::make_unique<FileQueue>();
+        mInputs.mQueue->TakeOver(mQueue);
+        return std::move(mInputs);
+    }
 
 private:
     static std::string WithSeparator(const std::string& inFolder) {
@@ -69,16 +73,14 @@ private:
     void AddOne(const std::string& inName) {
         const FileQueue::Named named = mQueue.AddName(inName.c_str());
         if (named == FileQueue::Named::km_AlreadyQueued)
-            mMessages.FileNote(inName, "skipped: the same file was named before");
+            mMessages.FileNote(inName, MizerReasonWords(MizerReason::km_NamedBefore));
         TellIfNoGIFs(inName, named != FileQueue::Named::km_NoGIFs);
-        TakeQueued();
     }
 
     /** A folder's own files, then those below it. A subfolder that cannot be read is told and left out.
      *  @return whether there was any GIF file */
     bool AddTree(const std::string& inFolder) {
         bool hasGIFs = mQueue.AddFolder(inFolder.c_str()) != 0;
-        TakeQueued();
         for (const std::string& name : WnListFolders(inFolder.c_str())) {
             if (TermIsInterrupted())
                 break;
@@ -86,7 +88,7 @@ private:
             try {
                 hasGIFs = AddTree(folder) || hasGIFs;
             } catch (const NvErrorCode& error) {
-                TellFailure(folder, error, MizerErrorWords(error));
+                TellFailure(folder, error);
                 hasGIFs = true; // who knows
             }
         }
@@ -96,36 +98,33 @@ private:
     void TellIfNoGIFs(const std::string& inName, bool inHasGIFs) {
         if (!inHasGIFs)
             TellFailure(inName, NvErrorCode(NvErrorCode::km_FileNotFound, __FILE__, __LINE__),
-                        "no GIF file there (code 10)");
+                        MizerReason::km_NoGIFs);
     }
 
-    void TellFailure(const std::string& inName, const NvErrorCode& inError, const std::string& inWords) {
-        mMessages.FileError(inName, inWords);
-        if (!mListener)
-            return;
+    void TellFailure(const std::string& inName, const NvErrorCode& inError,
+                     MizerReason inReason = MizerReason::km_Error) {
         MizerFileResult result;
         result.mPath = inName;
-        result.mStatus = MizerStatus::km_Failed;
-        result.mError = inError;
-        mListener->FileDone(result, inWords);
+        result.Fail(inError, inReason);
+        mMessages.FileError(inName, TermOutcomeWords(result));
+        if (mListener)
+            mListener->FileDone(result);
     }
 
-    void TakeQueued() {
-        while (!mQueue.IsEmpty()) {
-            const std::string path = mQueue.TakeFirst().get();
-            std::size_t start = mPlaceStart;
-            if (start == std::string::npos) {
-                for (start = path.size(); start > 0 && !WnIsSeparator(path[start - 1]);)
-                    --start;
-            }
-            mInputs.mFiles.push_back({path, path.substr(start)});
+    /** A file was queued. */
+    void AddPlace(const std::string& inPath) {
+        std::size_t start = mPlaceStart;
+        if (start == std::string::npos) {
+            for (start = inPath.size(); start > 0 && !WnIsSeparator(inPath[start - 1]);)
+                --start;
         }
+        mInputs.mFiles.push_back({inPath, inPath.substr(start)});
     }
 
     bool mIsRecursive;
     TermMessages& mMessages;
-    TermListener* mListener;
-    FileQueue mQueue; // knows the files that went through it
+    MizerListener* mListener;
+    FileQueue mQueue{[this](const std::string& path) { AddPlace(path); }};
     std::size_t mPlaceStart = 0;
     TermInputs mInputs;
 };
@@ -133,7 +132,7 @@ private:
 } // namespace
 
 TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessages,
-                          TermListener* inListener) {
+                          MizerListener* inListener) {
     InputList list(inSettings.mIsRecursive, ioMessages, inListener);
     for (const std::string& name : inSettings.mNames)
         list.Add(name);

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "term/options/options.h"
-#include "term/results/listener.h"
 #include "term/text/messages.h"
+#include "win/batch/filequeue.h"
 #include "win/batch/mizershell.h"
 
 /** A file that the command line asks for. */
@@ -17,6 +18,7 @@ struct TermInput {
 
 struct TermInputs {
     std::vector<TermInput> mFiles;
+    std::unique_ptr<FileQueue> mQueue; ///< the same files, ready for the batch
     std::vector<std::string> mFolders; ///< those that were named
 };
 
@@ -25,7 +27,7 @@ struct TermInputs {
  *
  *  @param inListener  hears of each name that leads nowhere; borrowed, or null */
 TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessages,
-                          TermListener* inListener = nullptr);
+                          MizerListener* inListener = nullptr);
 
 /** Tells of files that are not worked on. A folder may hold a thousand of them: unless everything is to be
  *  told, only what was named itself deserves a line. */

@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "nvcode2/base/nverrorcode.h"
-#include "win/batch/errorwords.h"
 #include "win/batch/filequeue.h"
+#include "win/batch/mizeroutcome.h"
 #include "wnatom/wnsystem.h"
 
 namespace {

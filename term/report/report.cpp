@@ -82,11 +82,11 @@ std::optional<TermReport::Bytes> TermReport::Read(const char* inPath) const {
     return std::nullopt;
 }
 
-void TermReport::FileDone(const MizerFileResult& inResult, const std::string& inWords) {
+void TermReport::FileDone(const MizerFileResult& inResult) {
     mCounts.Add(inResult);
     if (inResult.mStatus == MizerStatus::km_Skipped)
         return;
-    Write(TermReportRow(inResult, inWords));
+    Write(TermReportRow(inResult));
     if (inResult.mStatus == MizerStatus::km_Smaller)
         WritePictures();
     Write("</tbody>\n");
@@ -100,10 +100,11 @@ void TermReport::WritePictures() {
         return;
     }
     mHeld += mBefore->size() + mAfter->size();
-    Write("<tr role=\"row\" class=\"pictures\" hidden><td role=\"cell\" colspan=\"7\">\n");
+    const TermPicturesFrame frame = TermMakePicturesFrame();
+    Write(frame.mHead);
     WritePicture("before", *mBefore);
     WritePicture("after", *mAfter);
-    Write("</td></tr>\n");
+    Write(frame.mEnd);
 }
 
 /** A script of a type that no browser runs: data that is not shown and costs nothing until it is asked for.

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "term/results/counts.h"
-#include "term/results/listener.h"
+#include "win/batch/mizershell.h"
 #include "wnatom/wnsafefile.h"
 
 /** A page for the browser about a run: totals, a table of the files, and of each file made smaller the
@@ -16,7 +16,7 @@
  *
  *  The page is written as the files are done and gets its name at the end, so that a long run needs no more
  *  memory than its largest pictures, and a page that exists is whole. */
-class TermReport : public TermListener {
+class TermReport : public MizerListener {
 public:
     /** Begins the page, so that nobody waits for one that cannot be written.
      *
@@ -28,7 +28,7 @@ public:
 
     void BeforeReplace(const char* inPath) override;
     void ResultMade(const char* inResultPath) override;
-    void FileDone(const MizerFileResult& inResult, const std::string& inWords) override;
+    void FileDone(const MizerFileResult& inResult) override;
 
     /** Completes the page. Called once, when all files are done.
      *  @throws NvErrorCode  22 and others when it could not be written; there is no new page then */

@@ -53,27 +53,80 @@ std::string Now() {
     return text.data();
 }
 
-/** A cell of the table. Without a value it is empty, and sorted last. */
-std::string Cell(const char* inAttributes, const std::string& inValue, const std::string& inContent) {
-    return std::string("<td role=\"cell\" ") + inAttributes +
-           (inValue.empty() ? ">" : " data-value=\"" + inValue + "\">") + inContent + "</td>\n";
+bool IsSmaller(const MizerFileResult& inResult) {
+    return inResult.mStatus == MizerStatus::km_Smaller;
 }
 
-std::string SizeCell(const char* inLabel, std::uint64_t inBytes, bool inIsKnown) {
-    const std::string attributes = std::string("class=\"number\" data-label=\"") + inLabel + "\"";
-    return Cell(attributes.c_str(), inIsKnown ? std::to_string(inBytes) : "",
-                inIsKnown ? Grouped(inBytes) : "");
+bool IsDone(const MizerFileResult& inResult) {
+    return IsSmaller(inResult) || inResult.mStatus == MizerStatus::km_Unchanged;
+}
+
+/** What a cell is sorted by, and shows. Without a value it is sorted last. */
+struct Content {
+    std::string mValue;
+    std::string mHtml;
+};
+
+Content NumberOf(std::uint64_t inNumber, bool inIsKnown) {
+    return inIsKnown ? Content{std::to_string(inNumber), Grouped(inNumber)} : Content{};
 }
 
 /** How much was saved, and the old size as a bar above the new one. */
-std::string PartCell(const MizerFileResult& inResult) {
+Content PartOf(const MizerFileResult& inResult) {
+    if (!IsDone(inResult))
+        return {};
     const double saved =
         100.0 * static_cast<double>(inResult.GetSaved()) / static_cast<double>(inResult.mOriginalSize);
     const std::string bars =
         R"(<svg class="bar" viewBox="0 0 100 5" preserveAspectRatio="none" aria-hidden="true">)"
         R"(<rect class="old" width="100" height="2"/><rect class="new" y="3" width=")" +
         Format("%.2f", 100.0 - saved) + R"(" height="2"/></svg>)";
-    return Cell("class=\"part\"", Format("%.4f", saved), Format("%.1f", saved) + " %" + bars);
+    return {Format("%.4f", saved), Format("%.1f", saved) + " %" + bars};
+}
+
+Content SimilarityOf(const MizerFileResult& inResult) {
+    const std::string text = IsSmaller(inResult) ? Format("%.3f", inResult.mWorstLook.mSsim) : "";
+    return {text, text};
+}
+
+struct Column {
+    const char* mHeading;
+    const char* mClass;
+    bool mIsLabelled; ///< on a narrow screen, where there are no headings
+    Content (*mMake)(const MizerFileResult& inResult);
+};
+
+/** All but the first, which is the file. */
+constexpr auto km_Columns = std::to_array<Column>({
+    {"Before", "number", true,
+     [](const MizerFileResult& file) { return NumberOf(file.mOriginalSize, file.mOriginalSize != 0); }},
+    {"After", "number", true,
+     [](const MizerFileResult& file) { return NumberOf(file.mNewSize, IsDone(file)); }},
+    {"Saved", "number", true,
+     [](const MizerFileResult& file) { return NumberOf(file.GetSaved(), IsDone(file)); }},
+    {"Part saved", "part", false, PartOf},
+    {"Similarity", "number", true, SimilarityOf},
+    {"Outcome", "outcome", false,
+     [](const MizerFileResult& file) {
+         return Content{"", TermStatusName(file.mStatus)};
+     }},
+});
+
+std::string Cell(const Column& inColumn, const Content& inContent) {
+    std::string attributes = std::string("class=\"") + inColumn.mClass + "\"";
+    if (inColumn.mIsLabelled)
+        attributes += std::string(" data-label=\"") + inColumn.mHeading + "\"";
+    if (!inContent.mValue.empty())
+        attributes += " data-value=\"" + inContent.mValue + "\"";
+    return "<td role=\"cell\" " + attributes + ">" + inContent.mHtml + "</td>\n";
+}
+
+std::string Headings() {
+    constexpr const char* begin = "<th role=\"columnheader\" scope=\"col\"";
+    std::string text = std::string(begin) + ">File</th>\n";
+    for (const Column& column : km_Columns)
+        text += std::string(begin) + " class=\"" + column.mClass + "\">" + column.mHeading + "</th>\n";
+    return text;
 }
 
 std::string Count(std::uint64_t inCount, const char* inOne, const char* inMany) {
@@ -105,6 +158,7 @@ std::string TermHtmlText(std::string_view inText) {
 
 TermReportFrame TermMakeReportFrame() {
     std::string page = km_TermReportPage;
+    Replace(page, "{columns}", Headings());
     Replace(page, "{style-hash}", TermBase64(FromHexadecimal(km_TermReportStyleHash)));
     Replace(page, "{script-hash}", TermBase64(FromHexadecimal(km_TermReportScriptHash)));
     constexpr std::string_view totals = "{totals}";
@@ -137,20 +191,21 @@ std::string TermReportTotals(const TermCounts& inCounts, std::uint64_t inLeftOut
     return text + "<br>\n" + version + ", " + Now() + "</p>\n";
 }
 
-std::string TermReportRow(const MizerFileResult& inResult, const std::string& inWords) {
-    const bool isSmaller = inResult.mStatus == MizerStatus::km_Smaller;
-    const bool isMeasured = inResult.mOriginalSize != 0;
-    const bool isDone = isSmaller || inResult.mStatus == MizerStatus::km_Unchanged;
-    const std::string status = TermStatusName(inResult.mStatus);
-    std::string text = "<tbody role=\"rowgroup\" class=\"" + status +
+std::string TermReportRow(const MizerFileResult& inResult) {
+    const std::string words = TermOutcomeWords(inResult);
+    std::string text = std::string("<tbody role=\"rowgroup\" class=\"") + TermStatusName(inResult.mStatus) +
                        "\">\n<tr role=\"row\">\n<th role=\"rowheader\" scope=\"row\"><bdi>" +
                        TermHtmlText(inResult.mPath) + "</bdi>";
-    if (!inWords.empty())
-        text += "<small>" + TermHtmlText(inWords) + "</small>";
-    text += "</th>\n" + SizeCell("Before", inResult.mOriginalSize, isMeasured) +
-            SizeCell("After", inResult.mNewSize, isDone) + SizeCell("Saved", inResult.GetSaved(), isDone);
-    text += isDone ? PartCell(inResult) : Cell("class=\"part\"", "", "");
-    const std::string similarity = isSmaller ? Format("%.3f", inResult.mWorstLook.mSsim) : "";
-    text += Cell("class=\"number\" data-label=\"Similarity\"", similarity, similarity);
-    return text + Cell("class=\"outcome\"", "", status) + "</tr>\n";
+    if (!words.empty())
+        text += "<small>" + TermHtmlText(words) + "</small>";
+    text += "</th>\n";
+    for (const Column& column : km_Columns)
+        text += Cell(column, column.mMake(inResult));
+    return text + "</tr>\n";
+}
+
+TermPicturesFrame TermMakePicturesFrame() {
+    return {"<tr role=\"row\" class=\"pictures\" hidden><td role=\"cell\" colspan=\"" +
+                std::to_string(km_Columns.size() + 1) + "\">\n",
+            "</td></tr>\n"};
 }

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "term/results/counts.h"
-#include "win/batch/mizershell.h"
+#include "win/batch/mizeroutcome.h"
 
 /** The changing parts of a report's page, in HTML. */
 
@@ -26,4 +26,11 @@ TermReportFrame TermMakeReportFrame();
 std::string TermReportTotals(const TermCounts& inCounts, std::uint64_t inLeftOut, std::uint64_t inLimit);
 
 /** A file's rows in the table up to the pictures. */
-std::string TermReportRow(const MizerFileResult& inResult, const std::string& inWords);
+std::string TermReportRow(const MizerFileResult& inResult);
+
+/** What stands before and after the pictures of a file. */
+struct TermPicturesFrame {
+    std::string mHead;
+    std::string mEnd;
+};
+TermPicturesFrame TermMakePicturesFrame();

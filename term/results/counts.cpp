@@ -1,5 +1,7 @@
 #include "term/results/counts.h"
 
+#include "term/text/messages.h"
+
 void TermCounts::Add(const MizerFileResult& inResult) {
     switch (inResult.mStatus) {
     case MizerStatus::km_Smaller:
@@ -41,4 +43,8 @@ const char* TermStatusName(MizerStatus inStatus) {
         return "cancelled";
     }
     return "";
+}
+
+std::string TermOutcomeWords(const MizerFileResult& inResult) {
+    return TermPrintable(MizerOutcomeWords(inResult));
 }

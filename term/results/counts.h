@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
-#include "win/batch/mizershell.h"
+#include "win/batch/mizeroutcome.h"
 
 /** What became of all files of a run. Bytes are those of the files that were made smaller or found unchanged.
  */
@@ -24,3 +25,6 @@ struct TermCounts {
 
 /** One word: "smaller", "unchanged", "skipped", "failed", "cancelled". */
 const char* TermStatusName(MizerStatus inStatus);
+
+/** Why a file was not made smaller, see MizerOutcomeWords; safe to show. */
+std::string TermOutcomeWords(const MizerFileResult& inResult);

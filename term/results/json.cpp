@@ -70,7 +70,8 @@ std::string TermJsonString(std::string_view inText) {
     return text + "\"";
 }
 
-std::string TermJsonFile(const MizerFileResult& inResult, const std::string& inWords) {
+std::string TermJsonFile(const MizerFileResult& inResult) {
+    const std::string words = TermOutcomeWords(inResult);
     const bool isSmaller = inResult.mStatus == MizerStatus::km_Smaller;
     Object object("file");
     object.AddPath("path", inResult.mPath);
@@ -87,7 +88,7 @@ std::string TermJsonFile(const MizerFileResult& inResult, const std::string& inW
     object.AddPath("output", inResult.mOutputPath);
     object.AddPath("backup", inResult.mBackupPath);
     object.Add("error_code", inResult.mError ? std::to_string(inResult.mError->GetCode()) : "");
-    object.Add("message", inWords.empty() ? "" : TermJsonString(inWords));
+    object.Add("message", words.empty() ? "" : TermJsonString(words));
     return object.Close();
 }
 

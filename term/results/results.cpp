@@ -45,10 +45,10 @@ TermResults::TermResults(const TermSettings& inSettings)
       mDetail(inSettings.mDetail),
       mIsDryRun(inSettings.mIsDryRun) {}
 
-void TermResults::FileDone(const MizerFileResult& inResult, const std::string& inWords) {
+void TermResults::FileDone(const MizerFileResult& inResult) {
     mCounts.Add(inResult);
     if (mIsJson)
-        Print(TermJsonFile(inResult, inWords));
+        Print(TermJsonFile(inResult));
     else
         PrintRows(inResult);
 }

@@ -6,17 +6,16 @@
 
 #include "term/options/options.h"
 #include "term/results/counts.h"
-#include "term/results/listener.h"
 #include "win/batch/mizershell.h"
 
 /** The results: a line per file, then one for all of them. On standard output, where pictures do not go
  *  there. */
-class TermResults : public TermListener {
+class TermResults : public MizerListener {
 public:
     explicit TermResults(const TermSettings& inSettings);
 
     /** The table has lines for files that were measured and tried; JSON has them all. */
-    void FileDone(const MizerFileResult& inResult, const std::string& inWords) override;
+    void FileDone(const MizerFileResult& inResult) override;
 
     void PrintTotal(bool inIsCancelled);
 

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 class BackupTest : public BatchTest {
 protected:
     std::uint32_t Backup() {
-        return CodeOf([&] { mBrain->BackupFile(mFile.c_str()); });
+        return CodeOf([&] { MizerBackups().BackupFile(mFile.c_str(), MizerSettings::Read(mPrefs)); });
     }
 
     std::string mFile = WriteTestFile(mFolder / "pic.gif", "original");

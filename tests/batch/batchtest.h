@@ -22,7 +22,6 @@ public:
         return mCancelAtPump != 0 && --mCancelAtPump == 0;
     }
     bool ShowProgress(double /*inFraction*/) override { return mCancelInFile; }
-    bool HasPanel() const override { return mHasPanel; }
     void SetPanelText(MizerControl inControl, const char* inText) override {
         mPanel.push_back(std::to_string(static_cast<int>(inControl)) + ": " + inText);
     }
@@ -30,7 +29,6 @@ public:
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override {
         mMessages.push_back(std::string(inCaption) + (inIcon == Icon::km_Stop ? "! " : ": ") + inText);
     }
-    std::string GetDataFolder() override { return mDataFolder; }
     void FileDone(const MizerFileResult& inResult) override { mResults.push_back(inResult); }
     void PostQuit() override { mCommands += "q"; }
 
@@ -40,7 +38,6 @@ public:
     std::function<void()> mOnPump;
     int mCancelAtPump = 0; // 1: at the next one
     bool mCancelInFile = false;
-    bool mHasPanel = true;
     std::string mDataFolder;
     std::string mCommands;
     std::vector<std::string> mMessages;
@@ -60,7 +57,8 @@ public:
     std::vector<std::string> mOptimized; // file names in order
 
 protected:
-    std::uint32_t OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize, PvOutcome&) override {
+    std::uint32_t OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize, MizerFileJob& ioJob,
+                                  PvOutcome&) override {
         const std::string name = std::filesystem::path(inPath).filename().string();
         mOptimized.push_back(name);
         if (const auto action = mActions.find(name); action != mActions.end())
@@ -68,7 +66,7 @@ protected:
         const auto newSize = mNewSizes.find(name);
         if (newSize == mNewSizes.end())
             return inOriginalSize;
-        BackupFile(inPath);
+        ioJob.BackupFile(inPath);
         std::filesystem::resize_file(inPath, newSize->second);
         return newSize->second;
     }
@@ -84,7 +82,9 @@ protected:
 
     void MakeBrain() {
         mBrain.reset();
-        mBrain = std::make_unique<TestBrain>(mPrefs, mShell);
+        MizerOptions options;
+        options.mFindDataFolder = [this] { return mShell.mDataFolder; };
+        mBrain = std::make_unique<TestBrain>(mPrefs, mShell, PvOptSettings{}, options);
     }
 
     /** A file of a size in bytes, queued. */
@@ -98,7 +98,7 @@ protected:
 
     TestFolder mFolder;
     TestEnvironment mEnvironment{mFolder};
-    WnPref mPrefs{"Parvigif", "1.x"};
+    WnPref mPrefs = MizerOpenPreferences();
     RecordingShell mShell;
     std::unique_ptr<TestBrain> mBrain;
 };

@@ -4,7 +4,7 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "tests/batch/batchtest.h"
 #include "tests/support/codeof.h"
-#include "win/batch/mizersettings.h"
+#include "win/batch/mizerpreferences.h"
 #include "win/session/gifmovie.h"
 #include "win/session/sessionlist.h"
 #include "win/session/sessionoriginals.h"

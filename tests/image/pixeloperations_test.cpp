@@ -92,7 +92,7 @@ TEST(Resize, IndicesAverageTheirColours) {
 
 TEST(Resize, CanBeStopped) {
     class Refuse : public NvProgressIndicator {
-        bool Progress(std::uint32_t inDone, std::uint32_t /*inTotal*/) override { return inDone < 2; }
+        bool Progress(std::uint32_t inDone, std::uint32_t /*inTotal*/) override { return inDone >= 2; }
     } refuse;
     EXPECT_EQ(CodeOf([&] { NvRGBImage(10, 10).NewResizedImage(200, 30, &refuse); }), 3u);
     EXPECT_EQ(CodeOf([&] { NvImageConverter(&refuse).ToIndexed(NvRGBImage(2, 2), NvColorTable(1)); }), 3u);

@@ -32,7 +32,7 @@ constexpr std::uint32_t km_CardPitch = 408 + 8;
 class StopAt : public NvProgressIndicator {
 public:
     explicit StopAt(std::uint32_t inReport) : mReport(inReport) {}
-    bool Progress(std::uint32_t /*inDone*/, std::uint32_t /*inTotal*/) override { return mSeen++ != mReport; }
+    bool Progress(std::uint32_t /*inDone*/, std::uint32_t /*inTotal*/) override { return mSeen++ == mReport; }
     std::uint32_t mSeen = 0;
 
 private:

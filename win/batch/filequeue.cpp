@@ -70,10 +70,19 @@ bool FileQueue::AddFile(const char* inPath) {
         if (identity)
             mIdentities.insert(*identity);
         mFoldedPaths.emplace(std::move(folded), identity.has_value());
+        if (mOnAppend)
+            mOnAppend(inPath);
     } catch (const std::bad_alloc&) {
         NvThrow(NvErrorCode::km_OutOfMemory);
     }
     return true;
+}
+
+void FileQueue::TakeOver(FileQueue& ioOther) {
+    for (; !ioOther.IsEmpty(); ioOther.mPaths.Remove(ioOther.mPaths.GetFirst()))
+        mPaths.Append(ioOther.mPaths.GetFirst()->GetElement());
+    mIdentities.merge(ioOther.mIdentities);
+    mFoldedPaths.merge(ioOther.mFoldedPaths);
 }
 
 bool FileQueue::HoldsFile(const std::string& inFoldedPath,

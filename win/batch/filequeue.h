@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 #include "nvcode2/base/nvlist.h"
 #include "wnatom/wnsystem.h"
@@ -13,7 +15,9 @@
 /** The files of a batch, in the order they will be processed. Holds each file once. */
 class FileQueue {
 public:
-    FileQueue() = default;
+    /** @param inOnAppend  called with each path that is appended, or empty */
+    explicit FileQueue(std::function<void(const std::string&)> inOnAppend = {})
+        : mOnAppend(std::move(inOnAppend)) {}
     ~FileQueue();
     FileQueue(const FileQueue&) = delete;
     FileQueue& operator=(const FileQueue&) = delete;
@@ -39,6 +43,9 @@ public:
      *  @throws NvErrorCode  10 no such file; 12 neither file nor folder; 14 and others: no way to look */
     Named AddName(const char* inName);
 
+    /** Takes over all that another queue holds and knows. */
+    void TakeOver(FileQueue& ioOther);
+
     bool IsEmpty() const { return mPaths.GetFirst() == nullptr; }
 
     /** Removes the first path and hands it to the caller. The queue is not empty. */
@@ -50,6 +57,7 @@ public:
 private:
     bool HoldsFile(const std::string& inFoldedPath, const std::optional<WnFileIdentity>& inIdentity) const;
 
+    std::function<void(const std::string&)> mOnAppend;
     NvList mPaths; // NUL-terminated strings that the queue owns
     // Of every path of this batch, also those that have been taken.
     std::set<WnFileIdentity> mIdentities;

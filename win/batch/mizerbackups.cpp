@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "nvcode2/base/nverrorcode.h"
+#include "win/batch/mizerpreferences.h"
 #include "win/batch/mizerrestore.h"
-#include "win/batch/mizersettings.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
@@ -19,20 +19,19 @@ std::string GetFolderOf(const std::string& inPath) {
 
 } // namespace
 
-std::string MizerBackups::Write(const char* inPath) const {
-    const MizerSettings settings = MizerSettings::Read(mPrefs);
-    if (!settings.mBackup)
+std::string MizerBackups::BackupFile(const char* inPath, const MizerSettings& inSettings) const {
+    if (!inSettings.mBackup)
         return {};
     std::string backup = MizerBackupName(inPath);
     const WnFileKind present = WnGetFileKind(backup.c_str());
     if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
         NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);
-    if (present == WnFileKind::km_RegularFile && !settings.mOverwriteBackups)
+    if (present == WnFileKind::km_RegularFile && !inSettings.mOverwriteBackups)
         return backup; // the first backup holds the oldest original
 
     WnSafeFile file(backup.c_str(), inPath);
     file.CopyFrom(inPath);
-    if (settings.mOverwriteBackups)
+    if (inSettings.mOverwriteBackups)
         file.Commit();
     else
         file.CommitUnlessPresent();

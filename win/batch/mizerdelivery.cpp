@@ -6,8 +6,8 @@
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
-std::string MizerDryRun::Deliver(const char* inPath, const char* inResultPath) {
-    if (inResultPath != inPath)
+std::string MizerDryRun::Deliver(const char* inPath, const char* inSmallerPath) {
+    if (inSmallerPath)
         WnCheckReplaceable(inPath);
     return {};
 }
@@ -30,14 +30,14 @@ void MizerOutputFolder::Prepare(const char* inPath) {
         NvThrow(NvErrorCode::km_FileExists);
 }
 
-std::string MizerOutputFolder::Deliver(const char* inPath, const char* inResultPath) {
+std::string MizerOutputFolder::Deliver(const char* inPath, const char* inSmallerPath) {
     const std::string& target = mTargets.at(inPath);
     std::error_code error;
     std::filesystem::create_directories(WnMakePath(target).parent_path(), error);
     if (error)
         NvThrowWithSystemError(NvErrorCode::km_Failure, error.default_error_condition().value());
     WnSafeFile file(target.c_str(), inPath);
-    file.CopyFrom(inResultPath);
+    file.CopyFrom(inSmallerPath ? inSmallerPath : inPath);
     if (!file.CommitUnlessPresent())
         NvThrow(NvErrorCode::km_FileExists);
     return target;

@@ -16,10 +16,10 @@ public:
      *  @throws NvErrorCode  why its result could not be delivered */
     virtual void Prepare(const char* inPath) = 0;
 
-    /** @param inResultPath  the smaller file, or inPath itself when it could not be made smaller
-     *  @return              the path that the result has now, empty when it has none
-     *  @throws NvErrorCode  why it could not be delivered; nothing incomplete stands anywhere then */
-    virtual std::string Deliver(const char* inPath, const char* inResultPath) = 0;
+    /** @param inSmallerPath  the smaller file; null when it could not be made smaller
+     *  @return               the path that the result has now, empty when it has none
+     *  @throws NvErrorCode   why it could not be delivered; nothing incomplete stands anywhere then */
+    virtual std::string Deliver(const char* inPath, const char* inSmallerPath) = 0;
 };
 
 /** A trial: nothing goes anywhere, but what would keep a real run from replacing the file is raised. */
@@ -27,7 +27,7 @@ class MizerDryRun : public MizerDelivery {
 public:
     bool HasPlaces() const override { return false; }
     void Prepare(const char* /*inPath*/) override {}
-    std::string Deliver(const char* inPath, const char* inResultPath) override;
+    std::string Deliver(const char* inPath, const char* inSmallerPath) override;
 };
 
 /** A folder that is given every file, smaller where possible. Nothing that stands there is ever replaced. */
@@ -45,7 +45,7 @@ public:
 
     /** @throws NvErrorCode 31 when something stands at its place */
     void Prepare(const char* inPath) override;
-    std::string Deliver(const char* inPath, const char* inResultPath) override;
+    std::string Deliver(const char* inPath, const char* inSmallerPath) override;
 
 private:
     std::string mFolder; // ends in a separator

@@ -4,16 +4,13 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <memory>
 #include <optional>
 
 #include "nvcode2/base/nverrorcode.h"
-#include "win/batch/mizershell.h"
 #include "wnatom/wholefile.h"
 #include "wnatom/wnhash.h"
-#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -31,11 +28,10 @@ std::optional<std::pair<std::uint64_t, std::size_t>> ContentOf(const char* inPat
 
 } // namespace
 
-MizerLedger::MizerLedger(MizerShell& inShell, bool inIsLossless)
-    : mShell(inShell), mIsLossless(inIsLossless) {}
+MizerLedger::MizerLedger(MizerDataFolder inFolder) : mFolder(std::move(inFolder)) {}
 
 std::string MizerLedger::GetPath() const {
-    return mShell.GetDataFolder() + WnGetSeparator() + "PVGFDone.TXT";
+    return mFolder.MakePath("PVGFDone.TXT");
 }
 
 void MizerLedger::Load() {
@@ -51,36 +47,40 @@ void MizerLedger::Load() {
         const bool reads =
             std::sscanf(line.c_str(), "%16" SCNx64 " %zu %15s%n", &hash, &size, kind.data(), &end) == 3 &&
             static_cast<std::size_t>(end) == line.size();
-        if (reads && (kind.data() == std::string(km_Lossy) ||
-                      (mIsLossless && kind.data() == std::string(km_Lossless))))
-            mKnown.emplace(hash, size);
+        if (reads && kind.data() == std::string(km_Lossy))
+            mLossy.emplace(hash, size);
+        else if (reads && kind.data() == std::string(km_Lossless))
+            mLossless.emplace(hash, size);
     }
 }
 
-bool MizerLedger::Knows(const char* inPath) {
-    Load();
-    if (mKnown.empty())
-        return false;
-    const auto content = ContentOf(inPath);
-    return content && mKnown.contains(*content);
+bool MizerLedger::IsKnown(const Content& inContent, bool inIsLossless) const {
+    return mLossy.contains(inContent) || (inIsLossless && mLossless.contains(inContent));
 }
 
-void MizerLedger::Add(const char* inPath) {
+bool MizerLedger::Knows(const char* inPath, bool inIsLossless) {
+    Load();
+    if (mLossy.empty() && mLossless.empty())
+        return false;
+    const auto content = ContentOf(inPath);
+    return content && IsKnown(*content, inIsLossless);
+}
+
+void MizerLedger::Add(const char* inPath, bool inIsLossless) {
     Load();
     const auto content = ContentOf(inPath);
-    if (!content || !mKnown.insert(*content).second || mHasFailed)
+    if (!content || IsKnown(*content, inIsLossless) || mHasFailed)
         return;
+    (inIsLossless ? mLossless : mLossy).insert(*content);
     std::array<char, 80> line{};
     std::snprintf(line.data(), line.size(), "%s%016" PRIx64 " %zu %s\n", mEndsWithinALine ? "\n" : "",
-                  content->first, content->second, mIsLossless ? km_Lossless : km_Lossy);
+                  content->first, content->second, inIsLossless ? km_Lossless : km_Lossy);
     const std::string path = GetPath();
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "ab"), &std::fclose);
     if (file && std::fputs(line.data(), file.get()) >= 0 && std::fflush(file.get()) == 0) {
         mEndsWithinALine = false;
         return;
     }
-    const std::string text =
-        "Unable to write the list of files done: " + path + ", error " + std::strerror(errno);
-    mShell.ShowMessage(text.c_str(), "Log write error", MizerShell::Icon::km_Stop);
+    mFolder.ComplainOf(errno, "Unable to write the list of files done", path, "Log write error");
     mHasFailed = true;
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-class MizerShell;
+#include "win/batch/mizerdatafolder.h"
 
 /** The files that earlier runs are through with, by their contents, so that a library can be gone over again
  *  and again without a picture losing a little each time.
@@ -15,27 +15,27 @@ class MizerShell;
  *  over. What other runs add while this one lasts is not seen. */
 class MizerLedger {
 public:
-    /** @param inShell       borrowed
-     *  @param inIsLossless  whether this run changes no colours: what such a run is through with is not done
-     *                       for one that may */
-    MizerLedger(MizerShell& inShell, bool inIsLossless);
+    explicit MizerLedger(MizerDataFolder inFolder);
 
-    /** Whether a run is through with a file of these very bytes. A file that cannot be read is not known. */
-    bool Knows(const char* inPath);
+    /** Whether a run is through with a file of these very bytes. A file that cannot be read is not known.
+     *  @param inIsLossless  whether colours are to stay: what is done in that way is not done for a run that
+     *                       may change them, but the reverse holds */
+    bool Knows(const char* inPath, bool inIsLossless);
 
-    /** This run is through with the file. When the ledger cannot be written, the user is told once. */
-    void Add(const char* inPath);
+    /** This run is through with the file. The first time that the ledger cannot be written is reported. */
+    void Add(const char* inPath, bool inIsLossless);
 
 private:
     using Content = std::pair<std::uint64_t, std::size_t>; // hash and size
 
     void Load();
+    bool IsKnown(const Content& inContent, bool inIsLossless) const;
     std::string GetPath() const;
 
-    MizerShell& mShell;
-    bool mIsLossless;
+    MizerDataFolder mFolder;
     bool mIsLoaded = false;
     bool mHasFailed = false;
     bool mEndsWithinALine = false;
-    std::set<Content> mKnown;
+    std::set<Content> mLossy;
+    std::set<Content> mLossless;
 };

@@ -1,12 +1,9 @@
 #include "win/batch/mizerlog.h"
 
 #include <cerrno>
-#include <cstring>
+#include <utility>
 
-#include "win/batch/mizershell.h"
 #include "win/batch/mizertotals.h"
-#include "wnatom/wnpref.h"
-#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -14,21 +11,16 @@ constexpr std::size_t km_BufferSize = 64 * 1024; // no entry is longer, so each 
 
 } // namespace
 
-MizerLog::MizerLog(const WnPref& inPrefs, MizerShell& inShell) : mPrefs(inPrefs), mShell(inShell) {}
+MizerLog::MizerLog(MizerDataFolder inFolder) : mFolder(std::move(inFolder)) {}
 
 void MizerLog::WriteLogEntry(const std::string& inText) {
-    std::uint32_t log = 0;
-    mPrefs.ReadDWordDefault("LOG", log, 1);
-    if (log == 0)
-        return;
     OpenLog();
     if (!mStream)
         return;
     std::fwrite(inText.data(), 1, inText.size(), mStream.get());
     if (std::fflush(mStream.get()) != 0) {
-        const std::string text =
-            "Unable to write log file at: " + GetPath() + ", error " + std::strerror(errno);
-        mShell.ShowMessage(text.c_str(), "Log write error", MizerShell::Icon::km_Stop);
+        const int error = errno;
+        mFolder.ComplainOf(error, "Unable to write log file at", GetPath(), "Log write error");
         CloseLog();
     }
 }
@@ -36,27 +28,25 @@ void MizerLog::WriteLogEntry(const std::string& inText) {
 void MizerLog::OpenLog() {
     if (mStream)
         return;
-    mStream = OpenOrTell("a+");
+    mStream = OpenOrComplain("a+");
     if (mStream)
         std::setvbuf(mStream.get(), nullptr, _IOFBF, km_BufferSize);
 }
 
 bool MizerLog::ClearLog() {
     CloseLog();
-    return OpenOrTell("w") != nullptr;
+    return OpenOrComplain("w") != nullptr;
 }
 
 std::string MizerLog::GetPath() const {
-    return mShell.GetDataFolder() + WnGetSeparator() + "PVGFLog.TXT";
+    return mFolder.MakePath("PVGFLog.TXT");
 }
 
-MizerLog::Stream MizerLog::OpenOrTell(const char* inMode) {
+MizerLog::Stream MizerLog::OpenOrComplain(const char* inMode) const {
     const std::string path = GetPath();
     Stream stream(std::fopen(path.c_str(), inMode));
-    if (!stream) {
-        const std::string text = "Unable to open log file at: " + path + ", error " + std::strerror(errno);
-        mShell.ShowMessage(text.c_str(), "Log open error", MizerShell::Icon::km_Stop);
-    }
+    if (!stream)
+        mFolder.ComplainOf(errno, "Unable to open log file at", path, "Log open error");
     return stream;
 }
 
@@ -79,6 +69,8 @@ std::string MizerSmallerEntry(std::chrono::sys_seconds inTime, const char* inPat
            MizerPercentage(saved, inOriginalSize) + "\n";
 }
 
-std::string MizerUnchangedEntry(std::chrono::sys_seconds inTime, const char* inPath) {
-    return MizerEntryHead(inTime, inPath) + "    File Unchanged.\n";
+std::string MizerUnchangedEntry(std::chrono::sys_seconds inTime, const char* inPath,
+                                const std::string& inReason) {
+    return MizerEntryHead(inTime, inPath) + "    File Unchanged.\n" +
+           (inReason.empty() ? "" : "     " + inReason + "\n");
 }

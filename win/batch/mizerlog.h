@@ -6,8 +6,7 @@
 #include <memory>
 #include <string>
 
-class MizerShell;
-class WnPref;
+#include "win/batch/mizerdatafolder.h"
 
 /** The results log: a text file in the data folder with one entry per optimized file.
  *
@@ -15,22 +14,20 @@ class WnPref;
  *  side by side never mix theirs and a crash loses none. */
 class MizerLog {
 public:
-    /** Both are borrowed for the log's life. */
-    MizerLog(const WnPref& inPrefs, MizerShell& inShell);
+    explicit MizerLog(MizerDataFolder inFolder);
 
-    /** Appends a text unless the preference LOG is 0. When the log cannot be opened the user is told and the
-     *  entry is dropped; the next one tries again. */
+    /** Appends a text. When the log cannot be opened or written that is reported and the entry is dropped;
+     *  the next one tries again. */
     void WriteLogEntry(const std::string& inText);
 
     /** Does nothing when the log is open. */
     void OpenLog();
     void CloseLog() { mStream.reset(); }
 
-    /** Empties the log; the next entry opens it again. @return whether it is empty now; else the user was
-     *  told why */
+    /** Empties the log; the next entry opens it again. @return whether it is empty now; else why not was
+     *  reported */
     bool ClearLog();
 
-    /** Computed afresh each time, since the data folder may come and go. */
     std::string GetPath() const;
 
 private:
@@ -39,10 +36,9 @@ private:
     };
     using Stream = std::unique_ptr<std::FILE, Closer>;
 
-    Stream OpenOrTell(const char* inMode);
+    Stream OpenOrComplain(const char* inMode) const;
 
-    const WnPref& mPrefs;
-    MizerShell& mShell;
+    MizerDataFolder mFolder;
     Stream mStream; // null while the log is closed
 };
 
@@ -53,4 +49,7 @@ std::string MizerEntryHead(std::chrono::sys_seconds inTime, const char* inPath);
 /** The log's entries; times are UTC, sizes bytes. */
 std::string MizerSmallerEntry(std::chrono::sys_seconds inTime, const char* inPath,
                               std::uint32_t inOriginalSize, std::uint32_t inNewSize);
-std::string MizerUnchangedEntry(std::chrono::sys_seconds inTime, const char* inPath);
+
+/** @param inReason  in words, or empty when nothing smaller was found */
+std::string MizerUnchangedEntry(std::chrono::sys_seconds inTime, const char* inPath,
+                                const std::string& inReason);

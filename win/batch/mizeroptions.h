@@ -1,6 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <string>
+
+#include "wnatom/wnsystem.h"
 
 class MizerDelivery;
 
@@ -23,4 +27,5 @@ struct MizerOptions {
     bool mKeepsTimes = false;           ///< new files have the modification times of their originals
     bool mSkipsDone = false;            ///< files that an earlier run was through with are passed over
     bool mSharesFiles = true;           ///< other runs may know of the files, so each is claimed first
+    std::function<std::string()> mFindDataFolder = &WnGetDataFolder; ///< see MizerDataFolder
 };

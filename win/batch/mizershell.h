@@ -1,11 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <string>
 
-#include "nvcode2/base/nverrorcode.h"
-#include "win/optimizer/base/pvframelook.h"
+#include "win/batch/mizeroutcome.h"
 
 /** The seam between the batch and whatever shows it: a window, a terminal, a recorder in the tests.
  *  The batch driver never knows which. */
@@ -24,70 +21,10 @@ enum class MizerControl : std::uint16_t {
     km_ThisBatchPercent = 1022,
 };
 
-enum class MizerStatus {
-    km_Smaller,
-    km_Unchanged, ///< nothing smaller was found, or mGateReason tells why it was not kept
-    km_Skipped,   ///< mSkip tells why
-    km_Failed,    ///< mError tells why; the file is as it was
-    km_Cancelled, ///< the file is as it was
-};
-
-enum class MizerSkip {
-    km_None,
-    km_Backup,
-    km_NotNamedGIF,
-    km_Empty,
-    km_InUse, ///< another run works on it
-    km_Done,  ///< an earlier run was through with it
-};
-
-/** What became of one file of the batch. */
-struct MizerFileResult {
-    std::string mPath;
-    MizerStatus mStatus = MizerStatus::km_Unchanged;
-    MizerSkip mSkip = MizerSkip::km_None;
-    std::uint32_t mOriginalSize = 0; ///< bytes; 0 when it was not measured
-    std::uint32_t mNewSize = 0;      ///< bytes
-    std::optional<NvErrorCode> mError;
-    bool mBackupFailed = false;   ///< mError is about the backup, not the file itself
-    bool mDeliveryFailed = false; ///< mError is about the place that the result should have gone to
-    std::string mGateReason;      ///< why a smaller file was not kept, see PvOutcome; or empty
-
-    std::string mOutputPath; ///< where what became of it stands, its own path or elsewhere; or empty
-    std::string mBackupPath; ///< where the original is kept, of a file made smaller; or empty
-
-    std::uint32_t mFrameCount = 0;
-    PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
-
-    std::uint32_t GetSaved() const { return mOriginalSize - mNewSize; }
-};
-
-class MizerShell {
+/** Hears what becomes of each file of a batch. */
+class MizerListener {
 public:
-    enum class Icon { km_None, km_Stop };
-
-    virtual ~MizerShell() = default;
-
-    /** Lets the user's pending commands through (between files). @return whether cancel was asked. */
-    virtual bool PumpEvents() = 0;
-
-    /** Tells how far the file in hand is, from 0.0 to 1.0, and whether cancel was asked. A window may let
-     *  messages through, as long as nothing re-enters the work on a file: what would start a batch adds to
-     *  this one. */
-    virtual bool ShowProgress(double inFraction) = 0;
-
-    /** Whether there is a progress panel; SetPanelText is called only then. */
-    virtual bool HasPanel() const = 0;
-    virtual void SetPanelText(MizerControl inControl, const char* inText) = 0;
-
-    /** Enables or disables Pause and Cancel, in the panel and in the menu. */
-    virtual void EnableCommands(bool inEnable) = 0;
-
-    /** A message that stays until the user has seen it. */
-    virtual void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) = 0;
-
-    /** Folder of the results log, without a closing separator. */
-    virtual std::string GetDataFolder() = 0;
+    virtual ~MizerListener() = default;
 
     /** Called when the work on a file begins, with its whole path, before the panel's texts about it. */
     virtual void FileStarted(const char* /*inPath*/) {}
@@ -96,13 +33,35 @@ public:
      *  original bytes. */
     virtual void BeforeReplace(const char* /*inPath*/) {}
 
-    /** Called when a smaller file is complete, in its place or on its way to one; it may be gone after the
-     *  call. */
+    /** Called when a smaller file is complete, in its place or wherever else; it may be gone after the call.
+     */
     virtual void ResultMade(const char* /*inResultPath*/) {}
 
     /** Called once for each file that was taken from the queue, also before its error leaves the batch. */
     virtual void FileDone(const MizerFileResult& inResult) = 0;
+};
+
+/** What a program with a batch in it provides; a plain one only the functions without a body. */
+class MizerShell : public MizerListener {
+public:
+    enum class Icon { km_None, km_Stop };
+
+    /** Lets the user's pending commands through (between files). @return whether to stop */
+    virtual bool PumpEvents() = 0;
+
+    /** How far the file in hand is, from 0.0 to 1.0. A window may let messages through, as long as nothing
+     *  re-enters the work on a file: what would start a batch adds to this one. @return whether to stop */
+    virtual bool ShowProgress(double /*inFraction*/) { return false; }
+
+    /** A text of the progress panel; does nothing where there is none. */
+    virtual void SetPanelText(MizerControl /*inControl*/, const char* /*inText*/) {}
+
+    /** Enables or disables Pause and Cancel, in the panel and in the menu. */
+    virtual void EnableCommands(bool /*inEnable*/) {}
+
+    /** A message that stays until the user has seen it. */
+    virtual void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) = 0;
 
     /** Ends the program once the present command returns. */
-    virtual void PostQuit() = 0;
+    virtual void PostQuit() {}
 };

@@ -4,25 +4,30 @@
 #include <array>
 #include <cstdio>
 
+#include "win/batch/mizerpreferences.h"
 #include "win/batch/mizershell.h"
 #include "wnatom/wnpref.h"
 
 namespace {
+
+constexpr const char* km_BytesSaved = "BYTESSAVED";
+constexpr const char* km_FilesProcessed = "FILESPROCESSED";
 
 std::string SavedText(std::uint32_t inSaved) {
     return std::to_string(inSaved) + " bytes saved";
 }
 
 void Show(MizerShell& inShell, MizerControl inControl, const std::string& inText) {
-    if (inShell.HasPanel())
-        inShell.SetPanelText(inControl, inText.c_str());
+    inShell.SetPanelText(inControl, inText.c_str());
 }
 
 } // namespace
 
-MizerTotals::MizerTotals(WnPref& inPrefs, MizerShell& inShell) : mPrefs(inPrefs), mShell(inShell) {
-    mPrefs.ReadDWordDefault("BYTESSAVED", mToDateSaved, 0);
-    mPrefs.ReadDWordDefault("FILESPROCESSED", mFilesProcessed, 0);
+MizerTotals::MizerTotals(WnPref& inPrefs, MizerShell& inShell)
+    : mPrefs(inPrefs),
+      mShell(inShell),
+      mToDateSaved(MizerFindPreference(km_BytesSaved)->Read(inPrefs)),
+      mFilesProcessed(MizerFindPreference(km_FilesProcessed)->Read(inPrefs)) {
     ShowFilesProcessed();
     Show(mShell, MizerControl::km_ThisBatch, SavedText(mBatchSaved));
     Show(mShell, MizerControl::km_ToDate, SavedText(mToDateSaved));
@@ -32,8 +37,8 @@ MizerTotals::MizerTotals(WnPref& inPrefs, MizerShell& inShell) : mPrefs(inPrefs)
 MizerTotals::~MizerTotals() {
     if (mFilesThisRun == 0)
         return;
-    mPrefs.AddToDWord("BYTESSAVED", mBatchSaved);
-    mPrefs.AddToDWord("FILESPROCESSED", mFilesThisRun);
+    mPrefs.AddToDWord(km_BytesSaved, mBatchSaved);
+    mPrefs.AddToDWord(km_FilesProcessed, mFilesThisRun);
 }
 
 void MizerTotals::StartFile(const char* inPath) {

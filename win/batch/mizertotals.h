@@ -40,8 +40,8 @@ private:
     std::uint32_t mBatchOriginal = 0; // of the files that were made smaller
     std::uint32_t mThisFileSaved = 0;
     std::uint32_t mBatchSaved = 0;
-    std::uint32_t mToDateSaved = 0;
-    std::uint32_t mFilesProcessed = 0;
+    std::uint32_t mToDateSaved;
+    std::uint32_t mFilesProcessed;
     std::uint32_t mFilesThisRun = 0;
 };
 

@@ -8,18 +8,15 @@
 
 namespace {
 
-struct Heading {
-    const wchar_t* mText;
-    int mFormat;
-    int mWidth; // pixels at 96 per inch
-};
+int CountColumns() {
+    return static_cast<int>(SessionList::GetColumns().size());
+}
 
-constexpr int km_ColumnCount = static_cast<int>(SessionList::km_ColumnCount);
-
-constexpr Heading km_Headings[SessionList::km_ColumnCount] = {
-    {L"Name", LVCFMT_LEFT, 132},  {L"Original", LVCFMT_RIGHT, 68}, {L"New", LVCFMT_RIGHT, 68},
-    {L"Saved", LVCFMT_RIGHT, 68}, {L"%", LVCFMT_RIGHT, 52},        {L"Outcome", LVCFMT_LEFT, 130},
-};
+/** Pixels for a column on a screen of inDPI dots per inch. */
+int GetWidth(int inColumn, UINT inDPI) {
+    const SessionList::Definition& column = SessionList::GetColumns()[static_cast<std::size_t>(inColumn)];
+    return MulDiv(column.mWidth, static_cast<int>(inDPI), 96);
+}
 
 } // namespace
 
@@ -33,20 +30,22 @@ KAppList::KAppList(HWND inParent, const SessionList& inRows)
     if (!mWindow)
         ThrowRuntimeError(NvLastErrno());
     ListView_SetExtendedListViewStyle(mWindow, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP);
-    for (int i = 0; i < km_ColumnCount; ++i) {
+    WPARAM index = 0;
+    for (const SessionList::Definition& definition : SessionList::GetColumns()) {
+        std::wstring heading = NvWiden(definition.mHeading);
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_FMT;
-        column.fmt = km_Headings[i].mFormat;
-        column.pszText = const_cast<wchar_t*>(km_Headings[i].mText);
-        SendMessageW(mWindow, LVM_INSERTCOLUMNW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&column));
+        column.fmt = definition.mIsNumber ? LVCFMT_RIGHT : LVCFMT_LEFT;
+        column.pszText = heading.data();
+        SendMessageW(mWindow, LVM_INSERTCOLUMNW, index++, reinterpret_cast<LPARAM>(&column));
     }
 }
 
 void KAppList::SetScale(UINT inDPI, HFONT inFont) {
     mDPI = inDPI;
     SendMessageW(mWindow, WM_SETFONT, reinterpret_cast<WPARAM>(inFont), TRUE);
-    for (int i = 0; i < km_ColumnCount; ++i)
-        ListView_SetColumnWidth(mWindow, i, MulDiv(km_Headings[i].mWidth, static_cast<int>(inDPI), 96));
+    for (int i = 0; i < CountColumns(); ++i)
+        ListView_SetColumnWidth(mWindow, i, GetWidth(i, inDPI));
 }
 
 void KAppList::SetPlace(const RECT& inRect) {
@@ -55,11 +54,10 @@ void KAppList::SetPlace(const RECT& inRect) {
     RECT client{};
     GetClientRect(mWindow, &client);
     int rest = client.right - GetSystemMetricsForDpi(SM_CXVSCROLL, mDPI);
-    for (int i = 0; i < km_ColumnCount - 1; ++i)
+    const int last = CountColumns() - 1;
+    for (int i = 0; i < last; ++i)
         rest -= ListView_GetColumnWidth(mWindow, i);
-    ListView_SetColumnWidth(
-        mWindow, km_ColumnCount - 1,
-        std::max(rest, MulDiv(km_Headings[km_ColumnCount - 1].mWidth, static_cast<int>(mDPI), 96)));
+    ListView_SetColumnWidth(mWindow, last, std::max(rest, GetWidth(last, mDPI)));
 }
 
 void KAppList::Refresh() {
@@ -89,7 +87,7 @@ std::optional<std::size_t> KAppList::GetSelected() const {
 
 void KAppList::ShowSortArrow() {
     const HWND header = ListView_GetHeader(mWindow);
-    for (int i = 0; i < km_ColumnCount; ++i) {
+    for (int i = 0; i < CountColumns(); ++i) {
         HDITEMW item{};
         item.mask = HDI_FORMAT;
         SendMessageW(header, HDM_GETITEMW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&item));

@@ -4,6 +4,8 @@
 #include "win/desktop/resource.h"
 
 void KAppPanel::SetText(MizerControl inControl, const char* inText) {
+    if (!GetWindow())
+        return;
     const HWND control = GetControl(static_cast<int>(inControl));
     SetWindowTextW(control, NvWiden(inText).c_str());
     UpdateWindow(control); // while a file is worked on, nobody paints for a while

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 
+#include "win/batch/mizerpreferences.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnprefkey.h"
 
@@ -13,7 +14,7 @@ constexpr const char* km_Name = "WINDOW"; // "left top right bottom maximized dp
 
 /** The key of this user alone, who has this screen. */
 WnPrefKey MakeKey() {
-    return WnPrefKey(WnPref("Parvigif", "1.x").GetKeyPath());
+    return WnPrefKey(MizerOpenPreferences().GetKeyPath());
 }
 
 } // namespace

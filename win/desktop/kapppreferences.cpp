@@ -2,6 +2,24 @@
 
 #include "win/desktop/resource.h"
 
+namespace {
+
+struct CheckBox {
+    int mControl;
+    bool MizerSettings::*mSetting;
+};
+
+constexpr CheckBox km_CheckBoxes[] = {
+    {IDC_BACKUP, &MizerSettings::mBackup},
+    {IDC_OVERWRITE_BACKUPS, &MizerSettings::mOverwriteBackups},
+    {IDC_LOG, &MizerSettings::mLog},
+    {IDC_LOG_ALL, &MizerSettings::mLogAll},
+    {IDC_ALLOW_CROP, &MizerSettings::mAllowCrop},
+    {IDC_LOSSLESS, &MizerSettings::mIsLossless},
+};
+
+} // namespace
+
 bool KAppPreferences::Run(HWND inOwner) {
     return RunModal(inOwner, IDD_PREFERENCES) == IDOK;
 }
@@ -10,13 +28,9 @@ void KAppPreferences::OnInit() {
     const auto check = [this](int inControl, bool inOn) {
         CheckDlgButton(GetWindow(), inControl, inOn ? BST_CHECKED : BST_UNCHECKED);
     };
-    check(IDC_BACKUP, mSettings.mBackup);
-    check(IDC_OVERWRITE_BACKUPS, mSettings.mOverwriteBackups);
-    check(IDC_LOG, mSettings.mLog);
-    check(IDC_LOG_ALL, mSettings.mLogAll);
-    check(IDC_LOG_RESULTS, !mSettings.mLogAll);
-    check(IDC_ALLOW_CROP, mSettings.mAllowCrop);
-    check(IDC_LOSSLESS, mSettings.mIsLossless);
+    for (const CheckBox& box : km_CheckBoxes)
+        check(box.mControl, mSettings.*box.mSetting);
+    check(IDC_LOG_RESULTS, !mSettings.mLogAll); // the other of the two buttons
     EnableControls();
 }
 
@@ -27,15 +41,8 @@ void KAppPreferences::OnClick(int inControl) {
 }
 
 void KAppPreferences::ReadControls() {
-    const auto isChecked = [this](int inControl) {
-        return IsDlgButtonChecked(GetWindow(), inControl) == BST_CHECKED;
-    };
-    mSettings.mBackup = isChecked(IDC_BACKUP);
-    mSettings.mOverwriteBackups = isChecked(IDC_OVERWRITE_BACKUPS);
-    mSettings.mLog = isChecked(IDC_LOG);
-    mSettings.mLogAll = isChecked(IDC_LOG_ALL);
-    mSettings.mAllowCrop = isChecked(IDC_ALLOW_CROP);
-    mSettings.mIsLossless = isChecked(IDC_LOSSLESS);
+    for (const CheckBox& box : km_CheckBoxes)
+        mSettings.*box.mSetting = IsDlgButtonChecked(GetWindow(), box.mControl) == BST_CHECKED;
 }
 
 void KAppPreferences::EnableControls() {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "win/batch/mizersettings.h"
+#include "win/batch/mizerpreferences.h"
 #include "win/desktop/kappdialog.h"
 
 /** The Preferences dialog. */

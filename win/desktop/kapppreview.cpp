@@ -7,7 +7,7 @@
 
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/base/nvwindows_win.h"
-#include "win/batch/errorwords.h"
+#include "win/batch/mizeroutcome.h"
 #include "win/desktop/resource.h"
 #include "win/optimizer/base/pvmemory.h"
 #include "wnatom/wnsbrbatom.h"

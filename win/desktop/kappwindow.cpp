@@ -5,7 +5,7 @@
 #include <shellapi.h>
 
 #include "nvcode2/base/nvwindows_win.h"
-#include "win/batch/errorwords.h"
+#include "win/batch/mizeroutcome.h"
 #include "win/desktop/kappopen.h"
 #include "win/desktop/kappplacement.h"
 #include "win/desktop/kapppreferences.h"
@@ -128,17 +128,7 @@ void KAppWindow::RunBatch() {
         return; // what was added is part of the batch that runs
     mStatus->SetText("Optimizing...");
     mStatus->ShowProgress(true);
-    bool isCancelled = false;
-    for (bool isDone = false; !isDone;) {
-        try {
-            mBrain->ProcessQueue();
-            isDone = true;
-        } catch (const NvErrorCode& error) {
-            isDone = isCancelled = error.GetCode() == NvErrorCode::km_Cancelled;
-        } catch (const std::bad_alloc&) {
-            KillerShowOutOfMemory(mWindow);
-        }
-    }
+    const bool isCancelled = !mBrain->ProcessWholeQueue();
     mNamed.clear();
     mReplaced.clear();
     if (isCancelled) // nothing goes on with the file that was in hand
@@ -209,10 +199,6 @@ void KAppWindow::ShowMessage(const char* inText, const char* inCaption, Icon inI
                 inIcon == Icon::km_Stop ? MB_ICONHAND : MB_OK);
 }
 
-std::string KAppWindow::GetDataFolder() {
-    return WnGetDataFolder();
-}
-
 void KAppWindow::PostQuit() {
     DestroyWindow(mWindow);
 }
@@ -223,7 +209,7 @@ void KAppWindow::Cancel() {
 }
 
 void KAppWindow::OpenLog() {
-    const std::string path = MizerLog(mPrefs, *this).GetPath();
+    const std::string path = mBrain->GetLogPath();
     if (WnGetFileKind(path.c_str()) == WnFileKind::km_Missing)
         return ShowMessage("There is no results log yet.", "Parvigif", Icon::km_None);
     const auto result = reinterpret_cast<std::intptr_t>(

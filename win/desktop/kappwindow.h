@@ -64,13 +64,11 @@ private:
     // MizerShell
     bool PumpEvents() override { return PumpAll(); }
     bool ShowProgress(double inFraction) override;
-    bool HasPanel() const override { return mPanel.GetWindow() != nullptr; }
     void SetPanelText(MizerControl inControl, const char* inText) override {
         mPanel.SetText(inControl, inText);
     }
     void EnableCommands(bool inEnable) override;
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
-    std::string GetDataFolder() override;
     void BeforeReplace(const char* inPath) override;
     void FileDone(const MizerFileResult& inResult) override;
     void PostQuit() override;
@@ -87,7 +85,7 @@ private:
     std::unique_ptr<KAppPreview> mPreview;
     std::unique_ptr<KAppStatus> mStatus;
 
-    WnPref mPrefs{"Parvigif", "1.x"};
+    WnPref mPrefs = MizerOpenPreferences();
     std::unique_ptr<MizerBrain> mBrain;
     std::set<std::string> mNamed; // files of this batch that were named one by one
     std::string mReplaced;        // the file in hand from its replacement on; not to be opened

@@ -13,12 +13,6 @@
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
-namespace {
-
-constexpr const char* km_Changed = "another program changed the file meanwhile";
-
-} // namespace
-
 PvOptimizer::PvOptimizer(PvOptHost& inHost, const PvOptSettings& inSettings)
     : mHost(inHost), mSettings(inSettings) {
     if (mSettings.mMemoryLimit == 0)
@@ -223,15 +217,15 @@ void PvOptimizer::KeepReason(const PvCandidate& inCandidate) {
 // Somebody may have saved the picture anew while it was worked on: theirs is not to be replaced by what was
 // made from the old one. The look before the backup only spares the work; the one that counts comes last.
 bool PvOptimizer::Replace(const char* inPath, PvCandidate& ioCandidate, bool inIsBackedUp) {
-    if (!mState || WnGetFileState(inPath) != mState) {
-        mOutcome.mGateReason = km_Changed;
+    mOutcome.mIsChangedMeanwhile = !mState || WnGetFileState(inPath) != mState;
+    if (mOutcome.mIsChangedMeanwhile)
         return false;
-    }
     if (!inIsBackedUp) {
         mOutcome.mWorstLook = ioCandidate.mComparison.mWorstLook;
         mHost.BackupFile(inPath);
     }
     mState = ioCandidate.mFile->CommitOver(*mState);
-    mOutcome.mGateReason = mState ? "" : km_Changed; // not that of a result refused before this one
+    mOutcome.mIsChangedMeanwhile = !mState;
+    mOutcome.mGateReason.clear(); // it was that of a result refused before this one
     return mState.has_value();
 }

@@ -1,11 +1,11 @@
 #include "win/session/sessionlist.h"
 
 #include <algorithm>
-#include <compare>
+#include <array>
 #include <utility>
 
+#include "win/batch/mizeroutcome.h"
 #include "win/batch/mizertotals.h"
-#include "win/batch/outcomewords.h"
 
 namespace {
 
@@ -34,32 +34,41 @@ std::string Plural(std::size_t inCount, const char* inNoun) {
     return SessionNumber(inCount) + " " + inNoun + (inCount == 1 ? "" : "s");
 }
 
-/** Less than, equal or greater. Sizes that were not measured count as 0. */
-std::strong_ordering Compare(const SessionList::Row& inFirst, const SessionList::Row& inSecond,
-                             SessionList::Column inColumn) {
-    using Column = SessionList::Column;
-    const auto share = [](const SessionList::Row& row, const SessionList::Row& other) {
-        return row.GetSaved() * std::max<std::uint64_t>(other.mOriginalSize, 1);
-    };
-    switch (inColumn) {
-    case Column::km_Name:
-        return NameOf(inFirst.mPath) <=> NameOf(inSecond.mPath);
-    case Column::km_Original:
-        return inFirst.mOriginalSize <=> inSecond.mOriginalSize;
-    case Column::km_New:
-        return inFirst.mNewSize <=> inSecond.mNewSize;
-    case Column::km_Saved:
-        return inFirst.GetSaved() <=> inSecond.GetSaved();
-    case Column::km_Percentage:
-        return share(inFirst, inSecond) <=> share(inSecond, inFirst);
-    case Column::km_Outcome:
-        break;
-    }
-    return inFirst.mOutcome <=> inSecond.mOutcome;
+using Row = SessionList::Row;
+
+std::string NumberIfMeasured(const Row& inRow, std::uint64_t inNumber) {
+    return inRow.mOriginalSize != 0 ? SessionNumber(inNumber) : "";
 }
 
-bool StartsAscending(SessionList::Column inColumn) {
-    return inColumn == SessionList::Column::km_Name || inColumn == SessionList::Column::km_Outcome;
+/** Whether a smaller part of the one was saved. Sizes that were not measured count as 0. */
+bool HasSmallerShare(const Row& inFirst, const Row& inSecond) {
+    const auto share = [](const Row& row, const Row& other) {
+        return row.GetSaved() * std::max<std::uint64_t>(other.mOriginalSize, 1);
+    };
+    return share(inFirst, inSecond) < share(inSecond, inFirst);
+}
+
+constexpr auto km_Columns = std::to_array<SessionList::Definition>({
+    {"Name", false, 132, [](const Row& row) { return NameOf(row.mPath); },
+     [](const Row& first, const Row& second) { return NameOf(first.mPath) < NameOf(second.mPath); }},
+    {"Original", true, 68, [](const Row& row) { return NumberIfMeasured(row, row.mOriginalSize); },
+     [](const Row& first, const Row& second) { return first.mOriginalSize < second.mOriginalSize; }},
+    {"New", true, 68, [](const Row& row) { return NumberIfMeasured(row, row.mNewSize); },
+     [](const Row& first, const Row& second) { return first.mNewSize < second.mNewSize; }},
+    {"Saved", true, 68, [](const Row& row) { return NumberIfMeasured(row, row.GetSaved()); },
+     [](const Row& first, const Row& second) { return first.GetSaved() < second.GetSaved(); }},
+    {"%", true, 52,
+     [](const Row& row) {
+         return row.mOriginalSize != 0 ? MizerPercentage(row.GetSaved(), row.mOriginalSize) : "";
+     },
+     HasSmallerShare},
+    {"Outcome", false, 130, [](const Row& row) { return row.mOutcome; },
+     [](const Row& first, const Row& second) { return first.mOutcome < second.mOutcome; }},
+});
+static_assert(km_Columns.size() == static_cast<std::size_t>(SessionList::Column::km_Outcome) + 1);
+
+const SessionList::Definition& Find(SessionList::Column inColumn) {
+    return km_Columns[static_cast<std::size_t>(inColumn)];
 }
 
 } // namespace
@@ -96,32 +105,20 @@ std::size_t SessionList::Insert(Row inRow) {
 bool SessionList::ComesBefore(const Row& inFirst, const Row& inSecond) const {
     if (!mIsSorted)
         return false;
-    const auto order = Compare(inFirst, inSecond, mColumn);
-    return order == (mIsAscending ? std::strong_ordering::less : std::strong_ordering::greater);
+    const auto isLess = Find(mColumn).mIsLess;
+    return mIsAscending ? isLess(inFirst, inSecond) : isLess(inSecond, inFirst);
+}
+
+std::span<const SessionList::Definition> SessionList::GetColumns() {
+    return km_Columns;
 }
 
 std::string SessionList::GetText(std::size_t inIndex, Column inColumn) const {
-    const Row& row = mRows[inIndex];
-    const bool isMeasured = row.mOriginalSize != 0;
-    switch (inColumn) {
-    case Column::km_Name:
-        return NameOf(row.mPath);
-    case Column::km_Original:
-        return isMeasured ? SessionNumber(row.mOriginalSize) : "";
-    case Column::km_New:
-        return isMeasured ? SessionNumber(row.mNewSize) : "";
-    case Column::km_Saved:
-        return isMeasured ? SessionNumber(row.GetSaved()) : "";
-    case Column::km_Percentage:
-        return isMeasured ? MizerPercentage(row.GetSaved(), row.mOriginalSize) : "";
-    case Column::km_Outcome:
-        break;
-    }
-    return row.mOutcome;
+    return Find(inColumn).mGetText(mRows[inIndex]);
 }
 
 void SessionList::SortBy(Column inColumn) {
-    mIsAscending = mIsSorted && mColumn == inColumn ? !mIsAscending : StartsAscending(inColumn);
+    mIsAscending = mIsSorted && mColumn == inColumn ? !mIsAscending : !Find(inColumn).mIsNumber;
     mIsSorted = true;
     mColumn = inColumn;
     std::stable_sort(mRows.begin(), mRows.end(), [this](const Row& inFirst, const Row& inSecond) {

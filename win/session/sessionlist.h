@@ -2,17 +2,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "win/batch/mizershell.h"
+#include "win/batch/mizeroutcome.h"
 
 /** The files of this session as a table that can be sorted; a window only shows it. Texts are UTF-8. */
 class SessionList {
 public:
-    enum class Column { km_Name, km_Original, km_New, km_Saved, km_Percentage, km_Outcome };
-    static constexpr std::size_t km_ColumnCount = 6;
-
     struct Row {
         std::string mPath;
         MizerStatus mStatus = MizerStatus::km_Unchanged;
@@ -23,6 +21,19 @@ public:
 
         std::uint32_t GetSaved() const { return mOriginalSize - mNewSize; }
     };
+
+    /** In the order of the table, see GetColumns. */
+    enum class Column { km_Name, km_Original, km_New, km_Saved, km_Percentage, km_Outcome };
+
+    /** What a column is headed by and shows. */
+    struct Definition {
+        const char* mHeading;
+        bool mIsNumber; ///< at the right, and sorted with the largest first
+        int mWidth;     ///< pixels at 96 per inch, at least
+        std::string (*mGetText)(const Row& inRow);
+        bool (*mIsLess)(const Row& inFirst, const Row& inSecond);
+    };
+    static std::span<const Definition> GetColumns();
 
     /** Adds a row at its place in the present order. A file that is listed already moves its row to what
      *  became of it now, and keeps the sizes it had when the session first met it.

@@ -10,8 +10,9 @@
 /** What became of one file, beyond its size. */
 struct PvOutcome {
     std::optional<NvErrorCode> mLoadError; ///< why the file could not be read as a GIF; it was left alone
-    std::string mGateReason; ///< why a smaller result was not kept: what a viewer would have noticed, or that
-                             ///< another program changed the file meanwhile; empty: nothing was rejected
+    std::string mGateReason; ///< what a viewer would have noticed about a smaller result that was not kept
+                             ///< for it; empty: nothing was rejected
+    bool mIsChangedMeanwhile = false; ///< another program changed the file, so it was left alone
     std::uint32_t mFrameCount = 0;
     PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
 };

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+/** The folder of the program's own files, and who shows the person that one of them cannot be written. */
+struct MizerDataFolder {
+    /** Its path, without a closing separator. Called each time one is needed, since the folder may come and
+     *  go. */
+    std::function<std::string()> mFind;
+
+    /** Shows a message that stays until the person has seen it. */
+    std::function<void(const std::string& inText, const char* inCaption)> mComplain;
+
+    std::string MakePath(const char* inName) const;
+
+    /** Complains: "<inWhat>: <inPath>, error <words for inError>". @param inError  a value of errno */
+    void ComplainOf(int inError, const char* inWhat, const std::string& inPath, const char* inCaption) const;
+};

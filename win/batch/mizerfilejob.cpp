@@ -1,0 +1,194 @@
+#include "win/batch/mizerfilejob.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "nvcode2/file/nvfile.h"
+#include "win/batch/mizerbackups.h"
+#include "win/batch/mizerdelivery.h"
+#include "win/batch/mizertotals.h"
+#include "win/optimizer/base/pvoutcome.h"
+#include "wnatom/wholefile.h"
+#include "wnatom/wnsafefile.h"
+#include "wnatom/wnscratch.h"
+#include "wnatom/wnsystem.h"
+
+namespace {
+
+/** The modification time of one file, for another that takes its place. */
+class KeptTime {
+public:
+    explicit KeptTime(const std::string& inPath)
+        : mTime(std::filesystem::last_write_time(WnMakePath(inPath), mError)) {}
+
+    /** A file without a time has none to keep. */
+    void GiveTo(const std::string& inPath) {
+        if (!mError)
+            std::filesystem::last_write_time(WnMakePath(inPath), mTime, mError);
+    }
+
+private:
+    std::error_code mError;
+    std::filesystem::file_time_type mTime;
+};
+
+} // namespace
+
+MizerFileJob::MizerFileJob(MizerFileResult& ioResult, const MizerSettings& inSettings,
+                           const MizerOptions& inOptions, MizerBackups& ioBackups, MizerJobHost& ioHost,
+                           MizerListener& ioListener)
+    : mResult(ioResult),
+      mSettings(inSettings),
+      mOptions(inOptions),
+      mBackups(ioBackups),
+      mHost(ioHost),
+      mListener(ioListener) {}
+
+bool MizerFileJob::Claim() {
+    if (!mOptions.mSharesFiles || mOptions.mDelivery) // with the latter the file is only read
+        return true;
+    mClaim.emplace(mOptions.mFindDataFolder(), GetPath());
+    if (!mClaim->IsMine())
+        mResult.SetReason(MizerReason::km_InUse);
+    return mClaim->IsMine();
+}
+
+bool MizerFileJob::Measure() {
+    try {
+        NvFile file(GetPath());
+        file.Open(NvFile::km_ReadPerm);
+        mResult.mOriginalSize = mResult.mNewSize = file.GetLength();
+        if (mResult.mOriginalSize == 0)
+            mResult.SetReason(MizerReason::km_Empty);
+        mState = WnGetFileState(GetPath());
+    } catch (const NvErrorCode& error) {
+        mResult.Fail(error);
+    }
+    return mResult.mOriginalSize != 0;
+}
+
+void MizerFileJob::MakeSmaller() {
+    KeptTime time(mResult.mPath);
+    if (!mOptions.mDelivery)
+        mResult.mOutputPath = mResult.mPath;
+    if (mOptions.mDelivery || mOptions.mLeastSaving.IsSet())
+        WorkOnCopy();
+    else
+        WorkInPlace();
+    const bool isNew = mOptions.mDelivery ? !mResult.mOutputPath.empty() : IsSmaller();
+    if (mOptions.mKeepsTimes && isNew)
+        time.GiveTo(mResult.mOutputPath);
+}
+
+void MizerFileJob::WorkInPlace() {
+    Optimize(GetPath());
+    if (IsSmaller())
+        mListener.ResultMade(GetPath());
+    else
+        LeaveIfChanged();
+}
+
+/** The file is left alone until both passes are through, so that nothing is replaced that is not worth it. */
+void MizerFileJob::WorkOnCopy() {
+    if (mOptions.mDelivery)
+        InDelivery([&] { mOptions.mDelivery->Prepare(GetPath()); });
+    const WnPrivateFolder folder;
+    const std::string copy = folder.MakePath("COPY.GIF");
+    MizerCopyFile(GetPath(), copy.c_str());
+    mIsOnCopy = true;
+    try {
+        Optimize(copy.c_str());
+    } catch (const NvErrorCode& error) {
+        if (mOptions.mDelivery && error.GetCode() != NvErrorCode::km_Cancelled)
+            Deliver(nullptr); // nothing is to be missing there
+        throw;
+    }
+    mIsOnCopy = false;
+    LeaveIfChanged();
+    LeaveIfNotWorthIt();
+    if (mOptions.mDelivery)
+        Deliver(IsSmaller() ? copy.c_str() : nullptr);
+    else if (IsSmaller())
+        ReplaceBy(copy.c_str());
+    if (IsSmaller())
+        mListener.ResultMade(copy.c_str());
+}
+
+void MizerFileJob::Optimize(const char* inPath) {
+    PvOutcome outcome;
+    mResult.mNewSize = mHost.OptimizeGIFFile(inPath, mResult.mOriginalSize, *this, outcome);
+    mResult.mFrameCount = outcome.mFrameCount;
+    mResult.mWorstLook = outcome.mWorstLook;
+    if (mResult.GetSaved() != 0) {
+        mResult.SetReason(MizerReason::km_Replaced);
+        mResult.mBackupPath = mBackupPath;
+    } else if (outcome.mLoadError) {
+        mResult.Fail(*outcome.mLoadError);
+    } else if (outcome.mIsChangedMeanwhile) {
+        mResult.SetReason(MizerReason::km_ChangedMeanwhile);
+    } else if (!outcome.mGateReason.empty()) {
+        mResult.SetReason(MizerReason::km_WouldDiffer, outcome.mGateReason);
+    } else {
+        mResult.SetReason(MizerReason::km_NothingSmaller);
+    }
+}
+
+/** What was found out is about a picture that is no more. */
+void MizerFileJob::LeaveIfChanged() {
+    if (mResult.mStatus != MizerStatus::km_Failed && WnGetFileState(GetPath()) != mState)
+        LeaveAsChanged();
+}
+
+void MizerFileJob::LeaveAsChanged() {
+    mResult.mNewSize = mResult.mOriginalSize;
+    mResult.SetReason(MizerReason::km_ChangedMeanwhile);
+}
+
+void MizerFileJob::LeaveIfNotWorthIt() {
+    if (!IsSmaller() || mOptions.mLeastSaving.IsReached(mResult.mOriginalSize, mResult.mNewSize))
+        return;
+    const std::uint32_t saved = mResult.GetSaved();
+    mResult.mNewSize = mResult.mOriginalSize;
+    mResult.SetReason(MizerReason::km_GainsTooLittle,
+                      std::to_string(saved) + (saved == 1 ? " byte (" : " bytes (") +
+                          MizerPercentage(saved, mResult.mOriginalSize) + ")");
+}
+
+/** @param inSmallerPath  null when it could not be made smaller */
+void MizerFileJob::Deliver(const char* inSmallerPath) {
+    if (inSmallerPath)
+        mListener.BeforeReplace(GetPath());
+    InDelivery([&] { mResult.mOutputPath = mOptions.mDelivery->Deliver(GetPath(), inSmallerPath); });
+    if (!mResult.mOutputPath.empty())
+        mBackups.RemoveLeftoversBeside(mResult.mOutputPath.c_str());
+}
+
+void MizerFileJob::ReplaceBy(const char* inSmallerPath) {
+    WnCheckReplaceable(GetPath());
+    WnSafeFile file(GetPath());
+    file.CopyFrom(inSmallerPath);
+    KeepOriginal();
+    if (!mState || !file.CommitOver(*mState))
+        return LeaveAsChanged();
+    mResult.mBackupPath = mBackupPath;
+}
+
+void MizerFileJob::BackupFile(const char* /*inPath*/) {
+    if (!mIsOnCopy)
+        KeepOriginal();
+}
+
+void MizerFileJob::KeepOriginal() {
+    mBackups.RemoveLeftoversBeside(GetPath());
+    mErrorIsAbout = MizerReason::km_NoBackup;
+    mBackupPath = mBackups.BackupFile(GetPath(), mSettings);
+    mErrorIsAbout = MizerReason::km_Error;
+    mListener.BeforeReplace(GetPath());
+}
+
+void MizerFileJob::InDelivery(const std::function<void()>& inStep) {
+    if (mOptions.mDelivery->HasPlaces())
+        mErrorIsAbout = MizerReason::km_NotDelivered;
+    inStep();
+    mErrorIsAbout = MizerReason::km_Error;
+}
