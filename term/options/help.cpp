@@ -86,7 +86,7 @@ std::string Usage() {
 } // namespace
 
 std::string TermBriefHelp() {
-    return Usage() + AllOptions(false) + "\nThese are the usual ones; parvigif --help tells of all.\n";
+    return Usage() + AllOptions(false) + "\nThese are the most used; --help lists all options.\n";
 }
 
 std::string TermFullHelp() {

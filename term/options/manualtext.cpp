@@ -5,56 +5,53 @@
 namespace {
 
 constexpr auto km_Introduction = std::to_array<const char*>({
-    "A NAME is a GIF file, a folder (its GIF files, with -r those of its subfolders too), or a pattern with "
-    "* "
-    "and ? in quotes. A NAME of - reads one picture from standard input and writes it to standard output.",
-    "A file is replaced only when the new one is smaller and plays the same: screen, frames, timing, "
-    "loop and shape are checked on the finished file. Colours may change a little: a file made smaller has "
-    "at "
-    "most 128 of them, and what differs by up to 28 steps of 255 from the frame before counts as equal.",
-    "A file changes in one step or not at all, whatever happens. Its original is kept beside it as NAME.BAK, "
-    "unless there is one already. A symbolic link stays one: the file it leads to is replaced. Of several "
-    "hard "
-    "links only the named one leads to the new file.",
+    "A NAME is a GIF file, a folder (its GIF files, with -r those of its subfolders too), or a quoted "
+    "pattern with * and ?. The NAME - reads one picture from standard input and writes it to standard "
+    "output.",
+    "A file is replaced only if the new one is smaller and plays the same: screen, frames, timing, loop "
+    "and shape are checked on the finished file. Colours may change a little: a file made smaller has at "
+    "most 128 of them, and a pixel within 28 of 255 of what the screen shows already is not drawn again.",
+    "A file changes in one step or not at all, whatever happens. Its original is kept beside it as "
+    "NAME.BAK, unless that exists already. A symbolic link stays one: the file it leads to is replaced. Of "
+    "several hard links, only the one named leads to the new file.",
 });
 
 constexpr auto km_Files = std::to_array<TermManualItem>({
     {"NAME.BAK", "The original of NAME."},
     {"Norvek/Parvigif/1.x.ini",
-     "Preferences and totals, lines like BACKUP=0; read below /etc/xdg, then below ~/.config (or "
-     "$XDG_CONFIG_DIRS, $XDG_CONFIG_HOME). --preferences lists them; options change them for one run."},
+     "Preferences and totals, in lines like BACKUP=0, below /etc/xdg and then ~/.config (or "
+     "$XDG_CONFIG_DIRS, $XDG_CONFIG_HOME). --preferences lists them; options override them for one run."},
     {"Norvek/PVGFLog.TXT", "The results log, below ~/.local/state (or $XDG_STATE_HOME)."},
     {"Norvek/PVGFDone.TXT", "What --skip-done remembers, in the same folder."},
 });
 
 constexpr auto km_Environment = std::to_array<TermManualItem>({
-    {"NO_COLOR", "When it is set, the progress panel does without colours."},
-    {"TERM", "When it is dumb, there is no progress panel."},
-    {"TMPDIR", "Where private copies are worked on, instead of /tmp."},
+    {"NO_COLOR", "If set, the progress panel has no colours."},
+    {"TERM", "If it is dumb, there is no progress panel."},
+    {"TMPDIR", "Where private copies are made, instead of /tmp."},
 });
 
 constexpr auto km_ExitStatus = std::to_array<TermManualItem>({
     {"0", "every file was made smaller or found unchanged"},
     {"1", "at least one file or name could not be handled; the others were"},
-    {"2", "the command line makes no sense; nothing was done"},
-    {"130", "cancelled: Ctrl-C lets the file in hand finish or leaves it as it was; a second Ctrl-C ends at "
+    {"2", "wrong usage; nothing was done"},
+    {"130", "cancelled: after Ctrl-C the current file is finished or left as it was; a second Ctrl-C ends at "
             "once, and every file is still whole"},
 });
 
 constexpr auto km_Examples = std::to_array<TermManualItem>({
-    {"parvigif banner.gif", "make one file smaller, keep banner.gif.BAK"},
+    {"parvigif banner.gif", "make one file smaller and keep banner.gif.BAK"},
     {"parvigif --no-backup pics/", "all GIF files of a folder, without backups"},
-    {"parvigif 'pics/icon-*.gif'", "those that match"},
-    {"parvigif -nr pics", "tell what could be saved in a whole tree"},
-    {"parvigif -r -o web pics", "write the tree anew to web, leave pics alone"},
+    {"parvigif 'pics/icon-*.gif'", "the files that match"},
+    {"parvigif -nr pics", "report what could be saved in a whole tree"},
+    {"parvigif -r -o web pics", "write the results to the tree web, leave pics alone"},
     {"parvigif - <in.gif >out.gif", "as part of a pipeline"},
 });
 
 constexpr auto km_Sections = std::to_array<TermManualSection>({
     {"On a terminal",
-     "A few lines below the results tell how far the run is. p pauses it, also in the middle of a file; any "
-     "key "
-     "goes on. Ctrl-Z gives the terminal back until fg.",
+     "A few lines below the results show the progress of the run. p pauses it, even in the middle of a "
+     "file, and any key resumes it. Ctrl-Z suspends it until fg.",
      {}},
     {"Files", nullptr, km_Files},
     {"Environment", nullptr, km_Environment},

@@ -146,7 +146,7 @@ TEST_F(Modes, WhatIsDoneIsPassedOverWhateverItsName) {
     EXPECT_THAT(mRunner.Run({"--skip-done", "in"}).mOut, HasSubstr("1 file, 1 made smaller"));
     fs::copy(mFolder / "in/ball.gif", mFolder / "in/copy.gif");
     const ProgramResult again = mRunner.Run({"--skip-done", "in/copy.gif", "in/sub/icon.gif"});
-    EXPECT_EQ(again.mErr, "parvigif: in/copy.gif: skipped: an earlier run was through with it\n");
+    EXPECT_EQ(again.mErr, "parvigif: in/copy.gif: skipped: already done by an earlier run\n");
     EXPECT_THAT(again.mOut, HasSubstr("1 file, 1 made smaller"));
 
     // What is done without changing colours is not done for a run that may change them.

@@ -25,7 +25,7 @@ struct MizerOptions {
     MizerDelivery* mDelivery = nullptr; ///< borrowed; null: results take the places of their originals
     MizerLeastSaving mLeastSaving;      ///< files that gain less stay as they are
     bool mKeepsTimes = false;           ///< new files have the modification times of their originals
-    bool mSkipsDone = false;            ///< files that an earlier run was through with are passed over
+    bool mSkipsDone = false;            ///< skip files that an earlier run has finished with
     bool mSharesFiles = true;           ///< other runs may know of the files, so each is claimed first
     std::function<std::string()> mFindDataFolder = &WnGetDataFolder; ///< see MizerDataFolder
 };

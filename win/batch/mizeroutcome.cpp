@@ -26,7 +26,7 @@ constexpr auto km_Reasons = std::to_array<Reason>({
     {MizerReason::km_NamedBefore, MizerStatus::km_Skipped, "skipped: the same file was named before"},
     {MizerReason::km_Empty, MizerStatus::km_Skipped, "skipped: empty"},
     {MizerReason::km_InUse, MizerStatus::km_Skipped, "skipped: another run is working on it"},
-    {MizerReason::km_Done, MizerStatus::km_Skipped, "skipped: an earlier run was through with it"},
+    {MizerReason::km_Done, MizerStatus::km_Skipped, "skipped: already done by an earlier run"},
     {MizerReason::km_NoGIFs, MizerStatus::km_Failed, "no GIF file there (code 10)"},
     {MizerReason::km_Error, MizerStatus::km_Failed, "{}"},
     {MizerReason::km_NoBackup, MizerStatus::km_Failed, "no backup could be made: {}"},
@@ -68,7 +68,7 @@ const char* WordsForCode(std::uint32_t inCode) {
     case NvErrorCode::km_BadDescriptor:
         return "the file could not be closed";
     case NvErrorCode::km_BadParameter:
-        return "a value is out of its bounds";
+        return "a value is out of range";
     case NvErrorCode::km_DiskFull:
         return "no space left on the disk";
     case NvErrorCode::km_MissingData:

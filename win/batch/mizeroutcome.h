@@ -30,7 +30,7 @@ enum class MizerReason {
     km_NamedBefore,      ///< it is part of the batch already
     km_Empty,
     km_InUse,        ///< another run works on it
-    km_Done,         ///< an earlier run was through with it
+    km_Done,         ///< already done by an earlier run
     km_NoGIFs,       ///< a folder or pattern, without any
     km_Error,        ///< particulars: which, as for the next two
     km_NoBackup,     ///< the error is about the backup
