@@ -1,12 +1,14 @@
 #include "term/commands.h"
 
 #include <chrono>
+#include <set>
 #include <string>
-#include <vector>
 
+#include "term/results/json.h"
 #include "term/system/interrupt.h"
 #include "term/system/print.h"
 #include "win/batch/filequeue.h"
+#include "win/batch/mizerbackups.h"
 #include "win/batch/mizerlog.h"
 #include "win/batch/mizeroutcome.h"
 #include "win/batch/mizerpreferences.h"
@@ -25,7 +27,7 @@ public:
         WnPref prefs = MizerOpenPreferences();
         for (const auto& [name, value] : inSettings.mPreferences)
             prefs.Override(name.c_str(), value);
-        mIsLogged = MizerSettings::Read(prefs).mLog;
+        mIsLogged = MizerSettings::Read(prefs).mLog && !inSettings.mIsDryRun;
     }
 
     void RestoreName(const std::string& inName) {
@@ -33,8 +35,8 @@ public:
             const WnFileKind kind = WnGetFileKind(inName.c_str());
             if (kind == WnFileKind::km_Folder)
                 RestoreFolder(inName);
-            else if (const std::string picture = PictureOf(inName); !picture.empty())
-                RestoreFile(picture);
+            else if (const std::string picture = MizerPictureOfBackup(inName); !picture.empty())
+                RestoreFile(picture, inName);
             else if (kind != WnFileKind::km_Missing || HasBackup(inName))
                 RestoreFile(inName);
             else
@@ -45,12 +47,6 @@ public:
     }
 
 private:
-    /** The picture that a file of this name is the backup of, or nothing. */
-    static std::string PictureOf(const std::string& inName) {
-        std::string picture = inName.substr(0, inName.rfind('.'));
-        return inName == MizerBackupName(picture) && MizerIsNamedGIF(picture.c_str()) ? picture : "";
-    }
-
     static bool HasBackup(const std::string& inPath) {
         return WnGetFileKind(MizerBackupName(inPath).c_str()) != WnFileKind::km_Missing;
     }
@@ -64,14 +60,14 @@ private:
     /** Also pictures that are missing, of which the backup is all that is left. @return whether there were
      *  any */
     bool RestoreTree(const std::string& inFolder) {
-        bool hasAny = false;
+        std::set<std::string> pictures; // one may have several backups
         for (const std::string& name : WnListFiles(inFolder.c_str())) {
-            const std::string picture = PictureOf(name);
-            if (picture.empty())
-                continue;
-            hasAny = true;
-            RestoreFile(inFolder + picture);
+            if (const std::string picture = MizerPictureOfBackup(name); !picture.empty())
+                pictures.insert(picture);
         }
+        bool hasAny = !pictures.empty();
+        for (const std::string& picture : pictures)
+            RestoreFile(inFolder + picture);
         if (!mSettings.mIsRecursive)
             return hasAny;
         for (const std::string& name : WnListFolders(inFolder.c_str())) {
@@ -100,39 +96,62 @@ private:
             mMessages.FileError(inPattern, "no backup there (code 10)");
     }
 
-    void RestoreFile(const std::string& inPath) {
+    /** @param inBackup  the one to take; empty: which is left to the rules */
+    void RestoreFile(const std::string& inPath, const std::string& inBackup = {}) {
         if (TermIsInterrupted())
             return;
         try {
-            Tell(inPath, MizerRestore(inPath, mSettings.mOptimizer.mMemoryLimit));
+            const MizerRestoreOptions options = {inBackup, mSettings.mOptimizer.mMemoryLimit,
+                                                 mSettings.mIsDryRun};
+            Tell(inPath, MizerRestore(inPath, options, mBackups));
         } catch (const NvErrorCode& error) {
-            mMessages.FileError(inPath, "not restored: " + MizerErrorWords(error));
+            Refuse(inPath, {}, "not restored: " + MizerErrorWords(error), error.GetCode());
         }
     }
 
-    void Tell(const std::string& inPath, MizerRestored inWhat) {
-        switch (inWhat) {
+    void Tell(const std::string& inPath, const MizerRestoration& inDone) {
+        switch (inDone.mWhat) {
         case MizerRestored::km_NoBackup:
-            return mMessages.FileError(inPath, "no backup: there is no " +
-                                                   TermPrintable(MizerBackupName(inPath)) + " (code 10)");
+            return Refuse(inPath, inDone, "no backup: there is no " + MizerBackupName(inPath) + " (code 10)",
+                          NvErrorCode::km_FileNotFound);
         case MizerRestored::km_OtherImage:
-            return mMessages.FileError(inPath, "not restored: it is another picture than its backup, of "
-                                               "another size or number of frames; move it away first");
+            return Refuse(inPath, inDone,
+                          "not restored: it is another picture than its backup, of another size or number of "
+                          "frames; move it away first");
         case MizerRestored::km_InUse:
-            return mMessages.FileError(inPath, "not restored: another run is working on it");
+            return Refuse(inPath, inDone, "not restored: another run is working on it");
+        case MizerRestored::km_Changed:
+            return Refuse(inPath, inDone, "not restored: another program changed the file meanwhile");
         case MizerRestored::km_Restored:
             break;
         }
         const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
         if (mIsLogged)
             mLog.WriteLogEntry(MizerRestoredEntry(now, inPath.c_str()));
-        if (mSettings.mDetail != TermDetail::km_Quiet)
-            TermPrint("restored  " + TermPrintable(inPath) + "\n", mMessages);
+        if (mSettings.mIsJson)
+            TermPrint(TermJsonRestored({inPath, inDone.mBackup, inDone.mKept, {}, 0, mSettings.mIsDryRun}),
+                      mMessages);
+        else if (mSettings.mDetail != TermDetail::km_Quiet)
+            TermPrint((mSettings.mIsDryRun ? "would restore  " : "restored  ") + TermPrintable(inPath) + "\n",
+                      mMessages);
+        if (!inDone.mKept.empty())
+            mMessages.FileNote(inPath, std::string("may have been changed since it was made smaller: ") +
+                                           (mSettings.mIsDryRun ? "would be kept as " : "kept as ") +
+                                           TermPrintable(inDone.mKept));
+    }
+
+    void Refuse(const std::string& inPath, const MizerRestoration& inDone, const std::string& inWords,
+                std::uint32_t inCode = 0) {
+        if (mSettings.mIsJson)
+            TermPrint(TermJsonRestored({inPath, inDone.mBackup, {}, inWords, inCode, mSettings.mIsDryRun}),
+                      mMessages);
+        mMessages.FileError(inPath, TermPrintable(inWords));
     }
 
     const TermSettings& mSettings;
     TermMessages& mMessages;
     MizerLog mLog;
+    MizerBackups mBackups{{&WnGetDataFolder, nullptr}};
     bool mIsLogged = false;
 };
 

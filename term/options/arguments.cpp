@@ -152,13 +152,13 @@ std::string CheckModes(const TermSettings& inSettings) {
     const bool restores = inSettings.mTask == TermTask::km_Restore;
     add(inSettings.IsFilter() && !inSettings.mIsDryRun, "-");
     add(restores, "--restore");
-    add(inSettings.mIsDryRun, "--dry-run");
+    add(inSettings.mIsDryRun && !restores, "--dry-run");
     add(!inSettings.mOutputFolder.empty(), "--output");
     add(inSettings.mSkipsDone && !inSettings.mIsDryRun, "--skip-done");
     add(!inSettings.mContactSheet.empty(), "--contact-sheet");
     const bool isBatch = !restores && inSettings.mContactSheet.empty();
     add(!isBatch && !inSettings.mReport.empty(), "--report");
-    add(!isBatch && inSettings.mIsJson, "--json");
+    add(!inSettings.mContactSheet.empty() && inSettings.mIsJson, "--json");
     add(restores && !inSettings.mNamesFile.empty(), "--files-from");
     return modes.size() < 2 ? "" : "'" + modes[0] + "' does not go with '" + modes[1] + "'";
 }

@@ -118,7 +118,8 @@ constexpr auto km_Options = std::to_array<TermOption>({
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 0); }, true},
     {"restore", 0, nullptr, "Backups", "restore NAMEs from their backups",
      "Each backup is read as a GIF to its end before it replaces the picture, in one step, and is kept. "
-     "With a folder or a pattern: every picture that has one.",
+     "With a folder or a pattern: every picture that has one. A picture that may have been edited since it "
+     "was made smaller is kept as a further backup. --dry-run shows what would happen.",
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Restore); }},
     {"allow-crop", 0, nullptr, "Picture", "trim transparent borders of still images",
      "The rest keeps its place on the screen, whose size stays the same. Frames of animations are always "

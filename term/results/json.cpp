@@ -92,6 +92,18 @@ std::string TermJsonFile(const MizerFileResult& inResult) {
     return object.Close();
 }
 
+std::string TermJsonRestored(const TermRestored& inRestored) {
+    const char* const done = inRestored.mIsDryRun ? "would_restore" : "restored";
+    Object object("restore");
+    object.AddPath("path", inRestored.mPath);
+    object.Add("status", TermJsonString(inRestored.mMessage.empty() ? done : "failed"));
+    object.AddPath("backup", inRestored.mBackup);
+    object.AddPath("kept", inRestored.mKept);
+    object.Add("error_code", inRestored.mErrorCode == 0 ? "" : std::to_string(inRestored.mErrorCode));
+    object.Add("message", inRestored.mMessage.empty() ? "" : TermJsonString(inRestored.mMessage));
+    return object.Close();
+}
+
 std::string TermJsonSummary(const TermCounts& inCounts) {
     Object object("summary");
     object.Add("smaller", inCounts.mSmaller);

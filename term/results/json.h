@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,17 @@
 
 std::string TermJsonFile(const MizerFileResult& inResult);
 std::string TermJsonSummary(const TermCounts& inCounts);
+
+/** What became of a picture that was to be restored. */
+struct TermRestored {
+    const std::string& mPath;
+    const std::string& mBackup; ///< what it is restored from; or empty
+    const std::string& mKept;   ///< where what was there is kept; or empty
+    std::string mMessage;       ///< why it was not restored; or empty
+    std::uint32_t mErrorCode;   ///< or 0
+    bool mIsDryRun;
+};
+std::string TermJsonRestored(const TermRestored& inRestored);
 
 /** A string in quotes. Bytes that are no UTF-8 become U+FFFD. */
 std::string TermJsonString(std::string_view inText);

@@ -78,7 +78,7 @@ TEST_F(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"-", "a"}, "'-' must be the only name"},
         {{"-o", "out", "-"}, "'-' does not go with '--output'"},
         {{"-n", "-o", "out", "a"}, "'--dry-run' does not go with '--output'"},
-        {{"--restore", "-n", "a"}, "'--restore' does not go with '--dry-run'"},
+        {{"--restore", "--report", "r.html", "a"}, "'--restore' does not go with '--report'"},
         {{"--min-saving=101%", "a"}, "option '--min-saving' cannot be '101%'"},
         {{"--max-memory=99999999999", "a"}, "option '--max-memory' cannot be '99999999999'"},
         {{"--\x1b[31m"}, "unknown option '--\\x1b[31m'"},

@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <utility>
+#include <charconv>
+#include <string_view>
 
 #include "nvcode2/base/nverrorcode.h"
-#include "win/batch/mizerpreferences.h"
-#include "win/batch/mizerrestore.h"
+#include "win/batch/filequeue.h"
 #include "wnatom/wnsafefile.h"
-#include "wnatom/wnsystem.h"
 
 namespace {
+
+constexpr std::string_view km_Extension = ".BAK";
 
 std::string GetFolderOf(const std::string& inPath) {
     const auto separator = std::find_if(inPath.rbegin(), inPath.rend(), WnIsSeparator);
@@ -19,29 +20,95 @@ std::string GetFolderOf(const std::string& inPath) {
 
 } // namespace
 
-std::string MizerBackups::BackupFile(const char* inPath, const MizerSettings& inSettings) const {
-    if (!inSettings.mBackup)
-        return {};
-    std::string backup = MizerBackupName(inPath);
-    const WnFileKind present = WnGetFileKind(backup.c_str());
-    if (present != WnFileKind::km_Missing && present != WnFileKind::km_RegularFile)
-        NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);
-    if (present == WnFileKind::km_RegularFile && !inSettings.mOverwriteBackups)
-        return backup; // the first backup holds the oldest original
+std::string MizerBackupName(const std::string& inPath, unsigned inNumber) {
+    return inPath + (inNumber == 1 ? "" : "." + std::to_string(inNumber)) + std::string(km_Extension);
+}
 
-    WnSafeFile file(backup.c_str(), inPath);
-    file.CopyFrom(inPath);
-    if (inSettings.mOverwriteBackups)
-        file.Commit();
-    else
-        file.CommitUnlessPresent();
-    return backup;
+std::string MizerPictureOfBackup(const std::string& inName) {
+    if (!inName.ends_with(km_Extension))
+        return {};
+    const std::string picture = inName.substr(0, inName.size() - km_Extension.size());
+    if (MizerIsNamedGIF(picture.c_str()))
+        return picture;
+    const std::size_t dot = picture.rfind('.');
+    unsigned number = 0;
+    if (dot == std::string::npos ||
+        std::from_chars(picture.data() + dot + 1, picture.data() + picture.size(), number).ec !=
+            std::errc() ||
+        number < 2)
+        return {};
+    const std::string numbered = picture.substr(0, dot);
+    return MizerIsNamedGIF(numbered.c_str()) && MizerBackupName(numbered, number) == inName ? numbered : "";
+}
+
+/** @param outHeld  what it holds, when it is the picture's own */
+MizerBackups::Place MizerBackups::Judge(const std::string& inBackup, unsigned inNumber,
+                                        const WnFileState& inState, const MizerContent& inContent,
+                                        bool inOverwrites, MizerContent& outHeld) const {
+    const WnFileKind kind = WnGetFileKind(inBackup.c_str());
+    if (kind == WnFileKind::km_Missing)
+        return Place::km_Free;
+    if (kind != WnFileKind::km_RegularFile) {
+        if (inNumber == 1)
+            NvThrowWithSystemError(NvErrorCode::km_Failure, EEXIST);
+        return Place::km_Taken;
+    }
+    if (WnGetFileIdentity(inBackup.c_str()) == inState.mIdentity)
+        return Place::km_Taken; // the picture itself under another name
+    const bool isReplaceable = inOverwrites && inNumber == 1 && mOrigins.CanAdd();
+    try {
+        outHeld = MizerReadContent(inBackup.c_str());
+    } catch (const NvErrorCode&) {
+        return isReplaceable ? Place::km_Replaceable : Place::km_Taken;
+    }
+    if (outHeld == inContent)
+        return Place::km_Own;
+    switch (mOrigins.FindWork(inContent, outHeld)) {
+    case MizerOrigins::Work::km_Begun:
+        return Place::km_Own;
+    case MizerOrigins::Work::km_Done:
+        return inOverwrites ? Place::km_Replaceable : Place::km_Own;
+    case MizerOrigins::Work::km_Unknown:
+        break;
+    }
+    return isReplaceable ? Place::km_Replaceable : Place::km_Taken;
+}
+
+std::optional<MizerBackups::Kept> MizerBackups::BackupFile(const char* inPath, const WnFileState& inState,
+                                                           bool inOverwrites) const {
+    Kept kept;
+    kept.mContent = MizerReadContent(inPath);
+    if (WnGetFileState(inPath) != inState)
+        return std::nullopt;
+    for (unsigned number = 1;;) {
+        kept.mPath = MizerBackupName(inPath, number);
+        MizerContent held;
+        const Place place = Judge(kept.mPath, number, inState, kept.mContent, inOverwrites, held);
+        if (place == Place::km_Taken) {
+            kept.mIsAside = true;
+            ++number;
+            continue;
+        }
+        if (place == Place::km_Own) {
+            kept.mContent = held;
+            return kept;
+        }
+        WnSafeFile file(kept.mPath.c_str(), inPath);
+        file.CopyFrom(inPath);
+        file.KeepTimesOf(inPath);
+        file.Finish();
+        if (WnGetFileState(inPath) != inState)
+            return std::nullopt;
+        if (place == Place::km_Replaceable)
+            file.Commit();
+        else if (!file.CommitUnlessPresent())
+            continue; // somebody was faster: it may be the same, or another
+        return kept;
+    }
 }
 
 void MizerBackups::RemoveLeftoversBeside(const char* inPath) {
-    std::string folder = GetFolderOf(inPath);
-    if (folder == mCleanedFolder)
-        return;
-    WnRemoveLeftovers(folder.c_str());
-    mCleanedFolder = std::move(folder);
+    for (const std::string& folder : {GetFolderOf(inPath), WnGetTargetFolder(inPath)})
+        if (!folder.empty() && mCleanedFolders.insert(folder).second)
+            WnRemoveLeftovers(folder.c_str());
 }

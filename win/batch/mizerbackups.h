@@ -1,22 +1,60 @@
 #pragma once
 
+#include <optional>
+#include <set>
 #include <string>
+
+#include "win/batch/mizerorigins.h"
+#include "wnatom/wnsystem.h"
 
 struct MizerSettings;
 
-/** Keeps the originals of files that are about to be replaced. */
+/** The name of a picture's backup: its whole name with ".BAK" appended; further ones, of other pictures that
+ *  had the same name, are numbered from 2: "cat.gif.2.BAK". */
+std::string MizerBackupName(const std::string& inPath, unsigned inNumber = 1);
+
+/** The path of the picture that a file of this name is a backup of; empty when it is none. */
+std::string MizerPictureOfBackup(const std::string& inName);
+
+/** Keeps the originals of files that are about to be replaced.
+ *
+ *  A backup is a file's own when it holds the same bytes, or when the file is known to have been made from
+ *  what it holds. All others are left alone, and the file gets one of the next free name: somebody may have
+ *  saved another picture under an old name. */
 class MizerBackups {
 public:
-    /** Copies a file, whole or not at all, to its name with ".BAK" appended, if the settings ask for backups
-     *  and no older one is to stay.
-     *  @return              where the original is kept now; empty when none is to be kept
-     *  @throws NvErrorCode  1 it cannot be read, or what stands at the backup's name is no regular file; 2; 5
-     *                       no right to add a file to the folder; 22 */
-    std::string BackupFile(const char* inPath, const MizerSettings& inSettings) const;
+    explicit MizerBackups(MizerDataFolder inFolder) : mOrigins(std::move(inFolder)) {}
 
-    /** Removes what killed runs left behind in a file's folder, once for files of one folder in a row. */
+    struct Kept {
+        std::string mPath;
+        MizerContent mContent;
+        bool mIsAside = false; ///< the usual name is taken by a file that is not known to be its own
+    };
+
+    /** Copies a file, whole or not at all, to the first name that is free, unless there is a backup of its
+     *  own. That one is overwritten if the settings say so, but not by what a run that ended early has left;
+     *  so is one at the usual name that nothing is known of.
+     *
+     *  @param inState       of the file when the work on it began
+     *  @return              where the original is kept now; nothing when the file is not as it was, and
+     *                       nothing was kept
+     *  @throws NvErrorCode  1 it cannot be read, or what stands at the usual name is no regular file; 2; 5
+     *                       no right to add a file to the folder; 22 */
+    std::optional<Kept> BackupFile(const char* inPath, const WnFileState& inState,
+                                   bool inOverwrites = false) const;
+
+    const MizerOrigins& GetOrigins() const { return mOrigins; }
+
+    /** Removes what killed runs left behind where a file, or what it leads to, would be replaced. Once for
+     *  each folder. */
     void RemoveLeftoversBeside(const char* inPath);
 
 private:
-    std::string mCleanedFolder; // the last one
+    enum class Place { km_Free, km_Own, km_Replaceable, km_Taken };
+
+    Place Judge(const std::string& inBackup, unsigned inNumber, const WnFileState& inState,
+                const MizerContent& inContent, bool inOverwrites, MizerContent& outHeld) const;
+
+    MizerOrigins mOrigins;
+    std::set<std::string> mCleanedFolders;
 };

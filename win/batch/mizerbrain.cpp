@@ -52,6 +52,7 @@ MizerBrain::MizerBrain(WnPref& inPrefs, MizerShell& inShell, const PvOptSettings
       mShell(inShell),
       mSettings(inSettings),
       mOptions(inOptions),
+      mBackups(MakeDataFolder(inOptions, inShell)),
       mTotals(inPrefs, inShell),
       mLog(MakeDataFolder(inOptions, inShell)),
       mLedger(MakeDataFolder(inOptions, inShell)) {}
@@ -171,6 +172,7 @@ std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOr
                                           MizerFileJob& ioJob, PvOutcome& outOutcome) {
     try {
         PvOptSettings settings = mSettings;
+        settings.mKeepsTimes = mOptions.mKeepsTimes;
         settings.mIsLossless = ioJob.GetSettings().mIsLossless;
         settings.mCropsSingleImages = ioJob.GetSettings().mAllowCrop;
         PvOptimizer optimizer(ioJob, settings);

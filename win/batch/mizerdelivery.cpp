@@ -26,7 +26,11 @@ std::string MizerOutputFolder::Plan(const std::string& inPath, const std::string
 }
 
 void MizerOutputFolder::Prepare(const char* inPath) {
-    if (WnGetFileKind(mTargets.at(inPath).c_str()) != WnFileKind::km_Missing)
+    const std::string& target = mTargets.at(inPath);
+    const std::string folder = WnMakePath(target).parent_path().string();
+    if (mCleanedFolders.insert(folder).second)
+        WnRemoveLeftovers(folder.c_str());
+    if (WnGetFileKind(target.c_str()) != WnFileKind::km_Missing)
         NvThrow(NvErrorCode::km_FileExists);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 
 /** Where the results of a batch go when they do not take the places of their originals. The optimizer then
@@ -51,4 +52,5 @@ private:
     std::string mFolder; // ends in a separator
     std::map<std::string, std::string> mPathsByPlace;
     std::map<std::string, std::string> mTargets; // by path
+    std::set<std::string> mCleanedFolders;       // of what killed runs left
 };

@@ -1,10 +1,10 @@
 #include "win/batch/mizerfilejob.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
 #include "nvcode2/file/nvfile.h"
-#include "win/batch/mizerbackups.h"
 #include "win/batch/mizerdelivery.h"
 #include "win/batch/mizertotals.h"
 #include "win/optimizer/base/pvoutcome.h"
@@ -69,19 +69,28 @@ bool MizerFileJob::Measure() {
 
 void MizerFileJob::MakeSmaller() {
     KeptTime time(mResult.mPath);
-    if (!mOptions.mDelivery)
+    if (!mOptions.mDelivery) {
         mResult.mOutputPath = mResult.mPath;
+        mBackups.RemoveLeftoversBeside(GetPath());
+    }
     if (mOptions.mDelivery || mOptions.mLeastSaving.IsSet())
         WorkOnCopy();
     else
         WorkInPlace();
-    const bool isNew = mOptions.mDelivery ? !mResult.mOutputPath.empty() : IsSmaller();
-    if (mOptions.mKeepsTimes && isNew)
+    if (mOptions.mKeepsTimes && mOptions.mDelivery && !mResult.mOutputPath.empty())
         time.GiveTo(mResult.mOutputPath);
 }
 
 void MizerFileJob::WorkInPlace() {
-    Optimize(GetPath());
+    try {
+        Optimize(GetPath());
+    } catch (const NvErrorCode&) {
+        if (!mIsChanged)
+            throw;
+        return MarkChanged();
+    }
+    if (IsSmaller() && mKept && mMade)
+        mBackups.GetOrigins().Add(*mMade, mKept->mContent, MizerOrigins::Work::km_Done);
     if (IsSmaller())
         mListener.ResultMade(GetPath());
     else
@@ -120,8 +129,7 @@ void MizerFileJob::Optimize(const char* inPath) {
     mResult.mFrameCount = outcome.mFrameCount;
     mResult.mWorstLook = outcome.mWorstLook;
     if (mResult.GetSaved() != 0) {
-        mResult.SetReason(MizerReason::km_Replaced);
-        mResult.mBackupPath = mBackupPath;
+        MarkReplaced();
     } else if (outcome.mLoadError) {
         mResult.Fail(*outcome.mLoadError);
     } else if (outcome.mIsChangedMeanwhile) {
@@ -140,8 +148,20 @@ void MizerFileJob::LeaveIfChanged() {
 }
 
 void MizerFileJob::LeaveAsChanged() {
+    MarkChanged();
+}
+
+void MizerFileJob::MarkChanged() {
     mResult.mNewSize = mResult.mOriginalSize;
     mResult.SetReason(MizerReason::km_ChangedMeanwhile);
+}
+
+void MizerFileJob::MarkReplaced() {
+    mResult.mBackupPath = mKept ? mKept->mPath : std::string();
+    if (mKept && mKept->mIsAside)
+        mResult.SetReason(MizerReason::km_KeptAside, mKept->mPath);
+    else
+        mResult.SetReason(MizerReason::km_Replaced);
 }
 
 void MizerFileJob::LeaveIfNotWorthIt() {
@@ -159,18 +179,30 @@ void MizerFileJob::Deliver(const char* inSmallerPath) {
     if (inSmallerPath)
         mListener.BeforeReplace(GetPath());
     InDelivery([&] { mResult.mOutputPath = mOptions.mDelivery->Deliver(GetPath(), inSmallerPath); });
-    if (!mResult.mOutputPath.empty())
-        mBackups.RemoveLeftoversBeside(mResult.mOutputPath.c_str());
 }
 
 void MizerFileJob::ReplaceBy(const char* inSmallerPath) {
     WnCheckReplaceable(GetPath());
     WnSafeFile file(GetPath());
     file.CopyFrom(inSmallerPath);
-    KeepOriginal();
+    if (mOptions.mKeepsTimes)
+        file.KeepTimesOf(GetPath());
+    file.Finish();
+    if (MizerReadContent(file.GetTemporaryPath()) != MizerReadContent(inSmallerPath))
+        NvThrowWithSystemError(NvErrorCode::km_Failure, EIO);
+    try {
+        KeepOriginal();
+    } catch (const NvErrorCode&) {
+        if (!mIsChanged)
+            throw;
+        return MarkChanged();
+    }
+    WillReplace(GetPath(), file.GetTemporaryPath());
     if (!mState || !file.CommitOver(*mState))
-        return LeaveAsChanged();
-    mResult.mBackupPath = mBackupPath;
+        return MarkChanged();
+    if (mKept && mMade)
+        mBackups.GetOrigins().Add(*mMade, mKept->mContent, MizerOrigins::Work::km_Done);
+    MarkReplaced();
 }
 
 void MizerFileJob::BackupFile(const char* /*inPath*/) {
@@ -178,10 +210,22 @@ void MizerFileJob::BackupFile(const char* /*inPath*/) {
         KeepOriginal();
 }
 
+/** Noted before it happens: a run that is killed in between has at worst noted what never came to be. */
+void MizerFileJob::WillReplace(const char* /*inPath*/, const char* inNewPath) {
+    if (mIsOnCopy || !mKept)
+        return;
+    mMade = MizerReadContent(inNewPath);
+    mBackups.GetOrigins().Add(*mMade, mKept->mContent, MizerOrigins::Work::km_Begun);
+}
+
 void MizerFileJob::KeepOriginal() {
-    mBackups.RemoveLeftoversBeside(GetPath());
     mErrorIsAbout = MizerReason::km_NoBackup;
-    mBackupPath = mBackups.BackupFile(GetPath(), mSettings);
+    if (mSettings.mBackup) {
+        mKept = mState ? mBackups.BackupFile(GetPath(), *mState, mSettings.mOverwriteBackups) : std::nullopt;
+        mIsChanged = !mKept;
+        if (mIsChanged)
+            NvThrow(NvErrorCode::km_Failure);
+    }
     mErrorIsAbout = MizerReason::km_Error;
     mListener.BeforeReplace(GetPath());
 }

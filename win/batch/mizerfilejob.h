@@ -4,13 +4,13 @@
 #include <optional>
 #include <string>
 
+#include "win/batch/mizerbackups.h"
 #include "win/batch/mizeroptions.h"
 #include "win/batch/mizerpreferences.h"
 #include "win/batch/mizershell.h"
 #include "win/optimizer/base/pvopthost.h"
 #include "wnatom/wnfileclaim.h"
 
-class MizerBackups;
 class MizerFileJob;
 struct PvOutcome;
 
@@ -53,6 +53,7 @@ public:
 
     // PvOptHost
     void BackupFile(const char* inPath) override;
+    void WillReplace(const char* inPath, const char* inNewPath) override;
     bool ReportProgress(double inFraction) override { return mHost.ReportProgress(inFraction); }
 
 private:
@@ -68,6 +69,8 @@ private:
     void Deliver(const char* inSmallerPath);
     void ReplaceBy(const char* inSmallerPath);
     void KeepOriginal();
+    void MarkReplaced();
+    void MarkChanged();
     void InDelivery(const std::function<void()>& inStep);
 
     MizerFileResult& mResult;
@@ -77,8 +80,10 @@ private:
     MizerJobHost& mHost;
     MizerListener& mListener;
     std::optional<WnFileClaim> mClaim;
-    std::optional<WnFileState> mState; // when it was measured
-    bool mIsOnCopy = false;            // the optimizer works on a private copy
-    std::string mBackupPath;           // of the original, once it is kept
+    std::optional<WnFileState> mState;       // when it was measured
+    bool mIsOnCopy = false;                  // the optimizer works on a private copy
+    bool mIsChanged = false;                 // it could not be kept as it was when the work began
+    std::optional<MizerBackups::Kept> mKept; // the original
+    std::optional<MizerContent> mMade;       // what was last made from it
     MizerReason mErrorIsAbout = MizerReason::km_Error;
 };

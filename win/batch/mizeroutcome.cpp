@@ -16,6 +16,8 @@ struct Reason {
 
 constexpr auto km_Reasons = std::to_array<Reason>({
     {MizerReason::km_Replaced, MizerStatus::km_Smaller, ""},
+    {MizerReason::km_KeptAside, MizerStatus::km_Smaller,
+     "its original is kept as {}, since the backup that was there may be of another picture"},
     {MizerReason::km_NothingSmaller, MizerStatus::km_Unchanged, ""},
     {MizerReason::km_GainsTooLittle, MizerStatus::km_Unchanged, "left as it was: would save only {}"},
     {MizerReason::km_ChangedMeanwhile, MizerStatus::km_Unchanged,

@@ -18,9 +18,10 @@ enum class MizerStatus {
 };
 
 /** Why a file was not replaced by a smaller one. Each has its words, and the status that goes with it, in one
- *  table; every one but km_Replaced leaves the file as it was. */
+ *  table; every one but the first two leaves the file as it was. */
 enum class MizerReason {
     km_Replaced,
+    km_KeptAside, ///< replaced; particulars: where its original is, the usual name being taken
     km_NothingSmaller,
     km_GainsTooLittle,   ///< particulars: how much
     km_ChangedMeanwhile, ///< by another program

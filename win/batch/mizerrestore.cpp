@@ -2,10 +2,13 @@
 
 #include <cerrno>
 #include <new>
+#include <optional>
+#include <vector>
 
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvgifframe.h"
 #include "nvcode2/gif/nvgifframereader.h"
+#include "win/batch/mizerbackups.h"
 #include "win/batch/mizerlog.h"
 #include "win/optimizer/base/pvmemory.h"
 #include "wnatom/wnfileclaim.h"
@@ -49,34 +52,122 @@ bool IsOtherImage(const char* inPath, const Shape& inShape) {
     }
 }
 
-} // namespace
-
-std::string MizerBackupName(const std::string& inPath) {
-    return inPath + ".BAK";
+/** A picture's backups that are there, by number. Those that cannot be read as files count, too. */
+std::vector<std::string> FindBackups(const std::string& inPath) {
+    constexpr unsigned gap = 8; // somebody may have removed some
+    std::vector<std::string> found;
+    unsigned missing = 0;
+    for (unsigned number = 1; missing <= gap; ++number) {
+        const std::string backup = MizerBackupName(inPath, number);
+        if (WnGetFileKind(backup.c_str()) == WnFileKind::km_Missing) {
+            ++missing;
+            continue;
+        }
+        missing = 0;
+        found.push_back(backup);
+    }
+    return found;
 }
 
-MizerRestored MizerRestore(const std::string& inPath, std::uint64_t inMemoryLimit) {
+/** Of several backups, the last that holds the picture or what it was made from; else the last of which
+ *  anything is known to have been made; else the first, which is the oldest. */
+std::string ChooseBackup(const std::vector<std::string>& inBackups, const std::optional<MizerContent>& inHeld,
+                         const MizerOrigins& inOrigins) {
+    std::string original;
+    for (auto backup = inBackups.rbegin(); backup != inBackups.rend(); ++backup) {
+        if (WnGetFileKind(backup->c_str()) != WnFileKind::km_RegularFile)
+            continue;
+        const MizerContent content = MizerReadContent(backup->c_str());
+        if (inHeld &&
+            (content == *inHeld || inOrigins.FindWork(*inHeld, content) != MizerOrigins::Work::km_Unknown))
+            return *backup;
+        if (original.empty() && inOrigins.IsOriginal(content))
+            original = *backup;
+    }
+    return original.empty() ? inBackups.front() : original;
+}
+
+/** The picture that is to be replaced. */
+struct Present {
+    WnFileState mState;
+    MizerContent mContent;
+};
+
+std::optional<Present> LookAtPicture(const std::string& inPath) {
+    const WnFileKind kind = WnGetFileKind(inPath.c_str());
+    if (kind == WnFileKind::km_Missing)
+        return std::nullopt;
+    if (kind != WnFileKind::km_RegularFile)
+        NvThrow(NvErrorCode::km_WrongPermission);
+    WnCheckReplaceable(inPath.c_str());
+    const auto state = WnGetFileState(inPath.c_str());
+    if (!state)
+        NvThrow(NvErrorCode::km_FileNotFound);
+    return Present{*state, MizerReadContent(inPath.c_str())};
+}
+
+/** Whether the picture can be had again once it is replaced by a backup. */
+bool IsKeptOtherwise(const MizerContent& inPicture, const MizerContent& inBackup,
+                     const MizerOrigins& inOrigins) {
+    return inPicture == inBackup || inPicture.mSize == 0 ||
+           inOrigins.FindWork(inPicture, inBackup) != MizerOrigins::Work::km_Unknown;
+}
+
+/** @return false when either is not what it was */
+bool Place(const std::string& inPath, const std::string& inBackup, const MizerContent& inContent,
+           const std::optional<Present>& inPresent) {
+    WnSafeFile file(inPath.c_str(), inPresent ? nullptr : inBackup.c_str());
+    file.CopyFrom(inBackup.c_str());
+    file.KeepTimesOf(inBackup.c_str());
+    file.Finish();
+    if (MizerReadContent(file.GetTemporaryPath()) != inContent)
+        return false;
+    return inPresent ? file.CommitOver(inPresent->mState).has_value() : file.CommitUnlessPresent();
+}
+
+} // namespace
+
+MizerRestoration MizerRestore(const std::string& inPath, const MizerRestoreOptions& inOptions,
+                              MizerBackups& ioBackups) {
     const WnFileClaim claim(WnGetDataFolder(), inPath.c_str());
     if (!claim.IsMine())
-        return MizerRestored::km_InUse;
-    const std::string backup = MizerBackupName(inPath);
-    const WnFileKind backupKind = WnGetFileKind(backup.c_str());
-    if (backupKind == WnFileKind::km_Missing)
-        return MizerRestored::km_NoBackup;
-    const WnFileKind kind = WnGetFileKind(inPath.c_str());
-    const bool isThere = kind != WnFileKind::km_Missing;
-    if (backupKind != WnFileKind::km_RegularFile || (isThere && kind != WnFileKind::km_RegularFile))
+        return {MizerRestored::km_InUse, {}, {}};
+    if (!inOptions.mIsDryRun)
+        ioBackups.RemoveLeftoversBeside(inPath.c_str());
+    const std::vector<std::string> backups = FindBackups(inPath);
+    if (backups.empty())
+        return {MizerRestored::km_NoBackup, {}, {}};
+    const std::optional<Present> present = LookAtPicture(inPath);
+    MizerRestoration restoration;
+    std::string& backup = restoration.mBackup;
+    backup = inOptions.mBackup;
+    if (backup.empty())
+        backup = ChooseBackup(backups, present ? std::optional(present->mContent) : std::nullopt,
+                              ioBackups.GetOrigins());
+    if (WnGetFileKind(backup.c_str()) != WnFileKind::km_RegularFile)
         NvThrow(NvErrorCode::km_WrongPermission);
-    if (isThere)
-        WnCheckReplaceable(inPath.c_str());
-
-    WnSafeFile file(inPath.c_str(), isThere ? nullptr : backup.c_str());
-    file.CopyFrom(backup.c_str());
-    const Shape shape = ReadEveryFrame(file.GetTemporaryPath(), inMemoryLimit);
-    if (isThere && IsOtherImage(inPath.c_str(), shape))
-        return MizerRestored::km_OtherImage;
-    file.Commit();
-    return MizerRestored::km_Restored;
+    const MizerContent content = MizerReadContent(backup.c_str());
+    const Shape shape = ReadEveryFrame(backup.c_str(), inOptions.mMemoryLimit);
+    restoration.mWhat = MizerRestored::km_OtherImage;
+    if (present && IsOtherImage(inPath.c_str(), shape))
+        return restoration;
+    restoration.mWhat = MizerRestored::km_Restored;
+    const bool isToBeKept = present && !IsKeptOtherwise(present->mContent, content, ioBackups.GetOrigins());
+    if (inOptions.mIsDryRun) {
+        if (isToBeKept)
+            restoration.mKept = MizerBackupName(inPath, 2);
+        return restoration;
+    }
+    restoration.mWhat = MizerRestored::km_Changed;
+    if (isToBeKept) {
+        const auto kept = ioBackups.BackupFile(inPath.c_str(), present->mState);
+        if (!kept)
+            return restoration;
+        restoration.mKept = kept->mPath;
+    }
+    if (Place(inPath, backup, content, present))
+        restoration.mWhat = MizerRestored::km_Restored;
+    return restoration;
 }
 
 std::string MizerRestoredEntry(std::chrono::sys_seconds inTime, const char* inPath) {

@@ -199,6 +199,8 @@ std::optional<PvCandidate> PvOptimizer::MakeCandidate(const char* inPath, std::u
     WnCheckReplaceable(inPath);
     candidate.mFile = std::make_unique<WnSafeFile>(inPath);
     candidate.mFile->CopyFrom(ScratchPath());
+    if (mSettings.mKeepsTimes)
+        candidate.mFile->KeepTimesOf(inPath);
     candidate.mFile->Finish(); // what is checked is what is on the disk
     candidate.mMovedPixels = inWritten.mMovedPixels;
     inAllowance.mMovedPixels = static_cast<double>(inWritten.mMovedPixels);
@@ -224,6 +226,7 @@ bool PvOptimizer::Replace(const char* inPath, PvCandidate& ioCandidate, bool inI
         mOutcome.mWorstLook = ioCandidate.mComparison.mWorstLook;
         mHost.BackupFile(inPath);
     }
+    mHost.WillReplace(inPath, ioCandidate.mFile->GetTemporaryPath());
     mState = ioCandidate.mFile->CommitOver(*mState);
     mOutcome.mIsChangedMeanwhile = !mState;
     mOutcome.mGateReason.clear(); // it was that of a result refused before this one

@@ -1,7 +1,7 @@
 #include "win/session/sessionoriginals.h"
 
 #include "nvcode2/base/nverrorcode.h"
-#include "win/batch/mizerrestore.h"
+#include "win/batch/mizerbackups.h"
 #include "wnatom/wholefile.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"

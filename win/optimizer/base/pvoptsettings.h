@@ -10,6 +10,7 @@ struct PvOptSettings {
     /** Changes no displayed colour: no palette building, no tolerance, no exchanged pixels. */
     bool mIsLossless = false;
     bool mCropsSingleImages = false; ///< cuts transparent borders off still pictures too
+    bool mKeepsTimes = false;        ///< the new file is as old as the one it replaces
     /** Largest difference per channel at which a frame's pixel counts as the one already on the screen, 0 to
      *  km_DifferenceTolerance. Lossless runs use 0. */
     std::uint32_t mTolerance = km_DifferenceTolerance;
