@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Holds every include of the program to cmake/rooms.txt, and keeps the includes free of circles.
+"""Checks every include of the program against cmake/rooms.txt, and that includes run in no circle.
 
-    tests/rooms/checkrooms.py [ROOT]     prints each include that is not allowed, with why; status 1 if any
+    tests/rooms/checkrooms.py [ROOT]     prints each include that is not allowed, and why; status 1 if any
+    tests/rooms/checkrooms.py --write    brings the table at the end of docs/architecture.md up to date
 """
 import os
 import re
@@ -60,7 +61,7 @@ def check_includes(root, rooms):
     for file in list_sources(root):
         room = os.path.dirname(file)
         if room not in rooms:
-            yield f'{file}: its folder is no room: cmake/rooms.txt has no line for {room}'
+            yield f'{file}: not in a room: cmake/rooms.txt has no line for {room}'
             continue
         allowed, why = rooms[room]
         with open(os.path.join(root, file), encoding='utf-8') as source:
@@ -80,8 +81,36 @@ def check_includes(root, rooms):
             return
 
 
+def make_table(rooms):
+    rows = ['| Room | may include | because |', '|---|---|---|']
+    for room, (used, why) in rooms.items():
+        folders = {}
+        for name in used:
+            folders.setdefault(os.path.dirname(name), []).append(os.path.basename(name))
+        parts = [f'{folder}: {", ".join(names)}' if folder else ", ".join(names) for folder, names in folders.items()]
+        rows.append(f'| {room} | {"; ".join(parts) or "nothing"} | {why} |')
+    return '\n'.join(rows) + '\n'
+
+
+def check_page(root, rooms, writes):
+    """docs/architecture.md ends with the table of rooms."""
+    name = os.path.join(root, 'docs/architecture.md')
+    if not os.path.exists(name):
+        return
+    with open(name, encoding='utf-8') as file:
+        page = file.read()
+    right = page[:page.index('| Room |')] + make_table(rooms)
+    if right != page and not writes:
+        yield 'docs/architecture.md: its table is out of date: tests/rooms/checkrooms.py --write'
+    elif right != page:
+        with open(name, 'w', encoding='utf-8') as file:
+            file.write(right)
+
+
 def main():
-    root = sys.argv[1] if len(sys.argv) > 1 else os.path.join(os.path.dirname(os.path.abspath(__file__)), '../..')
+    here = os.path.dirname(os.path.abspath(__file__))
+    writes = sys.argv[1:] == ['--write']
+    root = os.path.join(here, '../..') if writes or len(sys.argv) < 2 else sys.argv[1]
     rooms = read_rooms(root)
     faults = []
     for room, (used, _) in rooms.items():
@@ -89,7 +118,7 @@ def main():
     if not faults:
         circles = {' -> '.join(circle) for room in rooms if (circle := find_circle(rooms, room))}
         faults = [f'cmake/rooms.txt: rooms in a circle: {circle}' for circle in sorted(circles)]
-        faults += check_includes(root, rooms)
+        faults += [*check_includes(root, rooms), *check_page(root, rooms, writes)]
     print('\n'.join(faults) or f'{len(rooms)} rooms, every include allowed')
     return 1 if faults else 0
 

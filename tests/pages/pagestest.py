@@ -1,0 +1,53 @@
+#!/usr/bin/env python3
+"""Checks what the pages name: links, paths, classes and options must exist. Paths and options are looked for in
+`code`, classes in docs/architecture.md only."""
+import os
+import re
+import sys
+
+ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), '../..')
+PAGES = ['README.md', 'CONTRIBUTING.md', 'CHANGELOG.md', 'docs/architecture.md', 'docs/guide.md', 'docs/options.md',
+         'docs/performance.md', 'docs/quality.md']
+TOPS = ('nvcode2', 'wnatom', 'win', 'term', 'tests', 'bench', 'fuzz', 'samples', 'packaging', 'docs', 'cmake', '.ci')
+OTHERS = {'--colors', '--lossy', '--prefix'}  # of other programs that the pages speak of
+
+
+def read(name):
+    with open(os.path.join(ROOT, name), encoding='utf-8') as file:
+        return file.read()
+
+
+def exists(path):
+    return any(os.path.exists(os.path.join(ROOT, path + end)) for end in ('', '.h', '.cpp', '.py'))
+
+
+def find_classes():
+    text = ''.join(read(os.path.relpath(os.path.join(folder, name), ROOT)) for top in TOPS[:4]
+                   for folder, _, names in os.walk(os.path.join(ROOT, top)) for name in names if name.endswith('.h'))
+    return set(re.findall(r'^(?:class|struct) (\w+)(?: final)?(?: :[^;]*)?\s*{', text, re.M))
+
+
+def check(page, options, classes):
+    text = read(page)
+    for link in re.findall(r'\]\((?!http)([^)#]+)', text):
+        if not os.path.exists(os.path.join(ROOT, os.path.dirname(page), link)):
+            yield f'links to {link}'
+    for code in re.findall(r'`([^`\n]+)`', re.sub(r'```.*?```', '', text, flags=re.S)):
+        if re.match(r'[.\w/]+$', code) and code.split('/')[0] in TOPS and not exists(code):
+            yield f'names the path {code}'
+        for option in re.findall(r'(?<![\w-])--[a-z][\w-]+', '' if 'cmake' in code else code):
+            if option not in options | OTHERS:
+                yield f'names the option {option}'
+        if page.endswith('architecture.md') and re.match(r'(Nv|Wn|Pv|Mizer|Term|KApp|Session)[A-Z]\w+$', code) \
+                and code not in classes:
+            yield f'names the class {code}'
+
+
+def main():
+    options = set(re.findall(r'`(--[\w-]+)', read('docs/options.md')))
+    classes = find_classes()
+    faults = [f'{page}: {fault}, which does not exist' for page in PAGES for fault in check(page, options, classes)]
+    sys.exit('\n'.join(faults) or 0)
+
+
+main()
