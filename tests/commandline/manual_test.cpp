@@ -80,7 +80,6 @@ TEST(Manual, BashOffersPicturesFoldersAndValues) {
     WriteTestFile(folder / "d/c.gif", "");
     EXPECT_THAT(BashOffers(folder, "--lossless ''"), ElementsAre("d", "my a.GIF"));
     EXPECT_THAT(BashOffers(folder, "--contact-sheet b"), ElementsAre("b.txt"));
-    EXPECT_THAT(BashOffers(folder, "--contact-sheet = b"), ElementsAre("b.txt"));
     EXPECT_THAT(BashOffers(folder, "--tolerance ''"), IsEmpty());
     EXPECT_THAT(BashOffers(folder, "--set LOG"), ElementsAre("LOG=", "LOGALL="));
     EXPECT_THAT(BashOffers(folder, "--set = LOG ="), ElementsAre("0", "1"));

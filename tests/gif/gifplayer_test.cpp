@@ -127,15 +127,11 @@ TEST(Thumbnail, FitsItsBoxWithItsProportions) {
             << c.mWidth << " x " << c.mHeight;
 }
 
-TEST(Thumbnail, TheBackdropShowsWhereNothingIsDrawn) {
-    const NvThumbnail thumbnail(10, 10, {km_Light, km_Dark, 2});
-    EXPECT_THAT(Render("...1. ..... .....", thumbnail),
+TEST(Thumbnail, ReducedPixelsCountAsMuchAsTheyCover) {
+    EXPECT_THAT(Render("...1. ..... .....", NvThumbnail(10, 10, {km_Light, km_Dark, 2})),
                 ElementsAre(km_Light, km_Light, km_Dark, km_Red, km_Light,  //
                             km_Light, km_Light, km_Dark, km_Dark, km_Light, //
                             km_Dark, km_Dark, km_Light, km_Light, km_Dark));
-}
-
-TEST(Thumbnail, ReducedPixelsCountAsMuchAsTheyCover) {
     const NvThumbnail thumbnail(1, 1, {{255, 255, 255}, km_Dark, 8});
     EXPECT_THAT(Render("12 12", thumbnail), ElementsAre(NvColor{128, 128, 0}));
     EXPECT_THAT(Render("1. ..", thumbnail), ElementsAre(NvColor{255, 191, 191}));

@@ -9,11 +9,6 @@
 
 namespace {
 
-TestFrame WithDisposal(TestFrame inFrame, std::uint32_t inDisposal) {
-    inFrame.mDisposal = inDisposal;
-    return inFrame;
-}
-
 /** @return the animation as it is read and the error that was told */
 std::pair<TestGIF, double> Stream(const TestGIF& inGIF) {
     const TestFolder folder;

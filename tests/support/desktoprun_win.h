@@ -59,8 +59,6 @@ public:
 
 private:
     static std::string GetText(HWND inControl);
-    std::string ReadRemoteText(HWND inControl, UINT inMessage, WPARAM inWParam, void* inItem,
-                               std::size_t inItemSize, std::size_t inTextOffset) const;
 
     TestFolder mOwnFolder;
     TestVariable mTemporary{"TMP", mOwnFolder.GetPath()};

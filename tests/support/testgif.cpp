@@ -75,6 +75,11 @@ TestFrame Picture(const std::string& inRows, std::uint32_t inLeft, std::uint32_t
     return frame;
 }
 
+TestFrame WithDisposal(TestFrame inFrame, std::uint32_t inDisposal) {
+    inFrame.mDisposal = inDisposal;
+    return inFrame;
+}
+
 TestGIF Movie(std::vector<TestFrame> inFrames) {
     TestGIF gif;
     gif.mFrames = std::move(inFrames);
@@ -149,25 +154,19 @@ std::vector<TestCanvas> Play(const TestGIF& inGIF) {
 namespace {
 
 std::string DifferenceBesidesPictures(const TestGIF& inOriginal, const TestGIF& inResult) {
-    if (inOriginal.mWidth != inResult.mWidth || inOriginal.mHeight != inResult.mHeight)
-        return "screen size";
+    const auto isSame = [&](auto inMember) { return inOriginal.*inMember == inResult.*inMember; };
+    if (!isSame(&TestGIF::mWidth) || !isSame(&TestGIF::mHeight) || !isSame(&TestGIF::mAspect))
+        return "screen";
     if (inOriginal.mFrames.size() != inResult.mFrames.size())
         return "number of frames";
-    if (inOriginal.mLoop != inResult.mLoop)
-        return "looping";
-    if (inOriginal.mComments != inResult.mComments)
-        return "comments";
-    if (inOriginal.mAspect != inResult.mAspect)
-        return "aspect";
+    if (!isSame(&TestGIF::mLoop) || !isSame(&TestGIF::mComments))
+        return "looping or comments";
     for (std::size_t i = 0; i < inOriginal.mFrames.size(); ++i) {
         const TestFrame& original = inOriginal.mFrames[i];
         const TestFrame& result = inResult.mFrames[i];
-        if (original.mDelay != result.mDelay)
-            return "delay of frame " + std::to_string(i);
-        if (original.mUserInput != result.mUserInput)
-            return "user input of frame " + std::to_string(i);
-        if (original.mInterlaced != result.mInterlaced)
-            return "interlacing of frame " + std::to_string(i);
+        if (original.mDelay != result.mDelay || original.mUserInput != result.mUserInput ||
+            original.mInterlaced != result.mInterlaced)
+            return "delay, user input or interlacing of frame " + std::to_string(i);
     }
     return {};
 }

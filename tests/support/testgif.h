@@ -46,6 +46,8 @@ struct TestGIF {
  *  'e' are indices 0 to 14, '.' is an undrawn pixel of index 15. */
 TestFrame Picture(const std::string& inRows, std::uint32_t inLeft = 0, std::uint32_t inTop = 0);
 
+TestFrame WithDisposal(TestFrame inFrame, std::uint32_t inDisposal);
+
 /** A frame whose pixels are inIndex(x, y). */
 template <typename Index>
 TestFrame Paint(std::uint32_t inWidth, std::uint32_t inHeight, Index inIndex) {

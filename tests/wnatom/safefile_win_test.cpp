@@ -69,19 +69,6 @@ TEST_F(SafeFile, AReaderThatLetsGoSoonIsWaitedForOthersAreAnError) {
     EXPECT_EQ(ReadTestFile(mTarget), "new");
 }
 
-TEST_F(SafeFile, WhatCannotBeReplacedIsToldBeforehand) {
-    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(mTarget.c_str()); }), NvErrorCode::km_NoError);
-    SetFileAttributesW(NvWiden(mTarget).c_str(), FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(mTarget.c_str()); }), NvErrorCode::km_PermissionDenied);
-    SetFileAttributesW(NvWiden(mTarget).c_str(), FILE_ATTRIBUTE_NORMAL);
-    const HANDLE reader = OpenFor(mTarget, FILE_SHARE_READ);
-    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(mTarget.c_str()); }), NvErrorCode::km_Failure);
-    CloseHandle(reader);
-    EXPECT_EQ(CodeOf([&] { WnCheckReplaceable((mFolder / "none").c_str()); }), NvErrorCode::km_FileNotFound);
-    EXPECT_EQ(CodeOf([&] { WnSafeFile file((mFolder / "none/pic.gif").c_str()); }),
-              NvErrorCode::km_FileNotFound);
-}
-
 TEST_F(SafeFile, OnlyLeftoversOfDeadRunsAreRemoved) {
     WriteTestFile(mFolder / ".parvigif-dead01.tmp", "");
     WriteTestFile(mFolder / ".parvigif-seven07.tmp", "one character too many");

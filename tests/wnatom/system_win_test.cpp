@@ -1,6 +1,5 @@
 // Folders, file identities, the data folder and scratch files on Windows.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "nvcode2/base/nverrorcode.h"
@@ -11,17 +10,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-TEST(System, AFolderListsItsFilesInBytewiseOrderWithEitherSeparator) {
-    const TestFolder folder;
-    for (const char* name : {"b.gif", "A.gif", "\xe6\x97\xa5\xd0\xb6.gif", ".hidden.gif"})
-        WriteTestFile(folder / name, "x");
-    fs::create_directory(folder / "folder.gif");
-    for (const char* end : {"", "\\", "/"})
-        EXPECT_THAT(WnListFiles((folder.GetPath() + end).c_str()),
-                    testing::ElementsAre(".hidden.gif", "A.gif", "b.gif", "\xe6\x97\xa5\xd0\xb6.gif"));
-    EXPECT_THROW(WnListFiles((folder / "none").c_str()), NvErrorCode);
-}
 
 TEST(System, AFileHasOneIdentityInWhateverCaseItIsNamed) {
     const TestFolder folder;
