@@ -105,9 +105,13 @@ TEST_F(Failures, WhatIsReadOnlyStaysAsItIs) {
         ExpectLine("locked/tiles.gif", readOnly);
         EXPECT_EQ(Read("locked.gif"), original);
         EXPECT_EQ(Read("locked/tiles.gif"), original);
+        EXPECT_THAT(mRunner.Run({"--min-saving=1", "locked.gif"}).mErr, HasSubstr(readOnly));
+        EXPECT_EQ(Read("locked.gif"), original);
         EXPECT_FALSE(Has("locked.gif.BAK"));
         mRunner.mAsNobody = true;
     }
+    EXPECT_EQ(mRunner.Run({"-o", "out", "locked.gif"}).mStatus, 0) << "it is only read";
+    EXPECT_LT(Read("out/locked.gif").size(), original.size());
     fs::permissions(mFolder / "locked", fs::perms::all);
     EXPECT_EQ(std::distance(fs::directory_iterator(mFolder / "locked"), fs::directory_iterator()), 1);
 }

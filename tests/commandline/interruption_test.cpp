@@ -147,6 +147,47 @@ TEST_F(FaultEverywhere, DiskFull) {
     EXPECT_TRUE(mSeen.contains(mOriginal));
 }
 
+TEST_F(FaultEverywhere, WritesThatGoWrongUnnoticed) {
+    mSeen = {mOriginal, mFinal};
+    for (int at = 1; at <= km_Operations / 2; ++at) {
+        Write(km_Name, mOriginal);
+        SetFault("rot", at);
+        mRunner.Run({"--no-backup", km_Name});
+        mSeen.insert(Read(km_Name));
+        EXPECT_TRUE(Read(km_Name).ends_with(';')) << "operation " << at;
+    }
+}
+
+TEST_F(FaultEverywhere, WhatCannotBeFlushedReplacesNothing) {
+    SetFault("sync", 1);
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--no-backup"}, {"--no-backup", "--min-saving=1"}, {"-o", "out"}}) {
+        Write(km_Name, mOriginal);
+        mArguments = arguments;
+        mArguments.emplace_back(km_Name);
+        EXPECT_EQ(mRunner.Run(mArguments).mStatus, 1) << arguments.back();
+        EXPECT_EQ(Read(km_Name), mOriginal) << arguments.back();
+        EXPECT_FALSE(Has("out/ball.gif"));
+    }
+}
+
+TEST_F(FaultEverywhere, SavedAnewByAnotherProgram) {
+    for (const char* option : {"-q", "--min-saving=1"}) {
+        int at = 0;
+        do {
+            fs::remove(mFolder / "saved");
+            Write(km_Name, mOriginal);
+            fs::remove(mFolder / "ball.gif.BAK");
+            SetFault("save", ++at);
+            mRunner.Run({option, km_Name});
+            const std::string kept = Has("ball.gif.BAK") ? Read("ball.gif.BAK") : mOriginal;
+            EXPECT_EQ(Read(km_Name).ends_with('!') || kept.ends_with('!'), Has("saved"))
+                << option << ", operation " << at;
+        } while (Has("saved"));
+        EXPECT_GT(at, 15) << option;
+    }
+}
+
 TEST_F(Interruption, RestoringPutsTheWholeOriginalBackOrNothing) {
     DrawSamples();
     const std::string original = Read("ball.gif");

@@ -4,6 +4,9 @@
 //   kill=n   the process dies just before operation n
 //   tear=n   the same, but half of what operation n would write is written
 //   full=n   from operation n on, the disk is full
+//   rot=n    if operation n is a write, other bytes than it should reach the disk unnoticed
+//   sync=n   from operation n on, nothing can be flushed to the disk
+//   save=n   just before operation n another program adds to ball.gif
 // Operations are those that change what is on the disk. Standard streams are left alone.
 
 #include <cerrno>
@@ -11,6 +14,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -19,7 +23,9 @@
 
 namespace {
 
-enum class Fault { None, Kill, Tear, Full };
+enum class Fault { None, Kill, Tear, Full, Rot, Sync, Save };
+
+constexpr const char* km_Names[] = {"kill", "tear", "full", "rot", "sync", "save"};
 
 struct Plan {
     Fault mFault = Fault::None;
@@ -34,11 +40,26 @@ Plan& GetPlan() {
         const char* equals = text ? std::strchr(text, '=') : nullptr;
         if (!equals)
             return read;
-        read.mFault = text[0] == 'k' ? Fault::Kill : text[0] == 't' ? Fault::Tear : Fault::Full;
+        for (int i = 0; i < 6; ++i)
+            if (std::strncmp(text, km_Names[i], static_cast<std::size_t>(equals - text)) == 0)
+                read.mFault = static_cast<Fault>(i + 1);
         read.mAt = std::strtol(equals + 1, nullptr, 10);
         return read;
     }();
     return plan;
+}
+
+template <typename Function>
+Function Next(Function, const char* inName) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, inName));
+}
+
+void SaveAnew() {
+    for (const char* name : {"ball.gif", "saved"}) { // the second tells that it was done
+        const int file = Next(open, "open")(name, O_WRONLY | O_APPEND | O_CREAT, 0600);
+        Next(write, "write")(file, "!", 1);
+        close(file);
+    }
 }
 
 /** Counts an operation. Does not return when the process is to die here; returns whether the disk is full. */
@@ -47,12 +68,9 @@ bool IsFull() {
     ++plan.mCount;
     if (plan.mFault == Fault::Kill && plan.mCount == plan.mAt)
         raise(SIGKILL);
+    if (plan.mFault == Fault::Save && plan.mCount == plan.mAt)
+        SaveAnew();
     return plan.mFault == Fault::Full && plan.mCount >= plan.mAt;
-}
-
-template <typename Function>
-Function Next(Function, const char* inName) {
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, inName));
 }
 
 int Fail() {
@@ -87,12 +105,20 @@ ssize_t write(int inDescriptor, const void* inBytes, size_t inCount) {
         next(inDescriptor, inBytes, inCount / 2);
         raise(SIGKILL);
     }
+    if (plan.mFault == Fault::Rot && plan.mCount + 1 == plan.mAt) {
+        std::string rotten(static_cast<const char*>(inBytes), inCount);
+        rotten.back() = 'x';
+        ++plan.mCount;
+        return next(inDescriptor, rotten.data(), inCount);
+    }
     return IsFull() ? Fail() : next(inDescriptor, inBytes, inCount);
 }
 
 int fsync(int inDescriptor) {
     IsFull();
-    return Next(fsync, "fsync")(inDescriptor);
+    const Plan& plan = GetPlan();
+    return plan.mFault == Fault::Sync && plan.mCount >= plan.mAt ? Fail()
+                                                                 : Next(fsync, "fsync")(inDescriptor);
 }
 
 int fchmod(int inDescriptor, mode_t inMode) {
