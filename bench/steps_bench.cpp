@@ -86,7 +86,7 @@ const Step km_Steps[] = {
      [](Run& io, PvProgress&) {
          std::vector<std::unique_ptr<NvGIFFrame>> tried;
          for (const std::uint32_t i : PvFramesToTry(km_Frames))
-             tried.emplace_back(static_cast<NvGIFFrame*>(io.mFrames[i]->Clone().release()));
+             tried.emplace_back(io.mFrames[i]->Copy());
          MergeSimilarFrameColours(io.mColours, tried);
      }},
     {"build the palette",

@@ -16,8 +16,8 @@ void NvSetAssertHook(NvAssertHook inHook);
 /** Forwards to the assertion hook when one is set. For contract checks that do not end the process. */
 void NvCallAssertHook(const char* inFileName, std::uint32_t inLine);
 
-/** Shows the report of a failed assertion, a line with its line break: on standard error or, in a program
- *  that has none, in a message box. One body per platform. */
+/** Shows the report of a failed assertion, one line: on standard error or, in a program without one, in a
+ *  message box. One body per platform. */
 void NvShowAssertion(const char* inReport);
 
 /** Calls the hook, shows the failure and aborts. */
@@ -27,6 +27,6 @@ void NvShowAssertion(const char* inReport);
 #define NvAssert(inExpression)                                                                               \
     ((inExpression) ? static_cast<void>(0) : NvAssertFailed(#inExpression, __FILE__, __LINE__))
 
-/** The same with a text of its own, for conditions known by a fixed wording. */
+/** The same, quoting a fixed text instead of the expression. */
 #define NvAssertText(inExpression, inText)                                                                   \
     ((inExpression) ? static_cast<void>(0) : NvAssertFailed(inText, __FILE__, __LINE__))

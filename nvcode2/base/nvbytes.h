@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstring>
 
-/** Eight bytes at any address as one number, spelled so that compilers see the single load or store it is. */
+/** Eight bytes at any address as one number, spelled so that compilers make one load or store of it. */
 
-/** The first byte is the lowest. */
+/** The first byte becomes the lowest. */
 inline std::uint64_t NvLoadLittleEndian(const std::uint8_t* inBytes) {
     using Word = std::uint64_t;
     if constexpr (std::endian::native == std::endian::little) {
@@ -18,7 +18,7 @@ inline std::uint64_t NvLoadLittleEndian(const std::uint8_t* inBytes) {
            Word{inBytes[4]} << 32 | Word{inBytes[5]} << 40 | Word{inBytes[6]} << 48 | Word{inBytes[7]} << 56;
 }
 
-/** The lowest goes first. */
+/** The lowest byte goes first. */
 inline void NvStoreLittleEndian(std::uint8_t* outBytes, std::uint64_t inWord) {
     if constexpr (std::endian::native == std::endian::little)
         std::memcpy(outBytes, &inWord, sizeof inWord);
@@ -27,14 +27,14 @@ inline void NvStoreLittleEndian(std::uint8_t* outBytes, std::uint64_t inWord) {
             outBytes[i] = static_cast<std::uint8_t>(inWord >> (8 * i));
 }
 
-/** The first byte is the highest. */
+/** The first byte becomes the highest. */
 inline std::uint64_t NvLoadBigEndian(const std::uint8_t* inBytes) {
     using Word = std::uint64_t;
     return Word{inBytes[7]} | Word{inBytes[6]} << 8 | Word{inBytes[5]} << 16 | Word{inBytes[4]} << 24 |
            Word{inBytes[3]} << 32 | Word{inBytes[2]} << 40 | Word{inBytes[1]} << 48 | Word{inBytes[0]} << 56;
 }
 
-/** A byte eight times over. */
+/** Eight times the same byte. */
 constexpr std::uint64_t NvEightOf(std::uint8_t inByte) {
     return inByte * 0x0101010101010101U;
 }
@@ -46,9 +46,9 @@ constexpr std::uint64_t NvFindZeroBytes(std::uint64_t inBytes) {
     return ~(((inBytes & km_AllButTop) + km_AllButTop) | inBytes | km_AllButTop);
 }
 
-/** A bit for each of eight bytes that equals inByte, the first one's on top. */
+/** One bit for each of eight bytes, the first in the top bit: whether it equals inByte. */
 inline std::uint8_t NvBitsOfEight(const std::uint8_t* inBytes, std::uint8_t inByte) {
     const std::uint64_t equal = NvFindZeroBytes(NvLoadBigEndian(inBytes) ^ NvEightOf(inByte));
-    // Each factor's bit moves one byte's top bit into the top byte, and no two meet on the way.
+    // Each bit of the factor moves one byte's flag to its place in the top byte; no two of them collide.
     return static_cast<std::uint8_t>((equal >> 7) * 0x0102040810204080U >> 56);
 }

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-/** The one exception type: what went wrong, the operating system's word on it, and who raised it.
+/** The one exception type: what went wrong, the operating system's error number, and who raised it.
  *
  *  Thrown and caught by value. It holds numbers only; the words for them belong to the front ends.
  *  Contract violations are never reported this way (see nvassert.h). */
@@ -36,6 +36,7 @@ public:
         km_UnknownGIFVersion = 33, ///< neither "87a" nor "89a"
         km_StringResource = 35,    ///< a string resource is missing
         km_NotSupported = 37,      ///< the class does not support the operation
+        km_WrongFormatInfo = 38,   ///< a frame was given no record, or one of another file format
     };
 
     /** @param inFileName  the source file that raises the error, kept up to 255 characters
@@ -54,7 +55,7 @@ public:
     std::uint32_t GetCode() const { return mCode; }
     /** errno of the runtime call behind the error, or 0. */
     std::int32_t GetSystemError() const { return mSystemError; }
-    /** Who raised it, for report hooks and debuggers: people are told the code. Length-prefixed and
+    /** Who raised it, for report hooks and debuggers; people see the code's words. Length-prefixed and
      *  NUL-terminated: one length byte, then at most 255 characters. */
     const unsigned char* GetFileName() const { return mFileName.data(); }
     std::uint32_t GetLine() const { return mLine; }
@@ -72,8 +73,8 @@ using NvErrorReportHook = void (*)(const NvErrorCode& inError);
 /** Installs the process-wide report hook, for debugging and tools; nullptr (the default) removes it. */
 void NvSetErrorReportHook(NvErrorReportHook inHook);
 
-/** Throws an NvErrorCode that names the caller's place, which the defaults stand for. (Not
- *  std::source_location: clang has it only from version 16 on.) */
+/** Throws an NvErrorCode that names the caller's place: the defaults are evaluated there. (clang has
+ *  std::source_location only from version 16 on.) */
 [[noreturn]] void NvThrow(std::uint32_t inCode, const char* inFileName = __builtin_FILE(),
                           std::uint32_t inLine = __builtin_LINE());
 

@@ -25,7 +25,7 @@ struct NvRect {
     bool operator==(const NvRect&) const = default;
 };
 
-/** The smallest rectangle that holds both, neither of which is empty. */
+/** The smallest rectangle that holds both. Neither may be empty. */
 inline NvRect NvUnionRect(const NvRect& inFirst, const NvRect& inSecond) {
     return {std::min(inFirst.left, inSecond.left), std::min(inFirst.top, inSecond.top),
             std::max(inFirst.right, inSecond.right), std::max(inFirst.bottom, inSecond.bottom)};

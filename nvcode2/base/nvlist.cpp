@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "nvcode2/base/nvallocate.h"
 #include "nvcode2/base/nvassert.h"
 
 NvList::~NvList() {
@@ -65,7 +66,7 @@ std::unique_ptr<NvList::Node>& NvList::OwnerOf(const Node* inNode) {
 
 /** Puts a new node between inPrevious and what ioOwner, the owner at that place, held so far. */
 NvList::Node* NvList::Link(std::unique_ptr<Node>& ioOwner, Node* inPrevious, void* inElement) {
-    auto node = std::make_unique<Node>();
+    std::unique_ptr<Node> node = NvAllocate([] { return std::make_unique<Node>(); });
     node->mPrevious = inPrevious;
     node->mNext = std::move(ioOwner);
     node->mElement = inElement;

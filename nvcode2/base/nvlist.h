@@ -5,9 +5,11 @@
 
 /** A doubly linked list of untyped element pointers. It owns its nodes, never the elements.
  *
- *  Indices count from 0 and are reached by walking from the first node, as is the count: a loop over all
- *  elements walks the nodes instead (GetFirst, then Node::GetNext). The program appends, walks and removes;
- *  inserting, indices and the way back are there because a list without them is none. */
+ *  Indices count from 0. Reaching one takes a walk from the first node, and so does counting: loops over all
+ *  elements walk the nodes instead (GetFirst, then Node::GetNext). Whatever adds a node raises 2 when memory
+ *  is out, and then leaves the list as it was.
+ *
+ *  The program appends, walks and removes; inserting, indices and the way back make the list complete. */
 class NvList {
 public:
     /** One place in the list; valid until it is removed. */
@@ -54,8 +56,10 @@ public:
      *  Precondition: inIndex <= GetCount(). */
     Node* Insert(std::uint32_t inIndex, void* inElement);
 
-    /** Removes a node and leaves its element alone. Precondition: inIndex < GetCount(). */
+    /** Removes a node and leaves its element alone. Precondition: inIndex < GetCount(). The signed form lets
+     *  a literal 0 be an index. */
     void Remove(std::uint32_t inIndex);
+    void Remove(std::int32_t inIndex) { Remove(static_cast<std::uint32_t>(inIndex)); }
 
     /** The same for a node of this list, not null. */
     void Remove(Node* inNode);

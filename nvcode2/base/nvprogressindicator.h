@@ -4,7 +4,7 @@
 
 #include "nvcode2/base/nverrorcode.h"
 
-/** Told by long loops of the library how far they are; its answer may stop them. */
+/** Long loops of the library report to it how far they are; its answer may stop them. */
 class NvProgressIndicator {
 public:
     NvProgressIndicator() = default;

@@ -180,7 +180,7 @@ std::uint32_t NvString::NumberToText(std::int32_t inNumber, char* outBufferPtr) 
     if (inNumber >= 0)
         return NumberToText(number, outBufferPtr);
     *outBufferPtr = '-';
-    return 1 + NumberToText(0u - number, outBufferPtr + 1); // unsigned, for the lowest number has no opposite
+    return 1 + NumberToText(0u - number, outBufferPtr + 1); // unsigned: the lowest number has no opposite
 }
 
 /** Gives the string a buffer for inLength characters, all 0, and returns the one it had. */
@@ -191,6 +191,7 @@ std::unique_ptr<unsigned char[]> NvString::Allocate(std::uint64_t inLength) {
     buffer[0] = static_cast<unsigned char>(std::min<std::uint64_t>(inLength, 255));
     mLength = static_cast<std::uint32_t>(inLength);
     mTextPtr = reinterpret_cast<char*>(buffer.get() + 1);
+    NvAssert(mTextPtr);
     mBufferPtr.swap(buffer);
     return buffer;
 }
@@ -201,7 +202,7 @@ void NvString::Resize(std::uint64_t inLength) {
     std::copy_n(old.get() + 1, kept, mTextPtr);
 }
 
-/** Takes over a text, which may lie in the present buffer. */
+/** Becomes a copy of a text, which may lie in the present buffer. */
 void NvString::Replace(const char* inTextPtr, std::uint32_t inLength) {
     const std::unique_ptr<unsigned char[]> old = Allocate(inLength);
     std::copy_n(inTextPtr, inLength, mTextPtr);

@@ -13,8 +13,8 @@ class NvStringResources;
  *  length allocates. Indices count characters from 0. Every constructor and every operation that makes or
  *  resizes a string raises 2 when memory is short; the string is then unchanged.
  *
- *  No caller yet in the program on this platform: window code takes its texts from resources and hands them
- *  to calls that want the one form or the other. */
+ *  For programs that take their texts from resources and hand them to calls of either kind; the library's
+ *  own routines have no use for it. */
 class NvString {
 public:
     NvString();
@@ -65,7 +65,7 @@ public:
      *  Precondition: both strings have that many. */
     std::int32_t CompareN(const NvString& inString, std::uint32_t inNChars) const;
 
-    /** The six relations are those of Compare. */
+    /** All six relations follow Compare. */
     bool operator==(const NvString& inString) const { return Compare(inString) == 0; }
     std::strong_ordering operator<=>(const NvString& inString) const { return Compare(inString) <=> 0; }
 
@@ -77,7 +77,7 @@ public:
     void Fill(std::uint32_t inCount, char inChar);
     void Fill(char inChar);
 
-    /** Whether the string is empty or holds only spaces, and the opposite. */
+    /** Whether the string is empty or holds only spaces; the opposite. */
     bool IsBlank() const;
     bool HasNonBlank() const { return !IsBlank(); }
 

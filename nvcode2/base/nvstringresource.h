@@ -11,7 +11,7 @@ struct NvStringBlock {
     std::int32_t mSystemError = 0; ///< the system's last error, 0 when there is none
 };
 
-/** A module with texts in it, found by number. NvString loads itself from one. Like it, for window code. */
+/** A module that holds texts under numbers. NvString loads itself from one. */
 class NvStringResources {
 public:
     /** FindBlock's system error when memory ran out. */
@@ -26,7 +26,7 @@ public:
     virtual std::uint32_t LoadText(std::uint32_t inStringID, char* outText, std::uint32_t inSize) const = 0;
 };
 
-/** Texts held in memory, for platforms whose programs carry no string resources. */
+/** Texts in memory, for platforms whose programs carry no string resources. */
 class NvStringTable : public NvStringResources {
 public:
     /** An empty table finds nothing. */

@@ -6,18 +6,18 @@
 
 /** Texts, paths and error numbers between the program and Windows. For sources named _win only.
  *
- *  The program's texts are UTF-8; Windows is asked through its UTF-16 functions, so that no name depends on a
- *  code page. */
+ *  The program's texts are UTF-8. They reach Windows through its UTF-16 functions, so that no name depends on
+ *  a code page. */
 
-/** What is no UTF-8 becomes U+FFFD, which no file has by accident. */
+/** Bytes that are not UTF-8 become U+FFFD, which no file name contains by accident. */
 std::wstring NvWiden(std::string_view inText);
 std::string NvNarrow(std::wstring_view inText);
 
-/** The path as file functions take it: of any length, while plain ones end at 260 characters. Stays as it
- *  was given where it is short. */
+/** The path as file functions take it at any length; plain ones may have 260 characters at most. A short path
+ *  stays as given. */
 std::wstring NvWidePath(std::string_view inPath);
 
-/** The errno that says the same as an error number of Windows; EIO for those that have none. */
+/** The errno for an error number of Windows; EIO where there is none. */
 int NvErrnoForWindows(std::uint32_t inWindowsError);
 
 /** The same for the error of the last call. */

@@ -28,7 +28,7 @@ NvFilePlatform::Access AccessForPerm(std::uint16_t inPerm) {
     }
 }
 
-/** Opening has codes of its own for errno, so that a front end can tell why a file would not open. */
+/** Opening has codes of its own for errno, so that a front end can say why a file would not open. */
 std::uint32_t CodeForOpenError(std::int32_t inSystemError) {
     switch (inSystemError) {
     case EACCES:
@@ -68,9 +68,9 @@ NvFile::~NvFile() {
 }
 
 void NvFile::Open(std::uint16_t inPerm, bool inCloseOnClose, std::int32_t inDescriptor) {
-    mByteCounter = 0;
     // Counting may start again at any time, but never at the cost of a descriptor in use.
     if (IsCountingPerm(inPerm) && mDescriptor == -1) {
+        mByteCounter = 0;
         mFilePerm = inPerm;
         mIsOpen = true;
         return;
@@ -89,6 +89,7 @@ void NvFile::Open(std::uint16_t inPerm, bool inCloseOnClose, std::int32_t inDesc
     } else {
         mDescriptor = inDescriptor;
     }
+    mByteCounter = 0;
     mFilePerm = inPerm;
     mCloseOnClose = inCloseOnClose;
     mIsOpen = true;

@@ -6,9 +6,9 @@
 
 /** A binary file with a path: unbuffered reading and writing, and a counting mode that only measures.
  *
- *  In counting mode (km_WritePerm and km_CountPerm) there is no descriptor and no path is needed: writes
+ *  In counting mode (km_WritePerm and km_CountPerm) there is no descriptor, and no path is needed: writes
  *  advance a counter that stands for the file's length and position, so that a writer learns how long its
- *  output would be without touching the disk. Reading and seeking raise 20 there.
+ *  output would be without touching the disk. Reading raises 12 there, seeking 20.
  *
  *  Positions and lengths are bytes. A file of 2 GiB or more is too large: what does not fit raises 29.
  *  "By errno" below is the mapping of ThrowRuntimeError. */
@@ -33,8 +33,8 @@ public:
     NvFile(const NvFile&) = delete;
     NvFile& operator=(const NvFile&) = delete;
 
-    /** Closes a descriptor that Close would close, and says nothing of failures: a file whose content matters
-     *  is closed by Close. */
+    /** Closes a descriptor that Close would close, without reporting failures: a file whose content matters
+     * is closed by Close. */
     ~NvFile();
 
     /** Opens the file at the path, adopts an open descriptor, or starts to count.
@@ -45,8 +45,8 @@ public:
      *  @param inCloseOnClose  whether Close, and the destructor, close the descriptor
      *  @param inDescriptor    an open descriptor to use instead of the path, or -1
      *  @throws NvErrorCode    4 without path and descriptor; 11 when already open; 5 for another inPerm with
-     *  a path; from opening: 14 (EACCES), 12 (EEXIST, EINVAL), 9 (EMFILE), 10 (ENOENT), 1. The file is then
-     *  as open or closed as it was */
+     *  a path; from opening: 14 (EACCES), 12 (EEXIST, EINVAL), 9 (EMFILE), 10 (ENOENT), 1. The file then
+     *  stays open or closed as it was, and keeps what it has counted */
     void Open(std::uint16_t inPerm, bool inCloseOnClose = true, std::int32_t inDescriptor = -1);
 
     /** @throws NvErrorCode  15 when not open; 20 when closing fails, with the file closed all the same */
@@ -54,8 +54,8 @@ public:
 
     bool IsOpen() const { return mIsOpen; }
 
-    /** The permission of the last successful Open, 0 before the first. For whoever is handed an open file; no
-     *  caller yet in the program. */
+    /** The permission of the last successful Open, 0 before the first. For routines that are handed an open
+     *  file; the program's own all know what they opened. */
     std::uint16_t GetPermission() const { return mFilePerm; }
 
     /** Reads up to inCount bytes from the position on. Reading 0 bytes does nothing.
@@ -80,7 +80,7 @@ public:
     /** @throws NvErrorCode  15 when not open, 29, or by errno */
     std::uint32_t GetPosition() const;
 
-    /** What a file has counted can still be asked after Close.
+    /** What a file has counted remains known after Close.
      *  @throws NvErrorCode  15 when not open, 29, or by errno */
     std::uint32_t GetLength() const;
 

@@ -6,10 +6,10 @@
 /** Names a file by its full path: a NUL-terminated 8-bit string of any length, kept as given.
  *
  *  The path is split at its last separator, a backslash or a slash; what follows is the file's name. A name
- *  with a backslash in it, which other systems allow, therefore counts as a folder and a name.
+ *  that contains a backslash, which some systems allow, therefore counts as a folder and a name.
  *
- *  The program sets whole paths; taking a name out, exchanging it and clearing the path have no caller yet
- *  and are for dialogs, which keep a folder while its files change. */
+ *  The program sets whole paths. Reading and replacing the name alone, and clearing the path, are for
+ * dialogs, which keep a folder while its files change. */
 class NvFileLocator {
 public:
     /** Names no file yet. */
@@ -35,7 +35,7 @@ public:
      *  @throws NvErrorCode  2; the path is then unchanged */
     void SetPath(const char* inPath);
 
-    /** Names no file any more. */
+    /** Afterwards it names no file. */
     void ClearPath();
 
     /** Copies the name after the last separator (the whole path without one) and its NUL to outFileName.

@@ -4,8 +4,8 @@
 
 /** The operating system's file calls, one body per platform; only NvFile uses it.
  *
- *  Files are binary and shared with everybody. Offsets and lengths are 64 bits, in bytes. Every function
- *  returns -1 with errno set when it fails, and goes on by itself after an interrupted call. */
+ *  Files are binary, and other programs may open them meanwhile. Offsets and lengths are 64 bits, in bytes.
+ *  Every function returns -1 with errno set when it fails, and repeats a call that a signal interrupted. */
 class NvFilePlatform {
 public:
     enum class Access {

@@ -11,7 +11,7 @@ namespace {
 // A file that its owner may only write could not be read back to be checked.
 constexpr mode_t km_OwnerOnly = S_IRUSR | S_IWUSR;
 
-/** Calls again for as long as a signal cuts the call short. */
+/** Repeats a call for as long as signals interrupt it. */
 template <typename Call>
 auto Uninterrupted(Call inCall) {
     auto result = inCall();
@@ -20,8 +20,8 @@ auto Uninterrupted(Call inCall) {
     return result;
 }
 
-/** open() that leaves the descriptor to no child process and waits for nobody: opening a pipe would block
- *  until its other end turns up. On a regular file O_NONBLOCK has no effect. */
+/** open() that keeps the descriptor from child processes and never waits: opening a pipe would block until
+ * its other end is opened. On a regular file O_NONBLOCK has no effect. */
 std::int32_t OpenWithoutWaiting(const char* inPath, int inFlags) {
     return Uninterrupted(
         [=] { return ::open(inPath, inFlags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, km_OwnerOnly); });
@@ -69,7 +69,7 @@ std::int32_t NvFilePlatform::Write(std::int32_t inDescriptor, const void* inBuff
     const char* rest = static_cast<const char*>(inBuffer);
     std::size_t count = inCount;
     while (count > 0) {
-        // A signal or an almost full disk may cut a write short; what is left tells which it was.
+        // A signal or an almost full disk may cut a write short; writing the rest shows which it was.
         const ssize_t written = Uninterrupted([=] { return ::write(inDescriptor, rest, count); });
         if (written > 0) {
             rest += written;

@@ -9,8 +9,8 @@
 #include "nvcode2/base/nvwindows_win.h"
 #include "nvcode2/file/nvfileplatform.h"
 
-// A descriptor of the runtime library stands for a handle of Windows, which does the work: it takes longer
-// paths, shares more and tells more precisely what went wrong.
+// A descriptor of the runtime library stands for a handle of Windows, which does the work: its functions take
+// longer paths, share more and report errors more precisely.
 
 namespace {
 
@@ -36,7 +36,7 @@ int CheckRegular(HANDLE inFile) {
     return GetFileType(inFile) == FILE_TYPE_DISK ? 0 : ESPIPE;
 }
 
-/** A folder is refused like a file without permission; the difference is worth telling. */
+/** Windows refuses a folder like a file without permission; errno tells them apart. */
 int CheckNoFolder(const std::wstring& inPath) {
     const DWORD attributes = GetFileAttributesW(inPath.c_str());
     const bool isFolder =
@@ -64,7 +64,7 @@ std::int32_t OpenHandle(const char* inPath, DWORD inRights, DWORD inDisposition)
     return descriptor;
 }
 
-/** Opened, not created anew: that would fail over a hidden file. */
+/** Opens and empties rather than creates, which would fail for a hidden file. */
 std::int32_t OpenEmptied(const char* inPath, DWORD inRights) {
     const std::int32_t descriptor = OpenHandle(inPath, inRights, OPEN_ALWAYS);
     if (descriptor != -1 && NvFilePlatform::SetLength(descriptor, 0) == -1) {
@@ -135,7 +135,7 @@ std::int32_t NvFilePlatform::SetLength(std::int32_t inDescriptor, std::int64_t i
     const HANDLE file = HandleOf(inDescriptor);
     if (file == INVALID_HANDLE_VALUE)
         return -1;
-    FILE_END_OF_FILE_INFO end; // unlike SetEndOfFile it leaves the position alone
+    FILE_END_OF_FILE_INFO end; // unlike SetEndOfFile, this leaves the position alone
     end.EndOfFile.QuadPart = inLength;
     return SetFileInformationByHandle(file, FileEndOfFileInfo, &end, sizeof(end)) ? 0 : Fail();
 }

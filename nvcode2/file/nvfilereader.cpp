@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <cstring>
 
+#include "nvcode2/base/nvallocate.h"
 #include "nvcode2/file/nvfile.h"
 
 namespace {
 constexpr std::uint32_t km_BufferSize = 32768;
 }
 
-NvFileReader::NvFileReader(NvFile& inFile) : mFile(inFile), mBuffer(km_BufferSize) {}
+NvFileReader::NvFileReader(NvFile& inFile)
+    : mFile(inFile), mBuffer(NvMakeArray<std::uint8_t>(km_BufferSize)) {}
 
 void NvFileReader::Seek(std::uint32_t inPosition) {
     if (mIsPlaced && inPosition >= mBufferStart && inPosition - mBufferStart <= mEnd) {
@@ -47,7 +49,7 @@ void NvFileReader::Read(void* outBytes, std::uint32_t inCount) {
         if (mNext == mEnd)
             Refill();
         const std::uint32_t piece = std::min(inCount, mEnd - mNext);
-        std::memcpy(bytes, mBuffer.data() + mNext, piece);
+        std::memcpy(bytes, mBuffer.get() + mNext, piece);
         mNext += piece;
         bytes += piece;
         inCount -= piece;
@@ -72,5 +74,5 @@ void NvFileReader::SkipSubBlocks() {
 void NvFileReader::Refill() {
     mBufferStart += mEnd;
     mNext = mEnd = 0;
-    mEnd = mFile.Read(mBuffer.data(), km_BufferSize);
+    mEnd = mFile.Read(mBuffer.get(), km_BufferSize);
 }

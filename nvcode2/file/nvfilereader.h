@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 class NvFile;
 
@@ -11,16 +11,17 @@ class NvFile;
  *  by NvFile. While a reader is in use nobody else may move the file's position. */
 class NvFileReader {
 public:
-    /** @param inFile  borrowed; open for reading while Read functions are called */
+    /** @param inFile  borrowed; open for reading while Read functions are called
+     *  @throws NvErrorCode 2 */
     explicit NvFileReader(NvFile& inFile);
 
-    /** Forgets what was read ahead and starts again at a position. */
+    /** Moves to a position. What was read ahead is kept when the position lies in it. */
     void Seek(std::uint32_t inPosition);
 
-    /** Forgets everything, for use with another file. */
+    /** Forgets what was read ahead, before another file is read. Seek comes next. */
     void Reset();
 
-    /** Whether there is no further byte. @throws NvErrorCode of NvFile::GetLength */
+    /** Whether the last byte has been read. @throws NvErrorCode of NvFile::GetLength */
     bool IsAtEnd() const;
 
     /** Offset of the next byte to be read. */
@@ -49,7 +50,7 @@ private:
     void Refill();
 
     NvFile& mFile;
-    std::vector<std::uint8_t> mBuffer;
+    std::unique_ptr<std::uint8_t[]> mBuffer;
     std::uint32_t mBufferStart = 0; // file offset of mBuffer[0]
     bool mIsPlaced = false;         // the file's own position is where mBuffer ends
     std::uint32_t mNext = 0;        // index in mBuffer of the next byte

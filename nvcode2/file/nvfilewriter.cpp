@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "nvcode2/base/nvallocate.h"
 #include "nvcode2/file/nvfile.h"
 
 NvFileWriter::NvFileWriter(NvFile& inFile) : mFile(inFile) {}
@@ -15,10 +16,10 @@ void NvFileWriter::WriteWord(std::uint16_t inWord) {
 void NvFileWriter::Write(const void* inBytes, std::uint32_t inCount) {
     const auto* bytes = static_cast<const std::uint8_t*>(inBytes);
     while (inCount > 0) {
-        if (mCount == mBuffer.size())
+        if (mCount == mSize)
             MakeRoom();
         const std::uint32_t piece = std::min(inCount, km_BufferSize - mCount);
-        std::memcpy(mBuffer.data() + mCount, bytes, piece);
+        std::memcpy(mBuffer.get() + mCount, bytes, piece);
         mCount += piece;
         bytes += piece;
         inCount -= piece;
@@ -29,11 +30,14 @@ void NvFileWriter::Flush() {
     const std::uint32_t count = mCount;
     mCount = 0;
     if (count > 0)
-        mFile.Write(mBuffer.data(), count);
+        mFile.Write(mBuffer.get(), count);
 }
 
-// The buffer is there from the first byte on: most files are only read.
+// The first byte makes the buffer: most files are only read.
 void NvFileWriter::MakeRoom() {
     Flush();
-    mBuffer.resize(km_BufferSize);
+    if (mBuffer)
+        return;
+    mBuffer = NvMakeArray<std::uint8_t>(km_BufferSize);
+    mSize = km_BufferSize;
 }

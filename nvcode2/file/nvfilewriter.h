@@ -1,22 +1,22 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 class NvFile;
 
 /** Gathers small writes to an open NvFile into large ones.
  *
- *  Nothing reaches the file for certain before Flush; destruction drops what is still held, so that a writer
- *  can be abandoned after an error. */
+ *  Only Flush makes sure that everything reaches the file; destruction drops what is still held, so that a
+ *  writer can be abandoned after an error. */
 class NvFileWriter {
 public:
     /** @param inFile  borrowed; open for writing while Write functions are called */
     explicit NvFileWriter(NvFile& inFile);
 
-    /** @throws NvErrorCode of NvFile::Write */
+    /** @throws NvErrorCode of NvFile::Write, 2; so do the others */
     void WriteByte(std::uint8_t inByte) {
-        if (mCount == mBuffer.size())
+        if (mCount == mSize)
             MakeRoom();
         mBuffer[mCount++] = inByte;
     }
@@ -38,6 +38,7 @@ private:
     static constexpr std::uint32_t km_BufferSize = 65536;
 
     NvFile& mFile;
-    std::vector<std::uint8_t> mBuffer; // empty, or of that size
+    std::unique_ptr<std::uint8_t[]> mBuffer;
+    std::uint32_t mSize = 0; // of mBuffer: none, or the size above
     std::uint32_t mCount = 0;
 };

@@ -9,7 +9,7 @@
 
 /** A GIF in memory: its frames in order, packed, the record they share, and the screen they are placed on.
  *
- *  A single image is an animation of one frame. */
+ *  A still picture is an animation of one frame. */
 class NvAnimation {
 public:
     /** @param inInfo    the shared record, not null
@@ -25,7 +25,7 @@ public:
     /** A frame, unpacked to work on. */
     std::unique_ptr<NvGIFFrame> GetFrame(std::uint32_t inIndex) const;
 
-    /** Codes that LZW needs for the pixels of all frames. */
+    /** LZW codes that the pixels of all frames take. */
     std::uint64_t CountCodes() const;
 
     NvGIFGlobalInfo& GetGlobalInfo() { return *mGlobalInfo; }

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <typeinfo>
 #include <utility>
 
 #include "nvcode2/base/nvassert.h"
+#include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/image/nvmaskrow.h"
 
 NvGIFFrame::NvGIFFrame(NvIndexedImage&& inImage, NvBitmapImage&& inMask,
@@ -16,15 +18,34 @@ NvGIFFrame::NvGIFFrame(NvIndexedImage&& inImage, NvBitmapImage&& inMask,
     NvAssert(mMask.GetWidth() == mWidth && mMask.GetHeight() == mHeight);
     NvAssert(mMask.GetPolarity() == 0);
     NvAssert(inInfo->mWidth == mWidth && inInfo->mHeight == mHeight);
-    SetFormatInfo(std::move(inInfo));
+    NvGIFFrame::SetFormatInfo(std::move(inInfo));
+}
+
+void NvGIFFrame::SetFormatInfo(std::unique_ptr<NvImgFmtFrameInfo> inInfo) {
+    const NvImgFmtFrameInfo* const infoPtr = inInfo.get();
+    if (!infoPtr || typeid(*infoPtr) != typeid(NvGIFFrameInfo))
+        NvThrow(NvErrorCode::km_WrongFormatInfo);
+    NvImage::SetFormatInfo(std::move(inInfo));
+}
+
+std::unique_ptr<NvImgFmtFrameInfo> NvGIFFrame::DetachFormatInfo() {
+    NvThrow(NvErrorCode::km_NotSupported);
 }
 
 std::unique_ptr<NvImage> NvGIFFrame::Clone() const {
+    return Copy();
+}
+
+std::unique_ptr<NvGIFFrame> NvGIFFrame::Copy() const {
     return CropCopy({0, 0, static_cast<std::int32_t>(mWidth), static_cast<std::int32_t>(mHeight)});
 }
 
 void NvGIFFrame::ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
                          const NvRGBLayout& inLayout) const {
+    NvAssert((inSourceRect.top < inSourceRect.bottom) && (inSourceRect.left < inSourceRect.right));
+    NvAssert(inSourceRect.top >= 0 && inSourceRect.left >= 0);
+    NvAssert(std::cmp_less_equal(inSourceRect.bottom, mHeight) &&
+             std::cmp_less_equal(inSourceRect.right, mWidth));
     NvAssertLayout(inLayout);
     NvAssert(outData);
     const NvColorTable& table = mImage.GetColorTable();
@@ -82,14 +103,14 @@ bool NvGIFFrame::IsFullyDrawn() const {
 }
 
 void NvGIFFrame::UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t inTableLimit) {
-    Histogram histogram{}; // not needed when there is nothing to find
+    NvHistogram histogram{}; // stays empty where nothing is looked for
     if (!IsFullyDrawn() && mImage.GetColorTable().GetSize() > 0)
         mImage.BuildMaskedHistogram(histogram.data(), &mMask);
     UpdateTransparency(ioSharedTable, inTableLimit, histogram);
 }
 
 void NvGIFFrame::UpdateTransparency(NvColorTable* ioSharedTable, std::uint32_t inTableLimit,
-                                    const Histogram& inHistogram) {
+                                    const NvHistogram& inHistogram) {
     NvGIFFrameInfo& info = GetInfo();
     if (IsFullyDrawn()) {
         info.mHasTransparency = 0;
@@ -111,16 +132,15 @@ void NvGIFFrame::UpdateMask() {
 }
 
 std::uint32_t NvGIFFrame::FindTransparentSlot(NvColorTable* ioSharedTable, std::uint32_t inTableLimit,
-                                              const Histogram& inHistogram) {
+                                              const NvHistogram& inHistogram) {
     const NvGIFFrameInfo& info = GetInfo();
     const std::uint32_t size = mImage.GetColorTable().GetSize();
     const auto isUsed = [&](std::uint32_t inIndex) { return inHistogram[inIndex] != 0; };
     std::uint32_t usedEnd = size; // one past the highest index in use
     while (usedEnd > 0 && !isUsed(usedEnd - 1))
         --usedEnd;
-    std::uint32_t lowest = 0;
-    while (lowest < usedEnd && isUsed(lowest))
-        ++lowest;
+    bool isFound = false; // otherwise the lowest is the one behind those in use
+    const std::uint32_t lowest = NvIndexedImage::FindUnusedColor(inHistogram.data(), usedEnd, isFound);
 
     const auto bitsWith = [&](std::uint32_t inIndex) {
         return NvColorTable::GetBitsNeeded(std::max(usedEnd, inIndex + 1));
@@ -137,8 +157,7 @@ std::uint32_t NvGIFFrame::FindTransparentSlot(NvColorTable* ioSharedTable, std::
     return FreeCheapestSlot(inHistogram.data());
 }
 
-// A frame's own table may be the leading part of the shared one; then the next shared entry is the one it
-// gains.
+// A frame's own table may be the leading part of the shared one; it then gains the next shared entry.
 void NvGIFFrame::AppendEntry(NvColorTable* ioSharedTable) {
     NvColorTable& table = mImage.GetColorTable();
     const std::uint32_t size = table.GetSize();
@@ -155,7 +174,7 @@ void NvGIFFrame::AppendEntry(NvColorTable* ioSharedTable) {
 
 std::uint32_t NvGIFFrame::FreeCheapestSlot(const std::uint32_t* inHistogram) {
     const std::uint32_t size = mImage.GetColorTable().GetSize();
-    Histogram counts{};
+    NvHistogram counts{};
     std::copy_n(inHistogram, size, counts.begin());
     std::uint32_t freed = 0;
     std::uint32_t substitute = 0;

@@ -10,8 +10,8 @@
 
 /** The two records that carry everything a GIF file says beyond its pixels.
  *
- *  The reader fills them, the writer writes them back, the optimizer edits them in between. Field widths are
- *  those of the file; ranges beyond them are noted. */
+ *  The reader fills them, the writer writes them back, the optimizer edits them in between. Fields are as
+ * wide as in the file; narrower ranges are noted. */
 
 /** One comment extension: the bytes of all its sub-blocks in a row. */
 struct NvGIFComment {
@@ -39,7 +39,7 @@ public:
  *  or comments. */
 class NvGIFGlobalInfo : public NvImgFmtGlobalInfo {
 public:
-    /** The record a reader starts from: version "89a", colour resolution 8. */
+    /** What a reader starts from: version "89a", colour resolution 8. */
     static std::unique_ptr<NvGIFGlobalInfo> MakeReaderDefault();
 
     /** The colour that the background index names, black when it names none. */

@@ -20,7 +20,8 @@ std::uint32_t TableSizeField(const NvColorTable& inTable) {
 } // namespace
 
 void NvGIFFile::WriteGlobalInfo() {
-    NvAssertText(IsOpenForWriting(), "IsOpen() && mFilePerm && NvFile::km_WritePerm");
+    // A file open for reading passes this, and fails the next: it has started.
+    NvAssertText(IsOpen() && mFilePerm, "IsOpen() && mFilePerm && NvFile::km_WritePerm");
     NvAssert(mHaveStarted == 0);
     NvAssert(mGlobalInfo);
     NvAssert(mScreenWidth <= 0xFFFF && mScreenHeight <= 0xFFFF);
@@ -71,6 +72,7 @@ void NvGIFFile::WriteComments() {
         const auto* inCommentPtr = static_cast<const NvGIFComment*>(node->GetElement());
         NvAssert(inCommentPtr);
         const std::string& text = inCommentPtr->mText;
+        NvAssertText(text.data(), "mTextPtr");
         if (text.empty())
             continue;
         mWriter.WriteByte(km_Extension);

@@ -11,6 +11,7 @@ void NvImageFile::Open(const NvFileLocator& inLocator, std::uint16_t inPerm, boo
         mHaveStarted = false;
         mNumberOfFrames = mCurrentFrameIndex = 0;
         ReleaseFrames();
+        ForgetGlobalInfo();
     }
     mFile.SetPath(inLocator.GetPath());
     mFile.Open(inPerm, inCloseOnClose);
@@ -31,7 +32,7 @@ void NvImageFile::BeginReading() {
     NvAssertText(IsOpenForReading(), "IsOpen() && (mFilePerm & km_ReadPerm)");
     if (mHaveStarted)
         return;
-    mFile.GetLength(); // raises for a file so large that positions in it would not fit their type
+    mFile.GetLength(); // raises 29 where positions would not fit their type
     ReadGlobalInfo();
     mNumberOfFrames = FindFrames();
     mHaveStarted = true;

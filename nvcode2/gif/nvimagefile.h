@@ -19,10 +19,44 @@ class NvIndexedImage;
 class NvImageFile {
 public:
     NvImageFile() = default;
-    virtual ~NvImageFile();
-
     NvImageFile(const NvImageFile&) = delete;
     NvImageFile& operator=(const NvImageFile&) = delete;
+
+    // The virtual operations keep this order; new ones come last.
+
+    virtual ~NvImageFile();
+
+    virtual void ReadGlobalInfo() = 0;
+    virtual void WriteGlobalInfo() = 0;
+
+    /** Encodes the next frame, after the file's header when it is the first. */
+    virtual void WriteFrame(const NvIndexedImage& inImage, const NvImgFmtFrameInfo& inFrameInfo) = 0;
+
+    /** Ends the byte stream. */
+    virtual void WriteTrailer() = 0;
+
+protected:
+    /** Releases what the format keeps of the frames of the file that was open. */
+    virtual void ReleaseFrames() {}
+
+    /** Finds every frame of the file; called once, after ReadGlobalInfo.
+     *  @return the number of frames */
+    virtual std::uint32_t FindFrames() = 0;
+
+public:
+    /** Only while closed or open for writing. */
+    virtual void SetNumberOfFrames(std::uint32_t inCount);
+    /** Only while closed or open for writing. Both in pixels. */
+    virtual void SetScreenSize(std::uint32_t inWidth, std::uint32_t inHeight);
+
+    /** The record of one frame, its pixels unread. Caller owns the result. */
+    virtual std::unique_ptr<NvImgFmtFrameInfo> ReadFrameInfo(std::uint32_t inIndex) = 0;
+
+    /** Decodes one frame. Frames may be read in any order. */
+    virtual void ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) = 0;
+
+    /** Moves to the start of a frame in the file and makes it the current one. */
+    virtual void SeekToFrame(std::uint32_t inIndex) = 0;
 
     /** Opens the file; for reading, reads its header and finds its frames.
      *
@@ -42,45 +76,17 @@ public:
     std::uint32_t GetWrittenLength() const { return mWrittenLength; }
 
     std::uint32_t GetNumberOfFrames() const { return mNumberOfFrames; }
-    /** The frame sought, or the next one to be written. No caller yet in the program, which counts for
-     *  itself. */
+    /** The frame sought, or the next one to be written. For loops that have no index of their own. */
     std::uint32_t GetCurrentFrameIndex() const { return mCurrentFrameIndex; }
     std::uint32_t GetScreenWidth() const { return mScreenWidth; }   ///< pixels
     std::uint32_t GetScreenHeight() const { return mScreenHeight; } ///< pixels
 
-    virtual void ReadGlobalInfo() = 0;
-    virtual void WriteGlobalInfo() = 0;
-
-    /** Encodes the next frame, after the file's header when it is the first. */
-    virtual void WriteFrame(const NvIndexedImage& inImage, const NvImgFmtFrameInfo& inFrameInfo) = 0;
-
-    /** Ends the byte stream. */
-    virtual void WriteTrailer() = 0;
-
-    /** Only while closed or open for writing. */
-    virtual void SetNumberOfFrames(std::uint32_t inCount);
-    /** Only while closed or open for writing. Both in pixels. */
-    virtual void SetScreenSize(std::uint32_t inWidth, std::uint32_t inHeight);
-
-    /** The record of one frame, its pixels unread. Caller owns the result. */
-    virtual std::unique_ptr<NvImgFmtFrameInfo> ReadFrameInfo(std::uint32_t inIndex) = 0;
-
-    /** Decodes one frame. Frames may be read in any order. */
-    virtual void ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) = 0;
-
-    /** Moves to the start of a frame in the file and makes it the current one. */
-    virtual void SeekToFrame(std::uint32_t inIndex) = 0;
-
 protected:
-    /** Releases what the format keeps of the file that was open. */
-    virtual void ReleaseFrames() {}
-
-    /** Finds every frame of the file; called once, after ReadGlobalInfo.
-     *  @return the number of frames */
-    virtual std::uint32_t FindFrames() = 0;
-
     /** Called when everything of a written file has been handed over, before it is closed. */
     virtual void FlushOutput() {}
+
+    /** Called before a file is opened for reading: what the last one said is forgotten. */
+    virtual void ForgetGlobalInfo() {}
 
     bool IsOpenForReading() const { return IsOpen() && (mFilePerm & NvFile::km_ReadPerm); }
     bool IsOpenForWriting() const { return IsOpen() && (mFilePerm & NvFile::km_WritePerm); }

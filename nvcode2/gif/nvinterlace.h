@@ -8,7 +8,7 @@ struct NvInterlacePass {
     std::uint32_t mStart; ///< first row
     std::uint32_t mStep;  ///< rows from one to the next
 
-    /** How many rows of a picture belong to this pass; 0 when it is too low to have any. */
+    /** How many rows of a picture belong to this pass; 0 when the picture is too low to have any. */
     constexpr std::uint32_t CountRows(std::uint32_t inHeight) const {
         return inHeight > mStart ? (inHeight - mStart + mStep - 1) / mStep : 0;
     }

@@ -12,12 +12,12 @@ LZWEncoder::LZWEncoder(NvFileWriter& inWriter) : mWriter(inWriter) {}
 void LZWEncoder::Begin(std::uint8_t inMinimumCodeSize) {
     NvAssert(1 <= inMinimumCodeSize && inMinimumCodeSize <= 8);
     const std::uint32_t pixelBits = std::max<std::uint32_t>(inMinimumCodeSize, 2);
+    mTable.Begin(pixelBits);
     mWriter.WriteByte(static_cast<std::uint8_t>(pixelBits));
 
     mClearCode = 1U << pixelBits;
     mEndCode = mClearCode + 1;
     mInitialCodeSize = mCodeSize = pixelBits + 1;
-    mTable.Begin(pixelBits);
     mAccumulator = mBitCount = mBlockLength = 0;
     mPrefix = km_NoPrefix;
     ResetTable();

@@ -21,8 +21,8 @@ public:
     explicit LZWEncoder(NvFileWriter& inWriter);
 
     /** Writes the code size byte and the first clear code.
-     *  @param inMinimumCodeSize  1 to 8, bits that hold the highest index; 1 is raised to 2, the least GIF
-     *  allows */
+     *  @param inMinimumCodeSize  1 to 8, the bits that hold the highest index; 1 is raised to 2, the least
+     *  that GIF allows */
     void Begin(std::uint8_t inMinimumCodeSize);
 
     /** Encodes a block of rows, continuing the stream of earlier calls.
@@ -47,7 +47,7 @@ private:
     static constexpr std::uint32_t km_NoPrefix = 0xFFFF;
     static constexpr std::uint32_t km_MaxCodeSize = 12; // bits
     static constexpr std::uint32_t km_BlockSize = 255;  // bytes
-    static constexpr std::uint32_t km_StoredBytes = 6;  // that leave the accumulator at once
+    static constexpr std::uint32_t km_StoredBytes = 6;  // that leave the accumulator together
 
     NvFileWriter& mWriter;
     NvLZWStringTable mTable;

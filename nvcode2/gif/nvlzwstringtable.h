@@ -15,11 +15,11 @@
 /** The strings an LZW encoder has met since its last clear: which code stands for "string of a prefix code,
  *  then this pixel".
  *
- *  A direct table indexed by pixel and prefix, so that the question costs one load; a list of the slots in
- *  use makes clearing cost only what was added, which matters for animations of thousands of tiny frames.
+ *  A table indexed by pixel and prefix answers with one load; thanks to a list of the slots in use, clearing
+ *  costs only what was added, which matters for animations of thousands of tiny frames.
  *
- *  Strings of one colour are known by their length too: most pixels of real animations lie in long runs, and
- *  a run is passed over at once instead of pixel by pixel. */
+ *  Strings of one colour can also be found by their length: most pixels of real animations lie in long runs,
+ *  and a run is then passed over at once instead of pixel by pixel. */
 class NvLZWStringTable {
 public:
     static constexpr std::uint32_t km_MaxCodes = 4096;
@@ -33,7 +33,7 @@ public:
         Clear();
         if (inPixelBits <= mPixelBits)
             return;
-        // Zeroed by the system where that is free of charge; most of the table is never touched.
+        // The system zeroes pages when they are first touched; most of the table never is.
         mCodes.reset(static_cast<std::uint16_t*>(
             std::calloc(std::size_t{km_MaxCodes} << inPixelBits, sizeof(std::uint16_t))));
         mPixelBits = mCodes ? inPixelBits : 0;
@@ -46,17 +46,17 @@ public:
         return mCodes[SlotOf(inPrefix, inPixel)];
     }
 
-    /** Begins to fetch what Find asks for. The first question about a string is known before the string in
-     *  front of it has ended. */
+    /** Begins to fetch what Find will ask for. The first question about a string is known before the string
+     * in front of it ends. */
     void Prefetch(std::uint32_t inPrefix, std::uint32_t inPixel) const {
         __builtin_prefetch(&mCodes[SlotOf(inPrefix, inPixel)]);
     }
 
-    /** The longest string of one colour in the table that some pixels begin with, if it is worth to look for.
+    /** The longest string of one colour in the table that some pixels begin with, if it is worth looking for.
      *  @param inPixels  at least one
      *  @param inCount   how many there are
      *  @param outCode   the string's code
-     *  @return          its length; 1 also where less than km_WorthwhileRun pixels are alike */
+     *  @return          its length; 1 also where fewer than km_WorthwhileRun pixels are alike */
     std::uint32_t FindRun(const std::uint8_t* inPixels, std::uint32_t inCount, std::uint32_t& outCode) const {
         const std::uint8_t pixel = inPixels[0];
         outCode = pixel;
@@ -106,8 +106,8 @@ public:
     }
 
 private:
-    // Of real frames few begin a string with two to seven pixels of one colour; to find those at once costs
-    // more in guesses gone wrong than it saves.
+    // In real frames few strings begin with two to seven pixels of one colour; looking for those costs more
+    // in wrong guesses than it saves.
     static constexpr std::uint32_t km_WorthwhileRun = 8;
 
     struct FreeMemory {
@@ -123,7 +123,7 @@ private:
     void AddRun(std::uint32_t inPrefix, std::uint32_t inPixel, std::uint32_t inCode) {
         std::vector<std::uint16_t>& codes = mRunCodes[inPixel];
         if (inPrefix == inPixel)
-            codes.clear(); // what is there is of the time before the last clear
+            codes.clear(); // what it holds dates from before the last clear
         codes.push_back(static_cast<std::uint16_t>(inCode));
         mLongestRuns[inPixel] = static_cast<std::uint16_t>(inCode);
     }

@@ -20,12 +20,14 @@ struct Piece {
     std::uint32_t mLength;
 };
 
-/** The transparent index if no drawn pixel has it, otherwise the lowest such one; 256 when there is none. */
-std::size_t FindFreeIndex(const NvGIFFrameInfo& inInfo, const NvGIFFrame::Histogram& inHistogram) {
+/** The transparent index if no drawn pixel has it, otherwise the lowest that none has; 256 when there is
+ * none.
+ */
+std::size_t FindFreeIndex(const NvGIFFrameInfo& inInfo, const NvHistogram& inHistogram) {
     if (inInfo.mHasTransparency && inHistogram[inInfo.mTransparentIndex] == 0)
         return inInfo.mTransparentIndex;
-    return static_cast<std::size_t>(std::find(inHistogram.begin(), inHistogram.end(), 0U) -
-                                    inHistogram.begin());
+    bool isFound = false;
+    return NvIndexedImage::FindUnusedColor(inHistogram.data(), 256, isFound);
 }
 
 } // namespace
@@ -81,7 +83,7 @@ std::unique_ptr<NvGIFFrame> NvPackedFrame::Unpack(const NvIndexMap& inMap, const
 
 std::unique_ptr<NvGIFFrame> NvPackedFrame::CopyWhole(const NvIndexMap& inMap, const NvColorTable& inTable,
                                                      std::uint8_t inUndrawnIndex) const {
-    std::unique_ptr<NvGIFFrame> frame(static_cast<NvGIFFrame*>(mWhole->Clone().release()));
+    std::unique_ptr<NvGIFFrame> frame = mWhole->Copy();
     NvQuantRemap(frame->GetImage(), inMap, inTable);
     if (!mIsFullyDrawn)
         frame->SetUndrawnPixels(inUndrawnIndex);
@@ -113,8 +115,8 @@ void NvPackedFrame::Pack(const std::uint8_t* inPixels, std::size_t inCount, std:
     mCodeCount = codes + 1;
 }
 
-// Every string has been unpacked where it was added, and is copied from there. Its last pixel may be the
-// first one of the copy.
+// A string is copied from where it was unpacked when it was added. Its last pixel may be the first one of the
+// copy.
 void NvPackedFrame::UnpackTo(std::uint8_t* outPixels, const NvIndexMap& inMap) const {
     std::array<Piece, km_Capacity> strings;
     std::uint32_t count = 0; // codes since the table was empty

@@ -10,15 +10,15 @@
 
 class NvLZWStringTable;
 
-/** A GIF frame at rest: its record, its colours, and its pixels LZW-packed, which takes a tenth of their
- *  memory in most animations.
+/** A GIF frame at rest: its record, its colours, and its pixels LZW-packed, in most animations into a tenth
+ * of their memory.
  *
- *  Undrawn pixels are packed under an index that no drawn one has, so they need no mask. A frame without such
- *  an index, and one that would not get smaller, is kept as it is. */
+ *  Undrawn pixels are packed under an index that no drawn one has, so they need no mask. A frame is kept as
+ * it is when there is no such index, or when packing would not make it smaller. */
 class NvPackedFrame {
 public:
     /** @param inFrame    taken over
-     *  @param ioStrings  to work with; whatever it holds is lost
+     *  @param ioStrings  scratch memory; what it holds is lost
      *  @throws NvErrorCode  2 */
     NvPackedFrame(std::unique_ptr<NvGIFFrame> inFrame, NvLZWStringTable& ioStrings);
 
@@ -29,17 +29,17 @@ public:
      *
      *  @param inMap           the entry of inTable for every index the frame draws with
      *  @param inTable         becomes the frame's
-     *  @param inUndrawnIndex  of its undrawn pixels from now on; no drawn pixel gets it, unless there are
-     *  drawn ones of all 256 */
+     *  @param inUndrawnIndex  for its undrawn pixels; inMap gives it to no drawn one, unless drawn pixels
+     * have all 256 indices */
     std::unique_ptr<NvGIFFrame> Unpack(const NvIndexMap& inMap, const NvColorTable& inTable,
                                        std::uint8_t inUndrawnIndex) const;
 
     const NvGIFFrameInfo& GetInfo() const { return *mInfo; }
     const NvColorTable& GetColorTable() const { return mColorTable; }
     /** Drawn pixels per index. */
-    const NvGIFFrame::Histogram& GetHistogram() const { return mHistogram; }
+    const NvHistogram& GetHistogram() const { return mHistogram; }
     bool IsFullyDrawn() const { return mIsFullyDrawn; }
-    /** Codes that LZW needs for the pixels. */
+    /** LZW codes that the pixels take. */
     std::uint64_t GetCodeCount() const { return mCodeCount; }
 
 private:
@@ -51,7 +51,7 @@ private:
 
     std::unique_ptr<NvGIFFrameInfo> mInfo;
     NvColorTable mColorTable;
-    NvGIFFrame::Histogram mHistogram{};
+    NvHistogram mHistogram{};
     bool mIsFullyDrawn;
     std::uint8_t mUndrawnIndex = 0;
     std::uint64_t mCodeCount = 0;

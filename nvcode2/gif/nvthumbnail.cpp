@@ -11,7 +11,7 @@ namespace {
 
 using Pixel = NvGIFPlayer::Pixel;
 
-/** inLength * inNumerator / inDenominator to nearest, but something of it stays. */
+/** inLength * inNumerator / inDenominator, rounded to nearest, at least 1. */
 std::int32_t Reduce(std::uint64_t inLength, std::uint64_t inNumerator, std::uint64_t inDenominator) {
     const std::uint64_t reduced = (inLength * inNumerator + inDenominator / 2) / inDenominator;
     return static_cast<std::int32_t>(std::max<std::uint64_t>(reduced, 1));
@@ -52,7 +52,7 @@ NvRGBImage NvThumbnail::Render(const NvGIFPlayer& inPlayer, NvProgressIndicator*
     for (std::uint32_t y = 0; y < inPlayer.GetScreenHeight(); ++y)
         inPlayer.Read(y, {0, screenWidth}, displayed.get() + std::size_t{y} * screenWidth);
 
-    // Each of a canvas pixel's four bytes is averaged for itself, so their order in memory does not matter.
+    // Each of a canvas pixel's four bytes is averaged by itself, so their order in memory does not matter.
     const auto reduced = NvMakeArray<Pixel>(std::size_t{width} * height);
     constexpr std::uint32_t km_Channels = sizeof(Pixel);
     NvResizeChannels(

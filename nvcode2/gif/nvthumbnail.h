@@ -9,8 +9,8 @@
 
 class NvProgressIndicator;
 
-/** What shows where a picture is transparent: squares of two colours in turn, as on a chessboard, the first
- *  at the top left. Two equal colours make it plain. */
+/** What shows where a picture is transparent: a chessboard of two colours, the first at the top left. Equal
+ *  colours make it plain. */
 struct NvBackdrop {
     NvColor mFirst{255, 255, 255};
     NvColor mSecond{216, 216, 216};
@@ -25,12 +25,12 @@ struct NvBackdrop {
 /** Makes small still pictures of what an animation displays, for people to look at.
  *
  *  A thumbnail is the whole screen, reduced by area average until it fits a box, with the proportions of its
- *  pixels. What fits already stays as it is: nothing is ever enlarged. The longer side, measured by the box,
- *  fills it exactly; the other is rounded to nearest and at least 1. The pixel aspect ratio that a file may
- *  ask for is ignored, as browsers do.
+ *  pixels. What fits already stays as it is: nothing is ever enlarged. The side that is longer in proportion
+ *  to the box fills it exactly; the other is rounded to nearest and at least 1. The pixel aspect ratio that a
+ *  file may ask for is ignored, as browsers do.
  *
- *  The backdrop is laid behind the finished thumbnail, so its squares stay whole at any reduction, and shines
- *  through in so far as the averaged pixels were transparent. */
+ *  The backdrop is laid behind the finished thumbnail, so its squares stay whole at any reduction. It shines
+ *  through to the degree that the averaged pixels were transparent. */
 class NvThumbnail {
 public:
     /** @param inBoxWidth, inBoxHeight  pixels, not 0 */
@@ -39,9 +39,9 @@ public:
     /** The thumbnail's rectangle, with its top left at 0, 0, for a screen of at least one pixel. */
     NvRect Fit(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight) const;
 
-    /** What the player displays now. For a certain frame, play up to it.
+    /** What the player displays now. To see a certain frame, play up to it.
      *
-     *  @param inIndicator   may be null, else hears of every row and may stop the work
+     *  @param inIndicator   hears of every row and may stop the work; may be null
      *  @throws NvErrorCode  3 when it does, 2 */
     NvRGBImage Render(const NvGIFPlayer& inPlayer, NvProgressIndicator* inIndicator = nullptr) const;
 

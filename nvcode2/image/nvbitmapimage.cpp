@@ -54,7 +54,7 @@ void NvBitmapImage::SetPolarity(std::uint8_t inPolarity) {
 }
 
 std::unique_ptr<NvImage> NvBitmapImage::Clone() const {
-    auto image = NvMakeUnique<NvBitmapImage>();
+    auto image = NvAllocate([&] { return std::make_unique<NvBitmapImage>(); });
     image->mPolarity = mPolarity;
     image->CopyFrom(*this);
     return image;
@@ -72,8 +72,10 @@ void NvBitmapImage::CopyFrom(const NvImage& inImage) {
 }
 
 std::unique_ptr<NvImage> NvBitmapImage::NewBlankImage(const NvRect& inRect) const {
-    auto image = NvMakeUnique<NvBitmapImage>(static_cast<std::uint32_t>(inRect.Width()),
-                                             static_cast<std::uint32_t>(inRect.Height()));
+    auto image = NvAllocate([&] {
+        return std::make_unique<NvBitmapImage>(static_cast<std::uint32_t>(inRect.Width()),
+                                               static_cast<std::uint32_t>(inRect.Height()));
+    });
     image->mPolarity = mPolarity;
     image->mFill = mFill;
     return image;
@@ -83,9 +85,9 @@ void NvBitmapImage::Erase() {
     if (!IsAllocated())
         return;
     const NvPixelLock pixels(*this);
-    const int byte = (mFill != 0) != (mPolarity != 0) ? 0xFF : 0x00;
+    const bool hasOnes = mPolarity ? mFill == 0 : mFill == 1;
     for (std::uint32_t y = 0; y < mHeight; ++y)
-        std::memset(pixels.Row(y), byte, GetRowBytes());
+        std::memset(pixels.Row(y), hasOnes ? 0xFF : 0x00, GetRowBytes());
 }
 
 void NvBitmapImage::ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
@@ -158,6 +160,7 @@ void NvBitmapImage::MixMasked(const NvRect& inMaskRect, const std::uint8_t* inCo
     AssertInside(inMaskRect);
     NvAssertLayout(inTarget.layout);
     NvAssert(inColors && inTarget.data);
+    NvAssert(inTarget.HasRoomFor(inMaskRect.Width()));
     const NvConstPixelLock mask(*this);
     const auto mixRows = [&](const auto& inLayout) {
         const std::uint8_t* colors = inColors;
@@ -199,7 +202,7 @@ void NvBitmapImage::BlendMasked(const NvRect& inMaskRect, const std::uint8_t* in
     const int weight = WeightOf(inOpacity);
     MixMasked(inMaskRect, inColors, inColorRowBytes, inTarget,
               [=](std::uint8_t& ioDest, std::uint8_t inSource) {
-                  // steps towards the source are rounded alike in both directions
+                  // Rounded alike in both directions.
                   const int step = (std::abs(inSource - ioDest) * weight + 128) >> 8;
                   ioDest = static_cast<std::uint8_t>(ioDest < inSource ? std::min(ioDest + step, 255)
                                                                        : std::max(ioDest - step, 0));

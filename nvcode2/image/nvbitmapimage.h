@@ -25,8 +25,8 @@ public:
     NvBitmapImage(NvBitmapImage&& ioImage) noexcept = default;
     NvBitmapImage& operator=(NvBitmapImage&& ioImage) noexcept = default;
 
-    /** The stored bit, 0 or 1, of a pixel of a picture whose first row begins at iBuffer. Neither width nor
-     *  polarity matters here. */
+    /** The stored bit, 0 or 1, of a pixel of a picture whose first row begins at iBuffer, whatever the
+     *  polarity. */
     static std::uint32_t GetBit(const std::uint8_t* iBuffer, std::uint32_t iRowBytes, std::uint32_t iColumn,
                                 std::uint32_t iRow) {
         NvAssert(iRowBytes && iBuffer);

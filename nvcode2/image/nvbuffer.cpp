@@ -57,7 +57,7 @@ NvBuffer::~NvBuffer() {
 }
 
 std::unique_ptr<NvBaseBuffer> NvBuffer::Clone() const {
-    return NvMakeUnique<NvBuffer>();
+    return NvAllocate([&] { return std::make_unique<NvBuffer>(); });
 }
 
 std::uint8_t* NvBuffer::DoLock() const {

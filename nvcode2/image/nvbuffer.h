@@ -5,9 +5,9 @@
 
 /** A block of memory that is used only between Lock and Unlock.
  *
- *  Unallocated -> allocated -> locked, any number of times, the outermost lock fixing the address. Misuse
- *  of that order is an assertion. Copying a buffer has no meaning; Clone makes an empty one of the same
- *  class. */
+ *  Allocate comes first, then locks, which may nest; the address holds until the outermost is released.
+ *  Breaking that order is an assertion. Clone does not copy what a buffer holds: it makes an empty one of the
+ *  same class. */
 class NvBaseBuffer {
 public:
     NvBaseBuffer() = default;
@@ -46,7 +46,7 @@ protected:
 private:
     std::uint8_t* AddLock() const;
 
-    // A lock changes nothing of what the buffer holds, so readers may lock a constant one.
+    // A lock changes nothing that the buffer holds, so readers may lock a constant one.
     mutable std::uint8_t* mLockedPtr = nullptr; // valid while mLockCount > 0
     mutable std::uint16_t mLockCount = 0;
     std::uint32_t mSize = 0; // bytes

@@ -11,6 +11,11 @@ void NvBuffer::DoAllocate(std::uint32_t inSize) {
         NvThrow(NvErrorCode::km_OutOfMemory);
     // Locked for good: the address is asked for in inner loops, and 64-bit memory need not be compacted.
     mAddress = static_cast<std::uint8_t*>(GlobalLock(mHandle));
+    if (mAddress)
+        return;
+    GlobalFree(mHandle);
+    mHandle = nullptr;
+    NvThrow(NvErrorCode::km_OutOfMemory);
 }
 
 void NvBuffer::DoFree() {

@@ -9,15 +9,6 @@
 #include "nvcode2/base/nvallocate.h"
 #include "nvcode2/base/nverrorcode.h"
 
-namespace {
-
-NvColor UnpackColor(std::uint32_t inColor) {
-    return {static_cast<std::uint8_t>(inColor), static_cast<std::uint8_t>(inColor >> 8),
-            static_cast<std::uint8_t>(inColor >> 16)};
-}
-
-} // namespace
-
 NvColorTable::NvColorTable(std::uint32_t inSize) : mTable(NvMakeArray<NvColor>(inSize)), mTableSize(inSize) {}
 
 NvColorTable::NvColorTable(const NvColorTable& inTable) : NvColorTable(inTable.mTableSize) {
@@ -62,7 +53,7 @@ void NvColorTable::SetSize(std::uint32_t inSize) {
 std::uint32_t NvColorTable::FindClosestColor(std::uint32_t inColor, std::int32_t inSkipIndex) const {
     if (!mTable)
         NvThrow(NvErrorCode::km_MissingData);
-    const NvColor color = UnpackColor(inColor);
+    const NvColor color = NvUnpackColor(inColor);
     std::uint32_t best = inSkipIndex == 0 ? 1 : 0;
     if (best >= mTableSize)
         return best;
@@ -81,6 +72,8 @@ std::uint32_t NvColorTable::FindClosestColor(std::uint32_t inColor, std::int32_t
 }
 
 std::uint32_t NvColorTable::FindClosestOtherColor(std::uint32_t inIndex) const {
+    if (!mTable)
+        NvThrow(NvErrorCode::km_MissingData);
     NvAssert(inIndex < mTableSize && mTableSize >= 2);
     return FindClosestColor(NvPackColor(mTable[inIndex]), static_cast<std::int32_t>(inIndex));
 }

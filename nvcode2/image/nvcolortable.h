@@ -6,7 +6,7 @@
 
 #include "nvcode2/base/nvassert.h"
 
-/** One palette entry, 8 bits per channel; stored in files and memory as these three bytes. */
+/** One palette entry, 8 bits per channel: three bytes in files and in memory. */
 struct NvColor {
     std::uint8_t red = 0;
     std::uint8_t green = 0;
@@ -20,6 +20,12 @@ static_assert(sizeof(NvColor) == 3, "tables are copied to and from files byte fo
 constexpr std::uint32_t NvPackColor(NvColor inColor) {
     return inColor.red | static_cast<std::uint32_t>(inColor.green) << 8 |
            static_cast<std::uint32_t>(inColor.blue) << 16;
+}
+
+/** The colour in such a word; the top byte does not matter. */
+constexpr NvColor NvUnpackColor(std::uint32_t inColor) {
+    return {static_cast<std::uint8_t>(inColor), static_cast<std::uint8_t>(inColor >> 8),
+            static_cast<std::uint8_t>(inColor >> 16)};
 }
 
 /** A palette: an ordered, resizable array of colours. Pixel value i selects entry i, so whoever reorders
@@ -74,12 +80,12 @@ public:
      *
      *  @param inColor      see NvPackColor
      *  @param inSkipIndex  an entry never returned, or negative for none. Skipping entry 0 of a table of one
-     *                      leaves nothing to find: the result is then 1, which is no entry.
+     *                      leaves nothing to find: the result is then 1, which is no entry
      *  Raises 27 when the table is empty. */
     std::uint32_t FindClosestColor(std::uint32_t inColor, std::int32_t inSkipIndex) const;
 
     /** The entry nearest to entry inIndex among the others; at distance 0 when the colour is there twice.
-     *  Precondition: inIndex < GetSize() and GetSize() >= 2. */
+     *  Raises 27 when the table is empty. Precondition: inIndex < GetSize() and GetSize() >= 2. */
     std::uint32_t FindClosestOtherColor(std::uint32_t inIndex) const;
 
     /** The GIF table size field plus one, 1 to 8: 2 to that power is the smallest table that holds inSize
@@ -93,27 +99,27 @@ public:
     NvColorTable RemoveDuplicatesWithMap(std::uint8_t* outMap) const;
 
     /** This table, then the other's new colours in their order, each colour once, cut to inMaxSize
-     *  entries. Preconditions: inTablePtr non-null, inMaxSize >= GetSize(). No caller yet in the program,
-     *  whose shared palette comes from the pixels; for joining files' palettes. */
+     *  entries. Preconditions: inTablePtr non-null, inMaxSize >= GetSize(). For joining palettes without
+     *  looking at pixels; the optimizer makes its shared palette of them. */
     NvColorTable MergeTables(const NvColorTable* inTablePtr, std::uint32_t inMaxSize) const;
 
     /** The same entries by falling pixel count, the lower index first among equals.
      *
      *  @param inHistPtr  4096 counts, none negative; a colour's count is at its channels' top four bits,
      *                    red * 256 + green * 16 + blue. Precondition: non-null.
-     *  No caller yet in the program, which orders its palettes by frames served; kept for still images. */
+     *  For still images; the optimizer orders its palettes by the frames they serve. */
     NvColorTable SortByHistogram(const std::int32_t* inHistPtr) const;
 
     /** 256 greys, from black when inDirection is 0, from white when it is 0xFF; nothing else is allowed.
-     *  No caller yet in the program: the palette of grey pictures, for readers of formats without one. */
+     *  For readers of grey pictures in formats that store no palette. */
     void MakeGrayRamp(std::uint8_t inDirection);
     /** The 216 colours with channel levels 0, 51, ... 255, blue varying fastest, from black to white; with
      *  inPadTo256 followed by 40 white entries.
-     *  No caller yet in the program: a neutral palette to convert true colour to. */
+     *  A neutral palette to convert true colour to; the program's own are made for each picture. */
     void MakeWebPalette(bool inPadTo256);
     /** The 256-colour desktop palette: the web cube from white down without its black, ten-step ramps of red,
      *  green, blue and grey, black last.
-     *  No caller yet in the program: for pictures that were stored without their palette. */
+     *  For pictures that were stored without their palette. */
     void MakeSystemPalette();
 
 private:

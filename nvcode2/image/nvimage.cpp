@@ -75,10 +75,11 @@ void NvImage::ReadRGBAt(const NvRect& inSourceRect, std::uint8_t* outData, std::
     NvAssertText(static_cast<std::int64_t>(inSourceRect.right) <= GetWidth(),
                  "inSourceRect.right <= GetWidth()");
     NvAssertLayout(inLayout);
+    NvAssert(inSourceRect.top >= 0 && inSourceRect.left >= 0);
     NvAssert(inSourceRect.Width() == inDestRect.Width() && inSourceRect.Height() == inDestRect.Height());
-    const std::size_t offset = static_cast<std::size_t>(inDestRect.top) * inDestRowBytes +
-                               static_cast<std::size_t>(inDestRect.left) * inLayout.pixelBytes;
-    ReadRGB(inSourceRect, outData + offset, inDestRowBytes, inLayout);
+    const NvPixelTarget target{outData, inDestRowBytes, {inDestRect.left, inDestRect.top}, inLayout};
+    NvAssert(target.HasRoomFor(inDestRect.Width()));
+    ReadRGB(inSourceRect, target.First(), inDestRowBytes, inLayout);
 }
 
 std::unique_ptr<NvImage> NvImage::CopyRegion(const NvRect& /*inRect*/) const {
@@ -86,6 +87,55 @@ std::unique_ptr<NvImage> NvImage::CopyRegion(const NvRect& /*inRect*/) const {
 }
 
 void NvImage::PasteImage(const NvImage& /*inImage*/, NvPoint /*inTopLeft*/) {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+bool NvImage::FindContentBounds(NvRect& /*outBounds*/) const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::Combine(const NvBitmapImage& /*inMask*/, NvMaskRule /*inRule*/) {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+std::unique_ptr<NvImage> NvImage::NewHorizontalMirror() const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+std::unique_ptr<NvImage> NvImage::NewVerticalMirror() const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::MapToTable(const NvColorTable* /*inTablePtr*/, const std::uint8_t* /*inInvMap*/) {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::ReadColors(const NvRect& /*inSourceRect*/, const NvPixelTarget& /*inTarget*/) const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::ReadMaskedColors(const NvRect& /*inSourceRect*/, const NvBitmapImage& /*inMask*/,
+                               const NvPixelTarget& /*inTarget*/) const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::ReadChannel(std::uint32_t /*inChannel*/, const NvRect& /*inSourceRect*/,
+                          std::uint8_t* /*outData*/, std::uint32_t /*inDestRowBytes*/) const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::WriteChannel(std::uint32_t /*inChannel*/, const NvRect& /*inDestRect*/,
+                           const std::uint8_t* /*inData*/, std::uint32_t /*inSourceRowBytes*/) {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::SwapChannels(std::uint32_t /*inChannelA*/, std::uint32_t /*inChannelB*/) {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::BlendMasked(const NvRect& /*inMaskRect*/, const std::uint8_t* /*inColors*/,
+                          std::uint32_t /*inColorRowBytes*/, const NvPixelTarget& /*inTarget*/,
+                          double /*inOpacity*/) const {
     NvThrow(NvErrorCode::km_NotSupported);
 }
 
@@ -97,15 +147,21 @@ void NvImage::CopyFrom(const NvImage& /*inImage*/) {
     NvThrow(NvErrorCode::km_NotSupported);
 }
 
+void NvImage::WriteMasked(const NvRect& /*inMaskRect*/, const std::uint8_t* /*inColors*/,
+                          std::uint32_t /*inColorRowBytes*/, const NvPixelTarget& /*inTarget*/) const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+void NvImage::Invert() {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
+std::unique_ptr<NvImage> NvImage::NewResizedImage(std::uint32_t /*inWidth*/, std::uint32_t /*inHeight*/,
+                                                  NvProgressIndicator* /*inIndicator*/) const {
+    NvThrow(NvErrorCode::km_NotSupported);
+}
+
 void NvImage::Erase() {
-    NvThrow(NvErrorCode::km_NotSupported);
-}
-
-std::unique_ptr<NvImage> NvImage::NewHorizontalMirror() const {
-    NvThrow(NvErrorCode::km_NotSupported);
-}
-
-std::unique_ptr<NvImage> NvImage::NewVerticalMirror() const {
     NvThrow(NvErrorCode::km_NotSupported);
 }
 

@@ -1,42 +1,29 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 
 #include "nvcode2/base/nvgeometry.h"
+#include "nvcode2/image/nvcolortable.h"
 #include "nvcode2/image/nvimgfmtinfo.h"
 #include "nvcode2/image/nvpixelblock.h"
 
-/** Where red, green and blue lie in a pixel of somebody else's memory. The other bytes of such a pixel are
- *  never touched. */
-struct NvRGBLayout {
-    std::uint32_t pixelBytes = 3;
-    std::uint32_t redIndex = 0;
-    std::uint32_t greenIndex = 1;
-    std::uint32_t blueIndex = 2;
+class NvBitmapImage;
+class NvProgressIndicator;
+
+/** How two masks are combined: the pixels set afterwards are those set in ... */
+enum class NvMaskRule {
+    km_Both,
+    km_Either,
+    km_OnlyThis, ///< this mask and not in the other
 };
 
-/** Pixels of somebody else's memory that an image writes into, from a point on. */
-struct NvPixelTarget {
-    std::uint8_t* data;     ///< first byte of the first row
-    std::uint32_t rowBytes; ///< from one row to the next
-    NvPoint point;          ///< where the top left pixel goes
-    NvRGBLayout layout;
-
-    /** The pixel at the point. */
-    std::uint8_t* First() const {
-        return data + static_cast<std::size_t>(point.v) * rowBytes +
-               static_cast<std::size_t>(point.h) * layout.pixelBytes;
-    }
-};
-
-/** An image: a size, a resolution and what its file format said of it. How pixels are kept is for the
- *  classes below to say; what a class cannot do raises 37.
+/** An image: a size, a resolution and what its file format said of it. How pixels are kept is up to the
+ *  classes derived from it; what a class cannot do raises 37.
  *
  *  The program needs only some of the operations. The others (handing format information over, mirroring,
- *  filling, inverting, combining and blending through masks and the like) are what any program that shows or
- *  edits pictures asks of them.
+ *  filling, inverting, combining and blending through masks and the like) are what programs that show or
+ *  edit pictures ask of them.
  *
  *  Images are not copied by accident: Clone and CopyFrom copy pixels, moving hands them over. A moved-from
  *  image may only be destroyed or assigned to. */
@@ -52,27 +39,23 @@ public:
 
     NvImage(const NvImage&) = delete;
     NvImage& operator=(const NvImage&) = delete;
-    virtual ~NvImage();
+
+    // The virtual operations keep this order; new ones come last.
 
     /** A new image of the same class and contents. Format information stays with the original (see
      *  CopyFormatInfo). */
     virtual std::unique_ptr<NvImage> Clone() const = 0;
 
-    /** Width and height in pixels. What becomes of the pixels is for the class to say. */
+    /** Width and height in pixels. What becomes of the pixels is up to the class. */
     virtual void SetSize(std::uint32_t inWidth, std::uint32_t inHeight);
     virtual std::uint32_t GetWidth() const { return mWidth; }
     virtual std::uint32_t GetHeight() const { return mHeight; }
-    /** One of Type. */
-    std::uint32_t GetImageType() const { return mImageType; }
 
-    /** Pixels per inch; 100 by 100 unless set.
-     *  No caller yet in the program: a GIF has an aspect ratio but no resolution. */
+    /** Pixels per inch; 100 by 100 unless set. For formats that have a resolution: a GIF has only an aspect
+     *  ratio. */
     virtual void SetResolution(std::uint32_t inHorizontal, std::uint32_t inVertical);
-    std::uint32_t GetHorizontalResolution() const { return mHorizontalResolution; }
-    std::uint32_t GetVerticalResolution() const { return mVerticalResolution; }
 
     /** Null when the image has none; owned by the image. */
-    virtual NvImgFmtFrameInfo* GetFormatInfo() { return mFormatInfo.get(); }
     virtual const NvImgFmtFrameInfo* GetFormatInfo() const { return mFormatInfo.get(); }
     /** Replaces the format information; null takes it away. */
     virtual void SetFormatInfo(std::unique_ptr<NvImgFmtFrameInfo> inInfo);
@@ -80,8 +63,8 @@ public:
     virtual void CopyFormatInfo(const NvImage& inImage);
     /** Gives the format information away; the image then has none. */
     virtual std::unique_ptr<NvImgFmtFrameInfo> DetachFormatInfo();
-    /** Hands this image's format information, if any, to another image, whose own is released.
-     *  For a changed picture that takes the place of this one. */
+    /** Hands this image's format information, if any, to another image, whose own is released. For a changed
+     *  picture that takes the place of this one. */
     virtual void HandOverFormatInfo(NvImage& ioImage);
 
     /** Writes a rectangle's colours into the caller's memory.
@@ -94,37 +77,98 @@ public:
     virtual void ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
                          const NvRGBLayout& inLayout) const = 0;
 
-    /** Writes a rectangle's colours into a rectangle, of the same size, of a larger picture in memory.
-     *  outData is that picture's first byte; the rest as for ReadRGB. */
-    void ReadRGBAt(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
-                   const NvRect& inDestRect, const NvRGBLayout& inLayout) const;
-
     /** A new image of the same class that holds a rectangle of this one. The rectangle lies inside the image
      *  and is not empty. */
     virtual std::unique_ptr<NvImage> CopyRegion(const NvRect& inRect) const;
     /** Copies a whole image of the same kind over this one, its top left at inTopLeft; it must fit. */
     virtual void PasteImage(const NvImage& inImage, NvPoint inTopLeft);
+
+    /** The smallest rectangle that holds every pixel that is not background; false, and an empty rectangle,
+     *  when there is none. */
+    virtual bool FindContentBounds(NvRect& outBounds) const;
+    /** Combines a mask, pixel by pixel, with another of the same size. */
+    virtual void Combine(const NvBitmapImage& inMask, NvMaskRule inRule);
+
+    /** A new image with every row reversed. A step that viewers take, like the next. */
+    virtual std::unique_ptr<NvImage> NewHorizontalMirror() const;
+    /** A new image with the order of the rows reversed. */
+    virtual std::unique_ptr<NvImage> NewVerticalMirror() const;
+
+    /** Exchanges the palette: every colour becomes the one the map gives for it.
+     *  @param inTablePtr  the new palette
+     *  @param inInvMap    its map, see MakeInverseColorMap */
+    virtual void MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap);
+
+    /** Writes a rectangle's colours at a point of the caller's pixels, as viewers do; this and the four
+     *  operations below have no part in making files smaller. Precondition, as one assertion: the rectangle
+     *  is not empty and inside the image, the layout's positions are distinct and below its pixel size, and
+     *  the target's row holds the pixels from the point on. */
+    virtual void ReadColors(const NvRect& inSourceRect, const NvPixelTarget& inTarget) const;
+    /** The same for the pixels that a mask of the image's size has set; the others stay. */
+    virtual void ReadMaskedColors(const NvRect& inSourceRect, const NvBitmapImage& inMask,
+                                  const NvPixelTarget& inTarget) const;
+    /** Copies one channel, of 8 or 16 bits, of a rectangle into packed rows of the caller's, and back. */
+    virtual void ReadChannel(std::uint32_t inChannel, const NvRect& inSourceRect, std::uint8_t* outData,
+                             std::uint32_t inDestRowBytes) const;
+    virtual void WriteChannel(std::uint32_t inChannel, const NvRect& inDestRect, const std::uint8_t* inData,
+                              std::uint32_t inSourceRowBytes);
+    /** Exchanges two channels of 8 bits. */
+    virtual void SwapChannels(std::uint32_t inChannelA, std::uint32_t inChannelB);
+
+    /** WriteMasked, mixed with what is there: inOpacity 0 keeps it, 1 replaces it, and what lies between is
+     *  rounded to 1/256. Beyond the ends counts as the end. */
+    virtual void BlendMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
+                             std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget,
+                             double inOpacity) const;
+
+    virtual ~NvImage();
+
+protected:
+    /** Back to no size, no format information and resolution 100, without regard to pixels. */
+    virtual void ResetFields() noexcept;
+
+public:
     /** A new, blank image of the same class, sized like the rectangle, with packed rows. */
     virtual std::unique_ptr<NvImage> NewBlankImage(const NvRect& inRect) const;
     /** Becomes a copy of an image of the same class: size, resolution, pixels and what they need. */
     virtual void CopyFrom(const NvImage& inImage);
+
+    /** Writes colours through a mask: where it is set, the caller's colour goes into the caller's pixels.
+     *
+     *  @param inMaskRect       the part of the mask; an empty one does nothing
+     *  @param inColors         packed RGB pixels for that part, red first
+     *  @param inColorRowBytes  from one row of them to the next
+     *  @param inTarget         where the part's top left pixel goes; its rows hold the part's pixels */
+    virtual void WriteMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
+                             std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget) const;
+    /** Turns the picture into its negative. */
+    virtual void Invert();
+    /** The picture resampled to another size by area average (see nvresize.h). Raises 3 when the indicator,
+     *  which may be null, stops the work. */
+    virtual std::unique_ptr<NvImage> NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
+                                                     NvProgressIndicator* inIndicator) const;
+
     /** Sets every pixel to the class's background. */
     virtual void Erase();
 
-    /** A new image with every row reversed.
-     *  Like the next, no caller yet in the program: a step every viewer on this library needs. */
-    virtual std::unique_ptr<NvImage> NewHorizontalMirror() const;
-    /** A new image with the order of the rows reversed. */
-    virtual std::unique_ptr<NvImage> NewVerticalMirror() const;
+    /** One of Type. */
+    std::uint32_t GetImageType() const { return mImageType; }
+    std::uint32_t GetHorizontalResolution() const { return mHorizontalResolution; }
+    std::uint32_t GetVerticalResolution() const { return mVerticalResolution; }
+    NvImgFmtFrameInfo* GetFormatInfo() {
+        return const_cast<NvImgFmtFrameInfo*>(static_cast<const NvImage*>(this)->GetFormatInfo());
+    }
+
+    /** Writes a rectangle's colours into a rectangle, of the same size, of a larger picture in memory.
+     *  outData is that picture's first byte; the rest as for ReadRGB. */
+    void ReadRGBAt(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
+                   const NvRect& inDestRect, const NvRGBLayout& inLayout) const;
 
 protected:
     NvImage(std::uint32_t inWidth, std::uint32_t inHeight, Type inImageType);
     NvImage(NvImage&& ioImage) noexcept;
     /** Precondition: both images are of one kind. */
     NvImage& operator=(NvImage&& ioImage) noexcept;
-
-    /** Back to no size, no format information and resolution 100, without regard to pixels. */
-    virtual void ResetFields() noexcept;
 
     std::uint32_t mWidth;  // pixels
     std::uint32_t mHeight; // pixels

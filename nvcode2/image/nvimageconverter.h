@@ -6,7 +6,7 @@
 #include "nvcode2/image/nvrgbimage.h"
 
 /** Converts the RGB and the mask image to indexed ones, and those to another palette. A mask's set pixels are
- *  white, the others black; format information is not converted. */
+ *  white, the others black. The result has no format information. */
 class NvImageConverter {
 public:
     /** inIndicator, borrowed for the converter's life, hears of every row and may stop a conversion with

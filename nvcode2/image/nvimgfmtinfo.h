@@ -4,14 +4,14 @@
 
 #include "nvcode2/image/nvcolortable.h"
 
-/** What an image file says beyond its pixels, without the format's own fields: each format derives its
- *  records from these two. Plain records; the format's reader fills them, its writer writes them back. */
+/** What an image file says beyond its pixels. Each format derives its records from these two and adds its own
+ *  fields; its reader fills them, its writer writes them back. */
 
 /** Once per file: the palette shared by the file's images. */
 class NvImgFmtGlobalInfo {
 public:
     NvImgFmtGlobalInfo() = default;
-    virtual ~NvImgFmtGlobalInfo();
+    virtual ~NvImgFmtGlobalInfo() = default;
 
     NvColorTable mColorTable;
 
@@ -24,7 +24,7 @@ protected:
 class NvImgFmtFrameInfo {
 public:
     NvImgFmtFrameInfo() = default;
-    virtual ~NvImgFmtFrameInfo();
+    virtual ~NvImgFmtFrameInfo() = default;
 
     /** A record of the same class with the same contents. */
     virtual std::unique_ptr<NvImgFmtFrameInfo> Clone() const = 0;

@@ -15,8 +15,6 @@
 
 namespace {
 
-using IndexMap = std::array<std::uint8_t, 256>;
-
 /** A bit for each of eight pixels that is not inIndex, the first pixel's on top. */
 std::uint8_t OthersOfEight(const std::uint8_t* inPixels, std::uint8_t inIndex) {
     return static_cast<std::uint8_t>(~NvBitsOfEight(inPixels, inIndex));
@@ -31,8 +29,14 @@ NvIndexedImage::NvIndexedImage(std::uint32_t inWidth, std::uint32_t inHeight, co
       mColorTable(inTable) {}
 
 std::unique_ptr<NvImage> NvIndexedImage::Clone() const {
-    auto image = NvMakeUnique<NvIndexedImage>();
+    auto image = NvAllocate([&] { return std::make_unique<NvIndexedImage>(); });
     image->CopyFrom(*this);
+    return image;
+}
+
+NvIndexedImage NvIndexedImage::Copy() const {
+    NvIndexedImage image;
+    image.CopyFrom(*this);
     return image;
 }
 
@@ -48,8 +52,10 @@ void NvIndexedImage::CopyFrom(const NvImage& inImage) {
 }
 
 std::unique_ptr<NvImage> NvIndexedImage::NewBlankImage(const NvRect& inRect) const {
-    auto image = NvMakeUnique<NvIndexedImage>(static_cast<std::uint32_t>(inRect.Width()),
-                                              static_cast<std::uint32_t>(inRect.Height()), mColorTable);
+    auto image = NvAllocate([&] {
+        return std::make_unique<NvIndexedImage>(static_cast<std::uint32_t>(inRect.Width()),
+                                                static_cast<std::uint32_t>(inRect.Height()), mColorTable);
+    });
     image->mFillIndex = mFillIndex;
     return image;
 }
@@ -105,7 +111,7 @@ void NvIndexedImage::MapToTable(const NvColorTable* inTablePtr, const std::uint8
     NvAssert(inTablePtr);
     NvAssert(inInvMap);
     NvColorTable table(*inTablePtr);
-    IndexMap map;
+    NvIndexMap map;
     for (std::uint32_t i = 0; i < map.size(); ++i) {
         const NvColor color = i < mColorTable.GetSize() ? mColorTable.GetColor(i) : NvColor{};
         map[i] = inInvMap[NvInverseColorMapCell(color)];
@@ -118,7 +124,7 @@ std::unique_ptr<NvImage> NvIndexedImage::NewResizedImage(std::uint32_t inWidth, 
                                                          NvProgressIndicator* inIndicator) const {
     const auto inverseMap = NvMakeArray<std::uint8_t>(km_InverseColorMapSize);
     MakeInverseColorMap(&mColorTable, inverseMap.get());
-    auto image = NvMakeUnique<NvIndexedImage>(inWidth, inHeight, mColorTable);
+    auto image = NvAllocate([&] { return std::make_unique<NvIndexedImage>(inWidth, inHeight, mColorTable); });
     const NvConstPixelLock source(*this);
     const NvPixelLock dest(*image);
     NvResizeIndexed(source.GetBlock(), dest.GetBlock(), &mColorTable, inverseMap.get(), inIndicator);

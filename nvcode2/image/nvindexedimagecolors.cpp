@@ -7,16 +7,52 @@
 #include <numeric>
 #include <utility>
 
+#include "nvcode2/base/nvbytes.h"
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/image/nvbitmapimage.h"
-#include "nvcode2/image/nvindexcounter.h"
 #include "nvcode2/image/nvindexedimage.h"
 #include "nvcode2/image/nvmaskrow.h"
 
 namespace {
 
-using IndexMap = std::array<std::uint8_t, 256>;
-using Histogram = std::array<std::uint32_t, 256>;
+/** Counts indices. Neighbouring pixels go to different sets of counts, so that none waits for the store of
+ *  the one before; eight pixels of one colour, which is what most pictures are made of, are one addition. */
+class IndexCounter {
+public:
+    /** A run of pixels. */
+    void AddRun(const std::uint8_t* inIndices, std::size_t inCount) {
+        std::size_t i = 0;
+        for (; i + 8 <= inCount; i += 8) {
+            const std::uint64_t eight = NvLoadLittleEndian(inIndices + i);
+            if (eight == NvEightOf(inIndices[i]))
+                mCounts[0][inIndices[i]] += 8;
+            else
+                AddEight(eight);
+        }
+        for (; i < inCount; ++i)
+            ++mCounts[i % 4][inIndices[i]];
+    }
+
+    /** Writes a count for each of inSize table entries; those beyond 256 no pixel can have. */
+    void Write(std::uint32_t* outHistogram, std::uint32_t inSize) const {
+        for (std::size_t i = 0; i < inSize; ++i)
+            outHistogram[i] = i < 256 ? mCounts[0][i] + mCounts[1][i] + mCounts[2][i] + mCounts[3][i] : 0;
+    }
+
+private:
+    void AddEight(std::uint64_t inEight) {
+        for (std::size_t i = 0; i < 8; ++i)
+            ++mCounts[i % 4][inEight >> (8 * i) & 0xFF];
+    }
+
+    std::array<std::array<std::uint32_t, 256>, 4> mCounts{};
+};
+
+/** Raises 27 unless pixels can refer to every entry. */
+void RequireReachable(const NvColorTable& inTable) {
+    if (inTable.GetSize() > 256)
+        NvThrow(NvErrorCode::km_MissingData);
+}
 
 } // namespace
 
@@ -26,7 +62,7 @@ void NvIndexedImage::BuildHistogram(std::uint32_t* outHistogram) const {
     if (mWidth == 0 || mHeight == 0 || GetRowBytes() == 0 || IsLocked())
         NvThrow(NvErrorCode::km_BadParameter);
     const NvConstPixelLock pixels(*this);
-    NvIndexCounter counter;
+    IndexCounter counter;
     for (std::uint32_t y = 0; y < mHeight; ++y)
         counter.AddRun(pixels.Row(y), mWidth);
     counter.Write(outHistogram, mColorTable.GetSize());
@@ -46,7 +82,7 @@ void NvIndexedImage::BuildMaskedHistogram(std::uint32_t* outHistogram, const NvB
     const NvConstPixelLock pixels(*this);
     const NvConstPixelLock mask(*inMask);
     const bool setBit = inMask->GetPolarity() == 0;
-    NvIndexCounter counter;
+    IndexCounter counter;
     for (std::uint32_t y = 0; y < height; ++y) {
         const std::uint8_t* const row = pixels.Row(y);
         NvForEachRun(mask.Row(y), width, setBit, [&](std::uint32_t inFirst, std::uint32_t inEnd) {
@@ -77,10 +113,9 @@ std::uint32_t NvIndexedImage::FindUnusedColor(const std::uint32_t* inHistogram, 
 std::uint32_t NvIndexedImage::ChooseColorToMerge(std::uint32_t* ioHistogram, std::uint32_t inCandidates,
                                                  std::uint32_t& outSrcIndex,
                                                  std::uint32_t& outDstIndex) const {
-    if (!ioHistogram)
-        NvThrow(NvErrorCode::km_MissingData);
-    NvAssert(inCandidates);
     const std::uint32_t sizeOfTable = mColorTable.GetSize();
+    if (!ioHistogram || sizeOfTable == 0 || inCandidates == 0)
+        NvThrow(NvErrorCode::km_MissingData);
     float bestCost = std::numeric_limits<float>::infinity();
     for (std::uint32_t k = std::min(inCandidates, sizeOfTable); k > 0; --k) {
         std::uint32_t* const least = std::min_element(ioHistogram, ioHistogram + sizeOfTable);
@@ -103,7 +138,8 @@ void NvIndexedImage::ReplaceIndex(std::uint32_t inSrcIndex, std::uint32_t inDstI
     const std::uint32_t sizeOfTable = mColorTable.GetSize();
     NvAssert(inSrcIndex != inDstIndex);
     NvAssert(inSrcIndex < sizeOfTable && inDstIndex < sizeOfTable);
-    IndexMap map;
+    RequireReachable(mColorTable);
+    NvIndexMap map;
     std::iota(map.begin(), map.end(), std::uint8_t{0});
     map[inSrcIndex] = static_cast<std::uint8_t>(inDstIndex);
     RemapIndices(map.data());
@@ -114,9 +150,9 @@ NvColorTable NvIndexedImage::CompactTable(const std::uint32_t* inHistogram, std:
         NvThrow(NvErrorCode::km_MissingData);
     const std::uint32_t inHistSize = mColorTable.GetSize();
     NvAssert(inHistSize);
-    NvAssert(inHistSize <= 256);
+    RequireReachable(mColorTable);
     const NvColor* const colors = mColorTable.GetColors();
-    Histogram counts{};
+    NvHistogram counts{};
     std::copy_n(inHistogram, inHistSize, counts.begin());
 
     std::uint32_t removed = 0;
@@ -124,7 +160,8 @@ NvColorTable NvIndexedImage::CompactTable(const std::uint32_t* inHistogram, std:
         const auto first = static_cast<std::uint32_t>(std::find(colors, colors + i, colors[i]) - colors);
         if (first < i) {
             outMap[i] = outMap[first];
-            counts[first] += std::exchange(counts[i], 0u);
+            counts[first] += counts[i];
+            counts[i] = 0;
             ++removed;
         } else {
             outMap[i] = static_cast<std::uint8_t>(i - removed);
@@ -146,15 +183,19 @@ NvColorTable NvIndexedImage::CompactTable(const std::uint32_t* inHistogram, std:
 }
 
 void NvIndexedImage::RemoveUnusedColors() {
-    Histogram counts{};
+    RequireReachable(mColorTable);
+    NvHistogram counts{};
     BuildHistogram(counts.data());
     // The pixels of a repeated colour count for its first occurrence, so that no number is given out twice.
     const NvColor* const colors = mColorTable.GetColors();
     for (std::uint32_t i = 0; i < mColorTable.GetSize(); ++i) {
-        const auto first = std::find(colors, colors + i, colors[i]) - colors;
-        counts[static_cast<std::size_t>(first)] += std::exchange(counts[i], 0u);
+        const auto first = static_cast<std::size_t>(std::find(colors, colors + i, colors[i]) - colors);
+        if (first < i) {
+            counts[first] += counts[i];
+            counts[i] = 0;
+        }
     }
-    IndexMap map{};
+    NvIndexMap map{};
     NvColorTable table = CompactTable(counts.data(), map.data());
     RemapIndices(map.data());
     mColorTable = std::move(table);
@@ -166,7 +207,7 @@ void NvIndexedImage::MergeSimilarColors(std::uint32_t inTolerance) {
     NvAssert(tableSize > 0);
     NvColorTable kept(256);
     std::uint32_t keptSize = 0;
-    IndexMap map{};
+    NvIndexMap map{};
     for (std::uint32_t i = 0; i < tableSize; ++i) {
         const NvColor color = mColorTable.GetColor(i);
         const auto isNear = [&](const NvColor& inKept) {

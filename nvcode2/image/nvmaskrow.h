@@ -6,12 +6,12 @@
 
 #include "nvcode2/base/nvbytes.h"
 
-/** Searches in one row of a 1-bit mask, the leftmost pixel in the top bit of a byte. 64 pixels cost one
- *  comparison where they are alike, since nearly all masks of real animations are made of long runs. Padding
- *  bits of the last byte are ignored. */
+/** Searches one row of a 1-bit mask, the leftmost pixel in the top bit of a byte. 64 pixels that are alike
+ * cost one comparison: nearly all masks of real animations are made of long runs. Padding bits of the last
+ * byte are ignored. */
 
-/** The bits of a row from byte inByte on, up to 64 of them, the leftmost in the top bit; what lies behind the
- *  row's bytes reads as 0. */
+/** The 64 bits of a row from byte inByte on, the leftmost in the top bit; what lies behind the row's bytes
+ *  reads as 0. */
 inline std::uint64_t NvMaskWord(const std::uint8_t* inRow, std::uint32_t inWidth, std::uint32_t inByte) {
     const std::uint32_t bytes = (inWidth + 7) / 8;
     if (inByte + 8 <= bytes)
@@ -37,9 +37,8 @@ inline std::uint32_t NvFindBit(const std::uint8_t* inRow, std::uint32_t inWidth,
     return inWidth;
 }
 
-/** Calls inVisit(first, end) for every run of pixels that are set, or are not, as inIsSet says, left to
- *  right.
- */
+/** Calls inVisit(first, end) for every run of pixels that are set, or are not, as inIsSet says, from left to
+ *  right. */
 template <typename Visitor>
 void NvForEachRun(const std::uint8_t* inRow, std::uint32_t inWidth, bool inIsSet, Visitor inVisit) {
     std::uint32_t end = 0;

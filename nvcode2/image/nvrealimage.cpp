@@ -120,7 +120,7 @@ void NvRealImage::AllocateRows(std::uint32_t inRowBytes) {
         NvThrow(NvErrorCode::km_OutOfMemory);
     const std::uint32_t size = CheckedBytes(std::uint64_t{mHeight} * inRowBytes);
     if (!mBufferPtr)
-        mBufferPtr = NvMakeUnique<NvBuffer>();
+        mBufferPtr = NvAllocate([&] { return std::make_unique<NvBuffer>(); });
     if (!mBufferPtr->IsAllocated() || mBufferPtr->GetSize() != size) {
         NvRealImage::FreeBuffer();
         mBufferPtr->Allocate(size);
@@ -176,9 +176,11 @@ void NvRealImage::ReadRGB(const NvRect& /*inSourceRect*/, std::uint8_t* /*outDat
 }
 
 std::unique_ptr<NvImage> NvRealImage::NewBlankImage(const NvRect& inRect) const {
-    return NvMakeUnique<NvRealImage>(static_cast<std::uint32_t>(inRect.Width()),
-                                     static_cast<std::uint32_t>(inRect.Height()), mChannelDepth, mNumChannels,
-                                     &NvPackedRowBytes, nullptr, static_cast<Type>(GetImageType()));
+    return NvAllocate([&] {
+        return std::make_unique<NvRealImage>(
+            static_cast<std::uint32_t>(inRect.Width()), static_cast<std::uint32_t>(inRect.Height()),
+            mChannelDepth, mNumChannels, &NvPackedRowBytes, nullptr, static_cast<Type>(GetImageType()));
+    });
 }
 
 void NvRealImage::CopyFrom(const NvImage& /*inImage*/) {}
@@ -194,26 +196,6 @@ void NvRealImage::Combine(const NvBitmapImage& /*inMask*/, NvMaskRule /*inRule*/
 
 void NvRealImage::MapToTable(const NvColorTable* /*inTablePtr*/, const std::uint8_t* /*inInvMap*/) {
     NvAssert(0);
-}
-
-void NvRealImage::WriteMasked(const NvRect& /*inMaskRect*/, const std::uint8_t* /*inColors*/,
-                              std::uint32_t /*inColorRowBytes*/, const NvPixelTarget& /*inTarget*/) const {
-    NvThrow(NvErrorCode::km_NotSupported);
-}
-
-void NvRealImage::BlendMasked(const NvRect& /*inMaskRect*/, const std::uint8_t* /*inColors*/,
-                              std::uint32_t /*inColorRowBytes*/, const NvPixelTarget& /*inTarget*/,
-                              double /*inOpacity*/) const {
-    NvThrow(NvErrorCode::km_NotSupported);
-}
-
-void NvRealImage::Invert() {
-    NvThrow(NvErrorCode::km_NotSupported);
-}
-
-std::unique_ptr<NvImage> NvRealImage::NewResizedImage(std::uint32_t /*inWidth*/, std::uint32_t /*inHeight*/,
-                                                      NvProgressIndicator* /*inIndicator*/) const {
-    NvThrow(NvErrorCode::km_NotSupported);
 }
 
 void NvRealImage::GrowBounds(NvRect& ioBounds, std::int32_t inLeft, std::int32_t inRight, std::int32_t inY) {

@@ -8,35 +8,24 @@
 #include "nvcode2/image/nvbuffer.h"
 #include "nvcode2/image/nvimage.h"
 
-class NvBitmapImage;
-class NvProgressIndicator;
-
-/** How two masks are combined: the pixels set afterwards are those set in ... */
-enum class NvMaskRule {
-    km_Both,
-    km_Either,
-    km_OnlyThis, ///< this mask and not in the other
-};
-
 /** Bytes in a row of inWidth pixels; raises 2 when they do not fit 32 bits. Preconditions: the depth is 1,
  *  8 or 16 bits, the channel count not 0. */
 using NvRowBytesProc = std::uint32_t (*)(std::uint16_t inChannelDepth, std::uint16_t inNumChannels,
                                          std::uint32_t inWidth);
 
-/** No padding but to the next whole byte. Every image of the program uses this one. */
+/** Padded to whole bytes only. Every image of the program uses this one. */
 std::uint32_t NvPackedRowBytes(std::uint16_t inChannelDepth, std::uint16_t inNumChannels,
                                std::uint32_t inWidth);
-/** The same, padded to a multiple of 4 bytes: the rows of a Windows bitmap in memory.
- *  No caller on this platform: for the screen code of a Windows shell. */
+/** The same, padded to a multiple of 4 bytes: the rows of a Windows bitmap in memory. */
 std::uint32_t NvAlignedRowBytes(std::uint16_t inChannelDepth, std::uint16_t inNumChannels,
                                 std::uint32_t inWidth);
 
 /** An image with pixels: one buffer of mHeight rows, top row first, no gap between them.
  *
  *  Pixels are touched only while the buffer is locked (NvPixelLock). Whatever allocates raises 2 when
- *  memory is out or a size does not fit a buffer, and leaves the image as it was. The operations that only
- *  some of the concrete images have are declared here too: one that a class lacks fails an assertion or
- *  raises 37, as its comment says. */
+ *  memory is out or a size does not fit a buffer, and leaves the image as it was. Of the operations that
+ *  only some classes have, those that find bounds, combine masks or exchange palettes fail an assertion in
+ *  the others; the rest raises 37. */
 class NvRealImage : public NvImage {
 public:
     /** A zeroed image.
@@ -50,68 +39,31 @@ public:
                 std::unique_ptr<NvBaseBuffer> inBuffer, Type inImageType);
     ~NvRealImage() override;
 
+    std::unique_ptr<NvImage> Clone() const override;
     /** Pixels are kept when the size stays the same; otherwise they are unspecified. Precondition: not
      *  locked. */
     void SetSize(std::uint32_t inWidth, std::uint32_t inHeight) override;
-    std::unique_ptr<NvImage> Clone() const override;
     void ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
                  const NvRGBLayout& inLayout) const override;
     std::unique_ptr<NvImage> CopyRegion(const NvRect& inRect) const override;
     void PasteImage(const NvImage& inImage, NvPoint inTopLeft) override;
+    bool FindContentBounds(NvRect& outBounds) const override;
+    void Combine(const NvBitmapImage& inMask, NvMaskRule inRule) override;
+    /** One-bit pixels have one channel. */
+    std::unique_ptr<NvImage> NewHorizontalMirror() const override;
+    std::unique_ptr<NvImage> NewVerticalMirror() const override;
+    void MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap) override;
+    void ReadColors(const NvRect& inSourceRect, const NvPixelTarget& inTarget) const override;
+    void ReadMaskedColors(const NvRect& inSourceRect, const NvBitmapImage& inMask,
+                          const NvPixelTarget& inTarget) const override;
+    void ReadChannel(std::uint32_t inChannel, const NvRect& inSourceRect, std::uint8_t* outData,
+                     std::uint32_t inDestRowBytes) const override;
+    void WriteChannel(std::uint32_t inChannel, const NvRect& inDestRect, const std::uint8_t* inData,
+                      std::uint32_t inSourceRowBytes) override;
+    void SwapChannels(std::uint32_t inChannelA, std::uint32_t inChannelB) override;
     std::unique_ptr<NvImage> NewBlankImage(const NvRect& inRect) const override;
     void CopyFrom(const NvImage& inImage) override;
     void Erase() override;
-    /** For one-bit pixels only with one channel. */
-    std::unique_ptr<NvImage> NewHorizontalMirror() const override;
-    std::unique_ptr<NvImage> NewVerticalMirror() const override;
-
-    /** Writes a rectangle's colours at a point of the caller's pixels. Precondition, as one assertion: the
-     *  rectangle is not empty and inside the image, the layout's positions are distinct and below its
-     *  pixel size, and the target's row holds the pixels from the point on. Like the other transfers
-     *  below, no caller yet in the program: for whoever shows pictures. */
-    virtual void ReadColors(const NvRect& inSourceRect, const NvPixelTarget& inTarget) const;
-    /** The same for the pixels that a mask of the image's size has set; the others stay. */
-    virtual void ReadMaskedColors(const NvRect& inSourceRect, const NvBitmapImage& inMask,
-                                  const NvPixelTarget& inTarget) const;
-    /** Copies one channel of a rectangle into packed rows of the caller's, and the other way round.
-     *  Channels of 8 or 16 bits. */
-    virtual void ReadChannel(std::uint32_t inChannel, const NvRect& inSourceRect, std::uint8_t* outData,
-                             std::uint32_t inDestRowBytes) const;
-    virtual void WriteChannel(std::uint32_t inChannel, const NvRect& inDestRect, const std::uint8_t* inData,
-                              std::uint32_t inSourceRowBytes);
-    /** Exchanges two channels of 8 bits. */
-    virtual void SwapChannels(std::uint32_t inChannelA, std::uint32_t inChannelB);
-
-    /** The smallest rectangle that holds every pixel that is not background; false, and an empty
-     *  rectangle, when there is none. A class without a background fails here. */
-    virtual bool FindContentBounds(NvRect& outBounds) const;
-    /** Combines a mask, pixel by pixel, with another of the same size. Other classes fail here. */
-    virtual void Combine(const NvBitmapImage& inMask, NvMaskRule inRule);
-    /** Exchanges the palette: every colour becomes the one the map gives for it. Classes without a palette
-     *  fail here.
-     *  @param inTablePtr  the new palette
-     *  @param inInvMap    its map, see MakeInverseColorMap */
-    virtual void MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap);
-    /** Writes colours through a mask: where it is set, the caller's colour goes into the caller's pixels.
-     *  Classes other than the mask raise 37.
-     *
-     *  @param inMaskRect       the part of the mask; an empty one does nothing
-     *  @param inColors         packed RGB pixels for that part, red first
-     *  @param inColorRowBytes  from one row of them to the next
-     *  @param inTarget         where the part's top left pixel and so on go */
-    virtual void WriteMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
-                             std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget) const;
-    /** The same, mixed with what is there: inOpacity 0 keeps it, 1 replaces it, and what lies between is
-     *  rounded to 1/256. Beyond the ends counts as the end. */
-    virtual void BlendMasked(const NvRect& inMaskRect, const std::uint8_t* inColors,
-                             std::uint32_t inColorRowBytes, const NvPixelTarget& inTarget,
-                             double inOpacity) const;
-    /** Turns the picture into its negative. Classes that cannot raise 37. */
-    virtual void Invert();
-    /** The picture resampled to another size by area average (see nvresize.h). Classes that cannot raise
-     *  37; code 3 when the indicator, which may be null, stops the work. */
-    virtual std::unique_ptr<NvImage> NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
-                                                     NvProgressIndicator* inIndicator) const;
 
     std::uint16_t GetChannelDepth() const { return mChannelDepth; }
     std::uint16_t GetNumChannels() const { return mNumChannels; }
@@ -135,7 +87,7 @@ protected:
     NvRealImage& operator=(NvRealImage&& ioImage) noexcept;
 
     void ResetFields() noexcept override;
-    /** Brings the buffer to mHeight rows of CalcRowBytes; one that has that size already is kept as it is. */
+    /** Makes room for mHeight rows of CalcRowBytes. A buffer that has that size already is kept as it is. */
     virtual void AllocateBuffer();
     /** Releases the pixels, and before that one lock if there is any. */
     virtual void FreeBuffer();

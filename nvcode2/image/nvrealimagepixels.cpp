@@ -142,5 +142,5 @@ void NvRealImage::AssertTransfer(const NvRect& inSourceRect, const NvPixelTarget
         "(inDestRedIndex == inDestGreenIndex) || (inDestRedIndex == inDestBlueIndex) || "
         "(inDestBlueIndex == inDestGreenIndex) || ( ((inDestPoint.h + outWidth) * inDestPixelBytes) > "
         "inDestRowBytes ) )");
-    NvAssert(inTarget.point.h >= 0 && inTarget.point.v >= 0);
+    NvAssert(inTarget.HasRoomFor(inSourceRect.Width()));
 }

@@ -16,7 +16,7 @@ NvRGBImage::NvRGBImage(std::uint32_t inWidth, std::uint32_t inHeight)
     : NvRealImage(inWidth, inHeight, 8, 3, &NvPackedRowBytes, nullptr, km_RGBImage) {}
 
 std::unique_ptr<NvImage> NvRGBImage::Clone() const {
-    auto image = NvMakeUnique<NvRGBImage>();
+    auto image = NvAllocate([&] { return std::make_unique<NvRGBImage>(); });
     image->CopyFrom(*this);
     return image;
 }
@@ -30,8 +30,10 @@ void NvRGBImage::CopyFrom(const NvImage& inImage) {
 }
 
 std::unique_ptr<NvImage> NvRGBImage::NewBlankImage(const NvRect& inRect) const {
-    return NvMakeUnique<NvRGBImage>(static_cast<std::uint32_t>(inRect.Width()),
-                                    static_cast<std::uint32_t>(inRect.Height()));
+    return NvAllocate([&] {
+        return std::make_unique<NvRGBImage>(static_cast<std::uint32_t>(inRect.Width()),
+                                            static_cast<std::uint32_t>(inRect.Height()));
+    });
 }
 
 void NvRGBImage::ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, std::uint32_t inDestRowBytes,
@@ -62,7 +64,7 @@ void NvRGBImage::Invert() {
 
 std::unique_ptr<NvImage> NvRGBImage::NewResizedImage(std::uint32_t inWidth, std::uint32_t inHeight,
                                                      NvProgressIndicator* inIndicator) const {
-    auto image = NvMakeUnique<NvRGBImage>(inWidth, inHeight);
+    auto image = NvAllocate([&] { return std::make_unique<NvRGBImage>(inWidth, inHeight); });
     const NvConstPixelLock source(*this);
     const NvPixelLock dest(*image);
     NvResizeRGB(source.GetBlock(), dest.GetBlock(), inIndicator);

@@ -11,8 +11,7 @@ class NvProgressIndicator;
 
 /** A true-colour image: red, green and blue bytes per pixel, rows without padding.
  *
- *  The optimizer works on indices alone and has no use for it; thumbnails and contact sheets are put together
- *  in it. */
+ *  Thumbnails and contact sheets are put together in it; the optimizer works on indices alone. */
 class NvRGBImage : public NvRealImage {
 public:
     /** 0 by 0 pixels. */

@@ -37,7 +37,7 @@ bool ColoursClose(const NvColor& inColor1, const NvColor& inColor2) {
            isClose(inColor1.blue, inColor2.blue);
 }
 
-// Cheapest tests first: on real pictures nearly every place fails the first one.
+// Cheapest tests first: in real pictures nearly every place fails the first one.
 bool NvIsSwappablePair(const std::uint8_t* inPixel, std::uint32_t inStride, const NvColor* inColors,
                        std::int32_t inSparedIndex) {
     const std::uint8_t a = inPixel[0];

@@ -7,11 +7,11 @@
 #include "nvcode2/base/nvbytes.h"
 #include "nvcode2/image/nvcolortable.h"
 
-/** The pixel pairs that may change places without being noticed: A B A along a row becomes B A A.
+/** The pixel pairs that can change places unnoticed: A B A along a row becomes B A A.
  *
  *  LZW then sees longer runs, while the colours of the area stay the same on average. Only pairs away from
  *  edges and of colours not too far apart qualify. Two steps use the same pairs: post-dither, which exchanges
- *  them all, and the optimizer's search, which tries each. */
+ *  all of them, and the optimizer's search, which tries each. */
 
 /** Strength from which on a neighbourhood counts as an edge; of 0 to 255. */
 inline constexpr std::uint32_t km_EdgeThreshold = 180;
@@ -27,7 +27,7 @@ std::uint32_t EdgeStrength(const std::uint8_t* inPixel, std::uint32_t inStride, 
 /** Whether every channel of the one colour minus the same of the other lies between -128 and 128. */
 bool ColoursClose(const NvColor& inColor1, const NvColor& inColor2);
 
-/** Stands for "no index is spared". */
+/** In place of a spared index: there is none. */
 inline constexpr std::int32_t km_SpareNothing = -1;
 
 /** Whether a pixel and its right neighbour may be exchanged.
@@ -38,8 +38,9 @@ inline constexpr std::int32_t km_SpareNothing = -1;
 bool NvIsSwappablePair(const std::uint8_t* inPixel, std::uint32_t inStride, const NvColor* inColors,
                        std::int32_t inSparedIndex);
 
-/** The first place of a row from inX on, in steps of two and before inEnd, that shows A B A behind something
- *  else than A; inEnd or beyond when there is none. Eight pixels at a time: hardly any place passes.
+/** The first place of a row from inX on, in steps of two and before inEnd, that shows A B A with something
+ *  other than A in front; inEnd or beyond when there is none. Looks at eight pixels at a time, since hardly
+ * any place passes.
  *  @param inX    at least 1
  *  @param inEnd  the row has two pixels more at least */
 inline std::uint32_t NvFindPattern(const std::uint8_t* inRow, std::uint32_t inX, std::uint32_t inEnd) {

@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include "nvcode2/base/nvassert.h"
-#include "nvcode2/image/nvindexedimage.h"
 
 namespace {
 

@@ -1,15 +1,9 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 
-#include "nvcode2/image/nvcolortable.h"
+#include "nvcode2/image/nvindexedimage.h"
 #include "nvcode2/quant/nvquantselector.h"
-
-class NvIndexedImage;
-
-/** New index of every old one. */
-using NvIndexMap = std::array<std::uint8_t, 256>;
 
 /** Maps the colours of one table to the nearest entries of another.
  *

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "nvcode2/base/nvallocate.h"
 #include "nvcode2/base/nvassert.h"
 
 namespace {
@@ -22,6 +23,17 @@ TEST(ErrorTest, TheHookHearsOfAnErrorOnceAndItsRaiserStaysNamed) {
     EXPECT_EQ(reports, 1) << "a copy is the same error";
     EXPECT_EQ(FileNameOf(moved), std::string(255, 'f'));
     NvSetErrorReportHook(nullptr);
+}
+
+TEST(ErrorTest, RunningOutOfMemoryNamesTheCallersLine) {
+    try {
+        NvAllocate([] { throw std::bad_alloc(); });
+        ADD_FAILURE();
+    } catch (const NvErrorCode& error) {
+        EXPECT_EQ(error.GetCode(), 2u);
+        EXPECT_EQ(error.GetLine(), __LINE__ - 4);
+        EXPECT_NE(FileNameOf(error).find("error_test"), std::string::npos);
+    }
 }
 
 TEST(ErrorTest, RuntimeErrorsMapToCodes) {

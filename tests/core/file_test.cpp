@@ -61,7 +61,8 @@ TEST_F(FileTest, CountingMeasuresAndTouchesNothing) {
         file.Write(nullptr, count);
     EXPECT_EQ(file.GetPosition(), 35u);
     file.Close();
-    EXPECT_EQ(file.GetLength(), 35u) << "the count outlives closing";
+    EXPECT_EQ(CodeOf([&] { file.Open(5); }), 5u);
+    EXPECT_EQ(file.GetLength(), 35u) << "the count outlives closing and an open that failed";
     EXPECT_EQ(Content(), "kept");
 }
 

@@ -85,7 +85,7 @@ TEST(ListTest, InsertsAndRemovesAtEveryPlace) {
     EXPECT_EQ(textOf(list), "abcda");
     list.Remove(2u);
     list.Remove(list.GetLast());
-    list.Remove(list.GetFirst());
+    list.Remove(0);
     EXPECT_EQ(textOf(list), "bd");
     list.RemoveAll();
     list.Append(letters);

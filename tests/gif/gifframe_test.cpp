@@ -9,6 +9,7 @@
 
 #include "nvcode2/image/nvmaskrow.h"
 #include "tests/image/images.h"
+#include "tests/support/codeof.h"
 #include "tests/support/testanimation.h"
 
 namespace {
@@ -103,6 +104,13 @@ TEST(GIFFrame, FindsAnIndexForWhatIsNotDrawn) {
         }
         EXPECT_TRUE((isShared ? shared : info.mColorTable) == frame.GetImage().GetColorTable());
     }
+}
+
+TEST(GIFFrame, IsNeverWithoutItsRecord) {
+    const auto animation = MakeAnimation(Movie({Picture("01")}));
+    NvGIFFrame& frame = animation->GetFrame(0);
+    EXPECT_EQ(CodeOf([&] { frame.SetFormatInfo(nullptr); }), 38u);
+    EXPECT_EQ(frame.GetInfo().mWidth, 2);
 }
 
 } // namespace

@@ -109,4 +109,16 @@ TEST(IndexedImage, MergesAndRemapsColours) {
     EXPECT_THAT(BytesOf(image), ElementsAre(0, 0, 200, 200, 200, 200));
 }
 
+TEST(IndexedImage, RefusesTablesThatItsPixelsCannotReach) {
+    NvIndexedImage large(2, 2, NvColorTable(300));
+    const NvIndexedImage without(2, 2, NvColorTable());
+    std::uint32_t counts[1] = {};
+    std::uint32_t source, dest;
+    EXPECT_EQ(CodeOf([&] { large.RemoveUnusedColors(); }), 27u);
+    EXPECT_EQ(CodeOf([&] { large.MergeSimilarColors(3); }), 27u);
+    EXPECT_EQ(CodeOf([&] { large.ReplaceIndex(299, 1); }), 27u);
+    EXPECT_EQ(CodeOf([&] { without.ChooseColorToMerge(counts, 1, source, dest); }), 27u);
+    EXPECT_EQ(CodeOf([&] { NvColorTable().FindClosestOtherColor(0); }), 27u);
+}
+
 } // namespace

@@ -88,6 +88,16 @@ TEST(RealImage, MisuseIsOurMistake) {
     EXPECT_DEATH(image.PasteImage(MakeImage(10, 10, 8, 1), {91, 90}), "<= GetWidth");
     EXPECT_DEATH(image.CopyRegion({-1, 0, 2, 2}), "inSourceRect.left >= 0");
     EXPECT_EQ(CodeOf([&] { image.Invert(); }), 37u) << "what a class of images lacks is refused";
+
+    // Writing beside the caller's pixels: before a row, above the first, beyond the end.
+    const NvBitmapImage mask(2, 1, 0, 1);
+    std::uint8_t pixels[6] = {};
+    for (const auto& [point, rowBytes] :
+         {std::pair<NvPoint, std::uint32_t>{{-1, 0}, 6}, {{0, -1}, 6}, {{0, 0}, 5}}) {
+        EXPECT_DEATH(mask.WriteMasked({0, 0, 2, 1}, pixels, 6, {pixels, rowBytes, point, {}}), "HasRoomFor");
+        const NvRect dest{point.h, point.v, point.h + 2, point.v + 1};
+        EXPECT_DEATH(mask.ReadRGBAt({0, 0, 2, 1}, pixels, rowBytes, dest, {}), "HasRoomFor");
+    }
 }
 
 TEST(BitmapImage, PolarityAndFillDecideOnEveryBit) {
@@ -98,6 +108,7 @@ TEST(BitmapImage, PolarityAndFillDecideOnEveryBit) {
             EXPECT_EQ(IsSet(mask, 8, 1), fill == 1);
         }
     }
+    EXPECT_THAT(BytesOf(NvBitmapImage(9, 2, 0, 2)), Each(0)) << "2 is no fill value";
     NvBitmapImage mask(4, 1, 1);
     SetBytes(mask, {0b0011'0000});
     NvBitmapImage other(4, 1);

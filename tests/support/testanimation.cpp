@@ -91,7 +91,7 @@ std::unique_ptr<NvAnimation> TestAnimation::Pack() const {
 }
 
 std::unique_ptr<NvGIFFrame> CloneFrame(const NvGIFFrame& inFrame) {
-    return std::unique_ptr<NvGIFFrame>(static_cast<NvGIFFrame*>(inFrame.Clone().release()));
+    return inFrame.Copy();
 }
 
 std::unique_ptr<TestAnimation> MakeAnimation(const TestGIF& inGIF) {

@@ -87,8 +87,7 @@ std::uint32_t PvPixelSwapper::SwapIfWorthIt(NvGIFFrame& ioFrame) {
     const std::uint32_t candidates = CountSwapCandidates(ioFrame);
     if (candidates == 0)
         return 0; // most frames have none, sparing an index or not
-    const std::unique_ptr<NvImage> copy = ioFrame.GetImage().Clone();
-    auto& original = static_cast<NvIndexedImage&>(*copy);
+    NvIndexedImage original = ioFrame.GetImage().Copy();
     const std::uint32_t exchanged = AreTooMany(candidates, ioFrame)
                                         ? PostDitherSparing(ioFrame, SparedIndex(ioFrame))
                                         : Search(ioFrame, SparedIndex(ioFrame));

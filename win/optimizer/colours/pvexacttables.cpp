@@ -38,17 +38,12 @@ ColourSet ColoursOf(const NvColorTable& inTable) {
     return colours;
 }
 
-NvColor Unpack(std::uint32_t inColour) {
-    return {static_cast<std::uint8_t>(inColour), static_cast<std::uint8_t>(inColour >> 8),
-            static_cast<std::uint8_t>(inColour >> 16)};
-}
-
 /** A table of these colours; of one black entry when there are none. */
 NvColorTable MakeTable(const ColourSet& inColours) {
     NvColorTable table(static_cast<std::uint32_t>(std::max<std::size_t>(inColours.size(), 1)));
     std::uint32_t next = 0;
     for (const std::uint32_t colour : inColours)
-        table.SetColor(next++, Unpack(colour));
+        table.SetColor(next++, NvUnpackColor(colour));
     return table;
 }
 

@@ -5,7 +5,7 @@
 #include "nvcode2/quant/nvquantremap.h"
 
 /** Drawn pixels per entry of a frame's colour table. */
-using PvHistogram = NvGIFFrame::Histogram;
+using PvHistogram = NvHistogram;
 
 /** The same once indices are mapped. */
 PvHistogram PvMapHistogram(const PvHistogram& inHistogram, const NvIndexMap& inMap);

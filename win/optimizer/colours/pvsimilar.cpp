@@ -121,8 +121,7 @@ private:
         double bits = 0.0;
         double similarity = 0.0;
         for (std::size_t i = 0; i < mTried.size(); ++i) {
-            const std::unique_ptr<NvImage> copy = mTried[i]->GetImage().Clone();
-            auto& merged = static_cast<NvIndexedImage&>(*copy);
+            NvIndexedImage merged = mTried[i]->GetImage().Copy();
             if (const std::optional<Merge> merge = MergeColours(mFrames[mIndices[i]], inReach))
                 NvQuantRemap(merged, merge->mMap, merge->mTable);
             const bool isInterlaced = mTried[i]->GetInfo().mInterlaced != 0;

@@ -14,11 +14,6 @@ namespace {
 using ColorCounts = std::unordered_map<NvGIFPlayer::Pixel, std::uint32_t>;
 using ColorIndices = std::unordered_map<NvGIFPlayer::Pixel, std::uint8_t>;
 
-NvColor ColorOf(NvGIFPlayer::Pixel inPixel) {
-    return {static_cast<std::uint8_t>(inPixel), static_cast<std::uint8_t>(inPixel >> 8),
-            static_cast<std::uint8_t>(inPixel >> 16)};
-}
-
 ColorCounts CountColors(const NvGIFPlayer& inPlayer) {
     ColorCounts counts;
     for (std::uint32_t y = 0; y < inPlayer.GetScreenHeight(); ++y) {
@@ -46,7 +41,7 @@ CanvasPalette MakePalette(const ColorCounts& inCounts) {
     NvQuantOctree octree(hasUndrawn ? 255 : 256);
     for (const auto& [pixel, count] : inCounts)
         if (pixel != 0)
-            octree.AddColor(ColorOf(pixel), count);
+            octree.AddColor(NvUnpackColor(pixel), count);
 
     CanvasPalette palette;
     palette.mTable = octree.MakeTable();
@@ -55,7 +50,7 @@ CanvasPalette MakePalette(const ColorCounts& inCounts) {
     for (const auto& [pixel, count] : inCounts) {
         if (pixel == 0)
             continue;
-        const NvColor color = ColorOf(pixel);
+        const NvColor color = NvUnpackColor(pixel);
         const std::uint32_t index = palette.mTable.FindClosestColor(NvPackColor(color), -1);
         palette.mIndices[pixel] = static_cast<std::uint8_t>(index);
         const NvColor& shown = palette.mTable.GetColor(index);
