@@ -18,6 +18,7 @@ inline constexpr std::uint8_t km_Application = 0xFF;
 
 inline constexpr std::uint8_t km_GraphicControlSize = 4;
 inline constexpr std::uint8_t km_ApplicationIdentifierSize = 11;
-inline constexpr char km_LoopIdentifier[] = "NETSCAPE2.0";
+inline constexpr char km_LoopIdentifier[] = "NETSCAPE2.0";      // written
+inline constexpr char km_OtherLoopIdentifier[] = "ANIMEXTS1.0"; // read alike
 
 inline constexpr std::uint8_t km_TableFlag = 0x80; // of the packed bytes of screen and image descriptor

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "nvcode2/file/nvfilereader.h"
@@ -14,14 +15,14 @@
 
 struct NvInterlacePass;
 
-/** A GIF file, read or written frame by frame.
+/** A GIF file, read or written frame by frame. README.md in this folder walks through the format.
  *
  *  Reading is lenient where real files need it, and only there:
  *  - zero bytes between blocks are passed over;
  *  - a file that ends between blocks after at least one whole image is read as if its trailer stood there;
  *  - a graphic control extension counts for the next image, the last one before it wins;
- *  - "ANIMEXTS1.0" is read as a looping block like "NETSCAPE2.0";
- *  - image data may be short: what did not arrive is told by GetDeliveredPixels;
+ *  - "ANIMEXTS1.0" is a looping block like "NETSCAPE2.0", and the count may stand behind other sub-blocks;
+ *  - image data may be short: GetDeliveredPixels says how much arrived;
  *  - everything behind the trailer is ignored; so are plain text and unknown extensions.
  *
  *  Writing keeps comments (all ahead of the first frame), the looping block and the frame records, and no
@@ -107,8 +108,8 @@ public:
     /** Makes a fresh global record for writing, with every field zero. */
     static std::shared_ptr<NvGIFGlobalInfo> CreateGlobalInfo();
 
-    /** The global record, read or to be written; null before either. It may be kept beyond the file's life.
-     */
+    /** The global record, read or to be written; null before either. It may be kept beyond the file's
+     *  life. */
     std::shared_ptr<NvGIFGlobalInfo> GetGlobalInfo() const { return mGlobalInfo; }
     void SetGlobalInfo(std::shared_ptr<NvGIFGlobalInfo> inInfo) { mGlobalInfo = std::move(inInfo); }
 
@@ -122,15 +123,16 @@ private:
     std::uint32_t FindFrames() override;
     void ReleaseFrames() override;
     void FlushOutput() override;
+    void ForgetGlobalInfo() override { mGlobalInfo.reset(); }
 
     void ScanExtension();
     void ScanGraphicControl();
     void ScanComment();
     void CountCommentMemory(std::uint64_t inBytes);
     void ScanApplication();
+    void ScanLoop();
     void ScanImage();
-    void ReadPass(const NvInterlacePass& inPass, std::vector<std::uint8_t>& ioBand,
-                  const RowTaker& inTakeRow);
+    void ReadPass(const NvInterlacePass& inPass, std::span<std::uint8_t> inBand, const RowTaker& inTakeRow);
     void ReadColorTable(NvColorTable& outTable, std::uint32_t inSize);
     void ReadGraphicControl(NvGIFFrameInfo& ioInfo);
     void ReadImageDescriptor(NvGIFFrameInfo& ioInfo);

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "nvcode2/base/nvallocate.h"
 #include "nvcode2/base/nvassert.h"
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvgifblocks.h"
@@ -36,7 +37,7 @@ std::span<const NvInterlacePass> PassesOf(const NvGIFFrameInfo& inInfo) {
 
 bool IsLoopingIdentifier(const std::array<std::uint8_t, km_ApplicationIdentifierSize>& inIdentifier) {
     return std::memcmp(inIdentifier.data(), km_LoopIdentifier, inIdentifier.size()) == 0 ||
-           std::memcmp(inIdentifier.data(), "ANIMEXTS1.0", inIdentifier.size()) == 0;
+           std::memcmp(inIdentifier.data(), km_OtherLoopIdentifier, inIdentifier.size()) == 0;
 }
 
 } // namespace
@@ -122,7 +123,7 @@ void NvGIFFile::ScanComment() {
     while (const std::uint8_t length = mReader.ReadByte()) {
         CountCommentMemory(length);
         const std::size_t end = text.size();
-        text.resize(end + length);
+        NvAllocate([&] { text.resize(end + length); });
         mReader.Read(text.data() + end, length);
     }
     mGlobalInfo->mComments.Append(std::move(text));
@@ -145,19 +146,28 @@ void NvGIFFile::ScanApplication() {
     }
     std::array<std::uint8_t, km_ApplicationIdentifierSize> identifier{};
     mReader.Read(identifier.data(), km_ApplicationIdentifierSize);
-    if (IsLoopingIdentifier(identifier)) {
-        const std::uint8_t length = mReader.ReadByte();
-        if (length == 0)
-            return;
-        if (length == 3) {
-            mReader.Skip(1);
-            mGlobalInfo->mLoopCount = mReader.ReadWord();
-            mGlobalInfo->mHasLoop = 1;
-        } else {
-            mReader.Skip(length);
+    if (IsLoopingIdentifier(identifier))
+        ScanLoop();
+    else
+        mReader.SkipSubBlocks();
+}
+
+// A sub-block of at least three bytes, the first of which is 1, holds the count. Others may stand beside it:
+// players ask for buffering that way.
+void NvGIFFile::ScanLoop() {
+    while (const std::uint8_t length = mReader.ReadByte()) {
+        std::uint32_t rest = length;
+        if (length >= 3) {
+            const bool isCount = mReader.ReadByte() == 1;
+            rest -= 1;
+            if (isCount) {
+                mGlobalInfo->mLoopCount = mReader.ReadWord();
+                mGlobalInfo->mHasLoop = 1;
+                rest -= 2;
+            }
         }
+        mReader.Skip(rest);
     }
-    mReader.SkipSubBlocks();
 }
 
 void NvGIFFile::ScanImage() {
@@ -266,26 +276,27 @@ void NvGIFFile::ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) {
 
 void NvGIFFile::ReadRows(const RowTaker& inTakeRow) {
     NvAssert(mFrameInfoPtr);
-    std::vector<std::uint8_t> band(std::max<std::size_t>(mFrameInfoPtr->mWidth, km_BandSize));
+    const std::size_t bandSize = std::max<std::size_t>(mFrameInfoPtr->mWidth, km_BandSize);
+    const auto band = NvMakeArray<std::uint8_t>(bandSize);
     mDecoder.Begin();
     mDeliveredPixels = 0;
     for (const NvInterlacePass& pass : PassesOf(*mFrameInfoPtr))
-        ReadPass(pass, band, inTakeRow);
+        ReadPass(pass, {band.get(), bandSize}, inTakeRow);
     mDecoder.End();
 }
 
-/** @param ioBand  room for at least one row */
-void NvGIFFile::ReadPass(const NvInterlacePass& inPass, std::vector<std::uint8_t>& ioBand,
+/** @param inBand  room for at least one row */
+void NvGIFFile::ReadPass(const NvInterlacePass& inPass, std::span<std::uint8_t> inBand,
                          const RowTaker& inTakeRow) {
     const std::uint32_t width = mFrameInfoPtr->mWidth;
-    const auto rowsInBand = static_cast<std::uint32_t>(ioBand.size() / width);
+    const auto rowsInBand = static_cast<std::uint32_t>(inBand.size() / width);
     const std::uint32_t rows = inPass.CountRows(mFrameInfoPtr->mHeight);
     for (std::uint32_t first = 0; first < rows; first += rowsInBand) {
         std::uint64_t arrived =
-            mDecoder.DecodeRows(ioBand.data(), width, std::min(rowsInBand, rows - first), width);
+            mDecoder.DecodeRows(inBand.data(), width, std::min(rowsInBand, rows - first), width);
         mDeliveredPixels += arrived;
         std::uint32_t row = first;
-        for (const std::uint8_t* pixels = ioBand.data(); arrived > 0; pixels += width, ++row) {
+        for (const std::uint8_t* pixels = inBand.data(); arrived > 0; pixels += width, ++row) {
             const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(arrived, width));
             inTakeRow(inPass.mStart + row * inPass.mStep, pixels, count);
             arrived -= count;
