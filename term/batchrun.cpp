@@ -6,24 +6,20 @@
 #include "term/commands.h"
 #include "term/inputs/outputplan.h"
 #include "term/panel/panel.h"
+#include "term/preferences.h"
 #include "term/system/interrupt.h"
 #include "term/system/terminal.h"
 #include "term/termshell.h"
 #include "win/batch/mizerbrain.h"
 #include "win/batch/mizerdelivery.h"
 #include "win/batch/mizeroutcome.h"
-#include "win/batch/mizerpreferences.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnscratch.h"
 
 namespace {
 
 /** A trial and a filter leave no trace of their own. */
-void SetPreferences(const TermSettings& inSettings, WnPref& ioPrefs) {
-    for (const auto& [name, value] : inSettings.mPreferences)
-        ioPrefs.Override(name.c_str(), value);
-    if (!inSettings.mIsDryRun && !inSettings.IsFilter())
-        return;
+void LeaveNoTrace(WnPref& ioPrefs) {
     ioPrefs.KeepStoreAsItIs();
     ioPrefs.Override("LOG", 0);
     ioPrefs.Override("BACKUP", 0);
@@ -59,14 +55,15 @@ bool HasTemporaryFolder(TermMessages& ioMessages) {
 
 bool WantsPanel(const TermSettings& inSettings) {
     const bool readsInput = inSettings.IsFilter() || inSettings.mNamesFile == "-";
-    return inSettings.mDetail != TermDetail::km_Quiet && !inSettings.mIsJson && TermCanDraw(readsInput);
+    return inSettings.GetDetail() != TermDetail::km_Quiet && !inSettings.mIsJson && TermCanDraw(readsInput);
 }
 
 /** @return whether it was cancelled */
 bool RunBrain(TermInputs& ioInputs, const TermSettings& inSettings, const MizerOptions& inOptions,
-              TermShell& ioShell) {
-    WnPref prefs = MizerOpenPreferences();
-    SetPreferences(inSettings, prefs);
+              TermShell& ioShell, TermMessages& ioMessages) {
+    WnPref prefs = TermOpenPreferences(inSettings, ioMessages);
+    if (inSettings.mIsDryRun || inSettings.IsFilter())
+        LeaveNoTrace(prefs);
     std::optional<TermPanel> panel;
     if (WantsPanel(inSettings))
         ioShell.SetPanel(&panel.emplace(ioInputs));
@@ -96,11 +93,11 @@ void TermProcessInputs(TermInputs& ioInputs, const TermSettings& inSettings, Ter
     TermShell shell(inSettings, ioMessages, ioOutcomes);
     if (inSettings.IsFilter())
         shell.SetShownName(ioInputs.mFiles.front().mPath, ioInputs.mFiles.front().mPlace);
-    ioOutcomes.Finish(RunBrain(ioInputs, inSettings, options, shell), ioMessages);
+    ioOutcomes.Finish(RunBrain(ioInputs, inSettings, options, shell, ioMessages), ioMessages);
 }
 
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
-    ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
+    ioMessages.SetQuiet(inSettings.GetDetail() == TermDetail::km_Quiet);
     TermCatchInterrupts();
     TermOutcomes outcomes(inSettings);
     if (!outcomes.Begin(ioMessages))

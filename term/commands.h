@@ -24,7 +24,7 @@ void TermDrawContactSheet(const TermSettings& inSettings, TermMessages& ioMessag
 void TermStorePreferences(const TermSettings& inSettings, TermMessages& ioMessages);
 
 /** Prints every preference with its value and where that comes from. */
-void TermListPreferences(TermMessages& ioMessages);
+void TermListPreferences(const TermSettings& inSettings, TermMessages& ioMessages);
 
 /** Prints how much all runs to date have done. */
 void TermPrintTotals(TermMessages& ioMessages);

@@ -99,16 +99,18 @@ void Draw(const TermInputs& inInputs, const TermSettings& inSettings, TermMessag
     file.CopyFrom(scratch.GetPath());
     if (!file.CommitUnlessPresent())
         NvThrow(NvErrorCode::km_FileExists);
-    if (inSettings.mDetail != TermDetail::km_Quiet)
+    if (inSettings.GetDetail() != TermDetail::km_Quiet)
         PrintPlaces(files, sheet.GetColumnCount(), ioMessages);
 }
 
 } // namespace
 
 void TermDrawContactSheet(const TermSettings& inSettings, TermMessages& ioMessages) {
-    ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
+    ioMessages.SetQuiet(inSettings.GetDetail() == TermDetail::km_Quiet);
     TermCatchInterrupts();
     const TermInputs inputs = TermListInputs(inSettings, ioMessages);
+    if (ioMessages.GetExit() == TermExit::km_Usage)
+        return;
     try {
         Draw(inputs, inSettings, ioMessages);
     } catch (const NvErrorCode& error) {

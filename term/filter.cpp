@@ -11,6 +11,7 @@
 #include "term/system/standardstreams.h"
 #include "win/batch/mizeroutcome.h"
 #include "wnatom/wnscratch.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -47,6 +48,10 @@ int Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
         ioMessages.Error(place + std::string(std::strerror(error)));
         return 0;
     }
+    if (const auto state = WnGetFileState(picture.c_str()); state && state->mSize == 0) {
+        ioMessages.Error("standard input: there is nothing in it");
+        return 0;
+    }
     TermInputs inputs;
     inputs.mFiles = {{picture, "-"}};
     inputs.mQueue = std::make_unique<FileQueue>();
@@ -62,7 +67,7 @@ int Filter(const TermSettings& inSettings, TermMessages& ioMessages) {
 } // namespace
 
 void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages) {
-    ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
+    ioMessages.SetQuiet(inSettings.GetDetail() == TermDetail::km_Quiet);
     if (TermIsTerminal(stdout) && !inSettings.mIsDryRun)
         return ioMessages.Error("'-' writes a picture to standard output: send it to a file or a program",
                                 TermExit::km_Usage);

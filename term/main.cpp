@@ -1,5 +1,6 @@
 // parvigif: makes GIF files smaller in place, from the command line.
 
+#include <exception>
 #include <new>
 #include <string>
 
@@ -31,7 +32,7 @@ void Run(const TermSettings& inSettings, TermMessages& ioMessages) {
     case TermTask::km_Store:
         return;
     case TermTask::km_ListPreferences:
-        return TermListPreferences(ioMessages);
+        return TermListPreferences(inSettings, ioMessages);
     case TermTask::km_Totals:
         return TermPrintTotals(ioMessages);
     case TermTask::km_ShowLog:
@@ -63,6 +64,8 @@ int main(int inCount, char** inArguments) {
         messages.Error(MizerErrorWords(failure));
     } catch (const std::bad_alloc&) {
         messages.Error("Out of Availible Memory");
+    } catch (const std::exception& exception) {
+        messages.Error(TermPrintable(MizerErrorWords(exception)));
     }
     return static_cast<int>(messages.GetExit());
 }

@@ -1,4 +1,5 @@
 #include "term/commands.h"
+#include "term/preferences.h"
 
 #include <chrono>
 #include <set>
@@ -24,10 +25,8 @@ public:
         : mSettings(inSettings),
           mMessages(ioMessages),
           mLog({&WnGetDataFolder, [&](const std::string& text, const char*) { ioMessages.Warning(text); }}) {
-        WnPref prefs = MizerOpenPreferences();
-        for (const auto& [name, value] : inSettings.mPreferences)
-            prefs.Override(name.c_str(), value);
-        mIsLogged = MizerSettings::Read(prefs).mLog && !inSettings.mIsDryRun;
+        mIsLogged =
+            MizerSettings::Read(TermOpenPreferences(inSettings, ioMessages)).mLog && !inSettings.mIsDryRun;
     }
 
     void RestoreName(const std::string& inName) {
@@ -127,11 +126,11 @@ private:
         }
         const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
         if (mIsLogged)
-            mLog.WriteLogEntry(MizerRestoredEntry(now, inPath.c_str()));
+            mLog.WriteLogEntry(MizerRestoredEntry(now, WnGetFullPath(inPath).c_str()));
         if (mSettings.mIsJson)
             TermPrint(TermJsonRestored({inPath, inDone.mBackup, inDone.mKept, {}, 0, mSettings.mIsDryRun}),
                       mMessages);
-        else if (mSettings.mDetail != TermDetail::km_Quiet)
+        else if (mSettings.GetDetail() != TermDetail::km_Quiet)
             TermPrint((mSettings.mIsDryRun ? "would restore  " : "restored  ") + TermPrintable(inPath) + "\n",
                       mMessages);
         if (!inDone.mKept.empty())
@@ -158,7 +157,7 @@ private:
 } // namespace
 
 void TermRestore(const TermSettings& inSettings, TermMessages& ioMessages) {
-    ioMessages.SetQuiet(inSettings.mDetail == TermDetail::km_Quiet);
+    ioMessages.SetQuiet(inSettings.GetDetail() == TermDetail::km_Quiet);
     TermCatchInterrupts();
     Restorer restorer(inSettings, ioMessages);
     for (const std::string& name : inSettings.mNames)

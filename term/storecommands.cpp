@@ -1,4 +1,5 @@
 #include "term/commands.h"
+#include "term/preferences.h"
 
 #include <array>
 #include <cerrno>
@@ -34,6 +35,15 @@ MizerLog MakeLog(TermMessages& ioMessages) {
 
 } // namespace
 
+WnPref TermOpenPreferences(const TermSettings& inSettings, TermMessages& ioMessages) {
+    WnPref prefs = MizerOpenPreferences();
+    for (const std::string& path : prefs.FindOversized())
+        ioMessages.Warning(TermPrintable(path) + ": ignored: a file of preferences is smaller than 1 MiB");
+    for (const auto& [name, value] : inSettings.mPreferences)
+        prefs.Override(name.c_str(), value);
+    return prefs;
+}
+
 void TermStorePreferences(const TermSettings& inSettings, TermMessages& ioMessages) {
     WnPref prefs = MizerOpenPreferences();
     for (const auto& [name, value] : inSettings.mStored) {
@@ -46,8 +56,8 @@ void TermStorePreferences(const TermSettings& inSettings, TermMessages& ioMessag
     }
 }
 
-void TermListPreferences(TermMessages& ioMessages) {
-    const WnPref prefs = MizerOpenPreferences();
+void TermListPreferences(const TermSettings& inSettings, TermMessages& ioMessages) {
+    const WnPref prefs = TermOpenPreferences(inSettings, ioMessages);
     std::string text;
     for (const MizerPreference& preference : MizerGetPreferences()) {
         std::uint32_t value = preference.mDefault;

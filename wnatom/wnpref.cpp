@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <utility>
 
 #include "nvcode2/base/nvassert.h"
 #include "wnatom/wnprefkey.h"
@@ -120,6 +121,15 @@ bool WnPref::AddToDWord(const char* inName, std::uint32_t inDelta) {
     };
     const bool isWritten = hasMachine && add(machine);
     return (hasUser && add(user)) || isWritten;
+}
+
+std::vector<std::string> WnPref::FindOversized() const {
+    std::vector<std::string> files;
+    for (const WnPrefKey::Root root : km_Roots) {
+        if (std::string file = WnPrefKey::FindOversized(root, GetKeyPath()); !file.empty())
+            files.push_back(std::move(file));
+    }
+    return files;
 }
 
 void WnPref::Override(const char* inName, std::uint32_t inValue) {

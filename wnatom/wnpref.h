@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 /** Settings and totals of one product and version, kept between runs.
  *
@@ -41,6 +42,9 @@ public:
 
     /** Stores inSize bytes of text, a closing NUL included or not. Text with a line break is refused. */
     bool WriteString(const char* inName, const char* inData, std::size_t inSize);
+
+    /** Files that are ignored although they stand where preferences are read: too large to be any. */
+    std::vector<std::string> FindOversized() const;
 
     /** Adds to the stored number (missing: 0, wrapping at 32 bits) as one step that no other process can
      *  come between, so that runs side by side lose nothing. */

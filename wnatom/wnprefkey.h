@@ -19,6 +19,10 @@ public:
     WnPrefKey(const WnPrefKey&) = delete;
     WnPrefKey& operator=(const WnPrefKey&) = delete;
 
+    /** The file of a key that is taken for no preferences, since it is larger than any could be; empty when
+     *  there is none. */
+    static std::string FindOversized(Root inRoot, const char* inKeyPath);
+
     /** km_ReadWrite makes a missing key and waits, some seconds at most, for a process that is writing it.
      *  @return false when this object is open already, the key cannot be opened that way, or both roots are
      *          one place and the user's is asked for */

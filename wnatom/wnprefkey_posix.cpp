@@ -156,6 +156,12 @@ WnPrefKey::~WnPrefKey() {
     CloseKey();
 }
 
+std::string WnPrefKey::FindOversized(Root inRoot, const char* inKeyPath) {
+    std::string path = GetFilePath(inRoot, inKeyPath);
+    const auto state = WnGetFileState(path.c_str());
+    return state && state->mSize > km_MaxFileSize ? path : std::string();
+}
+
 bool WnPrefKey::OpenKey(Root inRoot, Access inAccess) {
     if (mHandle)
         return false;

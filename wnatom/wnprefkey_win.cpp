@@ -54,6 +54,10 @@ WnPrefKey::~WnPrefKey() {
     CloseKey();
 }
 
+std::string WnPrefKey::FindOversized(Root /*inRoot*/, const char* /*inKeyPath*/) {
+    return {}; // the registry holds values of any number
+}
+
 bool WnPrefKey::OpenKey(Root inRoot, Access inAccess) {
     if (mHandle)
         return false;

@@ -12,6 +12,10 @@
 /** Bytes of physical memory. */
 std::uint64_t WnGetPhysicalMemory();
 
+/** Bytes that the work on one file may need when nobody set another limit: half the physical memory, at least
+ *  1 GiB. */
+std::uint64_t WnGetUsualMemoryLimit();
+
 /** The per-user folder for the results log, without a closing separator; made when missing. When it cannot
  *  be made: a private folder below the temporary one; on Windows "C:\Windows". */
 std::string WnGetDataFolder();
@@ -59,6 +63,9 @@ std::vector<std::string> WnListFolders(const char* inFolder);
 
 /** A path for the file functions of the standard library, which on Windows do not take UTF-8 for granted. */
 std::filesystem::path WnMakePath(const std::string& inPath);
+
+/** The path from the root on, without dots; links stay. The path itself when the working folder is gone. */
+std::string WnGetFullPath(const std::string& inPath);
 
 /** Whether the character parts a path, and the one to write. */
 bool WnIsSeparator(char inCharacter);

@@ -15,8 +15,8 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvgifframereader.h"
 #include "nvcode2/gif/nvgifplayer.h"
-#include "win/optimizer/base/pvmemory.h"
 #include "win/optimizer/look/pvlook.h"
+#include "wnatom/wnsystem.h"
 
 namespace fs = std::filesystem;
 
@@ -47,8 +47,8 @@ struct FileLook {
 
 /** @return nothing measured (no frames) when the two do not play side by side */
 FileLook Measure(const fs::path& inOriginal, const fs::path& inResult) {
-    NvGIFFrameReader original(inOriginal.c_str(), PvUsualMemoryLimit());
-    NvGIFFrameReader result(inResult.c_str(), PvUsualMemoryLimit());
+    NvGIFFrameReader original(inOriginal.c_str(), WnGetUsualMemoryLimit());
+    NvGIFFrameReader result(inResult.c_str(), WnGetUsualMemoryLimit());
     FileLook look;
     if (original.GetFrameCount() != result.GetFrameCount() ||
         original.GetScreenWidth() != result.GetScreenWidth() ||

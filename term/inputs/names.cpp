@@ -1,9 +1,11 @@
 #include "term/inputs/names.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "term/results/counts.h"
@@ -12,6 +14,17 @@
 #include "wnatom/wnsystem.h"
 
 namespace {
+
+/** Lists of other systems may begin with a byte-order mark and end their lines in CR LF. */
+std::string Unmarked(const std::string& inLine, bool inIsFirst) {
+    constexpr std::string_view mark = "\xef\xbb\xbf";
+    std::string_view line = inLine;
+    if (inIsFirst && line.starts_with(mark))
+        line.remove_prefix(mark.size());
+    if (line.ends_with('\r'))
+        line.remove_suffix(1);
+    return std::string(line);
+}
 
 /** The names in a file, or on standard input for "-". */
 std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages& ioMessages) {
@@ -23,7 +36,9 @@ std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages&
     const int end = inSettings.mNamesEndInNul ? '\0' : '\n';
     std::vector<std::string> names;
     std::string name;
+    bool isFirst = true;
     const auto add = [&] {
+        name = inSettings.mNamesEndInNul ? name : Unmarked(name, std::exchange(isFirst, false));
         if (!name.empty())
             names.push_back(std::exchange(name, {}));
     };
@@ -36,7 +51,14 @@ std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages&
     add();
     if (!file || std::ferror(file))
         ioMessages.FileError(path, std::strerror(errno));
-    return names;
+    const bool hasNul = std::any_of(names.begin(), names.end(), [](const std::string& inName) {
+        return inName.find('\0') != std::string::npos;
+    });
+    if (!hasNul)
+        return names;
+    ioMessages.Error(TermPrintable(path) + ": the names in it end in NULs, which takes '--null'",
+                     TermExit::km_Usage);
+    return {};
 }
 
 class InputList {
@@ -145,7 +167,7 @@ TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessag
 
 TermPassedOver::TermPassedOver(const TermSettings& inSettings, TermMessages& ioMessages)
     : mMessages(ioMessages),
-      mVerbose(inSettings.mDetail == TermDetail::km_Verbose),
+      mVerbose(inSettings.GetDetail() == TermDetail::km_Verbose),
       mTypedNames(inSettings.mNames.begin(), inSettings.mNames.end()) {}
 
 void TermPassedOver::Tell(const std::string& inPath, const std::string& inWords) {

@@ -139,6 +139,8 @@ std::string CheckNames(const TermSettings& inSettings) {
     const bool hasStandardInput = std::find(names.begin(), names.end(), "-") != names.end();
     if (hasStandardInput && (names.size() > 1 || !inSettings.mNamesFile.empty()))
         return "'-' must be the only name";
+    if (inSettings.mNamesEndInNul && inSettings.mNamesFile.empty())
+        return "'--null' is about the names of '--files-from'";
     return {};
 }
 
@@ -160,6 +162,8 @@ std::string CheckModes(const TermSettings& inSettings) {
     add(!isBatch && !inSettings.mReport.empty(), "--report");
     add(!inSettings.mContactSheet.empty() && inSettings.mIsJson, "--json");
     add(restores && !inSettings.mNamesFile.empty(), "--files-from");
+    if (inSettings.mIsQuiet && inSettings.mIsVerbose)
+        modes = {"--quiet", "--verbose"};
     return modes.size() < 2 ? "" : "'" + modes[0] + "' does not go with '" + modes[1] + "'";
 }
 

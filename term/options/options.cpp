@@ -16,11 +16,6 @@ bool SetPreference(Settings& ioSettings, const char* inName, std::uint32_t inVal
     return true;
 }
 
-bool SetDetail(Settings& ioSettings, TermDetail inDetail) {
-    ioSettings.mDetail = inDetail;
-    return true;
-}
-
 bool SetTask(Settings& ioSettings, TermTask inTask) {
     if (TermIsHelp(inTask) || !TermIsHelp(ioSettings.mTask))
         ioSettings.mTask = inTask;
@@ -176,11 +171,11 @@ constexpr auto km_Options = std::to_array<TermOption>({
      "lists the fields.",
      [](Settings& ioSettings, Argument) { return ioSettings.mIsJson = true; }},
     {"quiet", 'q', nullptr, "Output", "print errors only", nullptr,
-     [](Settings& ioSettings, Argument) { return SetDetail(ioSettings, TermDetail::km_Quiet); }},
+     [](Settings& ioSettings, Argument) { return ioSettings.mIsQuiet = true; }},
     {"verbose", 'v', nullptr, "Output", "also report how close each result looks",
      "For each file made smaller, how its most changed frame compares with the original: structural "
      "similarity (1 is identical) and the largest difference of a colour. Skipped files are listed too.",
-     [](Settings& ioSettings, Argument) { return SetDetail(ioSettings, TermDetail::km_Verbose); }},
+     [](Settings& ioSettings, Argument) { return ioSettings.mIsVerbose = true; }},
     {nullptr, 'h', nullptr, "Output", "show the most used options", nullptr,
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_BriefHelp); }},
     {"help", 0, nullptr, "Output", "show the full help", nullptr,

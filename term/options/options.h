@@ -34,7 +34,8 @@ enum class TermDetail { km_Quiet, km_Normal, km_Verbose };
 /** What the command line asks for. */
 struct TermSettings {
     TermTask mTask = TermTask::km_Process;
-    TermDetail mDetail = TermDetail::km_Normal;
+    bool mIsQuiet = false; ///< see GetDetail
+    bool mIsVerbose = false;
     std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
     std::map<std::string, std::uint32_t> mStored;      ///< preferences to store
     std::string mContactSheet;                         ///< the file to draw one on; empty: process the names
@@ -51,6 +52,10 @@ struct TermSettings {
     bool mSkipsDone = false;
     std::string mOutputFolder; ///< where results go; empty: over their originals
     MizerLeastSaving mLeastSaving;
+
+    TermDetail GetDetail() const {
+        return mIsQuiet ? TermDetail::km_Quiet : mIsVerbose ? TermDetail::km_Verbose : TermDetail::km_Normal;
+    }
 
     /** Whether one picture comes in on standard input and goes out on standard output. */
     bool IsFilter() const { return mNames.size() == 1 && mNames[0] == "-"; }

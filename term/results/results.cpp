@@ -42,7 +42,7 @@ std::string MakeDetail(const MizerFileResult& inResult) {
 TermResults::TermResults(const TermSettings& inSettings)
     : mStream(inSettings.IsFilter() ? stderr : stdout),
       mIsJson(inSettings.mIsJson),
-      mDetail(inSettings.mDetail),
+      mDetail(inSettings.GetDetail()),
       mIsDryRun(inSettings.mIsDryRun) {}
 
 void TermResults::FileDone(const MizerFileResult& inResult) {

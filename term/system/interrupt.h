@@ -1,7 +1,8 @@
 #pragma once
 
 /** From now on the first Ctrl-C (or polite request of the system to end) is only noted; a second one ends the
- *  program at once. Writing to a closed pipe becomes an ordinary error.
+ *  program at once. Writing to a closed pipe, or
+ *  beyond the limit on file sizes, becomes an ordinary error.
  *  @param inEndsReads  whether it also ends a read that waits for standard input; not on Windows */
 void TermCatchInterrupts(bool inEndsReads = false);
 

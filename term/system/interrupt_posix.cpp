@@ -33,6 +33,7 @@ void TermCatchInterrupts(bool inEndsReads) {
     TermCatchSignal(SIGTERM, NoteInterrupt, inEndsReads);
     TermCatchSignal(SIGHUP, NoteHangup, inEndsReads);
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit fails instead, like one to a full disk
 }
 
 bool TermIsInterrupted() {

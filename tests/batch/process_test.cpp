@@ -125,6 +125,31 @@ TEST_F(ProcessTest, ACommandDuringAPumpStartsNoSecondBatch) {
     EXPECT_THAT(mBrain->mOptimized, ElementsAre("a.gif"));
 }
 
+TEST_F(ProcessTest, TheSettingsOfAFileAreThoseOfItsBeginning) {
+    WriteTestFile(Queue("a.gif", 10) + ".BAK", "older");
+    Queue("b.gif", 10);
+    mBrain->mNewSizes = {{"a.gif", 5}, {"b.gif", 5}};
+    mBrain->mActions["a.gif"] = [this] { // the person opens the dialog while the file is worked on
+        for (const char* name : {"BACKUP", "LOG"})
+            mPrefs.Override(name, 0);
+    };
+    mPrefs.Override("OBACK", 1);
+    mBrain->ProcessQueue();
+    EXPECT_EQ(ReadTestFile(mFolder / "a.gif.BAK"), "xxxxxxxxxx");
+    EXPECT_THAT(ReadLog(), testing::HasSubstr("a.gif"));
+    EXPECT_FALSE(std::filesystem::exists(mFolder / "b.gif.BAK"));
+    EXPECT_THAT(ReadLog(), testing::Not(testing::HasSubstr("b.gif")));
+}
+
+TEST_F(ProcessTest, ABackupThatFailsIsAnErrorOfTheDriver) {
+    std::filesystem::create_directory(Queue("a.gif", 10) + ".BAK");
+    mBrain->mNewSizes["a.gif"] = 5;
+    const NvErrorCode error = CatchFrom(*mBrain);
+    EXPECT_EQ(error.GetCode(), NvErrorCode::km_Failure);
+    EXPECT_EQ(SourceOf(error), "win/mizerbrain");
+    EXPECT_EQ(mShell.mResults.back().mReason, MizerReason::km_NoBackup);
+}
+
 TEST_F(ProcessTest, ARequestToQuitTakesThePlaceOfTheBatch) {
     Queue("a.gif", 1);
     mBrain->RequestQuit();

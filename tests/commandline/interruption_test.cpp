@@ -6,6 +6,8 @@
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -253,6 +255,26 @@ TEST_F(Interruption, StreamsThatAreGoneCostNoPicture) {
     EXPECT_EQ(result.mStatus, 1);
     EXPECT_EQ(Read("ball.gif"), filtered.mOut);
     EXPECT_EQ(Read("ball.gif.BAK"), original);
+}
+
+TEST_F(Interruption, LimitsAndPipesInThePlaceOfFilesCostNoPictureAndNoTime) {
+    DrawSample("icon.gif", "icon.gif");
+    const std::string original = Read("icon.gif");
+    mRunner.mBeforeStart = [] {
+        const rlimit limit{100, RLIM_INFINITY};
+        return setrlimit(RLIMIT_FSIZE, &limit) == 0;
+    };
+    const ProgramResult result = mRunner.Run({"--no-log", "icon.gif"});
+    mRunner.mBeforeStart = {};
+    EXPECT_EQ(result.mStatus, 1);
+    EXPECT_THAT(result.mErr, HasSubstr("(code 22)"));
+    EXPECT_EQ(Read("icon.gif"), original);
+
+    const std::string data = mRunner.GetOwnFolder() / "state/Norvek";
+    fs::create_directories(data);
+    for (const char* name : {"/PVGFLog.TXT", "/PVGFDone.TXT"})
+        mkfifo((data + name).c_str(), 0600);
+    EXPECT_THAT(mRunner.Run({"--skip-done", "icon.gif"}).mOut, HasSubstr("1 file, 1 made smaller"));
 }
 
 TEST_F(Interruption, CtrlCLeavesNoContactSheet) {

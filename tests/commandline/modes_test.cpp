@@ -108,6 +108,8 @@ TEST_F(Modes, AFilterWritesTheSmallerPictureOrTheSameBytes) {
     EXPECT_EQ(bad.mErr, "parvigif: -: not a GIF file (code 32)\n");
     EXPECT_EQ(bad.mStatus, 1);
     EXPECT_FALSE(HasTraces());
+    Write("empty", "");
+    EXPECT_EQ(RunOn("empty", {"-"}).mStatus, 1);
     mRunner.Run({"in/ball.gif"});
     EXPECT_EQ(good.mOut, Read("in/ball.gif"));
 }
@@ -118,6 +120,11 @@ TEST_F(Modes, NamesMayComeFromAFile) {
     EXPECT_THAT(lines.mOut, HasSubstr("  2 files, 2 could"));
     EXPECT_EQ(lines.mErr, "parvigif: in/none.gif: no such file or folder (code 10)\n");
     EXPECT_EQ(mRunner.Run({"--files-from=none"}).mErr, "parvigif: none: No such file or directory\n");
+    Write("lines", "\xef\xbb\xbfin/ball.gif\r\n\r\nin/sub/icon.gif\r\n");
+    EXPECT_THAT(mRunner.Run({"-n", "--files-from", "lines"}).mOut, HasSubstr("  2 files, 2 could"));
+    Write("nuls", std::string("in/ball.gif\0in/sub/icon.gif\0", 28));
+    ExpectRefusal({"--files-from", "nuls", "in/ball.gif"},
+                  "nuls: the names in it end in NULs, which takes '--null'", 2);
 }
 
 TEST_F(Modes, NamesFromAFileMayHoldLineBreaks) {
@@ -136,8 +143,15 @@ TEST_F(Modes, AFileThatGainsTooLittleStaysAsItIs) {
     EXPECT_EQ(Read("in/ball.gif"), mBefore["ball.gif"]);
     EXPECT_EQ(Read("in/sub/icon.gif.BAK"), mBefore["sub/icon.gif"]);
     EXPECT_EQ(fs::last_write_time(mFolder / "in/sub/icon.gif"), time);
-    EXPECT_THAT(mRunner.Run({"--min-saving", "1023", "in/ball.gif"}).mOut, HasSubstr("1 file, 0 made"));
-    mRunner.Run({"--skip-done", "--min-saving", "1023", "in/ball.gif"});
+    const ProgramResult left = mRunner.Run({"--skip-done", "--min-saving", "1023", "in/ball.gif"});
+    EXPECT_THAT(left.mOut, HasSubstr("1 file, 0 made"));
+    EXPECT_EQ(left.mErr, "parvigif: in/ball.gif: left as it was: would save only 1022 bytes (44.4%)
+");
+    EXPECT_THAT(
+        ReadTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"),
+        testing::EndsWith("File Unchanged.
+     left as it was: would save only 1022 bytes (44.4%)
+"));
     const ProgramResult done = mRunner.Run({"--skip-done", "--min-saving", "1022", "in/ball.gif"});
     EXPECT_THAT(done.mOut, HasSubstr("1 file, 1 made")) << "nor is it done for a run that asks for less";
 }

@@ -21,10 +21,8 @@ TermSettings Parse(const std::vector<std::string>& inArguments) {
 TEST(Options, NamesAndOptionsMayMixUntilTheDoubleDash) {
     const TermSettings settings = Parse({"a", "-q", "b", "--no-log", "--", "-v", "--", "--help"});
     EXPECT_THAT(settings.mNames, ElementsAre("a", "b", "-v", "--", "--help"));
-    EXPECT_EQ(settings.mDetail, TermDetail::km_Quiet);
+    EXPECT_EQ(settings.GetDetail(), TermDetail::km_Quiet);
     EXPECT_EQ(settings.mTask, TermTask::km_Process);
-    EXPECT_EQ(Parse({"-qv", "a"}).mDetail, TermDetail::km_Verbose) << "the last of two counts";
-    EXPECT_EQ(Parse({"-v", "-q", "a"}).mDetail, TermDetail::km_Quiet);
 }
 
 TEST(Options, EachSetsItsPreferenceForTheRun) {
@@ -79,6 +77,8 @@ TEST_F(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"-o", "out", "-"}, "'-' does not go with '--output'"},
         {{"-n", "-o", "out", "a"}, "'--dry-run' does not go with '--output'"},
         {{"--restore", "--report", "r.html", "a"}, "'--restore' does not go with '--report'"},
+        {{"-vq", "a"}, "'--quiet' does not go with '--verbose'"},
+        {{"-0", "a"}, "'--null' is about the names of '--files-from'"},
         {{"--min-saving=101%", "a"}, "option '--min-saving' cannot be '101%'"},
         {{"--max-memory=99999999999", "a"}, "option '--max-memory' cannot be '99999999999'"},
         {{"--\x1b[31m"}, "unknown option '--\\x1b[31m'"},

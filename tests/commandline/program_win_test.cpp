@@ -37,7 +37,7 @@ TEST_F(WindowsProgram, AFolderIsMadeSmallerWithBackupsLogAndTotals) {
     EXPECT_LT(SizeOf("icon.gif"), before);
     EXPECT_EQ(SizeOf("icon.gif.BAK"), before);
     EXPECT_THAT(ReadTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"),
-                HasSubstr(" File: \".\\icon.gif\" \r\n     "));
+                HasSubstr("\\icon.gif\" \r\n     "));
     EXPECT_EQ(OwnRegistry::GetPreference("FILESPROCESSED"), 6u);
     EXPECT_GT(OwnRegistry::GetPreference("BYTESSAVED"), 10000u);
 }

@@ -91,13 +91,13 @@ TEST_F(Results, TheLogGetsOneEntryPerFile) {
     mRunner.Run({"icon.gif"});
     const std::string log = mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT";
     const std::string entry = ReadTestFile(log);
-    EXPECT_THAT(entry, MatchesRegex("[0-9/]+  [0-9:]+ File: \"icon.gif\" \n"
+    EXPECT_THAT(entry, MatchesRegex("[0-9/]+  [0-9:]+ File: \"/[^\"]*/icon.gif\" \n"
                                     "     [0-9]+ bytes saved \\(1112 - [0-9]+\\) [0-9.]+%\n"));
     mRunner.Run({"icon.gif", "--log-results-only"});
     mRunner.Run({"tiles.gif", "--no-log"});
     EXPECT_EQ(ReadTestFile(log), entry);
     mRunner.Run({"icon.gif"});
-    EXPECT_THAT(ReadTestFile(log), testing::EndsWith(" File: \"icon.gif\" \n    File Unchanged.\n"));
+    EXPECT_THAT(ReadTestFile(log), testing::EndsWith("/icon.gif\" \n    File Unchanged.\n"));
 }
 
 TEST_F(Results, WhatIsPassedOverIsToldWhenItWasNamed) {

@@ -34,7 +34,7 @@ TEST_F(Store, RestoringPutsTheOriginalBackAndKeepsTheBackup) {
     EXPECT_EQ(Read("vault/icon.gif"), icon);
     EXPECT_EQ(Read("link.gif.BAK"), icon);
     EXPECT_EQ(fs::status(mFolder / "vault/icon.gif").permissions(), fs::perms{0640});
-    EXPECT_THAT(GetLog(), EndsWith(" File: \"link.gif\" \n    Restored from its backup.\n"));
+    EXPECT_THAT(GetLog(), EndsWith("/link.gif\" \n    Restored from its backup.\n"));
 
     fs::remove(mFolder / "ball.gif"); // of a folder: what has a backup, there or missing
     const ProgramResult all = mRunner.Run({"--restore", "."});
@@ -94,7 +94,7 @@ TEST_F(Store, TheLogIsShownAndCleared) {
     EXPECT_EQ(mRunner.Run({"--show-log"}).mErr, "parvigif: there is no results log yet\n");
     fs::rename(mFolder / "icon.gif", mFolder / "\x1b[31m.gif");
     mRunner.Run({"\x1b[31m.gif"});
-    EXPECT_THAT(mRunner.Run({"--show-log"}).mOut, HasSubstr(" File: \"\\x1b[31m.gif\" \n     "));
+    EXPECT_THAT(mRunner.Run({"--show-log"}).mOut, HasSubstr("/\\x1b[31m.gif\" \n     "));
     EXPECT_EQ(mRunner.Run({"--clear-log"}).mStatus, 0);
     EXPECT_EQ(GetLog(), "");
     EXPECT_THAT(mRunner.Run({"--totals"}).mOut, testing::StartsWith("1 Files processed to date.\n"));

@@ -4,8 +4,8 @@
 #include "nvcode2/gif/nvgifframereader.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
-#include "win/optimizer/base/pvmemory.h"
 #include "win/optimizer/frames/pvframestream.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -13,7 +13,7 @@ namespace {
 std::pair<TestGIF, double> Stream(const TestGIF& inGIF) {
     const TestFolder folder;
     NvGIFFrameReader reader(WriteTestFile(folder / "test.gif", EncodeGIF(inGIF)).c_str(),
-                            PvUsualMemoryLimit());
+                            WnGetUsualMemoryLimit());
     PvFrameStream stream(reader, false);
     TestAnimation animation(reader.ShareGlobalInfo(), reader.GetScreenWidth(), reader.GetScreenHeight());
     while (std::unique_ptr<NvGIFFrame> frame = stream.Next())

@@ -11,7 +11,7 @@
 #include "tests/support/codeof.h"
 #include "tests/support/testfolder.h"
 #include "tests/support/testgif.h"
-#include "win/optimizer/base/pvmemory.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ protected:
         mHeight = gif.mHeight;
         mPixels = Play(gif)[0];
 
-        NvGIFFrameReader reader(path.c_str(), PvUsualMemoryLimit());
+        NvGIFFrameReader reader(path.c_str(), WnGetUsualMemoryLimit());
         const auto frame = reader.ReadFrame(0);
         const NvConstPixelLock pixels(frame->GetImage());
         const std::vector<std::uint8_t> indices(pixels.Row(0), pixels.Row(mHeight));

@@ -18,7 +18,7 @@ import tempfile
 import time
 
 ENTRY = re.compile(r'\d+/\d+/\d+  \d+:\d+:\d+ File: "([^"]*)" \n'
-                   r'(?:     (\d+) bytes saved \((\d+) - (\d+)\) \d+\.\d%|    File Unchanged\.)\n')
+                   r'(?:     (\d+) bytes saved \((\d+) - (\d+)\) \d+\.\d%|    File Unchanged\.(?:\n     .*)?)\n')
 
 
 class Round:
@@ -62,7 +62,7 @@ class Round:
         entries = [match.groups() for match in ENTRY.finditer(log)]
         saved = collections.Counter()
         for name, part, *_ in entries:
-            saved[name] += int(part or 0)
+            saved[pathlib.Path(name).name] += int(part or 0)
         for name, original in self.originals.items():
             now = (self.folder / "in" / name).read_bytes()
             backup = self.folder / "in" / (name + ".BAK")

@@ -114,7 +114,7 @@ class Terminal:
     def check_books(self):
         """Log and totals tell of the first two files; the third was counted when it was begun. Nothing else is left."""
         log = (self.own / "state/Norvek/PVGFLog.TXT").read_text()
-        assert len(re.findall(r'File: "\./0[12]\.gif" \n +\d+ bytes saved', log)) == log.count("File:") == 2, log
+        assert len(re.findall(r'File: "/[^"]*/0[12]\.gif" \n +\d+ bytes saved', log)) == log.count("File:") == 2, log
         saved = 2 * (len(self.SMALL) - (self.pictures / "01.gif").stat().st_size)
         totals = (self.own / "user/Norvek/Parvigif/1.x.ini").read_text()
         assert not list(self.own.glob("tmp/*"))

@@ -75,6 +75,7 @@ TEST_F(Preferences, WhatIsNoPreferencesFileIsNeitherReadNorWrittenOver) {
     WriteTestFile(GetMachineFile(), std::string((1 << 20) + 1, 'x'));
     EXPECT_FALSE(mPrefs.WriteDWord("LOG", 0));
     EXPECT_EQ(std::filesystem::file_size(GetMachineFile()), (1u << 20) + 1);
+    EXPECT_EQ(mPrefs.FindOversized(), std::vector{GetMachineFile()});
 }
 
 TEST_F(Preferences, AnOverrideWinsAndIsNeverStored) {

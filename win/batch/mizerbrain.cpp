@@ -4,15 +4,16 @@
 #include <new>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "win/optimizer/pvopt.h"
 #include "wnatom/wnpref.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
 // Where a cancel was noticed. People who read reports know these numbers, so they are no longer those of the
 // lines below.
-constexpr const char* km_Source = "win/mizerbrain";
 constexpr std::uint32_t km_CancelledBeforeFile = 281;
 constexpr std::uint32_t km_CancelledBetweenFiles = 612;
 
@@ -23,7 +24,7 @@ MizerDataFolder MakeDataFolder(const MizerOptions& inOptions, MizerShell& inShel
 }
 
 [[noreturn]] void ThrowCancelled(std::uint32_t inLine) {
-    throw NvErrorCode(NvErrorCode::km_Cancelled, km_Source, inLine);
+    throw NvErrorCode(NvErrorCode::km_Cancelled, km_MizerSource, inLine);
 }
 
 } // namespace
@@ -68,6 +69,8 @@ void MizerBrain::ProcessQueue() {
     if (mQueue.IsEmpty())
         return;
     const BusyScope busy(*this);
+    if (!std::exchange(mIsMidBatch, true))
+        mTotals.StartBatch();
     while (!mQueue.IsEmpty())
         ProcessHead();
 }
@@ -99,6 +102,8 @@ void MizerBrain::ProcessHead() {
     if (cancelled || mQueue.IsEmpty()) {
         mQueue.Clear();
         mCancelFlag = false;
+        mIsMidBatch = false;
+        mTotals.EndBatch();
     }
     if (error && (!cancelled || error->GetCode() == NvErrorCode::km_Cancelled))
         throw NvErrorCode(*error);
@@ -155,17 +160,18 @@ void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
 
 void MizerBrain::RecordResult(const MizerFileResult& inResult, const MizerSettings& inSettings) {
     const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-    const char* const path = inResult.mPath.c_str();
+    const std::string fullPath = WnGetFullPath(inResult.mPath);
     const bool isSmaller = inResult.mStatus == MizerStatus::km_Smaller;
     if (isSmaller)
         mTotals.AddSaving(inResult.mNewSize);
     if (isSmaller && inSettings.mLog)
-        mLog.WriteLogEntry(MizerSmallerEntry(now, path, inResult.mOriginalSize, inResult.mNewSize));
+        mLog.WriteLogEntry(
+            MizerSmallerEntry(now, fullPath.c_str(), inResult.mOriginalSize, inResult.mNewSize));
     else if (!isSmaller && inSettings.mLog && inSettings.mLogAll)
-        mLog.WriteLogEntry(MizerUnchangedEntry(now, path, MizerOutcomeWords(inResult)));
+        mLog.WriteLogEntry(MizerUnchangedEntry(now, fullPath.c_str(), MizerOutcomeWords(inResult)));
     const bool isDone = isSmaller || inResult.mReason == MizerReason::km_NothingSmaller;
     if (isDone && mOptions.mSkipsDone && !mOptions.mDelivery)
-        mLedger.Add(path, inSettings.mIsLossless);
+        mLedger.Add(inResult.mPath.c_str(), inSettings.mIsLossless);
 }
 
 std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize,

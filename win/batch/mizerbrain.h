@@ -63,6 +63,9 @@ public:
     void RequestQuit() { mQuitRequested = true; }
     void ClearLog() { mLog.ClearLog(); }
 
+    /** For when the program will end without destructors; they are stored at destruction anyway. */
+    void StoreTotals() { mTotals.Store(); }
+
     std::string GetLogPath() const { return mLog.GetPath(); }
     bool IsBusy() const { return mBusy; }
 
@@ -82,6 +85,7 @@ private:
     bool mCancelFlag = false;
     bool mQuitRequested = false;
     bool mBusy = false;
+    bool mIsMidBatch = false; // also while an error of one of its files is out to be reported
     WnPref& mPrefs;
     MizerShell& mShell;
     PvOptSettings mSettings;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <functional>
 #include <string>
 
@@ -13,6 +14,10 @@ struct MizerDataFolder {
     std::function<void(const std::string& inText, const char* inCaption)> mComplain;
 
     std::string MakePath(const char* inName) const;
+
+    /** fopen for the files there. A pipe or a device, which might keep the program waiting for ever, is
+     *  refused with EINVAL. */
+    static std::FILE* Open(const std::string& inPath, const char* inMode);
 
     /** Complains: "<inWhat>: <inPath>, error <words for inError>". @param inError  a value of errno */
     void ComplainOf(int inError, const char* inWhat, const std::string& inPath, const char* inCaption) const;

@@ -144,11 +144,7 @@ void MizerFileJob::Optimize(const char* inPath) {
 /** What was found out is about a picture that is no more. */
 void MizerFileJob::LeaveIfChanged() {
     if (mResult.mStatus != MizerStatus::km_Failed && WnGetFileState(GetPath()) != mState)
-        LeaveAsChanged();
-}
-
-void MizerFileJob::LeaveAsChanged() {
-    MarkChanged();
+        MarkChanged();
 }
 
 void MizerFileJob::MarkChanged() {
@@ -221,7 +217,12 @@ void MizerFileJob::WillReplace(const char* /*inPath*/, const char* inNewPath) {
 void MizerFileJob::KeepOriginal() {
     mErrorIsAbout = MizerReason::km_NoBackup;
     if (mSettings.mBackup) {
-        mKept = mState ? mBackups.BackupFile(GetPath(), *mState, mSettings.mOverwriteBackups) : std::nullopt;
+        try {
+            mKept =
+                mState ? mBackups.BackupFile(GetPath(), *mState, mSettings.mOverwriteBackups) : std::nullopt;
+        } catch (const NvErrorCode& error) {
+            NvThrowWithSystemError(error.GetCode(), error.GetSystemError(), km_MizerSource);
+        }
         mIsChanged = !mKept;
         if (mIsChanged)
             NvThrow(NvErrorCode::km_Failure);

@@ -64,7 +64,6 @@ private:
     void WorkOnCopy();
     void Optimize(const char* inPath);
     void LeaveIfChanged();
-    void LeaveAsChanged();
     void LeaveIfNotWorthIt();
     void Deliver(const char* inSmallerPath);
     void ReplaceBy(const char* inSmallerPath);

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
-#include <fstream>
 #include <memory>
 #include <optional>
 
@@ -37,9 +36,15 @@ std::string MizerLedger::GetPath() const {
 void MizerLedger::Load() {
     if (std::exchange(mIsLoaded, true))
         return;
-    std::ifstream file(GetPath(), std::ios::binary);
-    for (std::string line; std::getline(file, line);) {
-        mEndsWithinALine = file.eof();
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(MizerDataFolder::Open(GetPath(), "rb"),
+                                                               &std::fclose);
+    std::string line;
+    for (int byte = 0; file && byte != EOF; line.clear()) {
+        while ((byte = std::getc(file.get())) != EOF && byte != '\n')
+            line += static_cast<char>(byte);
+        if (byte == EOF && line.empty())
+            break;
+        mEndsWithinALine = byte == EOF;
         std::uint64_t hash = 0;
         std::size_t size = 0;
         std::array<char, 16> kind{};
@@ -76,7 +81,7 @@ void MizerLedger::Add(const char* inPath, bool inIsLossless) {
     std::snprintf(line.data(), line.size(), "%s%016" PRIx64 " %zu %s\n", mEndsWithinALine ? "\n" : "",
                   content->first, content->second, inIsLossless ? km_Lossless : km_Lossy);
     const std::string path = GetPath();
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "ab"), &std::fclose);
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(MizerDataFolder::Open(path, "ab"), &std::fclose);
     if (file && std::fputs(line.data(), file.get()) >= 0 && std::fflush(file.get()) == 0) {
         mEndsWithinALine = false;
         return;

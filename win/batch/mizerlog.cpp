@@ -44,7 +44,7 @@ std::string MizerLog::GetPath() const {
 
 MizerLog::Stream MizerLog::OpenOrComplain(const char* inMode) const {
     const std::string path = GetPath();
-    Stream stream(std::fopen(path.c_str(), inMode));
+    Stream stream(MizerDataFolder::Open(path, inMode));
     if (!stream)
         mFolder.ComplainOf(errno, "Unable to open log file at", path, "Log open error");
     return stream;

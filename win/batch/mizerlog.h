@@ -43,7 +43,7 @@ private:
 };
 
 /** What every entry starts with: "month/day/year  hour:minute:second File: "path" \n" without zero padding.
- */
+ *  @param inPath  the full one, whatever the person named */
 std::string MizerEntryHead(std::chrono::sys_seconds inTime, const char* inPath);
 
 /** The log's entries; times are UTC, sizes bytes. */

@@ -129,3 +129,8 @@ std::string MizerErrorWords(const NvErrorCode& inError) {
         onlySystemKnows ? std::strerror(inError.GetSystemError()) : WordsForCode(inError.GetCode());
     return words + " (code " + std::to_string(inError.GetCode()) + ")";
 }
+
+std::string MizerErrorWords(const std::exception& inException) {
+    const std::string words = inException.what();
+    return words.empty() ? "Unknown exception" : words;
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -8,6 +9,9 @@
 #include "win/optimizer/base/pvframelook.h"
 
 /** What became of a file of the batch, and the words for it. */
+
+/** Where errors of the batch itself say that they come from: people who read reports know this name. */
+inline constexpr const char* km_MizerSource = "win/mizerbrain";
 
 enum class MizerStatus {
     km_Smaller,
@@ -73,3 +77,6 @@ std::string MizerReasonWords(MizerReason inReason);
 /** An error in words for the person at the screen, lower case and without a closing stop, with the number
  *  that a report should quote: "not a GIF file (code 32)". */
 std::string MizerErrorWords(const NvErrorCode& inError);
+
+/** The same of any other exception. */
+std::string MizerErrorWords(const std::exception& inException);

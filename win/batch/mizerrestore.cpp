@@ -10,7 +10,6 @@
 #include "nvcode2/gif/nvgifframereader.h"
 #include "win/batch/mizerbackups.h"
 #include "win/batch/mizerlog.h"
-#include "win/optimizer/base/pvmemory.h"
 #include "wnatom/wnfileclaim.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
@@ -32,8 +31,8 @@ Shape GetShape(const NvGIFFrameReader& inReader) {
 /** @throws NvErrorCode  2, 18, 28, 32, 33 when the file is no sound GIF */
 Shape ReadEveryFrame(const char* inPath, std::uint64_t inMemoryLimit) {
     try {
-        NvGIFFrameReader reader(inPath, PvUsualMemoryLimit());
-        if (reader.EstimatePlayMemory() > (inMemoryLimit != 0 ? inMemoryLimit : PvUsualMemoryLimit()))
+        NvGIFFrameReader reader(inPath, WnGetUsualMemoryLimit());
+        if (reader.EstimatePlayMemory() > (inMemoryLimit != 0 ? inMemoryLimit : WnGetUsualMemoryLimit()))
             NvThrow(NvErrorCode::km_OutOfMemory);
         for (std::uint32_t i = 0; i < reader.GetFrameCount(); ++i)
             reader.ReadFrame(i);
@@ -46,7 +45,7 @@ Shape ReadEveryFrame(const char* inPath, std::uint64_t inMemoryLimit) {
 /** A damaged picture is nobody's work: it may be replaced by any. */
 bool IsOtherImage(const char* inPath, const Shape& inShape) {
     try {
-        return GetShape(NvGIFFrameReader(inPath, PvUsualMemoryLimit())) != inShape;
+        return GetShape(NvGIFFrameReader(inPath, WnGetUsualMemoryLimit())) != inShape;
     } catch (const NvErrorCode&) {
         return false;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <utility>
 
 #include "win/batch/mizerpreferences.h"
 #include "win/batch/mizershell.h"
@@ -29,22 +30,39 @@ MizerTotals::MizerTotals(WnPref& inPrefs, MizerShell& inShell)
       mToDateSaved(MizerFindPreference(km_BytesSaved)->Read(inPrefs)),
       mFilesProcessed(MizerFindPreference(km_FilesProcessed)->Read(inPrefs)) {
     ShowFilesProcessed();
-    Show(mShell, MizerControl::km_ThisBatch, SavedText(mBatchSaved));
-    Show(mShell, MizerControl::km_ToDate, SavedText(mToDateSaved));
-    Show(mShell, MizerControl::km_ThisBatchPercent, MizerPercentage(0, 0));
+    ShowThisBatch();
+    ShowToDate();
 }
 
 MizerTotals::~MizerTotals() {
-    if (mFilesThisRun == 0)
+    Store();
+}
+
+void MizerTotals::Store() {
+    if (mFilesToStore == 0)
         return;
-    mPrefs.AddToDWord(km_BytesSaved, mBatchSaved);
-    mPrefs.AddToDWord(km_FilesProcessed, mFilesThisRun);
+    mPrefs.AddToDWord(km_BytesSaved, std::exchange(mSavedToStore, 0));
+    mPrefs.AddToDWord(km_FilesProcessed, std::exchange(mFilesToStore, 0));
+}
+
+void MizerTotals::StartBatch() {
+    mBatchSaved = 0;
+    mBatchOriginal = 0;
+    ShowThisBatch();
+}
+
+/** What was saved last stays to be seen. */
+void MizerTotals::EndBatch() {
+    if (mThisFileSaved != 0)
+        return;
+    Show(mShell, MizerControl::km_ThisFile, "");
+    Show(mShell, MizerControl::km_ThisFilePercent, "");
 }
 
 void MizerTotals::StartFile(const char* inPath) {
     ShowThisFile(0);
     ++mFilesProcessed;
-    ++mFilesThisRun;
+    ++mFilesToStore;
     ShowFilesProcessed();
     Show(mShell, MizerControl::km_FileName, MizerPanelName(inPath));
 }
@@ -56,6 +74,10 @@ void MizerTotals::SetOriginalSize(std::uint32_t inSize) {
 
 void MizerTotals::AddSaving(std::uint32_t inNewSize) {
     ShowThisFile(inNewSize);
+    mBatchSaved += mThisFileSaved;
+    mBatchOriginal += mOriginalSize;
+    mToDateSaved += mThisFileSaved;
+    mSavedToStore += mThisFileSaved;
     ShowThisBatch();
     ShowToDate();
 }
@@ -67,20 +89,16 @@ void MizerTotals::ShowThisFile(std::uint32_t inNewSize) {
     Show(mShell, MizerControl::km_ThisFilePercent, MizerPercentage(mThisFileSaved, mOriginalSize));
 }
 
-void MizerTotals::ShowThisBatch() {
-    mBatchSaved += mThisFileSaved;
-    mBatchOriginal += mOriginalSize;
+void MizerTotals::ShowThisBatch() const {
     Show(mShell, MizerControl::km_ThisBatch, SavedText(mBatchSaved));
-    if (mBatchOriginal != 0)
-        Show(mShell, MizerControl::km_ThisBatchPercent, MizerPercentage(mBatchSaved, mBatchOriginal));
+    Show(mShell, MizerControl::km_ThisBatchPercent, MizerPercentage(mBatchSaved, mBatchOriginal));
 }
 
-void MizerTotals::ShowToDate() {
-    mToDateSaved += mThisFileSaved;
+void MizerTotals::ShowToDate() const {
     Show(mShell, MizerControl::km_ToDate, SavedText(mToDateSaved));
 }
 
-void MizerTotals::ShowFilesProcessed() {
+void MizerTotals::ShowFilesProcessed() const {
     Show(mShell, MizerControl::km_FilesToDate, std::to_string(mFilesProcessed) + " Files processed to date.");
 }
 
@@ -97,5 +115,10 @@ std::string MizerPercentage(std::uint32_t inSaved, std::uint32_t inOriginal) {
 std::string MizerPanelName(const std::string& inPath) {
     constexpr std::size_t shortened = 30; // bytes from which on a path is cut
     constexpr std::size_t kept = 28;
-    return inPath.size() < shortened ? inPath : "..." + inPath.substr(inPath.size() - kept);
+    if (inPath.size() < shortened)
+        return inPath;
+    std::size_t start = inPath.size() - kept;
+    while (start < inPath.size() && (static_cast<unsigned char>(inPath[start]) & 0xc0) == 0x80)
+        ++start; // within a character of UTF-8
+    return "..." + inPath.substr(start);
 }

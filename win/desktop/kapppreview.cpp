@@ -9,7 +9,6 @@
 #include "nvcode2/base/nvwindows_win.h"
 #include "win/batch/mizeroutcome.h"
 #include "win/desktop/resource.h"
-#include "win/optimizer/base/pvmemory.h"
 #include "wnatom/wnsbrbatom.h"
 #include "wnatom/wnsystem.h"
 
@@ -103,7 +102,7 @@ void KAppPreview::Show(const SessionList::Row& inRow) {
 }
 
 void KAppPreview::Open(Side& outSide, const std::string& inPath, const std::string& inCaption) {
-    outSide.mMovie = std::make_unique<GIFMovie>(inPath, PvUsualMemoryLimit());
+    outSide.mMovie = std::make_unique<GIFMovie>(inPath, WnGetUsualMemoryLimit());
     outSide.mCaption = NvWiden(inCaption);
     outSide.Paint();
 }

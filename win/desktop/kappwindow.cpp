@@ -131,9 +131,6 @@ void KAppWindow::RunBatch() {
     const bool isCancelled = !mBrain->ProcessWholeQueue();
     mNamed.clear();
     mReplaced.clear();
-    if (isCancelled) // nothing goes on with the file that was in hand
-        for (const MizerControl control : {MizerControl::km_ThisFile, MizerControl::km_ThisFilePercent})
-            SetPanelText(control, "");
     mStatus->ShowProgress(false);
     const std::string summary = mRows.GetSummary();
     mStatus->SetText(isCancelled ? "Cancelled. " + summary : summary.empty() ? "Ready" : summary);
@@ -286,6 +283,8 @@ LRESULT CALLBACK KAppWindow::Procedure(HWND inWindow, UINT inMessage, WPARAM inW
         KillerShowOutOfMemory(inWindow);
     } catch (const NvErrorCode& error) {
         window->ShowMessage(MizerErrorWords(error).c_str(), "Parvigif", Icon::km_Stop);
+    } catch (const std::exception& exception) {
+        window->ShowMessage(MizerErrorWords(exception).c_str(), "Parvigif", Icon::km_Stop);
     }
     return 0;
 }
@@ -316,6 +315,12 @@ LRESULT KAppWindow::OnMessage(UINT inMessage, WPARAM inWParam, LPARAM inLParam) 
         return 0;
     case WM_CLOSE:
         OnClose();
+        return 0;
+    case WM_ENDSESSION: // the process ends when this returns
+        if (inWParam && mBrain) {
+            KAppStorePlacement(mWindow);
+            mBrain->StoreTotals();
+        }
         return 0;
     case WM_DESTROY:
         KAppStorePlacement(mWindow);

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "nvcode2/gif/nvanimation.h"
-#include "win/optimizer/base/pvmemory.h"
 #include "win/optimizer/base/pvprogress.h"
 #include "win/optimizer/frames/pvload.h"
 #include "win/optimizer/pvpasses.h"
@@ -16,7 +15,7 @@
 PvOptimizer::PvOptimizer(PvOptHost& inHost, const PvOptSettings& inSettings)
     : mHost(inHost), mSettings(inSettings) {
     if (mSettings.mMemoryLimit == 0)
-        mSettings.mMemoryLimit = PvUsualMemoryLimit();
+        mSettings.mMemoryLimit = WnGetUsualMemoryLimit();
     if (mSettings.mIsLossless)
         mSettings.mTolerance = 0;
 }

@@ -5,11 +5,11 @@
 
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvgifframereader.h"
-#include "win/optimizer/base/pvmemory.h"
+#include "wnatom/wnsystem.h"
 
 GIFMovie::GIFMovie(std::string inPath, std::uint64_t inMemoryLimit)
     : mPath(std::move(inPath)),
-      mReader(std::make_unique<NvGIFFrameReader>(mPath.c_str(), PvUsualMemoryLimit())) {
+      mReader(std::make_unique<NvGIFFrameReader>(mPath.c_str(), WnGetUsualMemoryLimit())) {
     if (mReader->EstimatePlayMemory() > inMemoryLimit)
         NvThrow(NvErrorCode::km_OutOfMemory);
     Show(0);

@@ -13,7 +13,7 @@
 #include "nvcode2/gif/nvgifplayer.h"
 #include "nvcode2/image/nvimageconverter.h"
 #include "nvcode2/quant/nvquantoctree.h"
-#include "win/optimizer/base/pvmemory.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -110,13 +110,13 @@ void WriteStill(const NvIndexedImage& inImage, const char* inPath) {
 } // namespace
 
 PvContactSheet::PvContactSheet(std::uint64_t inMemoryLimit, NvProgressIndicator* inIndicator)
-    : mMemoryLimit(inMemoryLimit != 0 ? inMemoryLimit : PvUsualMemoryLimit()),
+    : mMemoryLimit(inMemoryLimit != 0 ? inMemoryLimit : WnGetUsualMemoryLimit()),
       mIndicator(inIndicator),
       mThumbnail(km_Box, km_Box) {}
 
 void PvContactSheet::AddFile(const char* inPath) {
     try {
-        NvGIFFrameReader reader(inPath, PvUsualMemoryLimit());
+        NvGIFFrameReader reader(inPath, WnGetUsualMemoryLimit());
         CheckMemory(reader);
         mFiles.push_back(Play(reader));
     } catch (const std::bad_alloc&) {

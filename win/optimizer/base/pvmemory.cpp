@@ -4,12 +4,6 @@
 
 #include "nvcode2/gif/nvgifframereader.h"
 #include "nvcode2/quant/nvquantoctree.h"
-#include "wnatom/wnsystem.h"
-
-std::uint64_t PvUsualMemoryLimit() {
-    constexpr std::uint64_t km_AtLeast = std::uint64_t{1} << 30;
-    return std::max(WnGetPhysicalMemory() / 2, km_AtLeast);
-}
 
 std::uint64_t PvEstimateMemory(const NvGIFFrameReader& inFile) {
     constexpr std::uint64_t km_PerFrame = 8192; // tables, records and bookkeeping

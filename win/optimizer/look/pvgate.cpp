@@ -10,8 +10,8 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvgifframereader.h"
 #include "nvcode2/gif/nvgifplayer.h"
-#include "win/optimizer/base/pvmemory.h"
 #include "win/optimizer/look/pvlookseries.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
@@ -181,9 +181,9 @@ bool PvComparison::MayLookBetter() const {
 PvComparison PvCompareGIFs(const char* inOriginalPath, const char* inCandidatePath,
                            const PvColourAllowance& inAllowance) {
     PvComparison comparison;
-    NvGIFFrameReader original(inOriginalPath, PvUsualMemoryLimit());
+    NvGIFFrameReader original(inOriginalPath, WnGetUsualMemoryLimit());
     try {
-        NvGIFFrameReader candidate(inCandidatePath, PvUsualMemoryLimit());
+        NvGIFFrameReader candidate(inCandidatePath, WnGetUsualMemoryLimit());
         comparison.mReason = CompareFiles(original, candidate);
         if (comparison.mReason.empty())
             comparison.mReason = PlayBoth(original, candidate, inAllowance, comparison);

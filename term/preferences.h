@@ -1,0 +1,8 @@
+#pragma once
+
+#include "term/options/options.h"
+#include "term/text/messages.h"
+#include "wnatom/wnpref.h"
+
+/** The preferences, with what the command line says for this run. What is wrong with them is reported. */
+WnPref TermOpenPreferences(const TermSettings& inSettings, TermMessages& ioMessages);
