@@ -3,7 +3,8 @@
 /** Length-prefixed ("Pascal") strings: one length byte, then up to 255 8-bit characters, no NUL. A buffer of
  *  256 bytes holds any of them.
  *
- *  Letters are the ASCII ones; every other byte is left alone, whatever the locale says. */
+ *  NvErrorCode keeps its file name as one; appending and changing case are for interfaces that take such
+ *  strings. Letters are the ASCII ones; every other byte is left alone, whatever the locale says. */
 
 /** Appends one character. Precondition: *ioPString < 255, and the buffer has room for one more. */
 void NvAppendToPascalString(unsigned char* ioPString, char inChar);

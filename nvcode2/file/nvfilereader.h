@@ -8,7 +8,7 @@ class NvFile;
 /** Reads an open NvFile ahead in large pieces, since a GIF is parsed a few bytes at a time.
  *
  *  The position is a 32-bit byte offset from the start of the file; the file itself is limited to below 2 GiB
- *  by NvFile. While a reader is in use nobody else may move the file's position. */
+ *  by NvFile. While a reader is in use nothing else may move the file's position. */
 class NvFileReader {
 public:
     /** @param inFile  borrowed; open for reading while Read functions are called

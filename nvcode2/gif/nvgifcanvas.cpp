@@ -9,7 +9,7 @@
 
 namespace {
 
-/** Draws pixels side by side but those whose number is 0. @return whether any is different now */
+/** Draws pixels, except those whose number is 0. @return whether any is different now */
 template <typename Number>
 bool DrawPixels(const std::uint8_t* inIndices, std::uint32_t inCount, const std::uint32_t* inNumbers,
                 Number* ioPixels) {
@@ -24,7 +24,7 @@ bool DrawPixels(const std::uint8_t* inIndices, std::uint32_t inCount, const std:
 }
 
 /** Draws a row, eight pixels at a time.
- *  @param inPassedOver  the index whose number is 0, if it is one
+ *  @param inPassedOver  the index whose number is 0, or km_DrawsAll
  *  @return              the columns that are different now, or a few more */
 template <typename Number>
 NvGIFCanvas::Columns DrawRow(const std::uint8_t* inIndices, std::uint32_t inWidth,
@@ -87,8 +87,8 @@ std::uint32_t NvGIFCanvas::NumberOf(Pixel inColour) {
     return number;
 }
 
-/** Where a colour's number is, or is to be. Multiplied by the golden ratio, after D. E. Knuth, "The Art of
- *  Computer Programming", volume 3, 6.4. */
+/** The slot of a colour's number, or the free one where it belongs. Hashed by multiplying with the golden
+ * ratio, after D. E. Knuth, "The Art of Computer Programming", volume 3, 6.4. */
 std::size_t NvGIFCanvas::SlotOf(Pixel inColour) const {
     const std::size_t mask = mSlots.size() - 1;
     std::size_t slot = (inColour * 0x9E3779B1U >> 12) & mask;
@@ -97,7 +97,7 @@ std::size_t NvGIFCanvas::SlotOf(Pixel inColour) const {
     return slot;
 }
 
-/** Gives pixels as many bytes as the colours met by now ask for. */
+/** Gives pixels as many bytes as the number of colours takes. */
 void NvGIFCanvas::Widen() {
     const auto convert = [this]<typename Wide>(const Wide&, const auto& inConvert) {
         if (std::holds_alternative<Wide>(mPixels))

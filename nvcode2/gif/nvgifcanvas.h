@@ -13,9 +13,9 @@
 
 /** What an animation displays.
  *
- *  Colours are numbered as they are met, and a pixel is its colour's number: in one byte while there are at
- *  most 256 of them, transparent counted, in two up to 65,536. With more, pixels are the colours themselves.
- */
+ *  Colours are numbered in the order in which they appear, and a pixel is its colour's number: in one byte
+ * while there are at most 256 of them, transparent included, in two up to 65,536. With more, pixels are the
+ * colours themselves. */
 class NvGIFCanvas {
 public:
     /** NvPackColor with the top byte 255 when covered; 0 when transparent. */
@@ -39,12 +39,12 @@ public:
 
     static constexpr std::uint32_t km_DrawsAll = UINT32_MAX;
 
-    /** What indices stand for from now on, in the table or beyond it, where all are black.
+    /** Sets what indices stand for from now on; those beyond the table are black.
      *  @param inPassedOver   the index that draws nothing, or km_DrawsAll
      *  @throws std::bad_alloc */
     void UseColours(const NvColorTable& inTable, std::uint32_t inPassedOver);
 
-    /** Draws indices side by side. UseColours comes first.
+    /** Draws part of a row. UseColours comes first.
      *  @return  the columns that look different now, or a few more */
     Columns Draw(std::uint32_t inX, std::uint32_t inY, const std::uint8_t* inIndices, std::uint32_t inCount);
 
@@ -55,12 +55,12 @@ public:
     void Save(const NvRect& inRect);
     void Restore(const NvRect& inRect);
 
-    /** The colours met so far, by number; as many as have one. */
+    /** The colours that have a number, by number. */
     const std::vector<Pixel>& GetColours() const { return mColours; }
 
-    /** Copies a part of a row, for each pixel what its colour stands for.
-     *  @param inByNumber  that, for each of GetColours
-     *  @param inValueOf   the same for any colour */
+    /** Copies part of a row, each pixel as the value of its colour.
+     *  @param inByNumber  the value of each of GetColours
+     *  @param inValueOf   gives the value of any colour */
     template <typename Value, typename ValueOf>
     void Read(std::uint32_t inY, const Columns& inColumns, const std::vector<Value>& inByNumber,
               const ValueOf& inValueOf, Value* outValues) const;

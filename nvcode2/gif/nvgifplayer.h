@@ -24,17 +24,17 @@ public:
     /** A transparent canvas of the logical screen's size. */
     NvGIFPlayer(std::uint32_t inScreenWidth, std::uint32_t inScreenHeight);
 
-    /** Does to the canvas what the frame shown last asks for when its time is over. What is on the canvas
-     *  then lies under the next frame. The next frame does it too, unless it has been done. */
+    /** Disposes of the frame shown last, which leaves on the canvas what will lie under the next one. Showing
+     * the next frame does it too, unless it has been done. */
     void DisposeOfLastFrame();
 
     /** Disposes of the frame shown before and draws the next one. Every drawn index must be in the frame's
      *  table. @throws std::bad_alloc */
     void ShowFrame(const NvGIFFrame& inFrame);
 
-    /** The same for a frame row by row as it is read: BeginFrame, then DrawRow for what there is of it. Every
-     *  pixel is drawn but those of the transparent index; indices beyond the table are black.
-     *  @param inTable  that the frame is shown with
+    /** The same for a frame that is read row by row: BeginFrame, then DrawRow for each row that arrives.
+     * Every pixel is drawn except those of the transparent index; indices beyond the table are black.
+     *  @param inTable  the table that the frame is shown with
      *  @throws std::bad_alloc */
     void BeginFrame(const NvGIFFrameInfo& inInfo, const NvColorTable& inTable);
 
@@ -42,18 +42,18 @@ public:
      *  @param inCount  pixels from the row's first on */
     void DrawRow(std::uint32_t inRow, const std::uint8_t* inIndices, std::uint32_t inCount);
 
-    /** Draws the frame in hand over what there is of it. */
+    /** Draws the whole frame over the rows of it that have been drawn. */
     void DrawFrame(const NvGIFFrame& inFrame);
 
     /** What is displayed now. */
     const NvGIFCanvas& GetCanvas() const { return mCanvas; }
 
-    /** Copies a part of a row of it. */
+    /** Copies part of one of its rows. */
     void Read(std::uint32_t inY, const Columns& inColumns, Pixel* outPixels) const {
         mCanvas.Read(inY, inColumns, mCanvas.GetColours(), std::identity(), outPixels);
     }
 
-    /** The whole row. */
+    /** A whole row. */
     std::vector<Pixel> ReadRow(std::uint32_t inY) const;
 
     std::uint32_t GetScreenWidth() const { return mCanvas.GetWidth(); }
@@ -67,7 +67,7 @@ private:
 
     NvGIFCanvas mCanvas;
     std::uint32_t mLastDisposal = 0;
-    NvRect mLastRect{};            // of the frame in hand
+    NvRect mLastRect{};            // of the frame shown now
     NvRect mDisposedRect{};        // changed by disposal since the last frame
     std::vector<Columns> mChanged; // by row
 };
