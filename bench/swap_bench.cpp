@@ -1,7 +1,7 @@
 // What the swap search costs beside plain estimates of the whole frame for every candidate.
 //
-// Photograph-like frames of 2,500 to 40,000 pixels. The counters tell candidates and pixels read a candidate;
-// the plain search reads the whole frame for each.
+// Photograph-like frames of 2,500 to 40,000 pixels. The counters show candidates a second and pixels read per
+// candidate; the plain search reads the whole frame for each.
 
 #include <array>
 #include <cmath>

@@ -17,11 +17,12 @@ VIAddVersionKey "CompanyName" "Norvek"
 VIAddVersionKey "FileDescription" "Installs Parvigif"
 VIAddVersionKey "FileVersion" "${VERSION}"
 VIAddVersionKey "ProductVersion" "${VERSION}"
-VIAddVersionKey "LegalCopyright" ""
+VIAddVersionKey "LegalCopyright" "the Parvigif authors, MIT License"
 
 !define MUI_ICON "../win/desktop/parvigif.ico"
 !define MUI_UNICON "../win/desktop/parvigif.ico"
 !define MUI_FINISHPAGE_RUN "$INSTDIR\Parvigif.exe"
+!insertmacro MUI_PAGE_LICENSE "${STAGE}/LICENSE.txt"
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_PAGE_FINISH
@@ -30,7 +31,7 @@ VIAddVersionKey "LegalCopyright" ""
 !insertmacro MUI_LANGUAGE "English"
 
 !define UNINSTALL "Software\Microsoft\Windows\CurrentVersion\Uninstall\Parvigif"
-; The menu of every GIF file, whatever program opens them.
+; In the menu of every GIF file, whatever program opens it.
 !define VERB "Software\Classes\SystemFileAssociations\.gif\shell\Parvigif"
 
 Section
@@ -41,6 +42,7 @@ Section
     File "${STAGE}/parvigif-cli.exe"
     File "${STAGE}/README.txt"
     File "${STAGE}/options.txt"
+    File "${STAGE}/LICENSE.txt"
     WriteUninstaller "$INSTDIR\uninstall.exe"
     CreateShortcut "$SMPROGRAMS\Parvigif.lnk" "$INSTDIR\Parvigif.exe"
 
@@ -60,7 +62,7 @@ Section
     WriteRegDWORD HKLM "${UNINSTALL}" "NoRepair" 1
 SectionEnd
 
-; Preferences, totals and the log are the person's and stay.
+; Preferences, totals and the log belong to the user and stay.
 Section "Uninstall"
     SetRegView 64
     SetShellVarContext all
@@ -68,6 +70,7 @@ Section "Uninstall"
     Delete "$INSTDIR\parvigif-cli.exe"
     Delete "$INSTDIR\README.txt"
     Delete "$INSTDIR\options.txt"
+    Delete "$INSTDIR\LICENSE.txt"
     Delete "$INSTDIR\uninstall.exe"
     RMDir "$INSTDIR"
     Delete "$SMPROGRAMS\Parvigif.lnk"

@@ -25,7 +25,7 @@ void LeaveNoTrace(WnPref& ioPrefs) {
     ioPrefs.Override("BACKUP", 0);
 }
 
-/** Where results go when not over their originals; null and a told error when they cannot go there. */
+/** Where results go if not over their originals; null, with the error reported, if they cannot go there. */
 std::unique_ptr<MizerDelivery> MakeDelivery(const TermInputs& inInputs, const TermSettings& inSettings,
                                             TermMessages& ioMessages) {
     if (inSettings.mIsDryRun)

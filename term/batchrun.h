@@ -5,7 +5,7 @@
 #include "term/outcomes.h"
 #include "term/text/messages.h"
 
-/** Makes files smaller that are found already.
+/** Makes files smaller whose names are already resolved.
  *  @param ioInputs  its queue is taken */
 void TermProcessInputs(TermInputs& ioInputs, const TermSettings& inSettings, TermMessages& ioMessages,
                        TermOutcomes& ioOutcomes);

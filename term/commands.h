@@ -12,8 +12,7 @@ void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages);
  *  What became of it goes to standard error. */
 void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages);
 
-/** Puts the backups of the named pictures back in their places, those of all pictures of a folder or a
- *  pattern that have one. */
+/** Restores the named pictures from their backups; of a folder or a pattern, all pictures that have one. */
 void TermRestore(const TermSettings& inSettings, TermMessages& ioMessages);
 
 /** Draws the named files on a contact sheet, a new file, and prints where each of them is. Files that cannot
@@ -26,7 +25,7 @@ void TermStorePreferences(const TermSettings& inSettings, TermMessages& ioMessag
 /** Prints every preference with its value and where that comes from. */
 void TermListPreferences(const TermSettings& inSettings, TermMessages& ioMessages);
 
-/** Prints how much all runs to date have done. */
+/** Prints what all runs to date have saved. */
 void TermPrintTotals(TermMessages& ioMessages);
 
 /** Prints the results log, with control characters in names made visible. */

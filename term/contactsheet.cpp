@@ -31,7 +31,7 @@ bool IsEmptyFile(const char* inPath) {
     return file.GetLength() == 0;
 }
 
-/** @return whether the file is on the sheet now; else why not was told, where it needs telling */
+/** @return whether the file is on the sheet now; if not, the reason has been reported unless it needs none */
 bool AddFile(const char* inPath, PvContactSheet& ioSheet, TermPassedOver& ioPassedOver,
              TermMessages& ioMessages) {
     try {

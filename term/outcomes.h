@@ -13,7 +13,7 @@ class TermOutcomes : public MizerListener {
 public:
     explicit TermOutcomes(const TermSettings& inSettings) : mSettings(inSettings), mResults(inSettings) {}
 
-    /** Begins the report. @return false, and the person was told, when it cannot be written: no file may be
+    /** Begins the report. @return false when it cannot be written, which has been reported: no file may be
      *  touched then */
     bool Begin(TermMessages& ioMessages);
 

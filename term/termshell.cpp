@@ -22,7 +22,7 @@ bool TermShell::ShowProgress(double inFraction) {
     return TermIsInterrupted();
 }
 
-/** A pause only waits, so it may come in the middle of a file, too. */
+/** A pause only waits, so it may come in the middle of a file. */
 void TermShell::RefreshPanel() {
     if (!mPanel)
         return;

@@ -17,7 +17,7 @@ public:
     /** All are borrowed for the shell's life. */
     TermShell(const TermSettings& inSettings, TermMessages& ioMessages, TermOutcomes& ioOutcomes);
 
-    /** Calls one file by another name in all that is said about it. */
+    /** Uses another name for one file in everything that is reported about it. */
     void SetShownName(const std::string& inPath, const std::string& inName) { mShownNames[inPath] = inName; }
 
     /** @param inPanel    borrowed until the next call, or null

@@ -3,12 +3,12 @@
 #include <memory>
 #include <string>
 
-/** The wish to work on a file alone, heard by this user's other processes on this machine. It ends with the
- *  object, and with the process however that ends; nothing is left behind. It holds for the name, links
- *  resolved, so also while another file takes its place. */
+/** An exclusive claim on a file, visible to this user's other processes on this machine. It ends with the
+ * object, and with the process however that ends; nothing is left behind. It holds for the name, links
+ * resolved, so also while another file takes its place. */
 class WnFileClaim {
 public:
-    /** @param inDataFolder  where the processes meet: a folder that they share */
+    /** @param inDataFolder  a folder that the processes share */
     WnFileClaim(const std::string& inDataFolder, const char* inPath);
     ~WnFileClaim();
     WnFileClaim(const WnFileClaim&) = delete;

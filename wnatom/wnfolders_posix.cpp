@@ -24,7 +24,7 @@ std::string WnGetTemporaryFolder() {
 }
 
 bool WnMakeFolders(const std::string& inPath) {
-    // Each may exist, or be out of our reach without harm: only what stands there in the end counts.
+    // Each may exist, or be beyond our rights, without harm: only what is there in the end counts.
     for (std::size_t end = inPath.find('/', 1); end != std::string::npos; end = inPath.find('/', end + 1))
         mkdir(inPath.substr(0, end).c_str(), S_IRWXU);
     mkdir(inPath.c_str(), S_IRWXU);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/** Where things go on Windows. Windows only; paths are wide and without a closing separator. */
+/** Folders on Windows. Windows only; paths are wide and without a closing separator. */
 
 /** The user's folder for throw-away files. */
 std::wstring WnGetTemporaryFolder();

@@ -14,8 +14,8 @@
  *  killed or the disk fills, the target's name leads to the whole old file or the whole new one. Symbolic
  *  links are followed, so a link stays a link. The temporary name ends in neither GIF nor BAK.
  *
- *  Everything is written through the descriptor that the file was created with: in a folder of everybody's, a
- *  name may lead elsewhere a moment later. */
+ *  Everything is written through the descriptor that the file was created with: in a folder that others can
+ * write to, a name may lead elsewhere a moment later. */
 class WnSafeFile {
 public:
     /** Creates the empty temporary file, readable by the owner alone.
@@ -45,14 +45,14 @@ public:
     void CopyFrom(const char* inPath);
 
     /** A stream that writes to the file; its owner closes it before the file is finished.
-     *  @return null with errno set when there is none to be had */
+     *  @return null, with errno set, on failure */
     std::FILE* OpenStream();
 
-    /** The new file will be as old as another is now. Before Finish. */
+    /** Gives the new file the modification time of another. Call it before Finish. */
     void KeepTimesOf(const char* inPath);
 
-    /** Gives the file everything it is to carry and flushes it to the disk. Nothing may be written after it.
-     *  Every commit does this first when nobody has.
+    /** Gives the file its permissions, owner, attributes and time, and flushes it to the disk. Nothing may be
+     *  written after it. Every commit does this first if it has not been done.
      *  @throws NvErrorCode  by the runtime's error number */
     void Finish();
 
@@ -80,7 +80,7 @@ private:
     std::string mModelPath;
     std::string mTemporaryPath;
     std::optional<std::int64_t> mModified; // the time it is to have, as in WnFileState
-    int mDescriptor = -1;                  // of the temporary file; its lock tells that the file is in use
+    int mDescriptor = -1;                  // of the temporary file; its lock shows that the file is in use
     bool mIsFinished = false;
     bool mCommitted = false;
 };

@@ -102,7 +102,7 @@ int CreateTemporary(const std::string& inFolder, std::string& outPath) {
     }
 }
 
-/** What a call writes that tells, given no room, how much it needs; nothing when it fails. */
+/** What a call writes that, given no room, returns how much it needs; nothing when it fails. */
 template <typename Call>
 std::optional<std::string> ReadSized(Call inCall) {
     const ssize_t needed = inCall(nullptr, 0);

@@ -15,7 +15,7 @@
 #include "wnatom/wnfolders_win.h"
 
 // The temporary file stays open while it is in use, so a living run holds it against whoever opens it for
-// itself alone: that tells it from a leftover.
+// itself alone: that distinguishes it from a leftover.
 
 namespace {
 
@@ -70,8 +70,7 @@ HANDLE HandleOf(int inDescriptor) {
     return reinterpret_cast<HANDLE>(_get_osfhandle(inDescriptor));
 }
 
-/** Who may do what with the file, apart from what its folder says anyway. As far as the file system knows it.
- */
+/** Copies the rights that a file does not inherit from its folder, as far as the file system has any. */
 void CopyAccessList(std::wstring inFrom, std::wstring inTo) {
     PACL list = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
@@ -146,8 +145,7 @@ bool IsTemporaryName(std::wstring_view inName) {
            inName.starts_with(km_Prefix) && inName.ends_with(km_Suffix);
 }
 
-/** Fails, as it should, while a living run has the file open. A link would be removed, not what it leads to.
- */
+/** Fails, as it should, while a living run has the file open. A link is removed, not what it leads to. */
 void RemoveIfLeftOver(const std::string& inPath) {
     const NvWindowsHandle file(CreateFileW(NvWidePath(inPath).c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
                                            FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT,

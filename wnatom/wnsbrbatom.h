@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-/** A rectangle of a window whose drawing is saved as bits and shown at once when it is complete, so that
- *  nothing flickers. Where memory is short it is drawn straight to the window. Windows only. */
+/** A rectangle of a window that is drawn off-screen and shown when it is complete, so that nothing flickers.
+ *  When memory is short it is drawn straight to the window. Windows only. */
 class WnSBRBAtom {
 public:
     /** From now on draw to GetContext(), in the coordinates of the window.

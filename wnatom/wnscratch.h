@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-/** A fresh folder for throw-away files that only this user can enter. It goes at destruction with the files
- *  in it. What a process that was killed has left of these goes when the next process makes its first. */
+/** A fresh folder for throw-away files that only this user can enter. It is removed at destruction, with the
+ *  files in it. Folders left by killed processes are removed when the next process makes its first. */
 class WnPrivateFolder {
 public:
     /** @throws NvErrorCode by the runtime's error number when none can be made below the temporary one */
@@ -20,13 +20,13 @@ private:
     struct Hold;
 
     std::string mPath;           // without a closing separator
-    std::unique_ptr<Hold> mHold; // tells other processes that the folder is in use
+    std::unique_ptr<Hold> mHold; // shows other processes that the folder is in use
 };
 
 /** A path for throw-away measurements: "TEMP.GIF" in a private folder. On Windows "C:\TEMP.GIF" comes first;
  *  the folder is for when that cannot be made or something stands there already. The file is removed with its
- *  folder at destruction, whether or not it was ever written; the one on Windows goes with the process, too,
- *  and is to be written over, not replaced. */
+ *  folder at destruction, whether or not it was ever written; the fixed one on Windows also goes when the
+ *  process ends, and is to be written over, not replaced. */
 class WnScratchFile {
 public:
     /** @throws NvErrorCode as WnPrivateFolder */

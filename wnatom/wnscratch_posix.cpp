@@ -16,7 +16,7 @@
 #include "wnatom/wnhash.h"
 
 // A folder is locked for as long as its maker lives, however that ends. Locks are known to one kernel, while
-// a folder on a server may serve several machines, so the name tells the kernel.
+// a folder on a server may serve several machines, so the name identifies the kernel.
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "wnatom/wnsystem.h"
 
 // A folder stays open for as long as it is in use, so a living process holds it against whoever opens it to
-// remove it: that tells it from a leftover.
+// remove it: that distinguishes it from a leftover.
 
 namespace {
 

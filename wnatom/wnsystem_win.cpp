@@ -82,7 +82,7 @@ bool IsFile(const std::string& inFolder, const WIN32_FIND_DATAW& inEntry) {
     try {
         return WnGetFileKind((inFolder + NvNarrow(inEntry.cFileName)).c_str()) == WnFileKind::km_RegularFile;
     } catch (const NvErrorCode&) {
-        return true; // there is one, and working on it will tell what is wrong with it
+        return true; // it exists; working on it will show what is wrong with it
     }
 }
 

@@ -99,7 +99,7 @@ private:
         TellIfNoGIFs(inName, named != FileQueue::Named::km_NoGIFs);
     }
 
-    /** A folder's own files, then those below it. A subfolder that cannot be read is told and left out.
+    /** A folder's own files, then those below it. A subfolder that cannot be read is reported and left out.
      *  @return whether there was any GIF file */
     bool AddTree(const std::string& inFolder) {
         bool hasGIFs = mQueue.AddFolder(inFolder.c_str()) != 0;

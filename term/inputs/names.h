@@ -13,7 +13,7 @@
 /** A file that the command line asks for. */
 struct TermInput {
     std::string mPath;
-    std::string mPlace; ///< path below the folder that was named; of a file or a pattern, the file's name
+    std::string mPlace; ///< path below the named folder; for a file or a pattern, the file's name
 };
 
 struct TermInputs {
@@ -23,14 +23,14 @@ struct TermInputs {
 };
 
 /** What the names on the command line and in the file of names stand for, in their order, each file once.
- *  Names that lead nowhere, or to a file named before, are told.
+ *  Names that lead nowhere, or to a file named before, are reported.
  *
- *  @param inListener  hears of each name that leads nowhere; borrowed, or null */
+ *  @param inListener  receives each name that leads nowhere; borrowed, or null */
 TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessages,
                           MizerListener* inListener = nullptr);
 
-/** Tells of files that are not worked on. A folder may hold a thousand of them: unless everything is to be
- *  told, only what was named itself deserves a line. */
+/** Reports skipped files. A folder may hold a thousand of them: except in verbose runs, only those that were
+ *  named themselves get a line. */
 class TermPassedOver {
 public:
     /** @param ioMessages  borrowed */

@@ -6,6 +6,6 @@
 #include "win/batch/mizerdelivery.h"
 
 /** Plans where in the output folder each file goes.
- *  @return what speaks against it, in words; nothing may be done then. Empty when all is well */
+ *  @return why that cannot be done, and nothing may be done then; empty when it can */
 std::string TermPlanOutput(const std::string& inFolder, const TermInputs& inInputs, bool inIsRecursive,
                            MizerOutputFolder& ioOutput);

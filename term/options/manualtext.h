@@ -22,8 +22,8 @@ const char* TermGetSynopsis();
 /** What the program does, in one sentence. */
 const char* TermGetPurpose();
 
-/** Paragraphs that stand before the options. */
+/** Paragraphs that precede the options. */
 std::span<const char* const> TermGetIntroduction();
 
-/** What stands behind the options. */
+/** Sections that follow the options. */
 std::span<const TermManualSection> TermGetManualSections();

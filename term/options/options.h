@@ -12,7 +12,7 @@
 enum class TermTask {
     km_Process,
     km_Restore,
-    km_Store, ///< only what --set asks for, which every other task but help does, too
+    km_Store, ///< only what --set asks for, which every task but help does first
     km_ListPreferences,
     km_Totals,
     km_ShowLog,
@@ -28,7 +28,7 @@ inline bool TermIsHelp(TermTask inTask) {
            inTask == TermTask::km_Version;
 }
 
-/** How much the program tells: errors only, a line per file, or what was passed over too. */
+/** How much the program reports: errors only, a line per file, or skipped files too. */
 enum class TermDetail { km_Quiet, km_Normal, km_Verbose };
 
 /** What the command line asks for. */
@@ -44,7 +44,7 @@ struct TermSettings {
     std::uint64_t mReportLimit = 32 << 20; ///< bytes of pictures that the page may hold
     bool mIsJson = false;                  ///< results as JSON Lines instead of the table
     std::vector<std::string> mNames;       ///< as typed, in order
-    std::string mNamesFile;      ///< holds more names, one to a line; "-": standard input; empty: none
+    std::string mNamesFile;      ///< holds more names, one per line; "-": standard input; empty: none
     bool mNamesEndInNul = false; ///< in that file
     bool mIsRecursive = false;
     bool mIsDryRun = false;
@@ -65,13 +65,12 @@ struct TermSettings {
 struct TermOption {
     const char* mName; ///< after "--"
     char mShort;       ///< after "-", or 0
-    /** What it takes, or null. Shells complete a FILE or OUT, a DIR, or one of several words: "auto|never".
-     */
+    /** What it takes, or null. Shells complete a FILE, OUT or DIR, or one of several words: "auto|never". */
     const char* mArgument;
     const char* mGroup; ///< heading in the help
     const char* mBrief; ///< one line
     const char* mMore;  ///< the rest of the full help, or null
-    /** @return false when the argument makes no sense */
+    /** @return false when the argument is invalid */
     bool (*mApply)(TermSettings& ioSettings, const std::string& inArgument);
     bool mIsRare = false; ///< left out of the short help, which has to fit a screen
 };

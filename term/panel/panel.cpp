@@ -12,7 +12,7 @@ constexpr std::chrono::milliseconds km_FirstShown(150);
 constexpr std::chrono::milliseconds km_BetweenDrawings(80);
 constexpr const char* km_Keys = "p pauses, Ctrl-C stops";
 
-// A terminal that knows these shows nothing in between; others pass over them.
+// A terminal that knows these shows no half-drawn frame; others ignore them.
 constexpr const char* km_BeginUpdate = "\033[?2026h";
 constexpr const char* km_EndUpdate = "\033[?2026l";
 constexpr const char* km_EraseLine = "\033[K";

@@ -6,9 +6,9 @@
 #include "term/panel/progress.h"
 #include "win/batch/mizershell.h"
 
-/** The progress panel: a few lines below what the run has printed so far, drawn anew in place and gone at the
- *  end. A run that is over in a moment never shows it. Files and bytes come from the batch, how far they are
- *  from TermProgress. TermCanDraw() holds. */
+/** The progress panel: a few lines below what the run has printed so far, redrawn in place and removed at the
+ *  end. A run that is over in a moment never shows it. Files and bytes come from the batch, progress from
+ *  TermProgress. TermCanDraw() holds. */
 class TermPanel {
 public:
     explicit TermPanel(const TermInputs& inInputs);
@@ -21,17 +21,17 @@ public:
     void SetText(MizerControl inControl, const char* inText);
     void SetFileFraction(double inFraction) { mProgress.SetFileFraction(inFraction); }
 
-    /** Draws the panel unless that was done a moment ago. */
+    /** Draws the panel unless it was drawn a moment ago. */
     void Refresh();
 
     /** Takes the panel away, so that a line can be printed where it stood, and puts it back. */
     void Hide();
     void PutBack();
 
-    /** Whether the user has pressed the key for a pause; looks again after a moment only. */
+    /** Whether the user has pressed the key for a pause; checks only once in a while. */
     bool IsPauseAsked();
 
-    /** Shows a notice until a key is pressed, or the run is to end. */
+    /** Shows a notice until a key is pressed or the run has to end. */
     void WaitForKey(const std::string& inNotice, const std::string& inText);
 
 private:

@@ -113,7 +113,7 @@ private:
         return Labelled(inLabel) + Bar(inFraction, bar) + "  " + Saved(inSaved, km_SavedColumns, inPercent);
     }
 
-    /** Where there is no room for all of it, the numbers tell more than their label. */
+    /** Where there is no room for everything, the numbers are worth more than their label. */
     std::string SavedLine(const char* inLabel, const std::string& inSaved,
                           const std::string& inPercent) const {
         const std::size_t numbers = TermTextWidth(inSaved) + km_PercentColumns + 1;

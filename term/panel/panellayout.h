@@ -15,13 +15,13 @@ struct TermPanelTexts {
     std::string mToDate;
     std::string mFilesToDate;
     std::string mPosition;       ///< of the file in the batch: "3 of 10"; or empty
-    std::string mNotice;         ///< what goes on: the time left, or that all is paused
+    std::string mNotice;         ///< what is happening: the time left, or that the run is paused
     std::string mKeys;           ///< what can be done about it
-    double mFileFraction = 0.0;  ///< how far the file is
-    double mBatchFraction = 0.0; ///< how far the batch is
+    double mFileFraction = 0.0;  ///< progress of the file, 0 to 1
+    double mBatchFraction = 0.0; ///< progress of the batch, 0 to 1
 };
 
-/** How the terminal takes it. */
+/** What the terminal can show. */
 struct TermPanelStyle {
     std::size_t mColumns = 80;
     std::size_t mRows = 24;
@@ -30,5 +30,5 @@ struct TermPanelStyle {
 };
 
 /** The panel's lines for a terminal of that size, none wider and never more than it has rows: in a narrow one
- *  the bar has a line of its own, in a low one the lines that tell most stay. */
+ *  the bar has a line of its own, in a low one the most informative lines stay. */
 std::vector<std::string> TermLayOutPanel(const TermPanelTexts& inTexts, const TermPanelStyle& inStyle);

@@ -8,21 +8,21 @@
 
 #include "term/inputs/names.h"
 
-/** How far a batch is, measured in bytes of its files, and when it may be through. */
+/** The progress of a batch, measured in bytes of its files, and an estimate of the time left. */
 class TermProgress {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /** Looks how large the files are, those that are named like GIFs. The time starts now. */
+    /** Measures the files that are named like GIFs. The time starts now. */
     explicit TermProgress(const TermInputs& inInputs);
 
     void StartFile(const std::string& inPath);
     void SetFileFraction(double inFraction) { mFileFraction = inFraction; }
 
-    /** @param inWasStarted  else it was passed over, which says nothing about the time that others take */
+    /** @param inWasStarted  false when it was skipped, which says nothing about how long others take */
     void EndFile(const std::string& inPath, bool inWasStarted);
 
-    /** A time that nothing was done in. */
+    /** A time in which nothing was done. */
     void LeaveOut(Clock::duration inPause) { mStarted += inPause; }
 
     Clock::duration GetElapsed() const { return Clock::now() - mStarted; }
@@ -32,7 +32,7 @@ public:
     /** "3 of 10"; empty when there is only one file. */
     std::string GetPosition() const;
 
-    /** "about 20 s left"; empty as long as nobody could tell. */
+    /** "about 20 s left"; empty while there is nothing to go by. */
     std::string GetTimeLeft() const;
 
 private:

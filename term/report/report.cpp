@@ -77,7 +77,7 @@ std::optional<TermReport::Bytes> TermReport::Read(const char* inPath) const {
         file.Close();
         if (mHeld + size <= mLimit)
             return MizerReadWholeFile(inPath);
-    } catch (const NvErrorCode&) { // the work on the file goes on without a picture of it
+    } catch (const NvErrorCode&) { // the file is processed without a picture of it
     }
     return std::nullopt;
 }
@@ -107,8 +107,7 @@ void TermReport::WritePictures() {
     Write(frame.mEnd);
 }
 
-/** A script of a type that no browser runs: data that is not shown and costs nothing until it is asked for.
- */
+/** A script of a type that no browser runs: data that costs nothing until it is used. */
 void TermReport::WritePicture(const char* inClass, const Bytes& inBytes) {
     Write(std::string("<script type=\"text/plain\" class=\"") + inClass + "\">");
     constexpr std::size_t piece = 3 << 16; // whole groups of three

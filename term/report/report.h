@@ -11,14 +11,14 @@
 #include "win/batch/mizershell.h"
 #include "wnatom/wnsafefile.h"
 
-/** A page for the browser about a run: totals, a table of the files, and of each file made smaller the
- *  picture before and after. It is one file that needs nothing else.
+/** A web page about a run: totals, a table of the files, and each picture made smaller, before and after. It
+ * is one file that needs nothing else.
  *
- *  The page is written as the files are done and gets its name at the end, so that a long run needs no more
- *  memory than its largest pictures, and a page that exists is whole. */
+ *  The page is written file by file and gets its name at the end, so that a long run needs no more memory
+ *  than its largest pictures, and a page that exists is complete. */
 class TermReport : public MizerListener {
 public:
-    /** Begins the page, so that nobody waits for one that cannot be written.
+    /** Begins the page, so that a run does not end with one that cannot be written.
      *
      *  @param inPath   where the page goes; a file that is there must be an older report
      *  @param inLimit  bytes of pictures that the page may hold; further ones are left out
@@ -54,7 +54,7 @@ private:
     long mTotalsAt = 0;      // where in the page the totals go, in room kept for them
     std::uint64_t mHeld = 0; // bytes of pictures that are in the page
     std::uint64_t mLeftOut = 0;
-    std::optional<Bytes> mBefore; // the file in hand as it was, and smaller
+    std::optional<Bytes> mBefore; // the current file as it was, and smaller
     std::optional<Bytes> mAfter;
     TermCounts mCounts;
     int mWriteError = 0;

@@ -1,9 +1,9 @@
 #pragma once
 
-/** The page that page.html, page.css and page.js make, as the build put them together.
+/** The page that the build makes of page.html, page.css and page.js.
  *
  *  It still holds {totals}, where the totals go, {files}, where the rows of the table go, and {style-hash}
- *  and {script-hash}, where the browser is told which style and script are ours. */
+ *  and {script-hash}, where the content-security policy names our style and script. */
 extern const char* const km_TermReportPage;
 
 /** SHA-256 of the style and of the script, in hexadecimal digits. */

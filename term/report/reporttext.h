@@ -22,13 +22,13 @@ struct TermReportFrame {
 };
 TermReportFrame TermMakeReportFrame();
 
-/** @param inLeftOut  of how many files the pictures are not in the page */
+/** @param inLeftOut  number of files whose pictures are not in the page */
 std::string TermReportTotals(const TermCounts& inCounts, std::uint64_t inLeftOut, std::uint64_t inLimit);
 
 /** A file's rows in the table up to the pictures. */
 std::string TermReportRow(const MizerFileResult& inResult);
 
-/** What stands before and after the pictures of a file. */
+/** What precedes and follows the pictures of a file. */
 struct TermPicturesFrame {
     std::string mHead;
     std::string mEnd;

@@ -5,8 +5,7 @@
 
 #include "win/batch/mizeroutcome.h"
 
-/** What became of all files of a run. Bytes are those of the files that were made smaller or found unchanged.
- */
+/** What became of all files of a run. The bytes are those of files made smaller or found unchanged. */
 struct TermCounts {
     std::uint64_t mSmaller = 0;
     std::uint64_t mUnchanged = 0;

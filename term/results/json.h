@@ -7,7 +7,7 @@
 #include "term/results/counts.h"
 #include "win/batch/mizeroutcome.h"
 
-/** Results for programs: one JSON object per line. docs/guide.md tells the fields. */
+/** Results for programs: one JSON object per line. docs/guide.md lists the fields. */
 
 std::string TermJsonFile(const MizerFileResult& inResult);
 std::string TermJsonSummary(const TermCounts& inCounts);

@@ -8,8 +8,7 @@
 #include "term/results/counts.h"
 #include "win/batch/mizershell.h"
 
-/** The results: a line per file, then one for all of them. On standard output, where pictures do not go
- *  there. */
+/** The results: a line per file, then one for all of them; on standard output unless a picture goes there. */
 class TermResults : public MizerListener {
 public:
     explicit TermResults(const TermSettings& inSettings);

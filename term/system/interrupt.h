@@ -9,5 +9,5 @@ void TermCatchInterrupts(bool inEndsReads = false);
 /** Whether the user asked to stop. */
 bool TermIsInterrupted();
 
-/** Ends the program as one whose reader has gone away: without a word. */
+/** Ends the program silently, as when the reader of its output has gone away. */
 void TermEndOfClosedPipe();

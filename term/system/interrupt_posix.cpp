@@ -21,7 +21,7 @@ extern "C" void NoteInterrupt(int inSignal) {
     gInterrupted = 1;
 }
 
-/** A terminal that goes away tells so twice: once itself, once through its shell. */
+/** A terminal that goes away says so twice: once itself, once through its shell. */
 extern "C" void NoteHangup(int /*inSignal*/) {
     gInterrupted = 1;
 }

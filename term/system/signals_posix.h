@@ -2,9 +2,9 @@
 
 /** POSIX only. */
 
-/** Has a handler called from now on, unless whoever started the program wants the signal ignored. System
- *  calls go on behind it, so that no file operation fails of it, unless what waits is to end (EINTR). */
+/** Installs a handler, unless whoever started the program wants the signal ignored. System calls are resumed
+ *  after it, so that no file operation fails because of it, unless waiting calls are to end (EINTR). */
 void TermCatchSignal(int inSignal, void (*inHandler)(int), bool inEndsReads = false);
 
-/** Does to the program what the signal does when nothing catches it. For use in handlers, too. */
+/** Does to the program what the signal does when nothing catches it. Handlers may call it. */
 void TermRaiseWithDefault(int inSignal);

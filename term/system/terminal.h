@@ -3,14 +3,14 @@
 #include <cstddef>
 #include <string_view>
 
-/** The terminal as a place to draw on, by way of standard error, and to read single keys from. While it is
- *  held keys are not echoed and the cursor is hidden; what is drawn starts at the cursor and leaves it there.
- *  The terminal is let go on every way out of the program, and while the program is stopped (Ctrl-Z). */
+/** The terminal as a place to draw on, through standard error, and to read single keys from. While it is
+ * held, keys are not echoed and the cursor is hidden; what is drawn starts at the cursor and leaves it there.
+ * The terminal is released on every way out of the program, and while the program is stopped (Ctrl-Z). */
 
-/** Whether a person sits before standard error, and nothing else writes to the same terminal: not a pager at
- *  the end of a pipe, nor another run beside this one.
+/** Whether standard error is a terminal that nothing else writes to: neither a pager at the end of a pipe nor
+ *  another run beside this one.
  *
- *  @param inReadsInput  standard input is taken for something else than keys */
+ *  @param inReadsInput  standard input is used for something other than keys */
 bool TermCanDraw(bool inReadsInput);
 
 struct TermSize {

@@ -20,7 +20,7 @@ namespace {
 
 // Shared with the signal handlers.
 volatile std::sig_atomic_t gIsHeld = 0;
-volatile std::sig_atomic_t gMayHaveChanged = 0; // what was set when it was taken
+volatile std::sig_atomic_t gMayHaveChanged = 0; // other programs may have changed the modes we set
 volatile int gTerminal = -1;                    // of the keys
 termios gUsualModes;                            // written once, before the handlers are installed
 

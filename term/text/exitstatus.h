@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-/** What the program tells its caller. Ordered: the worst that happened counts. */
+/** The exit status. In order of severity: the worst that happened counts. */
 enum class TermExit : int {
     km_Success = 0,     ///< every file was handled: made smaller or found unchanged
     km_Failure = 1,     ///< at least one file, or name, could not be handled
-    km_Usage = 2,       ///< the command line makes no sense; nothing was done
+    km_Usage = 2,       ///< wrong usage; nothing was done
     km_Cancelled = 130, ///< the user stopped the run
 };
 

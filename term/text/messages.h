@@ -5,12 +5,12 @@
 
 #include "term/text/exitstatus.h"
 
-/** Text safe to show: control characters, which a file name may hold to play with the terminal, become
- *  escapes such as \n or \x1b; those that UTF-8 writes in two bytes, too. */
+/** Text that is safe to show: control characters, with which a file name could manipulate the terminal,
+ * become escapes such as \n or \x1b, also those that take two bytes in UTF-8. */
 std::string TermPrintable(std::string_view inText);
 
-/** Everything the program says to the person, one whole line each, on standard error with the program's name
- *  in front. Results do not pass here. */
+/** Errors, warnings and notes, one whole line each, on standard error after the program's name. Results do
+ * not go this way. */
 class TermMessages {
 public:
     /** Says it, and makes the exit status at least inExit, so that the two cannot disagree. */

@@ -20,10 +20,10 @@ public:
     HWND GetWindow() const { return mWindow; }
 
 protected:
-    /** The window is there, its controls too. */
+    /** Called when the window and its controls exist. */
     virtual void OnInit() {}
 
-    /** A button was clicked. As it is here, OK and Cancel close a modal dialog. */
+    /** Called when a button was clicked. By default OK and Cancel close a modal dialog. */
     virtual void OnClick(int inControl);
 
     HWND GetControl(int inControl) const { return GetDlgItem(mWindow, inControl); }

@@ -19,7 +19,7 @@ public:
 
     HWND GetWindow() const { return mWindow; }
 
-    /** Rows came, went or changed places: shows them, with the same file selected as before. */
+    /** Call after rows were added, removed or reordered: shows them, with the same file selected. */
     void Refresh();
 
     /** Selects a row and scrolls to it. */
@@ -29,13 +29,13 @@ public:
     /** Scrolls to a row. */
     void Reveal(std::size_t inIndex) { ListView_EnsureVisible(mWindow, static_cast<int>(inIndex), FALSE); }
 
-    /** Column widths and font as the screen wants them. */
+    /** Sets column widths and font for the present screen. */
     void SetScale(UINT inDPI, HFONT inFont);
 
-    /** Moves it; the last column takes the room that the others leave. */
+    /** Moves it; the last column takes the remaining width. */
     void SetPlace(const RECT& inRect);
 
-    /** What the window gets from the list view. */
+    /** Handles a notification from the list view. */
     LRESULT OnNotify(NMHDR* inHeader);
 
     std::function<void(SessionList::Column)> mOnSort;

@@ -7,10 +7,10 @@
 
 #include <shellapi.h>
 
-/** The ways in which a person names files; all paths are UTF-8. */
+/** The ways in which the user names files; all paths are UTF-8. */
 
 /** The "Open File(s)..." dialog. @return what was chosen, nothing when it was cancelled
- *  @throws std::bad_alloc  for a selection beyond all bounds */
+ *  @throws std::bad_alloc  for an enormous selection */
 std::vector<std::string> KAppChooseFiles(HWND inOwner);
 
 /** The "Open Folder..." dialog. @return empty when it was cancelled */

@@ -7,13 +7,13 @@
 #include "win/batch/mizershell.h"
 #include "win/desktop/kappdialog.h"
 
-/** The progress panel: shows what it is told and keeps no numbers. */
+/** The progress panel: shows texts and keeps no numbers. */
 class KAppPanel : public KAppDialog {
 public:
     void SetText(MizerControl inControl, const char* inText);
     void EnableButtons(bool inEnable);
 
-    /** Lays it out for a screen of inDPI dots per inch; as made it is right for the one it was made on. */
+    /** Lays it out for a screen of inDPI dots per inch; when made, it fits the screen it was made on. */
     void SetScale(UINT inDPI);
 
     /** Size as laid out for the screen it is on. */

@@ -8,7 +8,7 @@ class KAppPreferences : public KAppDialog {
 public:
     explicit KAppPreferences(const MizerSettings& inSettings) : mSettings(inSettings) {}
 
-    /** @return whether OK was clicked: then GetSettings() are what was chosen */
+    /** @return whether OK was clicked: then GetSettings() is what was chosen */
     bool Run(HWND inOwner);
 
     const MizerSettings& GetSettings() const { return mSettings; }

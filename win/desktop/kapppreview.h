@@ -27,7 +27,7 @@ public:
     /** Shows a text alone. */
     void ShowText(const std::string& inText);
 
-    /** Lets go of a file that is about to be replaced, if it is the one that is shown. */
+    /** Closes a file that is about to be replaced, if it is the one shown. */
     void Release(const std::string& inPath);
 
     void SetScale(UINT inDPI, HFONT inFont);

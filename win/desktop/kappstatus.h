@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-/** The status bar at the foot of the main window: a text, and how far the file in hand is. */
+/** The status bar at the foot of the main window: a text, and the progress of the current file. */
 class KAppStatus {
 public:
     /** @throws NvErrorCode */
@@ -13,7 +13,7 @@ public:
     void SetText(const std::string& inText) const;
     void SetFont(HFONT inFont) const;
 
-    /** inFraction is from 0 to 1; what lies outside counts as the nearer of them. */
+    /** inFraction is clamped to 0 to 1. */
     void SetProgress(double inFraction) const;
     void ShowProgress(bool inShow) const;
 

@@ -20,8 +20,8 @@
  *  that the batch driver sees, and starts the batches.
  *
  *  Everything happens on one thread. While a batch runs, messages are let through between files and between
- *  the frames of a file, so the window stays alive; a command that would start another batch only adds to
- *  this one. */
+ *  the frames of a file, so the window keeps responding; a command that would start another batch only adds
+ * to this one. */
 class KAppWindow : private MizerShell {
 public:
     /** Makes the window and the batch driver.
@@ -31,13 +31,13 @@ public:
     KAppWindow(const KAppWindow&) = delete;
     KAppWindow& operator=(const KAppWindow&) = delete;
 
-    /** Shows it where it stood last time. */
+    /** Shows it where it was last time. */
     void Show(int inShowCommand);
 
-    /** Adds what the names stand for to the batch and starts it. */
+    /** Adds the files that the names stand for to the batch and starts it. */
     void ProcessNames(const std::vector<std::string>& inNames);
 
-    /** Handles messages until the program is told to quit. @return its exit status */
+    /** Handles messages until the program is to quit. @return its exit status */
     int Run();
 
 private:
@@ -88,7 +88,7 @@ private:
     WnPref mPrefs = MizerOpenPreferences();
     std::unique_ptr<MizerBrain> mBrain;
     std::set<std::string> mNamed; // files of this batch that were named one by one
-    std::string mReplaced;        // the file in hand from its replacement on; not to be opened
+    std::string mReplaced;        // the current file, once it is being replaced: not to be opened
     ULONGLONG mLastPump = 0;      // milliseconds
     bool mIsClosing = false;
     bool mQuitSeen = false; // taken from the queue by the pump; to be posted again

@@ -1,7 +1,7 @@
 #pragma once
 
-// Numbers of the resources. Those of dialogs, controls and Pause and Cancel are known outside of the program:
-// scripts that drive it and its tests find things by them.
+// Numbers of the resources. Those of dialogs, controls, Pause and Cancel are known outside the program:
+// scripts that drive it, and its tests, find things by them.
 
 #define IDI_PARVIGIF 101
 #define IDR_MENU 102
