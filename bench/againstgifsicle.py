@@ -3,10 +3,10 @@
 
     bench/againstgifsicle.py PARVIGIF FOLDER [ROUNDS]
 
-Every file is done by the one, then at once by the other, so that a change of the machine's speed hits both;
-of ROUNDS (3) such pairs the least time of each counts. A line tells a file's processor seconds and peak memory,
-the totals wall seconds too, then which files are furthest off. Figures are those of the whole process; both work on
-copies on a RAM disk where there is one, backups and log on. Needs gifsicle and GNU time.
+Every file is processed by one, then at once by the other, so that a change in the machine's speed hits both; of ROUNDS
+(3) such pairs the least time of each counts. Prints a line with each file's processor seconds and peak memory, totals
+with wall seconds, and the files that are furthest off. Figures are those of the whole process; both work on copies,
+on a RAM disk if there is one, with backups and log. Needs gifsicle and GNU time.
 """
 
 import os

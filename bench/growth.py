@@ -4,9 +4,9 @@
     bench/growth.py PARVIGIF [ROUNDS]
 
 Draws animations of a texture with a box that moves over it: 10 to 1,000 frames of one size, with the texture at
-rest and scrolling, and 10 frames of 0.1 to 16 million pixels, at rest. The least processor time of ROUNDS (3) runs is printed, the time
-per pixel, and the factor from each step to the next, brought to a doubling of the work: 2 where time grows as
-the work does, less where something fixed still counts.
+rest and scrolling, and 10 frames of 0.1 to 16 million pixels, at rest. Prints the least processor time of ROUNDS (3)
+runs, the time per pixel, and the factor from each step to the next, scaled to a doubling of the work: 2 where time
+grows with the work, less where something fixed still counts.
 """
 
 import math
