@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr std::string_view km_Placeholder = "XXXXXX";
+constexpr std::string_view km_FolderPlaceholder = "XXXXXX";
 
 std::string GetNameStart() {
     std::ifstream file("/proc/sys/kernel/random/boot_id");
@@ -58,7 +58,7 @@ void RemoveFilesIn(int inFolder) {
     closedir(entries);
 }
 
-void RemoveIfLeftOver(int inParent, const char* inName) {
+void RemoveFolderIfLeftOver(int inParent, const char* inName) {
     const int folder = OpenFolder(inParent, inName);
     if (folder < 0)
         return;
@@ -76,8 +76,8 @@ void RemoveLeftovers(const std::string& inParent, std::string_view inNameStart) 
         return;
     while (const dirent* entry = readdir(parent)) {
         const std::string_view name = entry->d_name;
-        if (name.starts_with(inNameStart) && name.size() == inNameStart.size() + km_Placeholder.size())
-            RemoveIfLeftOver(dirfd(parent), entry->d_name);
+        if (name.starts_with(inNameStart) && name.size() == inNameStart.size() + km_FolderPlaceholder.size())
+            RemoveFolderIfLeftOver(dirfd(parent), entry->d_name);
     }
     closedir(parent);
 }
@@ -94,7 +94,7 @@ WnPrivateFolder::WnPrivateFolder() : mHold(std::make_unique<Hold>()) {
     static const bool isClean = (RemoveLeftovers(parent, nameStart), true);
     static_cast<void>(isClean);
     for (;;) {
-        mPath = parent + "/" + nameStart + std::string(km_Placeholder);
+        mPath = parent + "/" + nameStart + std::string(km_FolderPlaceholder);
         if (!mkdtemp(mPath.data()))
             ThrowRuntimeError(errno);
         mHold->mFolder = LockFolder(mPath);

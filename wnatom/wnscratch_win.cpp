@@ -16,7 +16,7 @@
 namespace {
 
 constexpr const char* km_FixedPath = "C:\\TEMP.GIF";
-constexpr std::wstring_view km_Prefix = L"parvigif-scratch-";
+constexpr std::wstring_view km_FolderPrefix = L"parvigif-scratch-";
 constexpr int km_Tries = 5; // the name was there, or another process took the folder for left over too soon
 
 /** Whole paths; none when somebody else has removed the folder. */
@@ -32,7 +32,7 @@ std::vector<std::wstring> ListFiles(const std::string& inFolder) {
 }
 
 /** Listed first: Windows need not list what is about to be removed. */
-void RemoveIfLeftOver(const std::wstring& inFolder) {
+void RemoveFolderIfLeftOver(const std::wstring& inFolder) {
     const std::vector<std::wstring> files = ListFiles(NvNarrow(inFolder));
     const NvWindowsHandle mine(CreateFileW(
         inFolder.c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
@@ -45,15 +45,15 @@ void RemoveIfLeftOver(const std::wstring& inFolder) {
 
 void RemoveLeftovers(const std::wstring& inParent) {
     WIN32_FIND_DATAW entry;
-    const std::wstring start = inParent + L"\\" + std::wstring(km_Prefix);
+    const std::wstring start = inParent + L"\\" + std::wstring(km_FolderPrefix);
     const HANDLE search = FindFirstFileW((start + L"*").c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE)
         return;
     do {
         const DWORD kind = entry.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT);
         const std::wstring_view name = entry.cFileName;
-        if (kind == FILE_ATTRIBUTE_DIRECTORY && name.size() == km_Prefix.size() + km_RandomNameSize)
-            RemoveIfLeftOver(inParent + L"\\" + entry.cFileName);
+        if (kind == FILE_ATTRIBUTE_DIRECTORY && name.size() == km_FolderPrefix.size() + km_RandomNameSize)
+            RemoveFolderIfLeftOver(inParent + L"\\" + entry.cFileName);
     } while (FindNextFileW(search, &entry));
     FindClose(search);
 }
@@ -73,7 +73,7 @@ WnPrivateFolder::WnPrivateFolder() {
     static const bool isClean = (RemoveLeftovers(parent), true);
     static_cast<void>(isClean);
     for (int tries = km_Tries;; --tries) {
-        const std::wstring path = parent + L"\\" + std::wstring(km_Prefix) + WnGetRandomName();
+        const std::wstring path = parent + L"\\" + std::wstring(km_FolderPrefix) + WnGetRandomName();
         if (CreateDirectoryW(path.c_str(), nullptr)) {
             mPath = NvNarrow(path);
             mHold = std::make_unique<Hold>(path);

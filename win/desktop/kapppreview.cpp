@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr const wchar_t* km_Class = L"ParvigifPreview";
+constexpr const wchar_t* km_PreviewClass = L"ParvigifPreview";
 constexpr UINT_PTR km_Timer = 1;
 constexpr int km_Margin = 8; // pixels at 96 per inch, like all lengths here
 constexpr int km_CaptionHeight = 20;
@@ -69,10 +69,10 @@ KAppPreview::KAppPreview(HWND inParent) {
     windowClass.lpfnWndProc = &KAppPreview::Procedure;
     windowClass.hInstance = GetModuleHandleW(nullptr);
     windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512)); // the arrow
-    windowClass.lpszClassName = km_Class;
+    windowClass.lpszClassName = km_PreviewClass;
     RegisterClassExW(&windowClass);
     mWindow =
-        CreateWindowExW(0, km_Class, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0, inParent,
+        CreateWindowExW(0, km_PreviewClass, L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0, inParent,
                         reinterpret_cast<HMENU>(std::intptr_t{IDC_PREVIEW}), GetModuleHandleW(nullptr), this);
     if (!mWindow)
         ThrowRuntimeError(NvLastErrno());
