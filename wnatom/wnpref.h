@@ -23,11 +23,11 @@ public:
     /** @return false, with outValue untouched, when neither root has a number of that name. */
     bool ReadDWord(const char* inName, std::uint32_t& outValue) const;
 
-    /** Who has the say on a value. */
+    /** Where a value comes from. */
     enum class Origin { km_None, km_Machine, km_User };
 
-    /** A stored number, whatever overrides it, and where it stands. @return km_None, with outValue untouched,
-     *  when neither root has one. */
+    /** A stored number, ignoring what overrides it, and where it is stored.
+     *  @return km_None, with outValue untouched, when neither root has one */
     Origin FindDWord(const char* inName, std::uint32_t& outValue) const;
 
     /** Like ReadDWord, but a missing value gives inDefault. @return whether there was one. */
@@ -46,11 +46,11 @@ public:
     /** Files that are ignored although they stand where preferences are read: too large to be any. */
     std::vector<std::string> FindOversized() const;
 
-    /** Adds to the stored number (missing: 0, wrapping at 32 bits) as one step that no other process can
-     *  come between, so that runs side by side lose nothing. */
+    /** Adds to the stored number (missing: 0, wrapping at 32 bits) in one step that no other process can
+     *  interrupt, so that runs side by side lose nothing. */
     bool AddToDWord(const char* inName, std::uint32_t inDelta);
 
-    /** A value for this object's life that wins over the stored one and is never stored. */
+    /** A value for this object's lifetime that overrides the stored one and is never stored. */
     void Override(const char* inName, std::uint32_t inValue);
 
     /** From now on writes answer true and store nothing. */

@@ -23,13 +23,13 @@ public:
      *  there is none. */
     static std::string FindOversized(Root inRoot, const char* inKeyPath);
 
-    /** km_ReadWrite makes a missing key and waits, some seconds at most, for a process that is writing it.
+    /** km_ReadWrite makes a missing key, and waits up to some seconds for a process that is writing it.
      *  @return false when this object is open already, the key cannot be opened that way, or both roots are
      *          one place and the user's is asked for */
     bool OpenKey(Root inRoot, Access inAccess);
     void CloseKey();
 
-    /** The key is open. Numbers and texts are told apart by what they hold, not by a type. */
+    /** The key is open. Whether a value is a number or a text follows from its contents, not from a type. */
     bool ReadDWord(const char* inName, std::uint32_t& outValue) const;
     bool ReadString(const char* inName, std::string& outText) const;
 

@@ -27,13 +27,13 @@ struct WnFileIdentity {
     auto operator<=>(const WnFileIdentity&) const = default; // NOLINT(modernize-use-nullptr): its generated 0
 };
 
-/** What tells that a file is still the one it was, as it was: writing to it, putting another in its place and
- *  changing its permissions or times all change this. */
+/** Shows whether a file is still the same and unchanged: writing to it, replacing it, and changing its
+ *  permissions or times all change this. */
 struct WnFileState {
     WnFileIdentity mIdentity;
     std::uint64_t mSize = 0;    ///< bytes
     std::int64_t mModified = 0; ///< time of the last write, in the file system's finest units
-    std::int64_t mChanged = 0;  ///< time of the last change to anything about it, which nobody can set back
+    std::int64_t mChanged = 0;  ///< time of the last change to anything about it, which cannot be set back
     bool operator==(const WnFileState&) const = default;
 };
 
@@ -50,15 +50,14 @@ std::optional<WnFileIdentity> WnGetFileIdentity(const char* inPath);
 /** State of the file that a path leads to, links followed; nothing when there is none. */
 std::optional<WnFileState> WnGetFileState(const char* inPath);
 
-/** State of an open file; nothing when it cannot be asked. */
+/** State of an open file; nothing when it cannot be read. */
 std::optional<WnFileState> WnGetOpenFileState(int inDescriptor);
 
 /** Names of the regular files (links followed) directly inside a folder, in bytewise order.
  *  @throws NvErrorCode 14 without the right to read the folder, else by the runtime's error number */
 std::vector<std::string> WnListFiles(const char* inFolder);
 
-/** The same for the folders inside it; links to folders are left out, so that a walk never runs in a circle.
- */
+/** The same for the folders inside it; without links to folders, so that a walk never runs in a circle. */
 std::vector<std::string> WnListFolders(const char* inFolder);
 
 /** A path for the file functions of the standard library, which on Windows do not take UTF-8 for granted. */
@@ -67,6 +66,6 @@ std::filesystem::path WnMakePath(const std::string& inPath);
 /** The path from the root on, without dots; links stay. The path itself when the working folder is gone. */
 std::string WnGetFullPath(const std::string& inPath);
 
-/** Whether the character parts a path, and the one to write. */
+/** Whether a character separates path parts; the separator to write. */
 bool WnIsSeparator(char inCharacter);
 char WnGetSeparator();

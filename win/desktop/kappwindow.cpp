@@ -86,7 +86,7 @@ void KAppWindow::Dispatch(MSG& ioMessage) {
     DispatchMessageW(&ioMessage);
 }
 
-/** Handles every waiting message. @return whether the program was told to quit, or the batch to cancel */
+/** Handles every waiting message. @return whether the program is to quit, or the batch to be cancelled */
 bool KAppWindow::PumpAll() {
     mLastPump = GetTickCount64();
     MSG message;
@@ -122,7 +122,7 @@ void KAppWindow::ProcessNames(const std::vector<std::string>& inNames) {
     RunBatch();
 }
 
-/** Files that fail are told in the list, and the rest of the batch goes on. */
+/** Files that fail are shown in the list, and the rest of the batch is processed. */
 void KAppWindow::RunBatch() {
     if (mBrain->IsBusy())
         return; // what was added is part of the batch that runs
@@ -211,7 +211,7 @@ void KAppWindow::OpenLog() {
         return ShowMessage("There is no results log yet.", "Parvigif", Icon::km_None);
     const auto result = reinterpret_cast<std::intptr_t>(
         ShellExecuteW(mWindow, L"open", NvWiden(path).c_str(), nullptr, nullptr, SW_SHOWNORMAL));
-    if (result <= 32) // how it tells of failure
+    if (result <= 32) // an error code
         ShowMessage(("No program is set up to show text files. The log is at " + path).c_str(), "Parvigif",
                     Icon::km_Stop);
 }
