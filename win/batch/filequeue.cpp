@@ -56,12 +56,11 @@ FileQueue::~FileQueue() {
 }
 
 bool FileQueue::AddFile(const char* inPath) {
-    const auto identity = WnGetFileIdentity(inPath);
-    std::string folded = Folded(inPath);
-    if (HoldsFile(folded, identity))
-        return false;
-
     try {
+        const auto identity = WnGetFileIdentity(inPath);
+        std::string folded = Folded(inPath);
+        if (HoldsFile(folded, identity))
+            return false;
         const std::size_t size = std::strlen(inPath) + 1;
         auto copy = std::make_unique<char[]>(size);
         std::memcpy(copy.get(), inPath, size);

@@ -74,3 +74,7 @@ std::string MizerUnchangedEntry(std::chrono::sys_seconds inTime, const char* inP
     return MizerEntryHead(inTime, inPath) + "    File Unchanged.\n" +
            (inReason.empty() ? "" : "     " + inReason + "\n");
 }
+
+std::string MizerRestoredEntry(std::chrono::sys_seconds inTime, const char* inPath) {
+    return MizerEntryHead(inTime, inPath) + "    Restored from its backup.\n";
+}

@@ -53,3 +53,4 @@ std::string MizerSmallerEntry(std::chrono::sys_seconds inTime, const char* inPat
 /** @param inReason  in words, or empty when nothing smaller was found */
 std::string MizerUnchangedEntry(std::chrono::sys_seconds inTime, const char* inPath,
                                 const std::string& inReason);
+std::string MizerRestoredEntry(std::chrono::sys_seconds inTime, const char* inPath);

@@ -9,7 +9,6 @@
 #include "nvcode2/gif/nvgifframe.h"
 #include "nvcode2/gif/nvgifframereader.h"
 #include "win/batch/mizerbackups.h"
-#include "win/batch/mizerlog.h"
 #include "wnatom/wnfileclaim.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
@@ -167,8 +166,4 @@ MizerRestoration MizerRestore(const std::string& inPath, const MizerRestoreOptio
     if (Place(inPath, backup, content, present))
         restoration.mWhat = MizerRestored::km_Restored;
     return restoration;
-}
-
-std::string MizerRestoredEntry(std::chrono::sys_seconds inTime, const char* inPath) {
-    return MizerEntryHead(inTime, inPath) + "    Restored from its backup.\n";
 }

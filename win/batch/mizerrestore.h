@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -39,6 +38,3 @@ struct MizerRestoration {
  */
 MizerRestoration MizerRestore(const std::string& inPath, const MizerRestoreOptions& inOptions,
                               MizerBackups& ioBackups);
-
-/** The log's entry. */
-std::string MizerRestoredEntry(std::chrono::sys_seconds inTime, const char* inPath);
