@@ -36,7 +36,7 @@ using Frames = std::vector<std::unique_ptr<NvGIFFrame>>;
 
 class SilentHost : public PvOptHost {
     void BackupFile(const char*) override {}
-    bool ReportProgress(double) override { return true; }
+    bool ReportProgress(double) override { return false; }
 };
 
 Frames DrawMovie(PictureKind inKind) {

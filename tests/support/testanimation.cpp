@@ -184,5 +184,5 @@ void TestHost::BackupFile(const char* inPath) {
 
 bool TestHost::ReportProgress(double inFraction) {
     mProgress.push_back(inFraction);
-    return mProgress.size() <= mStopAt;
+    return mProgress.size() > mStopAt;
 }

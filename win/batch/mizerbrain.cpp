@@ -201,7 +201,7 @@ bool MizerBrain::PumpMessages() {
 bool MizerBrain::ReportProgress(double inFraction) {
     if (mShell.ShowProgress(inFraction))
         mCancelFlag = true;
-    return !mCancelFlag;
+    return mCancelFlag;
 }
 
 void MizerBrain::Pause() {

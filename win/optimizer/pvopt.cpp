@@ -131,13 +131,8 @@ void PvOptimizer::SearchTolerance(const char* inPath, PvRebuilder& ioFile, std::
             return;
         if (!promise.mIsWorthWriting)
             continue;
-        std::optional<PvCandidate> nearer =
-            WriteRebuilt(inPath, ioFile, tolerance, std::move(animation), promise.mSizeToBeat, ioProgress);
-        // Where what looks right is not smaller, the original stays. A refused one says nothing about the
-        // best.
-        if (nearer ? nearer->IsSound() && PvIsBetter(*nearer, *ioBest)
-                   : ioBest->mComparison.HasLostStructure())
-            ioBest = std::move(nearer);
+        PvKeepBetter(ioBest, WriteRebuilt(inPath, ioFile, tolerance, std::move(animation),
+                                          promise.mSizeToBeat, ioProgress));
     }
 }
 

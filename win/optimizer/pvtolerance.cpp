@@ -1,6 +1,7 @@
 #include "win/optimizer/pvtolerance.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "win/optimizer/look/pvlookcost.h"
 
@@ -43,6 +44,8 @@ PvPromise PvJudgeRebuilt(std::uint64_t inCodes, double inStructure, const PvCand
     return promise;
 }
 
-bool PvIsBetter(const PvCandidate& inNew, const PvCandidate& inBest) {
-    return inBest.mComparison.HasLostStructure() || CostOf(inNew) < CostOf(inBest);
+void PvKeepBetter(std::optional<PvCandidate>& ioBest, std::optional<PvCandidate> inNew) {
+    const bool mustChange = ioBest->mComparison.HasLostStructure();
+    if (inNew ? inNew->IsSound() && (mustChange || CostOf(*inNew) < CostOf(*ioBest)) : mustChange)
+        ioBest = std::move(inNew);
 }

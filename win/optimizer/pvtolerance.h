@@ -44,5 +44,9 @@ struct PvPromise {
 PvPromise PvJudgeRebuilt(std::uint64_t inCodes, double inStructure, const PvCandidate& inBest,
                          std::uint32_t inOriginalSize);
 
-/** Whether a sound result of a smaller tolerance is to take the best one's place. */
-bool PvIsBetter(const PvCandidate& inNew, const PvCandidate& inBest);
+/** Puts the result of a smaller tolerance in the best one's place where it is better. One that the gate
+ *  refused changes nothing, and a tie keeps the best.
+ *  @param inNew  nothing when it is not smaller than it must be. If the best has lost structure, neither
+ * stays
+ */
+void PvKeepBetter(std::optional<PvCandidate>& ioBest, std::optional<PvCandidate> inNew);

@@ -27,7 +27,7 @@ std::uint32_t WriteOptimizedGIF(const char* inPath, NvAnimation& ioAnimation,
         info.mHasGraphicControl = NeedsGraphicControl(info, isStill) ? 1 : 0;
         if (info.mHasLocalTable)
             info.mColorTable = frame->GetImage().GetColorTable();
-        // Written ahead of the first frame, and animations are of the later version.
+        // The header is written with the first frame; animations are always of the later version.
         if (info.mHasGraphicControl || !isStill || global.mHasLoop || global.mComments.GetFirst())
             global.mVersionFlag = 1;
         file.WriteFrame(frame->GetImage(), info);

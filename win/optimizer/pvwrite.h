@@ -7,17 +7,17 @@
 class NvAnimation;
 class NvGIFFrame;
 
-/** Makes a frame of an animation ready to be written: its tables as they are to be. */
+/** Makes a frame of an animation ready to be written, its tables final. */
 using PvFrameFinisher = std::function<std::unique_ptr<NvGIFFrame>(std::uint32_t inIndex)>;
 
 /** Writes an animation as a GIF file.
  *
- *  Frames get a graphic control extension when their delay, disposal, transparency or user input asks for
- *  one; a still picture says nothing by its disposal and does without. The version is "89a" when anything in
- *  the file needs it.
+ *  Frames get a graphic control extension when their delay, disposal, transparency or user input needs one;
+ *  the disposal of a still picture means nothing and needs none. The version is "89a" when anything in the
+ *  file requires it.
  *
  *  @param inPath     created or replaced
- *  @param inFinish   called for each frame in order, when those in front of it have been written
+ *  @param inFinish   called for each frame in order, after those before it have been written
  *  @return           the file's length in bytes
  *  @throws NvErrorCode  those of NvFile and of inFinish; what is at inPath is then not a whole file */
 std::uint32_t WriteOptimizedGIF(const char* inPath, NvAnimation& ioAnimation,

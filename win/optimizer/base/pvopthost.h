@@ -13,7 +13,7 @@ public:
      *  @param inNewPath  what will take its place. An NvErrorCode raised here leaves the file as it is. */
     virtual void WillReplace(const char* /*inPath*/, const char* /*inNewPath*/) {}
 
-    /** Called between frames and steps with how far this file is, from 0.0 to 1.0; false asks to stop, as
-     * with NvProgressIndicator: the file stays as it was and code 3 is raised. */
+    /** Called between frames and steps with how far this file is, from 0.0 to 1.0.
+     *  @return whether to stop; the file then stays as it was, and code 3 is raised */
     virtual bool ReportProgress(double inFraction) = 0;
 };

@@ -32,7 +32,7 @@ public:
     /** @throws NvErrorCode 3 when the host asks to stop */
     void ReportFrame(std::uint32_t inIndex, std::uint32_t inCount) {
         mReported = std::max(mReported, mBegin + (mEnd - mBegin) * inIndex / inCount);
-        if (!mHost.ReportProgress(mReported))
+        if (mHost.ReportProgress(mReported))
             NvThrow(NvErrorCode::km_Cancelled);
     }
 

@@ -11,17 +11,18 @@ class NvGIFFrame;
  *  there already, where that makes a frame's LZW data shorter.
  *
  *  Nothing displayed changes. Leaving a pixel transparent and drawing it over with what is there look the
- *  same, so for each such pixel the encoder may have whichever of the two indices continues a string it
+ *  same, so for each such pixel the encoder may take whichever of the two indices continues a string it
  *  knows. Only colours that the frame's code width holds are used. Each frame takes the best of a few
  *  choices, measured; one that gains nothing stays as it was. */
 class PvUndrawnFiller {
 public:
     /** @param inWidth, inHeight  of the screen
-     *  @param ioStrings          to work with, while a frame is filled; borrowed for the filler's life */
+     *  @param ioStrings          scratch space while a frame is filled; borrowed for the filler's life */
     PvUndrawnFiller(std::uint32_t inWidth, std::uint32_t inHeight, NvLZWStringTable& ioStrings)
         : mCanvas(inWidth, inHeight), mChooser(ioStrings) {}
 
-    /** Takes the next frame. Its table must be final but for cutting, since the code width follows from it.
+    /** Takes the next frame. Its table must be final except for its length, since the code width follows from
+     * it.
      */
     void FillUndrawnPixels(NvGIFFrame& ioFrame);
 

@@ -6,7 +6,7 @@
 
 #include "nvcode2/gif/nvlzwstringtable.h"
 
-/** A frame's pixels in the order in which the file stores them, each with what it may be instead. */
+/** A frame's pixels in the order in which the file stores them, each with the index it may have instead. */
 struct PvPixelChoices {
     std::vector<std::uint8_t> mPresent;
     std::vector<std::uint8_t> mOther; ///< as many; equal to mPresent where there is no choice
@@ -16,11 +16,11 @@ struct PvPixelChoices {
 /** Parses a stream of choices into the longest strings that LZW has codes for, and settles each pixel on the
  *  way.
  *
- *  At every place all strings that the choices allow are followed at once, up to a number. Where none goes
- *  on, the longest is taken; the next pixel is settled so that the string after it becomes long too. */
+ *  At each position it follows all strings that the choices allow at once, up to a limit. Where none goes on,
+ *  it takes the longest, and settles the next pixel so that the string after it becomes long too. */
 class PvGreedyParser {
 public:
-    /** @param ioStrings  to work with, while it parses; borrowed for the parser's life */
+    /** @param ioStrings  scratch space while it parses; borrowed for the parser's life */
     explicit PvGreedyParser(NvLZWStringTable& ioStrings) : mTable(ioStrings) {}
 
     /** @param inChoices   at least one pixel
@@ -31,7 +31,7 @@ public:
                         std::vector<std::uint8_t>& outPixels);
 
 private:
-    // More find hardly anything; two alone lose half a percent.
+    // More gain hardly anything; only two cost half a percent.
     static constexpr std::uint32_t km_StringsFollowed = 8;
 
     /** A string of the table that the choices allow. */
@@ -40,9 +40,10 @@ private:
         std::uint32_t mCode = 0;
     };
 
-    /** What goes on from a string. Nearly all strings go on in one way or in none, which is told here without
-     *  a look at the large table; four bytes, so that the way from one to the next is a single load. The last
-     *  string added is the first taken back, so the first child is there whenever there is one. */
+    /** The strings that are one pixel longer than a string. Nearly all strings have one such child or none,
+     * and this answers for them without a look at the large table. It takes four bytes, so that following a
+     * child is a single load. Strings are taken back in reverse order, so the first child stays while any
+     * does. */
     struct Node {
         std::uint16_t mFirstChild = 0; // its code, 0: none
         std::uint8_t mFirstPixel = 0;

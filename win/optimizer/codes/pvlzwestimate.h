@@ -10,7 +10,7 @@ class NvIndexedImage;
 /** Measures how long a frame's LZW data would be, without writing any. */
 class PvLZWEstimator {
 public:
-    /** @param ioStrings  to work with, while it measures; borrowed for the estimator's life */
+    /** @param ioStrings  scratch space while it measures; borrowed for the estimator's life */
     explicit PvLZWEstimator(NvLZWStringTable& ioStrings) : mParser(ioStrings) {}
 
     /** Length in bits of the codes that the GIF encoder would write for a frame, first clear code and end

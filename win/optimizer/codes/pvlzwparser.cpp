@@ -10,8 +10,8 @@ std::uint32_t FirstFreeCode(std::uint32_t inPixelBits) {
     return (1U << inPixelBits) + 2;
 }
 
-/** Bits of the first codes behind a clear code. All are one code narrower than the number of strings by then
- *  asks for. */
+/** Bits of the first codes behind a clear code. Each is one code narrower than the number of strings by
+ *  then asks for. */
 std::uint64_t SumWidths(std::uint32_t inPixelBits, std::uint64_t inCodes) {
     std::uint64_t bits = 0;
     std::uint64_t done = 0;

@@ -15,13 +15,13 @@
  *  so streams are compared by their misses. */
 class PvLZWParser {
 public:
-    /** How a parse stands within a segment, that is, since the table was last empty. */
+    /** Where a parse stands within a segment, that is, since the table was last empty. */
     struct State {
         std::uint32_t mMisses = 0;
         std::uint32_t mPrefix = 0; ///< code of the string read so far
     };
 
-    /** @param ioStrings  to work with, between Start and the end of a parse; borrowed for the parser's life
+    /** @param ioStrings  scratch space between Start and the end of a parse; borrowed for the parser's life
      */
     explicit PvLZWParser(NvLZWStringTable& ioStrings) : mTable(ioStrings) {}
 
@@ -32,7 +32,7 @@ public:
     /** Misses that fill the table: the length of every segment but a stream's last. */
     std::uint32_t GetCapacity() const { return mCapacity; }
 
-    /** Empties the table and takes a pixel for the begin of a string. */
+    /** Empties the table and begins a string with a pixel. */
     void Start(std::uint8_t inPixel);
 
     /** Reads pixels until they end or the table is full.
@@ -54,7 +54,7 @@ public:
     /** Goes back to an earlier state of the same segment. */
     void Restore(const State& inState);
 
-    /** Misses of a whole stream; any number from inToBeat on stands for "not fewer than that".
+    /** Misses of a whole stream; any number from inToBeat on means "no fewer than that".
      *  @param inCount  at least one pixel */
     std::uint64_t CountMisses(const std::uint8_t* inPixels, std::uint32_t inCount,
                               std::uint64_t inToBeat = UINT64_MAX);

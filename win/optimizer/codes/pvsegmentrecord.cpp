@@ -11,7 +11,7 @@ void PvSegmentRecord::Begin(const std::uint8_t* inStream, std::uint32_t inLength
     ForgetStrings(0);
     mFirstFreeCode = (1U << inPixelBits) + 2;
     mCapacity = km_MaxCodes - mFirstFreeCode;
-    if (mTrialNumber >= km_MaxTrials / 2) { // no frame has as many candidates as that
+    if (mTrialNumber >= km_MaxTrials / 2) { // long before the numbers run out
         mTrialNumber = 0;
         for (String& string : mStrings)
             string.mMark = 0;

@@ -8,20 +8,20 @@
 #include <optional>
 #include <vector>
 
-/** What follows a reset position, or a stream's begin, up to the next one (see PvLZWParser). */
+/** What follows a reset position, or the beginning of a stream, up to the next reset (see PvLZWParser). */
 struct PvSegment {
     std::uint32_t mEnd = 0; ///< the next reset position, the stream's length when there is none
     std::uint32_t mMisses = 0;
 };
 
-/** One segment's parse, written down so that the parse of a stream that differs in two pixels can be told
- *  by running only where the two parses differ.
+/** One segment's parse, written down so that the parse of a stream that differs in two pixels can be
+ *  derived by running only where the two parses differ.
  *
  *  Each pixel of a segment asks the string table one question: whether the string read so far and this pixel
  *  make a string. A no is a miss and adds that very string. So the record holds all strings of the segment as
  *  a tree, when each was *born* (the position of the miss that added it), and for each position the string it
- *  asks for, linked with the next position that asks for the same. Time is told in positions, never in codes:
- *  those that a local change shifts would all have to be written anew.
+ *  asks for, linked with the next position that asks for the same. Times are
+ *  positions, never codes: a local change shifts codes, and they would all have to be rewritten.
  *
  *  A trial parses the stream as it is now, with two pixels exchanged since it was recorded, from the first of
  *  them on. It is *in step* with the record behind a position beyond the pair at which both miss: both have
@@ -43,7 +43,7 @@ struct PvSegment {
  *    follow were all born there or later. */
 class PvSegmentRecord {
 public:
-    /** @param inStream  borrowed; may change by exchanges, as told below */
+    /** @param inStream  borrowed; may change by exchanges, as described above */
     void Begin(const std::uint8_t* inStream, std::uint32_t inLength, std::uint32_t inPixelBits);
 
     void Drop() { mIsValid = false; }
@@ -66,7 +66,7 @@ public:
     void RecordFrom(std::uint32_t inPair);
 
     /** The segment as it becomes by an exchange that has been made in the stream.
-     *  @param inPair  behind the segment's begin, up to its end; served
+     *  @param inPair  behind the segment's beginning, up to its end; Serves must hold
      *  @return        nothing when that would take too long */
     std::optional<PvSegment> Try(std::uint32_t inPair);
 
@@ -98,7 +98,7 @@ private:
         std::uint32_t mAsked = 0; // position in the record that asks for it
     };
 
-    /** How a trial stands. */
+    /** Where a trial stands. */
     struct Trial {
         std::uint32_t mNext = 0; // position to be read
         std::uint32_t mPrefix = 0;

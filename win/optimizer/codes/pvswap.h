@@ -14,10 +14,10 @@ class NvGIFFrame;
  *  the estimate strictly drops. A frame with too many places to try is post-dithered instead. */
 class PvPixelSwapper {
 public:
-    /** @param ioStrings  to work with, while a frame is in hand; borrowed for the swapper's life */
+    /** @param ioStrings  scratch space while a frame is in hand; borrowed for the swapper's life */
     explicit PvPixelSwapper(NvLZWStringTable& ioStrings) : mSearch(ioStrings), mEstimator(ioStrings) {}
 
-    /** What a step did to a frame. */
+    /** What happened to a frame. */
     struct Result {
         std::uint32_t mExchanged = 0; ///< pairs that changed places
         bool mPostDithered = false;   ///< all pairs at once, without measuring
@@ -26,8 +26,8 @@ public:
     /** How many pairs qualify in the frame as it is. */
     static std::uint32_t CountSwapCandidates(const NvGIFFrame& inFrame);
 
-    /** Whether a frame has more candidates than the search takes on: each one costs an estimate of the whole
-     *  frame, and their product with the pixel count is kept at or below 24,800,000. */
+    /** Whether a frame has more candidates than the search accepts: each one costs an estimate of the whole
+     *  frame, so the product of candidates and pixels is limited to 24,800,000. */
     static bool HasTooManyCandidates(const NvGIFFrame& inFrame);
 
     /** Works on a frame without transparency. */
@@ -36,9 +36,9 @@ public:
     /** Works on a frame with transparency; the transparent index is never moved. */
     Result SwapPixelPairs(NvGIFFrame& ioFrame, std::uint8_t inTransparentIndex);
 
-    /** Works on a frame as it is, and keeps what became of it only when it lowers the estimate by more than
-     *  the look it costs is worth (see PvLookCost): post-dithering raises it on many pictures, and exchanged
-     *  pixels roughen what was smooth.
+    /** Exchanges pixels of a frame, and keeps the result only when its estimate is lower by more than the
+     * loss of look is worth (see PvLookCost): post-dithering makes many pictures larger, and exchanged pixels
+     *  roughen what was smooth.
      *
      *  @return  pairs that changed places */
     std::uint32_t SwapIfWorthIt(NvGIFFrame& ioFrame);

@@ -12,14 +12,15 @@
  *
  *  The answers are those that encoding the whole frame each time would give, at a fraction of the work:
  *  - The data's length grows with its misses (see PvLZWParser), so misses are compared.
- *  - What lies before the pair stays as it is. A parse is kept standing before the pair and only rolled
- *    forward; a trial is undone by taking back the strings that it added.
+ *  - What lies before the pair stays as it is. A parse stands before the pair and only moves forward; a
+ *    trial is undone by taking back the strings that it added.
  *  - Where a table was emptied, what follows depends on the reset position and the pixels from there on
  *    alone. So the segment that begins at a reset position is remembered, and a trial that has come to its
  *    first reset goes on from segment to segment. Segments that begin at different positions soon meet.
  *  - Where many pairs of a segment are asked for, its parse is recorded, and a trial runs only where the two
- *    parses differ (see PvSegmentRecord). That pays where strings are short, and once some times as many
- *    pixels were read without a record as it takes to make one; more of them after each trial that gave up.
+ *    parses differ (see PvSegmentRecord). That pays where strings are short, and once several times as
+ *    many pixels were read without a record as making one takes; the factor grows with each trial that gave
+ * up.
  *
  *  Invariants, for a pair at positions q and q + 1 of the stream:
  *  - mSegments holds what is true of the pixels as they are. A trial neither asks for nor stores segments
@@ -32,7 +33,7 @@
  *  - mMisses is the number of misses of the stream as it is. */
 class PvSwapSearch {
 public:
-    /** @param ioStrings  to work with, from Begin to the last exchange; borrowed for the search's life */
+    /** @param ioStrings  scratch space from Begin to the last exchange; borrowed for the search's life */
     explicit PvSwapSearch(NvLZWStringTable& ioStrings) : mParser(ioStrings), mAhead(mStringsAhead) {}
 
     /** Starts on a frame.

@@ -20,7 +20,7 @@ void SortOut(ColourSet& ioColours) {
     ioColours.erase(std::unique(ioColours.begin(), ioColours.end()), ioColours.end());
 }
 
-/** What a frame draws with. */
+/** The colours a frame draws with. */
 ColourSet DrawnColours(const NvPackedFrame& inFrame) {
     ColourSet colours;
     for (std::uint32_t i = 0; i < inFrame.GetColorTable().GetSize(); ++i)
@@ -47,7 +47,7 @@ NvColorTable MakeTable(const ColourSet& inColours) {
     return table;
 }
 
-/** The colours of all frames, or of as many as show that one table does not hold them. */
+/** The colours of all frames; it stops when one table cannot hold them. */
 ColourSet CollectColours(const std::vector<ColourSet>& inFrames) {
     ColourSet all;
     for (const ColourSet& colours : inFrames) {
@@ -78,8 +78,8 @@ PvTablePlan PvPlanExactTables(const NvAnimation& inAnimation) {
     for (std::uint32_t i = 0; i < count; ++i) {
         const ColourSet& colours = frameColours[i];
         const bool fits = std::includes(shared.begin(), shared.end(), colours.begin(), colours.end());
-        // A full shared table has no entry to spare for a frame's transparent pixels unless the frame leaves
-        // one unused.
+        // A full shared table has an entry for a frame's transparent pixels only if the frame leaves one
+        // unused.
         const bool hasSpare = !needsSpare || shared.size() < km_TableLimit || colours.size() < km_TableLimit;
         std::optional<NvColorTable> own;
         if (plan.mShared.GetSize() == 0 || !fits || !hasSpare)

@@ -11,7 +11,7 @@
 
 namespace {
 
-/** How much the entries of a shared table are drawn with. */
+/** How much is drawn with an entry of the shared table. */
 struct EntryUse {
     std::uint32_t mFrames = 0;
     std::uint64_t mPixels = 0;
