@@ -130,6 +130,39 @@ TEST(Palette, ColoursFurtherApartMergeWhereThatSavesMoreThanItShows) {
     }
 }
 
+// Levels that are next to each other merge unseen; four at a time, as in texture, would be bands.
+TEST(Palette, SoftShadingDoesNotTurnIntoBands) {
+    constexpr std::uint32_t km_Levels = 200;
+    const auto countMerged = [](const auto& inLevel) {
+        TestGIF gif = Movie({Paint(4 * km_Levels, 100, inLevel)});
+        gif.mTable = Greys(256);
+        double error = 0.0;
+        return MergeSimilar(gif, error).mTable.GetSize();
+    };
+    EXPECT_EQ(countMerged([](std::uint32_t x, std::uint32_t) { return x / 4; }), km_Levels / 2);
+    EXPECT_LT(countMerged([](std::uint32_t x, std::uint32_t y) {
+                  return (x * 7919 + y * 104729 + x * y) % km_Levels;
+              }),
+              km_Levels / 3);
+}
+
+TEST(Palette, OneTableFitsSoManyColoursOfAllFramesAndOfEach) {
+    const auto fits = [](const TestGIF& inGIF) {
+        return PvFitsPalette(ColoursOf(*MakeAnimation(inGIF)), PvPaletteMode::km_Normal);
+    };
+    TestGIF gif = Movie({Paint(120, 1, [](std::uint32_t x, std::uint32_t) { return x; }),
+                         Paint(120, 1, [](std::uint32_t x, std::uint32_t) { return x + 8; })});
+    gif.mTable = Greys(256);
+    EXPECT_TRUE(fits(gif)) << "128 in all, 120 each";
+    gif.mFrames[1].mPixels.front() = 128;
+    EXPECT_FALSE(fits(gif)) << "129 in all";
+    gif.mFrames.resize(1);
+    EXPECT_TRUE(fits(gif));
+    gif = Movie({Paint(121, 1, [](std::uint32_t x, std::uint32_t) { return x; })});
+    gif.mTable = Greys(256);
+    EXPECT_FALSE(fits(gif)) << "121 in a frame";
+}
+
 TEST(Palette, ARepeatedColourGoesToItsFirstOccurrence) {
     TestGIF gif = Movie({Picture("0123456789ab"), Picture("9a9b")});
     gif.mTable[9] = gif.mTable[3];

@@ -90,7 +90,7 @@ void PvRebuilder::ChooseColours(PvProgress& ioProgress) {
     }
     mFlattenError = stream.GetFlattenError();
 
-    const double mergeError = MergeSimilarFrameColours(frames, tried);
+    const double mergeError = PvFitsPalette(frames, km_Mode) ? 0.0 : MergeSimilarFrameColours(frames, tried);
     ioProgress.BeginStep(PvProgress::km_PaletteBuilt);
     PvSharedPalette palette = BuildGlobalPalette(frames, km_Mode, ioProgress);
     MergeDuplicateColours(frames, palette.mTable);

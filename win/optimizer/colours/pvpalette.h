@@ -9,7 +9,7 @@ class NvGIFGlobalInfo;
 class PvProgress;
 struct PvFrameColours;
 
-/** The steps that give an animation one small palette. They work on the colours that its frames draw with. */
+/** The steps that give an animation one small palette. They work on the colours its frames draw with. */
 
 /** How strongly BuildGlobalPalette reduces colours. */
 enum class PvPaletteMode {
@@ -24,12 +24,16 @@ std::uint32_t PvPaletteLimit(PvPaletteMode inMode);
 /** A palette for all frames. */
 struct PvSharedPalette {
     NvColorTable mTable;
-    double mWorstError = 0.0; ///< the largest mean error that a frame suffers from it, levels per channel
+    double mWorstError = 0.0; ///< the largest mean error of a frame that it causes, levels per channel
 };
+
+/** Whether the shared table of a mode holds all colours of all frames, and no frame draws with more than it
+ * may. */
+bool PvFitsPalette(const std::vector<PvFrameColours>& inFrames, PvPaletteMode inMode);
 
 /** Builds a palette for all frames' drawn pixels and maps their colours to it.
  *
- *  @throws NvErrorCode  3 when the progress was told to stop */
+ *  @throws NvErrorCode  3 when the host asked to stop */
 PvSharedPalette BuildGlobalPalette(std::vector<PvFrameColours>& ioFrames, PvPaletteMode inMode,
                                    PvProgress& ioProgress);
 
@@ -37,5 +41,5 @@ PvSharedPalette BuildGlobalPalette(std::vector<PvFrameColours>& ioFrames, PvPale
 void MergeDuplicateColours(std::vector<PvFrameColours>& ioFrames, NvColorTable& ioTable);
 
 /** Makes the shared table's entry nearest to a colour the background index, the lowest of equally near ones.
- *  A record without shared table gets one of two entries of that colour. */
+ *  A record without a shared table gets one of two entries of that colour. */
 void RestoreBackgroundIndex(NvGIFGlobalInfo& ioInfo, const NvColor& inBackground);

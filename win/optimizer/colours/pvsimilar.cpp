@@ -11,14 +11,14 @@
 #include "nvcode2/quant/nvquantremap.h"
 #include "win/optimizer/codes/pvlzwestimate.h"
 #include "win/optimizer/colours/pvframecolours.h"
+#include "win/optimizer/look/pvbanding.h"
 #include "win/optimizer/look/pvlookcost.h"
 
 namespace {
 
-// Euclidean distances in RGB below which colours merge. Longer reaches than 6 save as much as they cost in
-// look; soft gradients fall into bands.
-constexpr std::uint32_t km_ShortReach = 3;
-constexpr std::uint32_t km_LongReach = 6;
+// Euclidean distances in RGB below which colours may merge, the usual one first; 0, which keeps every colour,
+// is for soft shading. Longer reaches than 6 save just as much as they cost in look.
+constexpr std::array<std::uint32_t, 3> km_Reaches = {3, 6, 0};
 constexpr std::uint32_t km_FramesTried = 3;
 
 /** Colours that become one. */
@@ -100,26 +100,47 @@ public:
           mIndices(PvFramesToTry(static_cast<std::uint32_t>(inFrames.size()))) {}
 
     std::uint32_t ChooseReach() const {
-        if (!LongReachMergesMore())
-            return km_ShortReach;
-        return CostOf(km_LongReach) < CostOf(km_ShortReach) ? km_LongReach : km_ShortReach;
+        std::uint32_t best = km_Reaches.front();
+        std::optional<Cost> bestCost;
+        for (const std::uint32_t reach : km_Reaches) {
+            if (CountColours(reach) == CountColours(best))
+                continue; // they merge the same
+            if (!bestCost)
+                bestCost = CostOf(best);
+            if (reach == 0 && bestCost->mBanding == 0.0)
+                break;
+            const Cost cost = CostOf(reach);
+            if (cost.mPrice < bestCost->mPrice) {
+                best = reach;
+                bestCost = cost;
+            }
+        }
+        return best;
     }
 
 private:
-    bool LongReachMergesMore() const {
-        return std::any_of(mIndices.begin(), mIndices.end(), [&](std::uint32_t inIndex) {
-            const std::optional<Merge> further = MergeColours(mFrames[inIndex], km_LongReach);
-            const std::optional<Merge> nearer = MergeColours(mFrames[inIndex], km_ShortReach);
-            return further && (!nearer || further->mTable.GetSize() < nearer->mTable.GetSize());
-        });
+    struct Cost {
+        double mPrice = 0.0; // see PvLookCost
+        double mBanding = 0.0;
+    };
+
+    /** Colours that are left of all frames tried. */
+    std::size_t CountColours(std::uint32_t inReach) const {
+        std::size_t count = 0;
+        for (const std::uint32_t index : mIndices) {
+            const std::optional<Merge> merge = MergeColours(mFrames[index], inReach);
+            count += merge ? merge->mTable.GetSize() : UsedEntries(mFrames[index].mHistogram).size();
+        }
+        return count;
     }
 
     /** What the whole animation would cost if its other frames were like these. */
-    double CostOf(std::uint32_t inReach) const {
+    Cost CostOf(std::uint32_t inReach) const {
         NvLZWStringTable strings;
         PvLZWEstimator estimator(strings);
         double bits = 0.0;
         double similarity = 0.0;
+        double banding = 0.0;
         for (std::size_t i = 0; i < mTried.size(); ++i) {
             NvIndexedImage merged = mTried[i]->GetImage().Copy();
             if (const std::optional<Merge> merge = MergeColours(mFrames[mIndices[i]], inReach))
@@ -127,9 +148,13 @@ private:
             const bool isInterlaced = mTried[i]->GetInfo().mInterlaced != 0;
             bits += static_cast<double>(estimator.EstimateImage(merged, isInterlaced));
             similarity += PvFrameSimilarity(*mTried[i], merged);
+            banding += PvBanding(*mTried[i], merged);
         }
         const auto count = static_cast<double>(mTried.size());
-        return PvLookCost(bits / 8 / count * static_cast<double>(mFrames.size()), similarity / count);
+        banding /= count;
+        return {
+            PvLookCost(bits / 8 / count * static_cast<double>(mFrames.size()), similarity / count, banding),
+            banding};
     }
 
     const std::vector<PvFrameColours>& mFrames;

@@ -9,12 +9,14 @@
 namespace {
 
 constexpr double km_SizePerSimilarity = 4.0;
+constexpr double km_SizePerBanding = 0.3; // by eye, on drawn skies, glows and shadows
 constexpr double km_SizeThatHardlyCounts = 4096.0;
 
 } // namespace
 
-double PvLookCost(double inBytes, double inSimilarity) {
-    return std::log(inBytes + km_SizeThatHardlyCounts) - km_SizePerSimilarity * inSimilarity;
+double PvLookCost(double inBytes, double inSimilarity, double inBanding) {
+    return std::log(inBytes + km_SizeThatHardlyCounts) - km_SizePerSimilarity * inSimilarity +
+           km_SizePerBanding * inBanding;
 }
 
 double PvSizeAtLookCost(double inCost, double inSimilarity) {
