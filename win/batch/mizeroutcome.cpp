@@ -87,6 +87,8 @@ const char* WordsForCode(std::uint32_t inCode) {
         return "a GIF file of an unknown version";
     case NvErrorCode::km_StringResource:
         return "a text of the program is missing";
+    case NvErrorCode::km_WrongFormatInfo:
+        return "a frame's record is missing or of another format";
     case NvErrorCode::km_NotSupported:
         return "not supported";
     default:

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -15,13 +16,10 @@
 
 namespace {
 
+/** Without the empty ones, which are never written. */
 std::vector<std::string> CommentsOf(const NvGIFGlobalInfo& inInfo) {
-    std::vector<std::string> comments;
-    for (const NvList::Node* node = inInfo.mComments.GetFirst(); node; node = node->GetNext()) {
-        const std::string& text = static_cast<const NvGIFComment*>(node->GetElement())->mText;
-        if (!text.empty())
-            comments.push_back(text);
-    }
+    std::vector<std::string> comments = inInfo.mComments.GetTexts();
+    std::erase(comments, std::string());
     return comments;
 }
 
