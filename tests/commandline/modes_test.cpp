@@ -145,13 +145,10 @@ TEST_F(Modes, AFileThatGainsTooLittleStaysAsItIs) {
     EXPECT_EQ(fs::last_write_time(mFolder / "in/sub/icon.gif"), time);
     const ProgramResult left = mRunner.Run({"--skip-done", "--min-saving", "1023", "in/ball.gif"});
     EXPECT_THAT(left.mOut, HasSubstr("1 file, 0 made"));
-    EXPECT_EQ(left.mErr, "parvigif: in/ball.gif: left as it was: would save only 1022 bytes (44.4%)
-");
+    EXPECT_EQ(left.mErr, "parvigif: in/ball.gif: left as it was: would save only 1022 bytes (44.4%)\n");
     EXPECT_THAT(
         ReadTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"),
-        testing::EndsWith("File Unchanged.
-     left as it was: would save only 1022 bytes (44.4%)
-"));
+        testing::EndsWith("File Unchanged.\n     left as it was: would save only 1022 bytes (44.4%)\n"));
     const ProgramResult done = mRunner.Run({"--skip-done", "--min-saving", "1022", "in/ball.gif"});
     EXPECT_THAT(done.mOut, HasSubstr("1 file, 1 made")) << "nor is it done for a run that asks for less";
 }
