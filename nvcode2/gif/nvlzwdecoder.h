@@ -96,6 +96,8 @@ private:
     std::uint8_t* DecodeFirst(std::uint8_t* outPixels);
     void Expand(String inString, std::uint8_t* outPixels) const;
     std::uint32_t ReadCode(BitBuffer& ioBits, std::uint32_t inCodeSize);
+    /** Cuts the next code out of the buffer. It is masked to inCodeSize bits, so the assertion
+     *  "code < decode->maxCode" could never fail. */
     static std::uint32_t TakeCode(BitBuffer& ioBits, std::uint32_t inCodeSize);
     BitBuffer Refill(BitBuffer inBits, std::uint32_t inCodeSize);
     BitBuffer RefillAtBlockEnd(BitBuffer inBits, std::uint32_t inCodeSize);
