@@ -31,7 +31,7 @@ protected:
     /** Runs the program with a file as its standard input. */
     ProgramResult RunOn(const std::string& inFile, const std::vector<std::string>& inArguments) {
         mRunner.mInput = inFile;
-        const ProgramResult result = mRunner.Run(inArguments);
+        ProgramResult result = mRunner.Run(inArguments);
         mRunner.mInput.clear();
         return result;
     }
