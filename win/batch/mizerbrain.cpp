@@ -103,7 +103,7 @@ void MizerBrain::ProcessHead() {
         mQueue.Clear();
         mCancelFlag = false;
         mIsMidBatch = false;
-        mTotals.EndBatch();
+        mTotals.EndBatch(cancelled);
     }
     if (error && (!cancelled || error->GetCode() == NvErrorCode::km_Cancelled))
         throw NvErrorCode(*error);

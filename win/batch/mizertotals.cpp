@@ -51,9 +51,8 @@ void MizerTotals::StartBatch() {
     ShowThisBatch();
 }
 
-/** What was saved last stays to be seen. */
-void MizerTotals::EndBatch() {
-    if (mThisFileSaved != 0)
+void MizerTotals::EndBatch(bool inIsCancelled) {
+    if (mThisFileSaved != 0 && !inIsCancelled)
         return;
     Show(mShell, MizerControl::km_ThisFile, "");
     Show(mShell, MizerControl::km_ThisFilePercent, "");

@@ -25,8 +25,9 @@ public:
     /** Nothing is saved yet. */
     void StartBatch();
 
-    /** No file is in hand any more. */
-    void EndBatch();
+    /** No file is in hand any more. What the last one saved is left to be seen, unless the
+     *  batch was cancelled. */
+    void EndBatch(bool inIsCancelled);
 
     /** A new file is in hand: nothing saved yet, counted as processed, its name shown. */
     void StartFile(const char* inPath);
