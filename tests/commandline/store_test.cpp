@@ -44,6 +44,37 @@ TEST_F(Store, RestoringPutsTheOriginalBackAndKeepsTheBackup) {
     EXPECT_EQ(mRunner.Run({"--restore", "ball.gif.BAK"}).mOut, "restored  ball.gif\n");
 }
 
+TEST_F(Store, WhatSomebodyMadeOfAPictureOrSavedUnderItsNameIsKept) {
+    const std::string icon = Read("icon.gif"), ball = Read("ball.gif");
+    const auto time = fs::last_write_time(mFolder / "icon.gif") - std::chrono::hours(1000);
+    fs::last_write_time(mFolder / "icon.gif", time);
+    mRunner.Run({"icon.gif"});
+    Write("icon.gif", ball); // another picture
+    EXPECT_EQ(
+        mRunner.Run({"icon.gif"}).mErr,
+        "parvigif: icon.gif: its original is kept as icon.gif.2.BAK, since the backup that was there may be "
+        "of another picture\n");
+    EXPECT_EQ(Read("icon.gif.BAK"), icon);
+    EXPECT_EQ(Read("icon.gif.2.BAK"), ball);
+
+    const std::string smaller = Read("icon.gif");
+    EXPECT_EQ(mRunner.Run({"--restore", "-n", "icon.gif"}).mOut, "would restore  icon.gif\n");
+    EXPECT_EQ(Read("icon.gif"), smaller);
+    mRunner.Run({"--restore", "icon.gif"});
+    EXPECT_EQ(Read("icon.gif"), ball) << "its own backup";
+    fs::remove(mFolder / "icon.gif");
+    mRunner.Run({"--restore", "icon.gif.BAK"});
+    EXPECT_EQ(Read("icon.gif"), icon) << "the one that was named";
+    EXPECT_EQ(fs::last_write_time(mFolder / "icon.gif"), time);
+
+    const std::string edited = icon.substr(0, icon.size() - 1) + "!\xfe\x03" + "cat" + '\0' + ";";
+    Write("icon.gif", edited);
+    EXPECT_THAT(mRunner.Run({"--restore", "--json", "icon.gif.BAK"}).mOut,
+                HasSubstr(R"("status":"restored","backup":"icon.gif.BAK","kept":"icon.gif.3.BAK")"));
+    EXPECT_EQ(Read("icon.gif"), icon);
+    EXPECT_EQ(Read("icon.gif.3.BAK"), edited);
+}
+
 TEST_F(Store, WhatCannotBeRestoredStaysAsItIs) {
     ExpectNotRestored("icon.gif", "no backup: there is no icon.gif.BAK (code 10)");
     const std::string ball = Read("ball.gif");

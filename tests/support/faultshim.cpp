@@ -1,37 +1,61 @@
-// Loaded before the C library, this lets the program's n-th file operation fail or be its last.
+// Loaded before the C library, this lets something happen at the program's n-th file-system call.
 //
 // PARVIGIF_FAULT is one of
-//   kill=n   the process dies just before operation n
-//   tear=n   the same, but half of what operation n would write is written
-//   full=n   from operation n on, the disk is full
-//   rot=n    if operation n is a write, other bytes than it should reach the disk unnoticed
-//   sync=n   from operation n on, nothing can be flushed to the disk
-//   save=n   just before operation n another program adds to ball.gif
-// Operations are those that change what is on the disk. Standard streams are left alone.
+//   kill=n         the process dies just before change n
+//   tear=n         the same, but half of what change n would write is written
+//   full=n         from change n on, the disk is full
+//   rot=n          if change n is a write, other bytes than it should reach the disk unnoticed
+//   sync=n         from change n on, nothing can be flushed to the disk
+//   save=n         just before change n another program adds to ball.gif
+//   die=n          the process dies just before call n
+//   fail=n:ERROR   call n fails with that number of errno
+//   short=n        call n transfers a single byte, if it transfers any
+//   other=n        before call n, somebody else acts: the command in PARVIGIF_ACTION runs to its end
+// Changes are the calls that change what is on the disk; calls are all those that could fail. Standard
+// streams are left alone. PARVIGIF_COUNT names a file that is given the number of calls at the end.
 
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
 
-enum class Fault { None, Kill, Tear, Full, Rot, Sync, Save };
+enum class Fault { None, Kill, Tear, Full, Rot, Sync, Save, Die, Fail, Short, Other };
 
-constexpr const char* km_Names[] = {"kill", "tear", "full", "rot", "sync", "save"};
+constexpr const char* km_Names[] = {"kill", "tear", "full", "rot",   "sync",
+                                    "save", "die",  "fail", "short", "other"};
 
 struct Plan {
     Fault mFault = Fault::None;
     long mAt = 0;
-    long mCount = 0;
+    int mError = 0;
+    long mChanges = 0;
+    long mCalls = 0;
+    bool mIsActing = false;
 };
+
+Fault FaultNamed(const char* inText) {
+    int fault = 0;
+    for (const char* name : km_Names) {
+        ++fault;
+        if (std::strncmp(inText, name, std::strlen(name)) == 0)
+            return static_cast<Fault>(fault);
+    }
+    return Fault::None;
+}
 
 Plan& GetPlan() {
     static Plan plan = [] {
@@ -40,10 +64,10 @@ Plan& GetPlan() {
         const char* equals = text ? std::strchr(text, '=') : nullptr;
         if (!equals)
             return read;
-        for (int i = 0; i < 6; ++i)
-            if (std::strncmp(text, km_Names[i], static_cast<std::size_t>(equals - text)) == 0)
-                read.mFault = static_cast<Fault>(i + 1);
+        read.mFault = FaultNamed(text);
         read.mAt = std::strtol(equals + 1, nullptr, 10);
+        if (const char* colon = std::strchr(equals, ':'))
+            read.mError = static_cast<int>(std::strtol(colon + 1, nullptr, 10));
         return read;
     }();
     return plan;
@@ -54,46 +78,115 @@ Function Next(Function, const char* inName) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, inName));
 }
 
+void LetOtherAct(Plan& ioPlan) {
+    ioPlan.mIsActing = true;
+    unsetenv("LD_PRELOAD");
+    const int error = errno;
+    if (std::system(std::getenv("PARVIGIF_ACTION")) != 0)
+        raise(SIGKILL); // the driver sees that nobody asked for it
+    errno = error;
+    ioPlan.mIsActing = false;
+}
+
+/** Counts a call. Does not return when the process is to die here. @return whether the call is to fail, errno
+ *  set */
+bool IsHit() {
+    Plan& plan = GetPlan();
+    if (plan.mIsActing || ++plan.mCalls != plan.mAt)
+        return false;
+    if (plan.mFault == Fault::Die)
+        raise(SIGKILL);
+    if (plan.mFault == Fault::Other)
+        LetOtherAct(plan);
+    errno = plan.mError;
+    return plan.mFault == Fault::Fail;
+}
+
 void SaveAnew() {
     for (const char* name : {"ball.gif", "saved"}) { // the second tells that it was done
         const int file = Next(open, "open")(name, O_WRONLY | O_APPEND | O_CREAT, 0600);
         Next(write, "write")(file, "!", 1);
-        close(file);
+        Next(close, "close")(file);
     }
 }
 
-/** Counts an operation. Does not return when the process is to die here; returns whether the disk is full. */
+/** The same for a change; a full disk is no hit. @return whether the disk is full */
 bool IsFull() {
     Plan& plan = GetPlan();
-    ++plan.mCount;
-    if (plan.mFault == Fault::Kill && plan.mCount == plan.mAt)
+    ++plan.mChanges;
+    if (plan.mFault == Fault::Kill && plan.mChanges == plan.mAt)
         raise(SIGKILL);
-    if (plan.mFault == Fault::Save && plan.mCount == plan.mAt)
+    if (plan.mFault == Fault::Save && plan.mChanges == plan.mAt)
         SaveAnew();
-    return plan.mFault == Fault::Full && plan.mCount >= plan.mAt;
+    return plan.mFault == Fault::Full && plan.mChanges >= plan.mAt;
 }
 
-int Fail() {
+bool IsShort() {
+    return GetPlan().mFault == Fault::Short && GetPlan().mCalls == GetPlan().mAt;
+}
+
+int FailAsFull() {
     errno = ENOSPC;
     return -1;
 }
 
+__attribute__((destructor)) void TellCount() {
+    const char* path = std::getenv("PARVIGIF_COUNT");
+    if (!path)
+        return;
+    const long calls = GetPlan().mCalls;
+    GetPlan() = Plan();
+    const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    dprintf(file, "%ld", calls);
+}
+
+mode_t ModeOf(int inFlags, va_list inArguments) {
+    return (inFlags & O_CREAT) != 0 ? va_arg(inArguments, mode_t) : 0;
+}
+
 } // namespace
+
+// A call that only fails, dies or waits for somebody else to act.
+#define PLAIN_CALL(RESULT, FAILURE, NAME, PARAMETERS, ARGUMENTS)                                             \
+    RESULT NAME PARAMETERS {                                                                                 \
+        return IsHit() ? FAILURE : Next(NAME, #NAME) ARGUMENTS;                                              \
+    }
+
+// The same for one that changes the disk without needing room on it.
+#define CHANGE(NAME, PARAMETERS, ARGUMENTS)                                                                  \
+    int NAME PARAMETERS {                                                                                    \
+        IsFull();                                                                                            \
+        return IsHit() ? -1 : Next(NAME, #NAME) ARGUMENTS;                                                   \
+    }
 
 extern "C" {
 
 int open(const char* inPath, int inFlags, ...) {
     va_list arguments;
     va_start(arguments, inFlags);
-    const mode_t mode = (inFlags & O_CREAT) ? va_arg(arguments, mode_t) : 0;
+    const mode_t mode = ModeOf(inFlags, arguments);
     va_end(arguments);
-    if ((inFlags & (O_CREAT | O_TRUNC)) && IsFull() && access(inPath, F_OK) != 0)
-        return Fail();
-    return Next(open, "open")(inPath, inFlags, mode);
+    if ((inFlags & (O_CREAT | O_TRUNC)) != 0 && IsFull() && access(inPath, F_OK) != 0)
+        return FailAsFull();
+    return IsHit() ? -1 : Next(open, "open")(inPath, inFlags, mode);
+}
+
+int openat(int inFolder, const char* inPath, int inFlags, ...) {
+    va_list arguments;
+    va_start(arguments, inFlags);
+    const mode_t mode = ModeOf(inFlags, arguments);
+    va_end(arguments);
+    return IsHit() ? -1 : Next(openat, "openat")(inFolder, inPath, inFlags, mode);
+}
+
+FILE* fopen(const char* inPath, const char* inMode) {
+    return IsHit() ? nullptr : Next(fopen, "fopen")(inPath, inMode);
 }
 
 int mkostemps(char* ioTemplate, int inSuffixLength, int inFlags) {
-    return IsFull() ? Fail() : Next(mkostemps, "mkostemps")(ioTemplate, inSuffixLength, inFlags);
+    if (IsFull())
+        return FailAsFull();
+    return IsHit() ? -1 : Next(mkostemps, "mkostemps")(ioTemplate, inSuffixLength, inFlags);
 }
 
 ssize_t write(int inDescriptor, const void* inBytes, size_t inCount) {
@@ -101,44 +194,73 @@ ssize_t write(int inDescriptor, const void* inBytes, size_t inCount) {
     if (inDescriptor <= STDERR_FILENO)
         return next(inDescriptor, inBytes, inCount);
     Plan& plan = GetPlan();
-    if (plan.mFault == Fault::Tear && plan.mCount + 1 == plan.mAt) {
+    if (plan.mFault == Fault::Tear && plan.mChanges + 1 == plan.mAt) {
         next(inDescriptor, inBytes, inCount / 2);
         raise(SIGKILL);
     }
-    if (plan.mFault == Fault::Rot && plan.mCount + 1 == plan.mAt) {
+    if (plan.mFault == Fault::Rot && plan.mChanges + 1 == plan.mAt) {
         std::string rotten(static_cast<const char*>(inBytes), inCount);
         rotten.back() = 'x';
-        ++plan.mCount;
+        ++plan.mChanges;
         return next(inDescriptor, rotten.data(), inCount);
     }
-    return IsFull() ? Fail() : next(inDescriptor, inBytes, inCount);
+    if (IsFull())
+        return FailAsFull();
+    return IsHit() ? -1 : next(inDescriptor, inBytes, IsShort() && inCount > 0 ? 1 : inCount);
+}
+
+ssize_t read(int inDescriptor, void* outBytes, size_t inCount) {
+    const auto next = Next(read, "read");
+    if (inDescriptor <= STDERR_FILENO)
+        return next(inDescriptor, outBytes, inCount);
+    return IsHit() ? -1 : next(inDescriptor, outBytes, IsShort() && inCount > 0 ? 1 : inCount);
+}
+
+ssize_t pread(int inDescriptor, void* outBytes, size_t inCount, off_t inAt) {
+    return IsHit()
+               ? -1
+               : Next(pread, "pread")(inDescriptor, outBytes, IsShort() && inCount > 0 ? 1 : inCount, inAt);
 }
 
 int fsync(int inDescriptor) {
     IsFull();
     const Plan& plan = GetPlan();
-    return plan.mFault == Fault::Sync && plan.mCount >= plan.mAt ? Fail()
-                                                                 : Next(fsync, "fsync")(inDescriptor);
+    if (plan.mFault == Fault::Sync && plan.mChanges >= plan.mAt)
+        return FailAsFull();
+    return IsHit() ? -1 : Next(fsync, "fsync")(inDescriptor);
 }
 
-int fchmod(int inDescriptor, mode_t inMode) {
-    IsFull();
-    return Next(fchmod, "fchmod")(inDescriptor, inMode);
-}
+CHANGE(fchmod, (int inDescriptor, mode_t inMode), (inDescriptor, inMode))
+CHANGE(rename, (const char* inFrom, const char* inTo), (inFrom, inTo))
+CHANGE(renameat2, (int inFromFolder, const char* inFrom, int inToFolder, const char* inTo, unsigned inFlags),
+       (inFromFolder, inFrom, inToFolder, inTo, inFlags))
+CHANGE(unlink, (const char* inPath), (inPath))
 
-int rename(const char* inFrom, const char* inTo) {
-    IsFull();
-    return Next(rename, "rename")(inFrom, inTo);
-}
-
-int renameat2(int inFromFolder, const char* inFrom, int inToFolder, const char* inTo, unsigned inFlags) {
-    IsFull();
-    return Next(renameat2, "renameat2")(inFromFolder, inFrom, inToFolder, inTo, inFlags);
-}
-
-int unlink(const char* inPath) {
-    IsFull();
-    return Next(unlink, "unlink")(inPath);
-}
+PLAIN_CALL(int, -1, close, (int inDescriptor), (inDescriptor))
+PLAIN_CALL(int, -1, stat, (const char* inPath, struct stat* outStatus), (inPath, outStatus))
+PLAIN_CALL(int, -1, lstat, (const char* inPath, struct stat* outStatus), (inPath, outStatus))
+PLAIN_CALL(int, -1, fstat, (int inDescriptor, struct stat* outStatus), (inDescriptor, outStatus))
+PLAIN_CALL(int, -1, fstatat, (int inFolder, const char* inPath, struct stat* outStatus, int inFlags),
+           (inFolder, inPath, outStatus, inFlags))
+PLAIN_CALL(int, -1, statx,
+           (int inFolder, const char* inPath, int inFlags, unsigned inMask, struct statx* outStatus),
+           (inFolder, inPath, inFlags, inMask, outStatus))
+PLAIN_CALL(int, -1, faccessat, (int inFolder, const char* inPath, int inWanted, int inFlags),
+           (inFolder, inPath, inWanted, inFlags))
+PLAIN_CALL(off_t, -1, lseek, (int inDescriptor, off_t inAt, int inFrom), (inDescriptor, inAt, inFrom))
+PLAIN_CALL(int, -1, fchown, (int inDescriptor, uid_t inUser, gid_t inGroup), (inDescriptor, inUser, inGroup))
+PLAIN_CALL(int, -1, futimens, (int inDescriptor, const struct timespec* inTimes), (inDescriptor, inTimes))
+PLAIN_CALL(int, -1, utimensat,
+           (int inFolder, const char* inPath, const struct timespec* inTimes, int inFlags),
+           (inFolder, inPath, inTimes, inFlags))
+PLAIN_CALL(int, -1, flock, (int inDescriptor, int inWhat), (inDescriptor, inWhat))
+PLAIN_CALL(int, -1, mkdir, (const char* inPath, mode_t inMode), (inPath, inMode))
+PLAIN_CALL(char*, nullptr, mkdtemp, (char* ioTemplate), (ioTemplate))
+PLAIN_CALL(int, -1, unlinkat, (int inFolder, const char* inPath, int inFlags), (inFolder, inPath, inFlags))
+PLAIN_CALL(int, -1, link, (const char* inFrom, const char* inTo), (inFrom, inTo))
+PLAIN_CALL(char*, nullptr, realpath, (const char* inPath, char* outPath), (inPath, outPath))
+PLAIN_CALL(ssize_t, -1, listxattr, (const char* inPath, char* outNames, size_t inSize),
+           (inPath, outNames, inSize))
+PLAIN_CALL(DIR*, nullptr, opendir, (const char* inPath), (inPath))
 
 } // extern "C"

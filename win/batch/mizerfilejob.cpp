@@ -89,7 +89,7 @@ void MizerFileJob::WorkInPlace() {
             throw;
         return MarkChanged();
     }
-    if (IsSmaller() && mKept && mMade)
+    if (IsSmaller() && mKept && mMade && !mIsHalfDone)
         mBackups.GetOrigins().Add(*mMade, mKept->mContent, MizerOrigins::Work::km_Done);
     if (IsSmaller())
         mListener.ResultMade(GetPath());
@@ -127,6 +127,7 @@ void MizerFileJob::Optimize(const char* inPath) {
     PvOutcome outcome;
     mResult.mNewSize = mHost.OptimizeGIFFile(inPath, mResult.mOriginalSize, *this, outcome);
     mResult.mFrameCount = outcome.mFrameCount;
+    mIsHalfDone = outcome.mIsHalfDone;
     mResult.mWorstLook = outcome.mWorstLook;
     if (mResult.GetSaved() != 0) {
         MarkReplaced();

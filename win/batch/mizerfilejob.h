@@ -79,8 +79,9 @@ private:
     MizerJobHost& mHost;
     MizerListener& mListener;
     std::optional<WnFileClaim> mClaim;
-    std::optional<WnFileState> mState;       // when it was measured
-    bool mIsOnCopy = false;                  // the optimizer works on a private copy
+    std::optional<WnFileState> mState; // when it was measured
+    bool mIsOnCopy = false;            // the optimizer works on a private copy
+    bool mIsHalfDone = false;
     bool mIsChanged = false;                 // it could not be kept as it was when the work began
     std::optional<MizerBackups::Kept> mKept; // the original
     std::optional<MizerContent> mMade;       // what was last made from it

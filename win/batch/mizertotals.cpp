@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <new>
 #include <utility>
 
 #include "win/batch/mizerpreferences.h"
@@ -41,8 +42,12 @@ MizerTotals::~MizerTotals() {
 void MizerTotals::Store() {
     if (mFilesToStore == 0)
         return;
-    mPrefs.AddToDWord(km_BytesSaved, std::exchange(mSavedToStore, 0));
-    mPrefs.AddToDWord(km_FilesProcessed, std::exchange(mFilesToStore, 0));
+    try {
+        mPrefs.AddToDWord(km_BytesSaved, std::exchange(mSavedToStore, 0));
+        mPrefs.AddToDWord(km_FilesProcessed, std::exchange(mFilesToStore, 0));
+    } catch (const std::bad_alloc&) {
+        return; // the pictures are done; only the counts are lost
+    }
 }
 
 void MizerTotals::StartBatch() {

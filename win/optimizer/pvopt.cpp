@@ -67,8 +67,11 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
     if (result->mMovedPixels == 0)
         return size; // the second pass only goes on where the first exchanged pixels
     result.reset();
+    mOutcome.mIsHalfDone = true;
     try {
-        return ReoptimizeGIFFile(inPath, size, true, progress);
+        const std::uint32_t smallest = ReoptimizeGIFFile(inPath, size, true, progress);
+        mOutcome.mIsHalfDone = false;
+        return smallest;
     } catch (const NvErrorCode&) {
         return size; // the first pass's result is in place and whole
     } catch (const std::bad_alloc&) {

@@ -13,6 +13,7 @@ struct PvOutcome {
     std::string mGateReason; ///< what a viewer would have noticed about a smaller result that was not kept
                              ///< for it; empty: nothing was rejected
     bool mIsChangedMeanwhile = false; ///< another program changed the file, so it was left alone
+    bool mIsHalfDone = false;         ///< it was made smaller, but the second pass failed
     std::uint32_t mFrameCount = 0;
     PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
 };
