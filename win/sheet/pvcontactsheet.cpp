@@ -26,12 +26,12 @@ constexpr NvColor km_Paper{255, 255, 255};
 constexpr NvColor km_Card{238, 238, 238};
 constexpr NvColor km_Outline{173, 173, 173};
 
-/** What inCount things and the gaps around each of them take. */
+/** What inCount items and the gaps around each of them take. */
 constexpr std::uint64_t LengthOf(std::uint64_t inCount, std::uint32_t inLength, std::uint32_t inGap) {
     return inGap + inCount * (inLength + inGap);
 }
 
-/** The sheet of so many files, if every row of cards were as tall as rows get. */
+/** The sheet of inFiles files, if every row of cards were as tall as rows can get. */
 class Grid {
 public:
     explicit Grid(std::uint64_t inFiles, std::uint32_t inPlaces)
@@ -86,7 +86,7 @@ void MountThumbnails(std::span<const NvRGBImage> inThumbnails, const NvRect& inC
     }
 }
 
-/** Writes a GIF that holds nothing but a picture. */
+/** Writes a still GIF. */
 void WriteStill(const NvIndexedImage& inImage, const char* inPath) {
     const auto global = NvGIFFile::CreateGlobalInfo();
     global->mColorTable = inImage.GetColorTable();
@@ -126,7 +126,7 @@ void PvContactSheet::AddFile(const char* inPath) {
         mPixels += std::uint64_t{thumbnail.GetWidth()} * thumbnail.GetHeight();
 }
 
-// All that the sheet will need with this file on it, so that a sheet that files were put on can be written.
+// Counts all that the sheet will need with this file on it, so that whatever could be added can be written.
 void PvContactSheet::CheckMemory(const NvGIFFrameReader& inReader) const {
     constexpr std::uint64_t longestSide = 0xFFFF;
     const Grid grid(mFiles.size() + 1, km_Places);

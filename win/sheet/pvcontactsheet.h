@@ -12,34 +12,34 @@
 class NvProgressIndicator;
 class NvGIFFrameReader;
 
-/** A still GIF that shows what is in many: of each file the first, the middle and the last displayed frame,
- *  side by side.
+/** A still GIF that shows many files at a glance: the first, middle and last displayed frame of each, side by
+ *  side.
  *
- *  Files fill the sheet row by row from the top left, in the order in which they were added, in as few
- *  columns as keep it from growing tall. A still picture takes only the first of its three places, an
- *  animation of two frames the first and the last. */
+ *  Files fill the sheet row by row from the top left, in the order in which they were added, in the fewest
+ *  columns that keep the sheet from growing taller than one and a half times its width. A still picture takes
+ *  only the first of its three places, an animation of two frames the first and the last. */
 class PvContactSheet {
 public:
     /** @param inMemoryLimit  bytes that the sheet and a file on its way to it may need; 0: the usual limit
-     *  @param inIndicator    hears of every frame and may stop the work with code 3; borrowed, may be null */
+     *  @param inIndicator    called for every frame, may stop the work with code 3; borrowed, may be null */
     explicit PvContactSheet(std::uint64_t inMemoryLimit = 0, NvProgressIndicator* inIndicator = nullptr);
 
-    /** Puts a file on the sheet, playing it from its first frame to its last. After an error nothing of it is
-     *  there.
+    /** Puts a file on the sheet, played from its first frame to its last. After an error the sheet is as it
+     *  was.
      *
-     *  @throws NvErrorCode  those of NvGIFFrameReader; 2 when memory is out, or the sheet as large as a GIF
-     * may be; 3 */
+     *  @throws NvErrorCode  those of NvGIFFrameReader; 2 when memory runs out or the sheet would be larger
+     *  than a GIF may be; 3 */
     void AddFile(const char* inPath);
 
     std::uint32_t GetFileCount() const { return static_cast<std::uint32_t>(mFiles.size()); }
 
-    /** How many files lie beside each other. */
+    /** The number of files in a row. */
     std::uint32_t GetColumnCount() const;
 
     /** Writes the sheet. Precondition: GetFileCount() is not 0.
      *
      *  @param inPath        created or replaced
-     *  @throws NvErrorCode  those of NvFile, what is at inPath is then not a whole file; 2; 3 */
+     *  @throws NvErrorCode  those of NvFile, after which the file at inPath is not whole; 2; 3 */
     void Write(const char* inPath) const;
 
 private:
@@ -48,7 +48,7 @@ private:
     /** Thumbnails of one size by place; one without pixels leaves its place empty. */
     using File = std::array<NvRGBImage, km_Places>;
 
-    /** Files beside each other, and the pixels that the tallest of them takes. */
+    /** The files of a row, and the height of the tallest in pixels, padding included. */
     struct Row {
         std::span<const File> mFiles;
         std::uint32_t mHeight;

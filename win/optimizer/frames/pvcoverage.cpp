@@ -59,7 +59,7 @@ bool PvCoverage::IsDrawnOver(const NvRect& inRect, const NvGIFFrame& inNext) con
         for (std::int32_t x = inRect.left; x < inRect.right; ++x) {
             if (row[x] == 0)
                 continue;
-            const auto column = static_cast<std::uint32_t>(x - next.left); // large to the left of it
+            const auto column = static_cast<std::uint32_t>(x - next.left); // wraps round left of the frame
             if (!bits || column >= inNext.GetWidth() || (bits[column / 8] >> (7 - column % 8) & 1U) == 0)
                 return false;
         }

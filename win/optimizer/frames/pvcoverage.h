@@ -7,10 +7,10 @@
 
 class NvGIFFrame;
 
-/** Whether a frame's rectangle is cleared when its time is over. */
+/** Whether a frame's rectangle is cleared before the next frame. */
 bool PvClears(const NvGIFFrame& inFrame);
 
-/** Which pixels of the screen frames have left covered. A frame that is to be undone is not to be drawn. */
+/** Which pixels of the screen are covered. Frames that restore what they covered must not be drawn on it. */
 class PvCoverage {
 public:
     /** An uncovered screen. */
@@ -18,11 +18,11 @@ public:
 
     void Draw(const NvGIFFrame& inFrame);
 
-    /** Does what a frame asks for when its time is over. */
+    /** Disposes of a frame that was drawn. */
     void Dispose(const NvGIFFrame& inFrame);
 
-    /** The smallest rectangle, in the frame's own pixels, that holds every covered pixel under it; may be
-     *  empty. */
+    /** The smallest rectangle, in the frame's own pixels, that holds every covered pixel under it; empty when
+     *  there is none. */
     NvRect BoundsUnder(const NvGIFFrame& inFrame) const;
 
     /** Whether a frame draws over every covered pixel of a rectangle of the screen. */

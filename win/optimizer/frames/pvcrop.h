@@ -10,8 +10,8 @@ class NvGIFFrame;
 
 /** Cuts transparent borders off an animation's frames, one after the other.
  *
- *  A frame that clears its rectangle keeps what earlier frames left covered there; otherwise the cleared area
- *  would shrink and leave ghosts. A frame that draws nothing becomes one transparent pixel. */
+ *  A frame that clears its rectangle is only cut down to what earlier frames left covered there, or else the
+ *  cleared area would shrink and leave ghosts. A frame that draws nothing becomes one transparent pixel. */
 class PvCropper {
 public:
     /** @param inWidth      of the logical screen, pixels
@@ -20,8 +20,8 @@ public:
     PvCropper(std::uint32_t inWidth, std::uint32_t inHeight, bool inAnyClears);
 
     /** Takes the next frame.
-     *  @return  the frame without its borders, its transparency fields still to be brought up to date; null
-     *  when it has none */
+     *  @return  a copy without borders, its transparency fields still to be brought up to date; null when the
+     *  frame has no borders */
     std::unique_ptr<NvGIFFrame> Crop(const NvGIFFrame& inFrame);
 
 private:

@@ -64,8 +64,8 @@ void PvDifferencer::UseColours(const NvColorTable& inTable) {
         mColours[i] = NvPackColor(inTable.GetColor(i)) | km_Covered;
 }
 
-// In steps over all pixels, of which compilers make vector code: channels are compared as bytes, sixteen
-// of them at once.
+// Separate loops over all pixels, which compilers turn into vector code: channels are compared as bytes,
+// sixteen at once.
 void PvDifferencer::LayDown(const std::uint8_t* inPixels, std::uint32_t inCount, ScreenColour* ioScreen,
                             std::uint8_t* outStates) {
     for (std::uint32_t i = 0; i < inCount; ++i)
@@ -92,7 +92,8 @@ void PvDifferencer::LayDown(const std::uint8_t* inPixels, std::uint32_t inCount,
         outStates[i] = areDrawn[i] != 0 ? km_Drawn : km_MadeTransparent;
 }
 
-/** The first place from inFrom on whose state is km_Drawn, or is not; the number of places if none. */
+/** The first place from inFrom on that is drawn, or is not, as inIsDrawn says; the number of places when
+ *  there is none. */
 std::size_t PvDifferencer::FindState(std::size_t inFrom, bool inIsDrawn) const {
     const std::size_t count = mStates.size();
     std::size_t i = inFrom;
@@ -107,8 +108,8 @@ std::size_t PvDifferencer::FindState(std::size_t inFrom, bool inIsDrawn) const {
     return i;
 }
 
-// Runs count on across row ends, as the LZW data does. A pixel that is drawn again is what the viewer
-// sees from now on, so the screen takes it; otherwise errors could add up to twice the tolerance.
+// Runs continue across row ends, as LZW data does. A pixel drawn again is what the viewer sees from now on,
+// so the screen takes its colour; otherwise errors could add up to twice the tolerance.
 void PvDifferencer::RepairShortRuns(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels) {
     const bool firstMadeTransparent = mStates[0] == km_MadeTransparent;
     if (firstMadeTransparent)
@@ -133,7 +134,7 @@ void PvDifferencer::DrawAgain(const NvGIFFrameInfo& inInfo, const NvConstPixelLo
     ScreenRow(inInfo, y)[x] = mColours[inPixels.Row(y)[x]];
 }
 
-// Without an entry to spare there is no transparent index to give to the pixels left out.
+// A frame that draws with every entry has none left for the pixels that are not drawn.
 bool PvDifferencer::UsesEveryEntry(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels) const {
     std::array<bool, 256> used{};
     for (std::size_t i = 0; i < mStates.size(); ++i)

@@ -10,22 +10,22 @@ class NvConstPixelLock;
 class NvGIFFrame;
 class NvGIFFrameInfo;
 
-/** Makes a frame's disposal 1 unless it is 2, which is all that there is to do for a still picture. */
+/** Makes a frame's disposal 1 unless it is 2. */
 void PvSettleDisposal(NvGIFFrameInfo& ioInfo);
 
 /** Lays an animation's frames down on the screen, one after the other, and makes each frame's pixels
  *  transparent where the screen already shows almost the same colour.
  *
- *  A frame's disposal becomes 1 unless it is 2. Holes of one or two pixels are filled again, since breaking a
- *  run costs LZW more than they save. Only masks change; transparency fields are for the caller to bring up
- *  to date. */
+ *  A frame's disposal becomes 1 unless it is 2. Holes of one or two pixels are filled again, since a broken
+ *  run costs LZW more than such a hole saves. Only masks change; the caller brings transparency fields up to
+ *  date. */
 class PvDifferencer {
 public:
     /** @param inWidth       of the logical screen, pixels
      *  @param inHeight      of the logical screen, pixels
      *  @param inTolerance   0 to 255 per channel
      *  @param inFullTable   entries of a table that cannot grow: a frame that draws with that many has no
-     *  index left for transparent pixels and is drawn whole; 0: no frame does */
+     *  index left for transparent pixels and is drawn whole; 0: there is always an index left */
     PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance,
                   std::uint32_t inFullTable);
 
@@ -36,7 +36,7 @@ private:
     enum PixelState : std::uint8_t {
         km_Undrawn,
         km_Drawn,
-        km_MadeTransparent, // drawn in the frame, shown by the screen already
+        km_MadeTransparent, // drawn by the frame as it came, but shown by the screen already
     };
     using ScreenColour = std::uint32_t; // packed, the top byte set where the screen shows something
 
@@ -59,7 +59,7 @@ private:
     std::vector<std::uint8_t> mStates;        // PixelState of the frame in hand, row-major
     std::array<ScreenColour, 256> mColours{}; // of the frame in hand
 
-    // Of one run of drawn pixels.
+    // Of the run of drawn pixels in hand.
     std::vector<ScreenColour> mFrameColours;
     std::vector<std::uint32_t> mDifferences; // per pixel, a byte for each channel
 };

@@ -11,6 +11,6 @@ class PvProgress;
  *
  *  @param inMemoryLimit  bytes the file may need
  *  @throws NvErrorCode   2 when the file would need more memory than that, before its pixels are read; 3 when
- *  the progress was told to stop; otherwise those of NvGIFFrameReader */
+ *  the host wants to stop; otherwise those of NvGIFFrameReader */
 std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
                                            PvProgress& ioProgress);
