@@ -15,6 +15,7 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvgifframereader.h"
 #include "nvcode2/gif/nvgifplayer.h"
+#include "win/optimizer/look/pvcanvascomparison.h"
 #include "win/optimizer/look/pvlook.h"
 #include "wnatom/wnsystem.h"
 
@@ -57,11 +58,15 @@ FileLook Measure(const fs::path& inOriginal, const fs::path& inResult) {
     NvGIFPlayer originalPlayer(original.GetScreenWidth(), original.GetScreenHeight());
     NvGIFPlayer resultPlayer(original.GetScreenWidth(), original.GetScreenHeight());
     PvLookMeter meter(original.GetScreenWidth(), original.GetScreenHeight());
+    const PvColourAllowance noAllowance;
+    PvCanvasComparison comparison(original.GetScreenWidth(), original.GetScreenHeight(), noAllowance);
     for (std::uint32_t i = 0; i < original.GetFrameCount(); ++i) {
         originalPlayer.ShowFrame(*original.ReadFrame(i));
         resultPlayer.ShowFrame(*result.ReadFrame(i));
         PvFrameLook frameLook = meter.Measure(originalPlayer, resultPlayer);
-        PvMeasureErrors(originalPlayer, resultPlayer, frameLook);
+        for (std::uint32_t y = 0; y < original.GetScreenHeight(); ++y)
+            comparison.Update(originalPlayer, resultPlayer, y, {0, original.GetScreenWidth()});
+        comparison.MeasureErrors(frameLook);
         look.Add(frameLook);
     }
     look.Finish();

@@ -115,7 +115,7 @@ void NvGIFFrameReader::CheckFrames() {
         mPixelsOfAllFrames += pixels;
         mPixelsOfLargestFrame = std::max(mPixelsOfLargestFrame, pixels);
         mColorsOfAllFrames += std::min<std::uint64_t>(pixels, info.mColorTable.GetSize());
-        mAnyFrameRestores = mAnyFrameRestores || info.RestoresPrevious();
+        mAnyFrameRestores = mAnyFrameRestores || (info.RestoresPrevious() && i + 1 < GetFrameCount());
         mAnyFrameClears = mAnyFrameClears || info.mDisposal == NvGIFFrameInfo::km_DisposeClear;
     }
 }

@@ -26,8 +26,9 @@ public:
     std::uint32_t GetScreenHeight() const { return mFile.GetScreenHeight(); }
     std::shared_ptr<NvGIFGlobalInfo> ShareGlobalInfo() const { return mFile.GetGlobalInfo(); }
 
-    /** Whether a frame puts back what it covered, or is cleared, when its time is over. */
+    /** Whether a frame before the last puts back what it covered, so that another one shows it. */
     bool AnyFrameRestores() const { return mAnyFrameRestores; }
+    /** Whether a frame is cleared when its time is over. */
     bool AnyFrameClears() const { return mAnyFrameClears; }
 
     /** Pixels of all frames together, and of the largest one. */
@@ -61,6 +62,6 @@ private:
     std::uint64_t mPixelsOfAllFrames = 0;
     std::uint64_t mPixelsOfLargestFrame = 0;
     std::uint64_t mColorsOfAllFrames = 0; // as many as can differ
-    bool mAnyFrameRestores = false;       // so all of them may become as large as the screen
+    bool mAnyFrameRestores = false;       // but for the last
     bool mAnyFrameClears = false;
 };

@@ -17,7 +17,8 @@ void NvGIFPlayer::BeginFrame(const NvGIFFrameInfo& inInfo, const NvColorTable& i
     DisposeOfLastFrame();
     mCanvas.UseColours(inTable,
                        inInfo.mHasTransparency ? inInfo.mTransparentIndex : NvGIFCanvas::km_DrawsAll);
-    std::fill(mChanged.begin(), mChanged.end(), Columns());
+    ForEachRow(GetChangedRows(), [this](std::uint32_t inY) { mChanged[inY] = Columns(); });
+    mDisposedRows = RowsOf(mDisposedRect);
     const Columns disposed{static_cast<std::uint32_t>(mDisposedRect.left),
                            static_cast<std::uint32_t>(mDisposedRect.right)};
     for (std::int32_t y = mDisposedRect.top; y < mDisposedRect.bottom; ++y)

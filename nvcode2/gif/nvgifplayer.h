@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -62,12 +65,40 @@ public:
     /** The columns of a row outside of which the last frame changed nothing, disposal included. */
     const Columns& GetChangedColumns(std::uint32_t inY) const { return mChanged[inY]; }
 
+    /** A range of rows or columns, the last one excluded. */
+    using Range = Columns;
+
+    /** The rows outside of which the last frame changed nothing: those that disposal touched and those that
+     *  the frame lies in, which may overlap. */
+    std::array<Range, 2> GetChangedRows() const { return {mDisposedRows, RowsOf(mLastRect)}; }
+
+    /** Calls inVisit(y) once for each row in any of some ranges, in rising order. */
+    template <std::size_t Count, typename Visitor>
+    static void ForEachRow(std::array<Range, Count> inRanges, Visitor inVisit);
+
 private:
+    static Range RowsOf(const NvRect& inRect) {
+        return {static_cast<std::uint32_t>(inRect.top), static_cast<std::uint32_t>(inRect.bottom)};
+    }
+
     void Draw(std::uint32_t inX, std::uint32_t inRow, const std::uint8_t* inIndices, std::uint32_t inCount);
 
     NvGIFCanvas mCanvas;
     std::uint32_t mLastDisposal = 0;
     NvRect mLastRect{};            // of the frame shown now
     NvRect mDisposedRect{};        // changed by disposal since the last frame
-    std::vector<Columns> mChanged; // by row
+    Range mDisposedRows;           // changed by disposal before the frame in hand
+    std::vector<Columns> mChanged; // by row; empty outside of GetChangedRows
 };
+
+template <std::size_t Count, typename Visitor>
+void NvGIFPlayer::ForEachRow(std::array<Range, Count> inRanges, Visitor inVisit) {
+    std::sort(inRanges.begin(), inRanges.end(),
+              [](const Range& inLeft, const Range& inRight) { return inLeft.mFirst < inRight.mFirst; });
+    std::uint32_t next = 0;
+    for (const Range& range : inRanges) {
+        for (std::uint32_t y = std::max(next, range.mFirst); y < range.mEnd; ++y)
+            inVisit(y);
+        next = std::max(next, range.mEnd);
+    }
+}

@@ -139,6 +139,16 @@ TEST(Difference, ThereIsRoomForTransparencyInAFullSharedTable) {
     EXPECT_EQ(CompareGIFs(gif, result).mDiffering, 0u);
     EXPECT_GE(result.mFrames[1].mTransparent, 0);
     EXPECT_EQ(result.mTable.size(), 128u);
+
+    // A frame that draws with all of them leaves no index for what need not be drawn.
+    gif.mWidth = 128;
+    gif.mFrames.clear();
+    for (std::uint32_t shift : {0u, 9u})
+        gif.mFrames.push_back(
+            Paint(128, 2, [=](auto x, auto y) { return (x + (y == 0 ? shift : 0)) % 128; }));
+    const auto full = MakeAnimation(gif);
+    DifferenceFrames(*full, 0);
+    EXPECT_EQ(CompareGIFs(gif, Describe(*full)).mDiffering, 0u);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
 #include "win/optimizer/look/pvgate.h"
+#include "win/optimizer/pvrebuilder.h"
 
 namespace {
 
@@ -68,13 +69,14 @@ class GateTest : public OptimizerTest {
 protected:
     std::string Compare(const TestGIF& inOriginal, const TestGIF& inCandidate,
                         const PvColourAllowance& inAllowance = {}) {
+        PvProgress progress(mHost);
         return PvCompareGIFs(Write(inOriginal, "original.gif").c_str(),
-                             Write(inCandidate, "candidate.gif").c_str(), inAllowance)
+                             Write(inCandidate, "candidate.gif").c_str(), inAllowance, progress)
             .mReason;
     }
 };
 
-TEST_F(GateTest, WhateverAViewerWouldNoticeIsTold) {
+TEST_F(GateTest, WhateverAViewerWouldNoticeIsRefused) {
     for (const Change& change : km_Noticed) {
         SCOPED_TRACE(change.mName);
         TestGIF candidate = Original();
@@ -83,9 +85,16 @@ TEST_F(GateTest, WhateverAViewerWouldNoticeIsTold) {
         EXPECT_NE(Compare(candidate, Original()), "");
     }
     WriteTestFile(mFolder / "candidate.gif", EncodeGIF(Original()).substr(0, 900));
-    EXPECT_EQ(
-        PvCompareGIFs((mFolder / "original.gif").c_str(), (mFolder / "candidate.gif").c_str(), {}).mReason,
-        "the result could not be read back");
+    PvProgress progress(mHost);
+    const auto compare = [&] {
+        return PvCompareGIFs((mFolder / "original.gif").c_str(), (mFolder / "candidate.gif").c_str(), {},
+                             progress)
+            .mReason;
+    };
+    EXPECT_EQ(compare(), "the result could not be read back");
+    Write(Original(), "candidate.gif");
+    mHost.mStopAt = mHost.mProgress.size();
+    EXPECT_EQ(CodeOf(compare), NvErrorCode::km_Cancelled);
 }
 
 TEST_F(GateTest, WhatNobodyNoticesPasses) {
@@ -105,20 +114,75 @@ TEST_F(GateTest, WhatNobodyNoticesPasses) {
     }
 }
 
-TEST_F(GateTest, ColoursMayBeOffByWhatTheRunExplainsAndNoMore) {
-    TestGIF original = Movie({Picture("0000000000"), Picture("1", 4)});
-    original.mTable = {0x404040, 0x404040};
-    TestGIF candidate = original;
-    candidate.mTable[0] = 0x40404C; // 12 levels in one of three channels: 4 on average
-    EXPECT_EQ(Compare(original, candidate, {4.0, 0.0}), "");
-    EXPECT_EQ(Compare(original, candidate, {3.99, 0.0}), "frame 1 would show other colours");
+/** Greys, wider than what is compared at once; every tenth pixel is in the second of two frames again. */
+TestGIF WideGreys() {
+    TestGIF gif = Movie({Paint(70, 10, [](auto, auto) { return 100; }),
+                         Paint(70, 1, [](auto, auto) { return 100; }), Picture("0")});
+    gif.mTable = Greys(256);
+    gif.mFrames[2].mPixels[0] = 100;
+    return gif;
+}
 
-    // One pixel of ten that changed places with another explains a tenth of 128 levels.
-    candidate.mTable = {0x404040, 0xC0C0C0};
-    EXPECT_EQ(Compare(original, candidate, {0.0, 1.0}), "");
-    EXPECT_EQ(Compare(original, candidate, {0.0, 0.99}), "frame 2 would show other colours");
-    original.mTable[1] = 0;
-    EXPECT_EQ(Compare(original, candidate, {0.0, 1.0}), "frame 2 would show other colours");
+TEST_F(GateTest, ColoursMayBeOffByWhatTheRunExplainsAndNoMore) {
+    const std::string refused = "frame 2 would show other colours";
+    const auto compare = [&](std::uint8_t inGrey, PvColourAllowance inAllowance) {
+        TestGIF candidate = WideGreys();
+        candidate.mFrames[1].mPixels[64] = inGrey;
+        inAllowance.mPalette.Settle();
+        return Compare(WideGreys(), candidate, inAllowance);
+    };
+    PvColourErrors palette;
+    palette.Add(0x646464, 0x646A64);
+    palette.Add(0x646464, 0x646564);
+    palette.Add(0x636363, 0xFFFFFF);
+    for (const int tolerance : {0, 1, 27, 28}) {
+        SCOPED_TRACE(tolerance);
+        const auto allowed = static_cast<std::uint32_t>(tolerance);
+        const auto off = [=](int inLevels) { return static_cast<std::uint8_t>(100 + inLevels); };
+        EXPECT_EQ(compare(off(tolerance), {{}, allowed, {}}), "");
+        EXPECT_EQ(compare(off(-tolerance - 1), {{}, allowed, {}}), refused);
+        EXPECT_EQ(compare(off(-tolerance - 6), {palette, allowed, {}}), "");
+        EXPECT_EQ(compare(off(tolerance + 7), {palette, allowed, {}}), refused);
+    }
+}
+
+// Of pixels that changed places, as many as the frame exchanged, for as long as they stay.
+TEST_F(GateTest, ExchangedPixelsAreExplainedByTheirFrame) {
+    const TestGIF original = WideGreys();
+    TestGIF candidate = original;
+    candidate.mFrames[0].mPixels[64] = candidate.mFrames[0].mPixels[3] = 0;
+    const auto compare = [&](std::vector<std::uint32_t> inMoved) {
+        return Compare(original, candidate, {{}, 28, std::move(inMoved)});
+    };
+    EXPECT_EQ(compare({2, 0, 0}), "");
+    EXPECT_EQ(compare({1, 1, 0}), "frame 1 would show other colours");
+    candidate.mFrames[1].mPixels[3] = 200;
+    candidate.mFrames[1].mPixels[64] = 0; // as it is shown already
+    EXPECT_EQ(compare({2, 1, 0}), "");
+    EXPECT_EQ(compare({3, 0, 0}), "frame 2 would show other colours");
+    candidate.mFrames[1].mDisposal = 3; // what is put back is not exchanged again
+    EXPECT_EQ(compare({2, 1, 0}), "");
+    candidate.mFrames[2].mPixels[0] = 0;
+    EXPECT_EQ(compare({2, 1, 0}), "frame 3 would show other colours");
+}
+
+TEST_F(GateTest, ARunAllowsItselfWhatItDoes) {
+    const auto allowance = [&](const TestGIF& inGIF, std::uint32_t inTolerance) {
+        mSettings.mMemoryLimit = UINT64_MAX;
+        PvProgress progress(mHost);
+        PvRebuilder file(Write(inGIF).c_str(), mSettings, progress);
+        return file.GetAllowance(inTolerance);
+    };
+    const TestGIF exact = Original();
+    EXPECT_EQ(allowance(exact, 28).mTolerance, 28u);
+    EXPECT_EQ(allowance(exact, 28).mPalette.GetLargest(), 0u);
+    TestGIF still = Movie({Paint(16, 16, [](auto x, auto y) { return y * 16 + x; })});
+    still.mTable = Greys(256);
+    EXPECT_EQ(allowance(still, 28).mTolerance, 0u) << "nothing lies below a still picture";
+    EXPECT_LE(allowance(still, 28).mPalette.GetLargest(), 4u);
+    EXPECT_GE(allowance(still, 28).mPalette.GetLargest(), 1u);
+    mSettings.mIsLossless = true;
+    EXPECT_EQ(allowance(still, 0).mPalette.GetLargest(), 0u);
 }
 
 /** Rewrites the file when the first pass is about to replace it, so that the result is not what it should be.

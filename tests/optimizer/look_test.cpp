@@ -9,6 +9,7 @@
 #include "win/optimizer/codes/pvlzwestimate.h"
 #include "win/optimizer/frames/pvdifference.h"
 #include "win/optimizer/frames/pvload.h"
+#include "win/optimizer/look/pvcanvascomparison.h"
 #include "win/optimizer/look/pvlook.h"
 
 namespace {
@@ -31,7 +32,11 @@ protected:
         first.ShowFrame(MakeAnimation(inFirst)->GetFrame(0));
         second.ShowFrame(MakeAnimation(inSecond)->GetFrame(0));
         PvFrameLook look = PvLookMeter(inFirst.mWidth, inFirst.mHeight).Measure(first, second);
-        PvMeasureErrors(first, second, look);
+        const PvColourAllowance noAllowance;
+        PvCanvasComparison comparison(inFirst.mWidth, inFirst.mHeight, noAllowance);
+        for (std::uint32_t y = 0; y < inFirst.mHeight; ++y)
+            comparison.Update(first, second, y, {0, inFirst.mWidth});
+        comparison.MeasureErrors(look);
         return look;
     }
 };

@@ -57,7 +57,7 @@ public:
         return TestHost::ReportProgress(inFraction);
     }
 
-    static constexpr double km_SecondPass = 0.75;
+    static constexpr double km_SecondPass = PvProgress::km_FirstPassChecked;
     std::string mPath;
     double mBackupAt = 0.0;
     std::uintmax_t mSizeBetween = 0;

@@ -64,7 +64,7 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
     const std::uint32_t size = result->mSize;
     if (!Replace(inPath, *result, false))
         return inOriginalSize;
-    if (result->mMovedPixels == 0)
+    if (!result->mHasMovedPixels)
         return size; // the second pass only goes on where the first exchanged pixels
     result.reset();
     mOutcome.mIsHalfDone = true;
@@ -148,8 +148,9 @@ std::optional<PvCandidate> PvOptimizer::WriteRebuilt(const char* inPath, const P
     const PvWritten written = PvWriteFirstPass(ScratchPath(), *inAnimation, inFile.PlanTables(*inAnimation),
                                                inFile.GetBackground(), mSettings, ioProgress);
     inAnimation.reset(); // leaves its room to the check
+    ioProgress.BeginStep(PvProgress::km_FirstPassChecked);
     std::optional<PvCandidate> candidate =
-        MakeCandidate(inPath, inSizeToBeat, written, inFile.GetAllowance(inTolerance));
+        MakeCandidate(inPath, inSizeToBeat, written, inFile.GetAllowance(inTolerance), ioProgress);
     if (candidate)
         candidate->mCodes = codes;
     return candidate;
@@ -164,9 +165,11 @@ std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t i
         return inSizeSoFar;
     const PvWritten written = PvWriteSecondPass(ScratchPath(), *animation, mSettings, ioProgress);
     animation.reset();
-    if (inIsBackedUp && written.mMovedPixels == 0)
+    if (inIsBackedUp && !written.HasMovedPixels())
         return inSizeSoFar; // the first pass did everything else
-    std::optional<PvCandidate> candidate = MakeCandidate(inPath, inSizeSoFar, written, PvColourAllowance());
+    ioProgress.BeginStep(PvProgress::km_SecondPassChecked);
+    std::optional<PvCandidate> candidate =
+        MakeCandidate(inPath, inSizeSoFar, written, PvColourAllowance(), ioProgress);
     if (!candidate)
         return inSizeSoFar;
     if (!candidate->IsSound()) {
@@ -188,7 +191,7 @@ const char* PvOptimizer::ScratchPath() {
 // wake, and a killed run would leave something in it.
 std::optional<PvCandidate> PvOptimizer::MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
                                                       const PvWritten& inWritten,
-                                                      PvColourAllowance inAllowance) {
+                                                      PvColourAllowance inAllowance, PvProgress& ioProgress) {
     PvCandidate candidate;
     candidate.mSize = inWritten.mSize;
     if (candidate.mSize >= inSizeToBeat)
@@ -199,9 +202,10 @@ std::optional<PvCandidate> PvOptimizer::MakeCandidate(const char* inPath, std::u
     if (mSettings.mKeepsTimes)
         candidate.mFile->KeepTimesOf(inPath);
     candidate.mFile->Finish(); // what is checked is what is on the disk
-    candidate.mMovedPixels = inWritten.mMovedPixels;
-    inAllowance.mMovedPixels = static_cast<double>(inWritten.mMovedPixels);
-    candidate.mComparison = PvCompareGIFs(inPath, candidate.mFile->GetTemporaryPath(), inAllowance);
+    candidate.mHasMovedPixels = inWritten.HasMovedPixels();
+    inAllowance.mMovedPixels = inWritten.mMovedPixels;
+    candidate.mComparison =
+        PvCompareGIFs(inPath, candidate.mFile->GetTemporaryPath(), inAllowance, ioProgress);
     if (!candidate.IsSound())
         candidate.mFile.reset();
     return candidate;

@@ -52,7 +52,8 @@ private:
                                             std::unique_ptr<NvAnimation> inAnimation,
                                             std::uint32_t inSizeToBeat, PvProgress& ioProgress);
     std::optional<PvCandidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
-                                             const PvWritten& inWritten, PvColourAllowance inAllowance);
+                                             const PvWritten& inWritten, PvColourAllowance inAllowance,
+                                             PvProgress& ioProgress);
     const char* ScratchPath();
     template <typename Work>
     auto KeepLoadError(const Work& inRead) -> decltype(inRead());

@@ -46,8 +46,7 @@ PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinis
         ioProgress.ReportFrame(inIndex, ioAnimation.GetFrameCount());
         std::unique_ptr<NvGIFFrame> frame = inPrepare(inIndex);
         NarrowTable(*frame);
-        if (!inSettings.mIsLossless)
-            written.mMovedPixels += 2 * swapper.SwapIfWorthIt(*frame);
+        written.mMovedPixels.push_back(inSettings.mIsLossless ? 0 : 2 * swapper.SwapIfWorthIt(*frame));
         return frame;
     });
     return written;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <vector>
 
 class NvAnimation;
 class PvProgress;
@@ -10,8 +12,15 @@ struct PvTablePlan;
 
 /** What a pass wrote. */
 struct PvWritten {
-    std::uint32_t mSize = 0;        ///< bytes
-    std::uint64_t mMovedPixels = 0; ///< that were exchanged on the way
+    std::uint32_t mSize = 0; ///< bytes
+
+    /** Pixels of each frame that changed places with a neighbour. */
+    std::vector<std::uint32_t> mMovedPixels;
+
+    bool HasMovedPixels() const {
+        return std::any_of(mMovedPixels.begin(), mMovedPixels.end(),
+                           [](std::uint32_t inCount) { return inCount != 0; });
+    }
 };
 
 /** Finishes what PvRebuilder made and writes it: settles undrawn pixels, narrows tables, exchanges pixels.

@@ -88,27 +88,34 @@ void PvRebuilder::ChooseColours(PvProgress& ioProgress) {
         if (tried.size() < toTry.size() && toTry[tried.size()] == index)
             tried.push_back(std::move(frame));
     }
-    mFlattenError = stream.GetFlattenError();
-
-    const double mergeError = PvFitsPalette(frames, km_Mode) ? 0.0 : MergeSimilarFrameColours(frames, tried);
+    const std::vector<PvFrameColours> asRead = frames;
+    if (!PvFitsPalette(frames, km_Mode))
+        MergeSimilarFrameColours(frames, tried);
     ioProgress.BeginStep(PvProgress::km_PaletteBuilt);
     PvSharedPalette palette = BuildGlobalPalette(frames, km_Mode, ioProgress);
     MergeDuplicateColours(frames, palette.mTable);
-    mColourError = mergeError + palette.mWorstError;
     mSharedTable = std::move(palette.mTable);
-    for (const PvFrameColours& frame : frames)
-        mMaps.push_back(frame.mMap);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        mMaps.push_back(frames[i].mMap);
+        for (std::uint32_t entry = 0; entry < asRead[i].mTable.GetSize(); ++entry)
+            if (asRead[i].mHistogram[entry] != 0)
+                mColourErrors.Add(NvPackColor(asRead[i].mTable.GetColor(entry)),
+                                  NvPackColor(mSharedTable.GetColor(frames[i].mMap[entry])));
+    }
+    mColourErrors.Settle();
+    // Which colour a quantized one then met the palette as is not known any more.
+    if (const PvColourErrors* flattened = stream.GetFlattenErrors())
+        mColourErrors.AddAll(*flattened, mColourErrors.GetLargest());
+    mColourErrors.Settle();
 }
 
-// A canvas is put together from parts of several frames, and only the worst part of one may be left of it, so
-// an animation may show twice the worst frame's mean.
 PvColourAllowance PvRebuilder::GetAllowance(std::uint32_t inTolerance) const {
     PvColourAllowance allowance;
     if (mSettings.mIsLossless)
         return allowance; // none at all: what cannot be done exactly, the gate refuses
-    allowance.mMeanError = mFlattenError + mColourError;
+    allowance.mPalette = mColourErrors;
     if (GetFrameCount() > 1)
-        allowance.mMeanError += mColourError + inTolerance;
+        allowance.mTolerance = inTolerance;
     return allowance;
 }
 

@@ -65,6 +65,5 @@ private:
     NvColor mBackground;
     NvColorTable mSharedTable;     // of all frames; empty when nothing may be lost
     std::vector<NvIndexMap> mMaps; // for each frame, the shared entry that each of its indices becomes
-    double mFlattenError = 0.0;    // both in levels per channel, of the worst frame
-    double mColourError = 0.0;
+    PvColourErrors mColourErrors;  // of the palette, and of frames made for it
 };

@@ -11,7 +11,7 @@
 struct PvCandidate {
     std::unique_ptr<WnSafeFile> mFile; ///< null when the gate refused it
     std::uint32_t mSize = 0;           ///< bytes
-    std::uint64_t mMovedPixels = 0;    ///< that were exchanged on the way
+    bool mHasMovedPixels = false;      ///< exchanged on the way
     std::uint64_t mCodes = 0;          ///< LZW codes of the frames it was made of
     PvComparison mComparison;
 

@@ -17,8 +17,10 @@ public:
     static constexpr double km_PaletteBuilt = 0.35;
     static constexpr double km_Rebuilt = 0.45;
     static constexpr double km_FirstPassWritten = 0.75;
-    static constexpr double km_ReadAgain = 0.85;
-    static constexpr double km_SecondPassWritten = 0.95;
+    static constexpr double km_FirstPassChecked = 0.85;
+    static constexpr double km_ReadAgain = 0.88;
+    static constexpr double km_SecondPassWritten = 0.96;
+    static constexpr double km_SecondPassChecked = 0.99;
 
     /** @param inHost  borrowed */
     explicit PvProgress(PvOptHost& inHost) : mHost(inHost) {}

@@ -17,15 +17,10 @@ PvFrameStream::PvFrameStream(NvGIFFrameReader& inReader, bool inCrops) : mReader
 }
 
 std::unique_ptr<NvGIFFrame> PvFrameStream::Next() {
-    std::unique_ptr<NvGIFFrame> frame = mAhead ? std::move(mAhead) : Read();
-    if (!frame)
-        return nullptr;
-    if (MayClear()) {
-        mAhead = Read();
-        if (mAhead)
-            SettleDisposal(*frame, *mAhead);
-    }
-    std::unique_ptr<NvGIFFrame> cropped = mCropper ? mCropper->Crop(*frame) : nullptr;
+    std::unique_ptr<NvGIFFrame> frame = mFlattener ? NextFlattened() : NextAsRead();
+    if (!frame || !mCropper)
+        return frame;
+    std::unique_ptr<NvGIFFrame> cropped = mCropper->Crop(*frame);
     if (!cropped)
         return frame;
     cropped->UpdateTransparency(SharedTableOf(*cropped), 256);
@@ -36,16 +31,30 @@ std::unique_ptr<NvGIFFrame> PvFrameStream::Read() {
     if (mRead == mReader.GetFrameCount())
         return nullptr;
     std::unique_ptr<NvGIFFrame> frame = mReader.ReadFrame(mRead++);
-    return mFlattener ? mFlattener->Flatten(*frame) : std::move(frame);
+    // Nothing follows the last frame that could see what it restores.
+    if (mRead == mReader.GetFrameCount() && frame->GetInfo().RestoresPrevious())
+        frame->GetInfo().mDisposal = NvGIFFrameInfo::km_DisposeLeave;
+    return frame;
 }
 
-// A flattened frame is cleared where the next one leaves something of it to be seen that is gone by then.
+std::unique_ptr<NvGIFFrame> PvFrameStream::NextFlattened() {
+    while (const std::unique_ptr<NvGIFFrame> read = Read())
+        if (std::unique_ptr<NvGIFFrame> flattened = mFlattener->Flatten(*read))
+            return flattened;
+    return std::exchange(mIsFinished, true) ? nullptr : mFlattener->Finish();
+}
+
+std::unique_ptr<NvGIFFrame> PvFrameStream::NextAsRead() {
+    std::unique_ptr<NvGIFFrame> frame = mAhead ? std::move(mAhead) : Read();
+    if (!frame || !mCoverage)
+        return frame;
+    mAhead = Read();
+    if (mAhead)
+        SettleDisposal(*frame, *mAhead);
+    return frame;
+}
+
 void PvFrameStream::SettleDisposal(NvGIFFrame& ioFrame, const NvGIFFrame& inNext) {
-    if (mFlattener) {
-        if (!PvIsCoveredBy(ioFrame, inNext))
-            ioFrame.GetInfo().mDisposal = NvGIFFrameInfo::km_DisposeClear;
-        return;
-    }
     mCoverage->Draw(ioFrame);
     if (PvClears(ioFrame) && mCoverage->IsDrawnOver(ioFrame.GetScreenRect(), inNext))
         ioFrame.GetInfo().mDisposal = NvGIFFrameInfo::km_DisposeLeave;

@@ -12,29 +12,31 @@ class NvColorTable;
 class NvGIFFrame;
 class NvGIFFrameReader;
 
-/** Reads a file's frames one after the other and makes them ready for the first pass: none restores what it
- *  covered, none clears what the next one draws over anyway, none has transparent borders. Two are in memory
- *  at most. What is displayed stays as it is but for colours that flattening had to reduce. */
+/** Reads a file's frames one after the other and prepares them for the first pass: none restores what it
+ *  covered, none clears what the next one draws over anyway, none has transparent borders. At most two frames
+ *  are in memory. The display stays the same but for colours that flattening had to reduce. */
 class PvFrameStream {
 public:
     /** @param inReader  borrowed
      *  @param inCrops   whether transparent borders are cut off */
     PvFrameStream(NvGIFFrameReader& inReader, bool inCrops);
 
-    /** @return             the next frame; null behind the last one
+    /** @return             the next frame; null after the last one
      *  @throws NvErrorCode  28 and 18 for corrupt image data, 2 */
     std::unique_ptr<NvGIFFrame> Next();
 
-    /** Whether a frame of the file may be cleared when its time is over. */
+    /** Whether any frame may be cleared before the next. */
     bool MayClear() const { return mFlattener || mCoverage; }
 
     bool Crops() const { return mCropper.has_value(); }
 
-    /** The largest mean error so far that flattening made, levels per channel. */
-    double GetFlattenError() const { return mFlattener ? mFlattener->GetError() : 0.0; }
+    /** What flattening made of colours so far; null when it does not take place. */
+    const PvColourErrors* GetFlattenErrors() const { return mFlattener ? &mFlattener->GetErrors() : nullptr; }
 
 private:
     std::unique_ptr<NvGIFFrame> Read();
+    std::unique_ptr<NvGIFFrame> NextFlattened();
+    std::unique_ptr<NvGIFFrame> NextAsRead();
     void SettleDisposal(NvGIFFrame& ioFrame, const NvGIFFrame& inNext);
     NvColorTable* SharedTableOf(const NvGIFFrame& inFrame) const;
 
@@ -43,5 +45,6 @@ private:
     std::optional<PvCoverage> mCoverage;   // where frames only clear
     std::optional<PvCropper> mCropper;
     std::uint32_t mRead = 0;            // frames
-    std::unique_ptr<NvGIFFrame> mAhead; // the one behind that returned last, where disposals depend on it
+    bool mIsFinished = false;           // flattening
+    std::unique_ptr<NvGIFFrame> mAhead; // the frame to return next, where disposals depend on it
 };

@@ -2,43 +2,44 @@
 
 #include <string>
 
-#include "win/optimizer/look/pvlook.h"
+#include "win/optimizer/base/pvframelook.h"
+#include "win/optimizer/look/pvcanvascomparison.h"
 
-/** How far the colours of a displayed frame may be from the original's. */
-struct PvColourAllowance {
-    double mMeanError = 0.0;   ///< levels per channel, over the covered pixels of a displayed frame
-    double mMovedPixels = 0.0; ///< pixels that changed places with a neighbour, in the whole animation
-};
+class PvProgress;
 
 /** What the gate found. */
 struct PvComparison {
-    std::string mReason; ///< what a viewer would notice beyond colours; empty when the candidate may replace
-                         ///< the original
-    PvFrameLook mWorstLook; ///< of the displayed frame that lost most of its structure, among those measured
+    /** What a viewer would notice, colours beyond the allowance included; empty when the candidate may
+     *  replace the original. */
+    std::string mReason;
 
-    double mMeanStructure = 1.0; ///< similarity where the frames show something, over the frames measured
+    /** The look of the measured frame that lost most of its structure. */
+    PvFrameLook mWorstLook;
 
-    /** Similarity of the worst frame where it shows something, 1.0 when that is too small an area to judge.
-     */
+    /** Similarity over the area where frames show something, the mean over the measured frames. */
+    double mMeanStructure = 1.0;
+
+    /** Similarity of the worst frame over the area where it shows something; 1.0 when that area is too small
+     *  to judge. */
     double GetStructure() const;
 
-    /** Whether structure was lost over an area that the eye does not miss: slow, soft motion that froze and
+    /** Whether structure was lost over an area large enough to be seen: slow, soft motion that froze and
      *  tore. */
     bool HasLostStructure() const;
 
-    /** Whether a result with a smaller tolerance is worth a look. */
+    /** Whether a smaller tolerance may look better. */
     bool MayLookBetter() const;
 };
 
 /** Plays a candidate beside the file it is to replace, as a viewer would show both.
  *
  *  Nothing may differ but colours: same screen, frames, delays, user input, loop, comments and aspect; in
- *  every displayed frame the same pixels covered; and a mean colour error within the allowance. Both are read
- *  back from the disk, so that whatever went wrong on the way is noticed here. How the frames look is
- *  measured for some fifty of them at most, spread evenly, the last one included.
+ *  every displayed frame the same pixels covered; and no pixel off by more than the allowance explains. Both
+ *  files are read back from the disk, so that whatever went wrong on the way is noticed here. Looks are
+ *  measured as PvLookSeries does.
  *
  *  @param inOriginalPath   the file as it is
  *  @param inCandidatePath  the very file that would take its place; when it cannot be read, that is a reason
  *  @throws NvErrorCode     when the original cannot be opened any more; 2 */
 PvComparison PvCompareGIFs(const char* inOriginalPath, const char* inCandidatePath,
-                           const PvColourAllowance& inAllowance);
+                           const PvColourAllowance& inAllowance, PvProgress& ioProgress);

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <cstdlib>
 
 #include "nvcode2/gif/nvgifframe.h"
 #include "nvcode2/image/nvmaskrow.h"
@@ -18,7 +16,7 @@ constexpr std::uint8_t km_MidGrey = 128;
 constexpr double km_C1 = 6.5025;
 constexpr double km_C2 = 58.5225;
 
-// A window shows something when its luma varies at all beyond rounding; flat ones have no structure to lose.
+// A window shows something when its luma varies by more than rounding; a flat one has no structure to lose.
 constexpr double km_ContrastVariance = 2.0;
 
 std::uint32_t BlocksFor(std::uint32_t inPixels) {
@@ -35,7 +33,7 @@ std::uint8_t Luma(NvGIFPlayer::Pixel inPixel) {
     return static_cast<std::uint8_t>((77 * red + 150 * green + 29 * blue + 128) >> 8);
 }
 
-/** Luma of what a canvas shows. */
+/** Reads the luma of what a canvas shows. */
 class CanvasLuma {
 public:
     explicit CanvasLuma(const NvGIFPlayer& inPlayer) : mCanvas(inPlayer.GetCanvas()) {
@@ -52,7 +50,7 @@ private:
     std::vector<std::uint8_t> mLuma; // by colour number
 };
 
-/** Luma of an image where a mask is set. */
+/** Reads the luma of an image where a mask is set. */
 class FrameLuma {
 public:
     FrameLuma(const NvIndexedImage& inImage, const NvBitmapImage& inMask) : mPixels(inImage), mMask(inMask) {
@@ -80,71 +78,7 @@ private:
     std::array<std::uint8_t, 256> mLuma{};
 };
 
-/** Colour differences of pixels that are covered in both canvases. */
-struct Errors {
-    std::uint64_t mSquares = 0;
-    std::uint64_t mPixels = 0;
-    std::uint32_t mMax = 0; // of a channel
-};
-
-// Pixels read from a canvas at once.
-constexpr std::uint32_t km_Piece = 256;
-using Piece = std::array<NvGIFPlayer::Pixel, km_Piece>;
-
-/** Calls inVisit for a row's columns in pieces. */
-template <typename Visitor>
-void ForEachPiece(const NvGIFPlayer::Columns& inColumns, Visitor inVisit) {
-    for (std::uint32_t first = inColumns.mFirst; first < inColumns.mEnd; first += km_Piece)
-        inVisit(NvGIFPlayer::Columns{first, std::min(first + km_Piece, inColumns.mEnd)});
-}
-
-// Pieces are short enough for sums of 32 bits. Where either pixel is not covered all its bits are taken out
-// of both; the top byte of covered ones is the same.
-void AddErrors(Piece& ioFirst, Piece& ioSecond, std::uint32_t inCount, Errors& ioErrors) {
-    std::uint32_t pixels = 0;
-    for (std::uint32_t i = 0; i < inCount; ++i) {
-        const std::uint32_t isCovered = (ioFirst[i] & ioSecond[i]) >> 31;
-        ioFirst[i] &= 0U - isCovered;
-        ioSecond[i] &= 0U - isCovered;
-        pixels += isCovered;
-    }
-    const auto* a = reinterpret_cast<const std::uint8_t*>(ioFirst.data());
-    const auto* b = reinterpret_cast<const std::uint8_t*>(ioSecond.data());
-    std::int32_t squares = 0;
-    std::uint8_t max = 0;
-    for (std::uint32_t i = 0; i < 4 * inCount; ++i) {
-        const auto difference = static_cast<std::int16_t>(a[i] - b[i]);
-        squares += difference * difference;
-    }
-    for (std::uint32_t i = 0; i < 4 * inCount; ++i) {
-        const auto difference = static_cast<std::uint8_t>(a[i] > b[i] ? a[i] - b[i] : b[i] - a[i]);
-        max = difference > max ? difference : max;
-    }
-    ioErrors.mSquares += static_cast<std::uint32_t>(squares);
-    ioErrors.mPixels += pixels;
-    ioErrors.mMax = std::max<std::uint32_t>(ioErrors.mMax, max);
-}
-
 } // namespace
-
-void PvMeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, PvFrameLook& ioLook) {
-    Errors errors;
-    for (std::uint32_t y = 0; y < inFirst.GetScreenHeight(); ++y)
-        ForEachPiece({0, inFirst.GetScreenWidth()}, [&](const NvGIFPlayer::Columns& inPiece) {
-            Piece first;
-            Piece second;
-            inFirst.Read(y, inPiece, first.data());
-            inSecond.Read(y, inPiece, second.data());
-            AddErrors(first, second, inPiece.mEnd - inPiece.mFirst, errors);
-        });
-    ioLook.mMaxError = errors.mMax;
-    ioLook.mPsnr = PvFrameLook::km_MaxPsnr;
-    if (errors.mSquares > 0) {
-        const double meanSquare =
-            static_cast<double>(errors.mSquares) / (3.0 * static_cast<double>(errors.mPixels));
-        ioLook.mPsnr = std::min(PvFrameLook::km_MaxPsnr, 10.0 * std::log10(255.0 * 255.0 / meanSquare));
-    }
-}
 
 PvLookMeter::PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight, bool inMeasuresOnce)
     : mWidth(inWidth),
@@ -177,7 +111,7 @@ PvFrameLook PvLookMeter::Measure(const NvGIFFrame& inFrame, const NvIndexedImage
     return MeasureChanged(std::cref(first), std::cref(second), nullptr);
 }
 
-/** @param inChanged  null: everything */
+/** @param inChanged  as in Measure; null: everything may have changed */
 PvFrameLook PvLookMeter::MeasureChanged(const LumaSource& inFirst, const LumaSource& inSecond,
                                         const std::vector<Columns>* inChanged) {
     mHasMeasured = true;
@@ -191,7 +125,8 @@ PvFrameLook PvLookMeter::MeasureChanged(const LumaSource& inFirst, const LumaSou
     return Summarize();
 }
 
-/** The blocks of a row that changed pixels lie in; those beyond the picture repeat its edge. */
+/** The blocks of a row that hold changed pixels. Blocks beyond the picture repeat its edge, so they change
+ *  with the last column. */
 PvLookMeter::Columns PvLookMeter::ChangedBlocks(const std::vector<Columns>& inChanged,
                                                 std::uint32_t inBlockRow) const {
     Columns pixels;
@@ -234,7 +169,7 @@ void PvLookMeter::SumBlocks(const LumaSource& inFirst, const LumaSource& inSecon
         lumaRow(inSecond, row, second + width * row);
     }
 
-    // First down the columns, where neighbours are added side by side, then across each block.
+    // First down the columns, which compilers turn into vector code, then across each block.
     const auto sumColumns = [&](std::size_t inField, auto inValue) {
         const std::uint8_t* a = mLuma.data();
         const std::uint8_t* b = second;

@@ -11,10 +11,7 @@
 class NvGIFFrame;
 class NvIndexedImage;
 
-/** Fills in mPsnr and mMaxError, which PvLookMeter leaves alone. Both canvases are of one size. */
-void PvMeasureErrors(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, PvFrameLook& ioLook);
-
-/** Measures displayed frames beside each other.
+/** Measures how close displayed frames look to each other.
  *
  *  Structural similarity is taken over windows of 8 x 8 pixels every 4 pixels, the picture's edge repeated up
  *  to a multiple of 4 and at least 8; transparent pixels count as mid grey. After Z. Wang, A. C. Bovik, H. R.
@@ -24,7 +21,7 @@ class PvLookMeter {
 public:
     /** @param inWidth         of both canvases, pixels
      *  @param inHeight        of both canvases, pixels
-     *  @param inMeasuresOnce  spares what a second measurement would need */
+     *  @param inMeasuresOnce  keep only what one measurement needs */
     PvLookMeter(std::uint32_t inWidth, std::uint32_t inHeight, bool inMeasuresOnce = false);
 
     using Columns = NvGIFPlayer::Columns;
@@ -32,31 +29,30 @@ public:
     /** Measures two whole canvases. */
     PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond);
 
-    /** The same when not all pixels may have changed since the last measurement; at the first all have.
-     *  @param inChanged  columns that may have, by row */
+    /** Measures again after a change; the first measurement takes the whole canvases whatever changed.
+     *  @param inChanged  the columns that may have changed since the last measurement, by row */
     PvFrameLook Measure(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond,
                         const std::vector<Columns>& inChanged);
 
-    /** Measures a frame by itself beside other pixels for it, undrawn ones as mid grey. Both are of the
-     * meter's size. */
+    /** Measures a frame beside other pixels for it, both of the meter's size, undrawn pixels as mid grey. */
     PvFrameLook Measure(const NvGIFFrame& inFrame, const NvIndexedImage& inOther);
 
 private:
-    /** Writes the luma of a row's columns from the first given up to the end given. */
+    /** Writes the luma of some columns of a row. */
     using LumaSource =
         std::function<void(std::uint32_t inY, const Columns& inColumns, std::uint8_t* outLuma)>;
 
-    /** Sums over the 4 x 4 pixels of a block. 16 times 255 takes 12 bits, 16 times its square the 20 above.
-     */
+    /** Sums over the 4 x 4 pixels of a block. A sum (16 times 255 at most) takes the lower 12 bits of a
+     *  word, the sum of squares the 20 above. */
     struct Block {
-        std::uint32_t mFirst = 0; // sum and sum of squares
+        std::uint32_t mFirst = 0;
         std::uint32_t mSecond = 0;
         std::uint32_t mProducts = 0;
     };
     static constexpr std::uint32_t km_SquaresShift = 12;
     static constexpr std::uint32_t km_SumMask = (1U << km_SquaresShift) - 1;
 
-    /** The same over the four blocks of a window. */
+    /** Sums over the four blocks of a window. */
     struct Window {
         std::uint32_t mFirst = 0;
         std::uint32_t mFirstSquares = 0;
@@ -65,7 +61,7 @@ private:
         std::uint32_t mProducts = 0;
     };
 
-    /** What a row of windows comes to. */
+    /** Sums over a row of windows. */
     struct WindowRow {
         double mSsim = 0.0;
         double mContrastSsim = 0.0;
@@ -90,10 +86,11 @@ private:
     std::uint32_t mBlockRows;
     std::uint32_t mKeptRows; // of blocks
     bool mHasMeasured = false;
-    std::vector<Block> mBlocks;          // row-major, the kept rows in turn
-    std::vector<WindowRow> mWindowRows;  // each of two rows of blocks
+    std::vector<Block> mBlocks;          // row-major, row y in place y modulo mKeptRows
+    std::vector<WindowRow> mWindowRows;  // row y spans rows y and y + 1 of blocks
     std::vector<Columns> mChangedBlocks; // by row of blocks
     std::vector<std::uint8_t> mLuma;     // four rows of the first canvas, four of the second, in whole blocks
-    std::vector<std::uint32_t>
-        mColumns; // sums over the four rows: first, its squares, second, its squares, products
+
+    // Sums over the four rows by column: first, its squares, second, its squares, products.
+    std::vector<std::uint32_t> mColumns;
 };

@@ -1,38 +1,48 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
 #include "nvcode2/gif/nvgifplayer.h"
 #include "win/optimizer/look/pvlook.h"
 
-/** The part of a row that the last frame may have changed on either canvas. */
-NvGIFPlayer::Columns PvChangedColumns(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond,
-                                      std::uint32_t inY);
+/** Calls inVisit(y, columns) for each row that the last frame may have changed on either canvas. */
+template <typename Visitor>
+void PvForEachChangedRow(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond, Visitor inVisit) {
+    const auto [first, second] = inFirst.GetChangedRows();
+    const auto [third, fourth] = inSecond.GetChangedRows();
+    NvGIFPlayer::ForEachRow(std::array{first, second, third, fourth}, [&](std::uint32_t inY) {
+        NvGIFPlayer::Columns changed = inFirst.GetChangedColumns(inY);
+        changed.Add(inSecond.GetChangedColumns(inY));
+        inVisit(inY, changed);
+    });
+}
 
-/** Similarity of a frame where it shows something, 1.0 when that is too small an area to judge. */
+/** Similarity over the area where a frame shows something; 1.0 when that area is too small to judge. */
 double PvStructureOf(const PvFrameLook& inLook);
 
-/** How close an animation looks to another: measured for some fifty of its frames at most, spread evenly, the
- *  last one included. */
+/** Measures how close an animation looks to another, on at most 48 of its frames, spread evenly, the last one
+ *  included. */
 class PvLookSeries {
 public:
     /** @param inWidth       of both canvases, pixels
      *  @param inHeight      of both canvases, pixels
-     *  @param inFrameCount  how often ShowFrame will be called */
+     *  @param inFrameCount  number of ShowFrame calls to come */
     PvLookSeries(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inFrameCount);
 
-    /** Takes what both canvases show as the next frame. */
-    void ShowFrame(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond);
+    /** Takes what both canvases show now as the next frame.
+     *  @return  whether it is the worst so far */
+    bool ShowFrame(const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond);
 
-    /** Of the frame that lost most of its structure, among those measured. */
+    /** The similarity of the measured frame that lost most of its structure. */
     const PvFrameLook& GetWorst() const { return mWorst; }
 
-    /** Similarity where the frames show something, over the frames measured; 1.0 without any. */
+    /** Mean of PvStructureOf over the measured frames; 1.0 without any. */
     double GetMeanStructure() const { return mCount == 0 ? 1.0 : mStructureSum / mCount; }
 
 private:
-    void Add(const PvFrameLook& inLook, const NvGIFPlayer& inFirst, const NvGIFPlayer& inSecond);
+    bool Add(const PvFrameLook& inLook);
 
     PvLookMeter mMeter;
     std::uint32_t mFramesLeft;
