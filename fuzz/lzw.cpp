@@ -7,6 +7,7 @@
 
 #include "fuzz/fuzz.h"
 #include "tests/support/lzwcodec.h"
+#include "tests/support/testfolder.h"
 
 namespace {
 
@@ -14,7 +15,11 @@ void CheckDecoding(LZWCodec& ioCodec, const std::string& inStream, const FrameSh
     const LZWDecoded expected = ReferenceLZWDecode(inStream, inShape.PixelCount());
     const LZWDecoded decoded = ioCodec.Decode(inStream, inShape);
     Require(decoded.mError == expected.mError, "same error as the reference");
-    Require(decoded.mError != 0 || decoded.mPixels == expected.mPixels, "same pixels as the reference");
+    if (decoded.mError != 0)
+        return;
+    Require(decoded.mPixels == expected.mPixels, "same pixels as the reference");
+    Require(decoded.mIsUndefined == expected.mIsUndefined && decoded.mRunsOver == expected.mRunsOver,
+            "same damage as the reference");
 }
 
 void CheckEncoding(LZWCodec& ioCodec, std::uint8_t inMinimumCodeSize, const std::string& inSource,
@@ -35,8 +40,8 @@ void CheckEncoding(LZWCodec& ioCodec, std::uint8_t inMinimumCodeSize, const std:
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* inData, std::size_t inSize) {
-    static const MemoryFile file;
-    static LZWCodec codec(file.GetPath());
+    static const TestFolder folder;
+    static LZWCodec codec(folder / "stream");
     if (inSize < 5)
         return 0;
     const unsigned options = inData[0];

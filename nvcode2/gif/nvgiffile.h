@@ -8,6 +8,7 @@
 
 #include "nvcode2/file/nvfilereader.h"
 #include "nvcode2/file/nvfilewriter.h"
+#include "nvcode2/gif/nvgifdamage.h"
 #include "nvcode2/gif/nvgifinfo.h"
 #include "nvcode2/gif/nvimagefile.h"
 #include "nvcode2/gif/nvlzwdecoder.h"
@@ -22,7 +23,7 @@ struct NvInterlacePass;
  *  - a file that ends between blocks after at least one whole image is read as if its trailer stood there;
  *  - a graphic control extension counts for the next image, the last one before it wins;
  *  - "ANIMEXTS1.0" is a looping block like "NETSCAPE2.0", and the count may stand behind other sub-blocks;
- *  - image data may be short: GetDeliveredPixels says how much arrived;
+ *  - image data may be short, run over or hold undefined codes: see GetDeliveredPixels and GetDamage;
  *  - everything behind the trailer is ignored; so are plain text and unknown extensions.
  *
  *  Writing keeps comments (all ahead of the first frame), the looping block and the frame records, and no
@@ -68,7 +69,7 @@ public:
         std::function<void(std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount)>;
 
     /** Reads a frame as ReadFrame does, for whoever needs a row at a time only: first its record, then, by
-     *  ReadRows, the rows that arrived, in the order of the file.
+     *  ReadRows, the rows that arrived, in the order of the file. The frame may reach beyond the screen.
      *  @return  the record, which stays until another frame is opened or read */
     const NvGIFFrameInfo& OpenFrame(std::uint32_t inIndex);
     void ReadRows(const RowTaker& inTakeRow);
@@ -79,11 +80,18 @@ public:
      *  @throws NvErrorCode 28 when it is empty, reaches beyond the screen or has no colour table to use */
     void CheckFrame(const NvGIFFrameInfo& inInfo) const;
 
+    /** The same for a caller who clips frames to the screen. */
+    void CheckUnclippedFrame(const NvGIFFrameInfo& inInfo) const;
+
     /** The record of the frame read last; the caller owns it. It can be taken once per ReadFrame. */
     std::unique_ptr<NvGIFFrameInfo> DetachFrameInfo();
 
     /** How many pixels of the frame read last arrived, counted in the order in which the file stores rows. */
     std::uint64_t GetDeliveredPixels() const { return mDeliveredPixels; }
+
+    /** What was wrong with its data, for a caller to decide on: its pixels are what the format's rules make
+     *  of them. */
+    NvDataDamage GetDamage() const { return mDamage; }
 
     // ---- writing
 
@@ -132,6 +140,7 @@ private:
     void ScanApplication();
     void ScanLoop();
     void ScanImage();
+    void EndData();
     void ReadPass(const NvInterlacePass& inPass, std::span<std::uint8_t> inBand, const RowTaker& inTakeRow);
     void ReadColorTable(NvColorTable& outTable, std::uint32_t inSize);
     void ReadGraphicControl(NvGIFFrameInfo& ioInfo);
@@ -154,6 +163,7 @@ private:
     bool mPendingGraphicControl = false;           // while scanning: one waits for its image
     std::uint32_t mPendingPosition = 0;
     std::uint64_t mDeliveredPixels = 0;
+    NvDataDamage mDamage = NvDataDamage::km_None;
     std::uint64_t mCommentLimit = UINT64_MAX;
     std::uint64_t mCommentMemory = 0;
 };

@@ -1,29 +1,25 @@
 #include "nvcode2/gif/nvgifframereader.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvgifplayer.h"
-#include "nvcode2/gif/nvinterlace.h"
 
 namespace {
 
-std::uint64_t CountPixels(const NvIndexedImage& inImage) {
-    return std::uint64_t{inImage.GetWidth()} * inImage.GetHeight();
-}
-
-/** Clears the mask for the pixels behind the first inDelivered ones in the file's row order. */
-void MaskMissingPixels(std::uint64_t inDelivered, bool inInterlaced, NvBitmapImage& ioMask) {
+/** Clears the mask for the pixels of each row behind those that arrived. @return whether there are any */
+bool MaskMissingPixels(const std::vector<std::uint32_t>& inArrived, NvBitmapImage& ioMask) {
     const NvPixelLock mask(ioMask);
-    const std::uint32_t width = ioMask.GetWidth();
-    std::uint64_t rowStart = 0; // pixels before this row in the file
-    NvForEachRowInFileOrder(ioMask.GetHeight(), inInterlaced, [&](std::uint32_t y) {
-        const std::uint64_t arrived = inDelivered > rowStart ? inDelivered - rowStart : 0;
-        for (auto x = static_cast<std::uint32_t>(std::min<std::uint64_t>(arrived, width)); x < width; ++x)
+    bool isAnyMissing = false;
+    for (std::uint32_t y = 0; y < ioMask.GetHeight(); ++y)
+        for (std::uint32_t x = inArrived[y]; x < ioMask.GetWidth(); ++x) {
             NvBitmapImage::SetBit(mask.Row(y), ioMask.GetRowBytes(), x, 0, 0);
-        rowStart += width;
-    });
+            isAnyMissing = true;
+        }
+    return isAnyMissing;
 }
 
 /** One past the highest index of the drawn pixels. */
@@ -109,9 +105,12 @@ void NvGIFFrameReader::CheckFrames() {
     mColorsOfAllFrames = ShareGlobalInfo()->mColorTable.GetSize() + 1; // black, beyond tables
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
         const std::unique_ptr<NvImgFmtFrameInfo> record = mFile.ReadFrameInfo(i);
-        const auto& info = static_cast<const NvGIFFrameInfo&>(*record);
-        mFile.CheckFrame(info);
-        const std::uint64_t pixels = std::uint64_t{info.mWidth} * info.mHeight;
+        auto& info = static_cast<NvGIFFrameInfo&>(*record);
+        if (i == 0)
+            mFile.CheckFrame(info);
+        mFile.CheckUnclippedFrame(info);
+        const std::uint64_t decoded = std::uint64_t{info.mWidth} * info.mHeight;
+        const std::uint64_t pixels = ClipToScreen(info) ? decoded : 1;
         mPixelsOfAllFrames += pixels;
         mPixelsOfLargestFrame = std::max(mPixelsOfLargestFrame, pixels);
         mColorsOfAllFrames += std::min<std::uint64_t>(pixels, info.mColorTable.GetSize());
@@ -127,37 +126,75 @@ std::uint64_t NvGIFFrameReader::EstimatePlayMemory() const {
            4 * mPixelsOfLargestFrame + GetFrameCount() * km_PerFrame;
 }
 
+bool NvGIFFrameReader::ClipToScreen(NvGIFFrameInfo& ioInfo) const {
+    const bool isShown = ioInfo.mLeft < GetScreenWidth() && ioInfo.mTop < GetScreenHeight();
+    if (!isShown) {
+        ioInfo.mLeft = ioInfo.mTop = 0;
+        ioInfo.mDisposal = NvGIFFrameInfo::km_DisposeLeave;
+    }
+    const std::uint32_t width = isShown ? GetScreenWidth() - ioInfo.mLeft : 1;
+    const std::uint32_t height = isShown ? GetScreenHeight() - ioInfo.mTop : 1;
+    ioInfo.mWidth = static_cast<std::uint16_t>(std::min<std::uint32_t>(ioInfo.mWidth, width));
+    ioInfo.mHeight = static_cast<std::uint16_t>(std::min<std::uint32_t>(ioInfo.mHeight, height));
+    return isShown;
+}
+
+/** Reads the rows that arrive of a frame's part on the screen, and none of a frame that has no such part.
+ *  @param inBegin    takes the record of that part, and the table it is shown with
+ *  @param inTakeRow  as NvGIFFile::RowTaker */
+template <typename Begin, typename TakeRow>
+void NvGIFFrameReader::ReadRows(std::uint32_t inIndex, const Begin& inBegin, const TakeRow& inTakeRow) {
+    mClipped = mFile.OpenFrame(inIndex);
+    const bool isShown = ClipToScreen(mClipped);
+    inBegin(mClipped.mHasLocalTable ? mClipped.mColorTable : ShareGlobalInfo()->mColorTable);
+    if (!isShown)
+        return;
+    try {
+        mFile.ReadRows([&](std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount) {
+            if (inY < mClipped.mHeight)
+                inTakeRow(inY, inPixels, std::min<std::uint32_t>(inCount, mClipped.mWidth));
+        });
+        if (mFile.GetDamage() == NvDataDamage::km_Undefined)
+            NvThrow(NvErrorCode::km_MalformedGIF);
+    } catch (const NvErrorCode& error) {
+        if (error.GetCode() == NvErrorCode::km_MalformedGIF)
+            mDamage = {inIndex + 1, NvDataDamage::km_Undefined};
+        throw;
+    }
+    if (mFile.GetDamage() != NvDataDamage::km_None && mDamage.mFrame == 0)
+        mDamage = {inIndex + 1, mFile.GetDamage()};
+}
+
 std::unique_ptr<NvGIFFrame> NvGIFFrameReader::ReadFrame(std::uint32_t inIndex) {
     NvIndexedImage image;
-    mFile.ReadFrame(inIndex, image);
-    return MakeFrame(std::move(image), mFile.DetachFrameInfo());
+    std::optional<NvPixelLock> pixels;
+    std::vector<std::uint32_t> arrived; // pixels of each row
+    ReadRows(
+        inIndex,
+        [&](const NvColorTable& inTable) {
+            image = NvIndexedImage(mClipped.mWidth, mClipped.mHeight, inTable);
+            pixels.emplace(image);
+            arrived.resize(mClipped.mHeight);
+        },
+        [&](std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount) {
+            std::copy_n(inPixels, inCount, pixels->Row(inY));
+            arrived[inY] = inCount;
+        });
+    pixels.reset();
+    NvBitmapImage mask = mClipped.mHasTransparency ? image.MakeMask(mClipped.mTransparentIndex)
+                                                   : NvBitmapImage(image.GetWidth(), image.GetHeight(), 0, 1);
+    const bool isWhole = !MaskMissingPixels(arrived, mask);
+    auto frame = std::make_unique<NvGIFFrame>(std::move(image), std::move(mask),
+                                              std::make_unique<NvGIFFrameInfo>(mClipped));
+    MakeIndicesSound(*frame, mClipped.mHasLocalTable ? nullptr : &ShareGlobalInfo()->mColorTable, isWhole);
+    return frame;
 }
 
 const NvGIFFrameInfo& NvGIFFrameReader::PlayFrame(std::uint32_t inIndex, NvGIFPlayer& ioPlayer) {
-    const NvGIFFrameInfo& info = mFile.OpenFrame(inIndex);
-    ioPlayer.BeginFrame(info, info.mHasLocalTable ? info.mColorTable : ShareGlobalInfo()->mColorTable);
-    mFile.ReadRows([&](std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount) {
-        ioPlayer.DrawRow(inY, inPixels, inCount);
-    });
-    if (mFile.GetDeliveredPixels() == std::uint64_t{info.mWidth} * info.mHeight)
-        return info;
-    // What is missing takes an entry of the table, which may cost the frame one of its colours.
-    mCutFrame = ReadFrame(inIndex);
-    ioPlayer.DrawFrame(*mCutFrame);
-    return mCutFrame->GetInfo();
-}
-
-/** @param inImage  the pixels that mFile read last */
-std::unique_ptr<NvGIFFrame> NvGIFFrameReader::MakeFrame(NvIndexedImage&& inImage,
-                                                        std::unique_ptr<NvGIFFrameInfo> inInfo) {
-    NvColorTable* sharedTable = inInfo->mHasLocalTable ? nullptr : &mFile.GetGlobalInfo()->mColorTable;
-    NvBitmapImage mask = inInfo->mHasTransparency
-                             ? inImage.MakeMask(inInfo->mTransparentIndex)
-                             : NvBitmapImage(inImage.GetWidth(), inImage.GetHeight(), 0, 1);
-    const bool isWhole = mFile.GetDeliveredPixels() == CountPixels(inImage);
-    if (!isWhole)
-        MaskMissingPixels(mFile.GetDeliveredPixels(), inInfo->mInterlaced != 0, mask);
-    auto frame = std::make_unique<NvGIFFrame>(std::move(inImage), std::move(mask), std::move(inInfo));
-    MakeIndicesSound(*frame, sharedTable, isWhole);
-    return frame;
+    ReadRows(
+        inIndex, [&](const NvColorTable& inTable) { ioPlayer.BeginFrame(mClipped, inTable); },
+        [&](std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount) {
+            ioPlayer.DrawRow(inY, inPixels, inCount);
+        });
+    return mClipped;
 }

@@ -3,13 +3,18 @@
 #include <cstdint>
 #include <memory>
 
+#include "nvcode2/gif/nvgifdamage.h"
 #include "nvcode2/gif/nvgiffile.h"
 #include "nvcode2/gif/nvgifframe.h"
 
 class NvGIFPlayer;
 
 /** Reads the frames of a GIF file one by one, each made sound: its mask says what a viewer draws, and every
- *  index its pixels use has an entry in its table, whatever the file held. */
+ *  index its pixels use has an entry in its table, whatever the file held.
+ *
+ *  Frames are clipped to the screen, as browsers do; one wholly outside becomes a single undrawn pixel, which
+ *  keeps its delay and disposes of nothing. The first frame must lie inside: browsers let it enlarge the
+ *  screen, other players clip it, so nothing else that were written would look the same in all of them. */
 class NvGIFFrameReader {
 public:
     /** Opens the file and checks every frame's record.
@@ -31,7 +36,8 @@ public:
     /** Whether a frame is cleared when its time is over. */
     bool AnyFrameClears() const { return mAnyFrameClears; }
 
-    /** Pixels of all frames together, and of the largest one. */
+    /** Pixels of all frames together, and of the largest one, with those beyond the screen, which cost time.
+     */
     std::uint64_t GetPixelsOfAllFrames() const { return mPixelsOfAllFrames; }
     std::uint64_t GetPixelsOfLargestFrame() const { return mPixelsOfLargestFrame; }
 
@@ -44,21 +50,28 @@ public:
     /** Bytes that reading one frame after another onto a canvas needs at the same time, at most. */
     std::uint64_t EstimatePlayMemory() const;
 
-    /** @throws NvErrorCode  28 and 18 for corrupt image data, 2 */
+    /** @throws NvErrorCode  28 and 18 for corrupt image data, undefined codes included; 2 */
     std::unique_ptr<NvGIFFrame> ReadFrame(std::uint32_t inIndex);
 
-    /** Reads a frame straight onto a canvas, row by row, which takes a fraction of time and memory.
+    /** Reads a frame straight onto a canvas, row by row, which takes a fraction of time and memory, and loses
+     *  no colour where missing pixels would have taken a full table's entry.
      *  @return             its record, valid until the next frame is read
      *  @throws NvErrorCode as ReadFrame */
     const NvGIFFrameInfo& PlayFrame(std::uint32_t inIndex, NvGIFPlayer& ioPlayer);
 
+    /** The damage met first, also when it was raised; undefined codes before all others. */
+    const NvGIFDamage& GetDamage() const { return mDamage; }
+
 private:
-    std::unique_ptr<NvGIFFrame> MakeFrame(NvIndexedImage&& inImage, std::unique_ptr<NvGIFFrameInfo> inInfo);
     void Open(const char* inPath);
     void CheckFrames();
+    bool ClipToScreen(NvGIFFrameInfo& ioInfo) const;
+    template <typename Begin, typename TakeRow>
+    void ReadRows(std::uint32_t inIndex, const Begin& inBegin, const TakeRow& inTakeRow);
 
     NvGIFFile mFile;
-    std::unique_ptr<NvGIFFrame> mCutFrame; // the frame played last, if pixels of it were missing
+    NvGIFFrameInfo mClipped; // the part on the screen of the frame read last
+    NvGIFDamage mDamage;
     std::uint64_t mPixelsOfAllFrames = 0;
     std::uint64_t mPixelsOfLargestFrame = 0;
     std::uint64_t mColorsOfAllFrames = 0; // as many as can differ

@@ -242,25 +242,31 @@ void NvGIFFile::ReadImageDescriptor(NvGIFFrameInfo& ioInfo) {
 }
 
 void NvGIFFile::CheckFrame(const NvGIFFrameInfo& inInfo) const {
+    CheckUnclippedFrame(inInfo);
     const std::uint32_t right = std::uint32_t{inInfo.mLeft} + inInfo.mWidth;
     const std::uint32_t bottom = std::uint32_t{inInfo.mTop} + inInfo.mHeight;
+    if (inInfo.mLeft >= mScreenWidth || inInfo.mTop >= mScreenHeight || right > mScreenWidth ||
+        bottom > mScreenHeight)
+        NvThrow(NvErrorCode::km_MalformedGIF);
+}
+
+void NvGIFFile::CheckUnclippedFrame(const NvGIFFrameInfo& inInfo) const {
     const bool isEmpty = inInfo.mWidth == 0 || inInfo.mHeight == 0;
-    const bool isOutside = inInfo.mLeft >= mScreenWidth || inInfo.mTop >= mScreenHeight ||
-                           right > mScreenWidth || bottom > mScreenHeight;
     const bool hasTable = inInfo.mHasLocalTable || mGlobalInfo->mHasGlobalTable;
-    if (isEmpty || isOutside || !hasTable)
+    if (isEmpty || !hasTable || mScreenWidth == 0 || mScreenHeight == 0)
         NvThrow(NvErrorCode::km_MalformedGIF);
 }
 
 const NvGIFFrameInfo& NvGIFFile::OpenFrame(std::uint32_t inIndex) {
     std::unique_ptr<NvImgFmtFrameInfo> record = ReadFrameInfo(inIndex);
     mFrameInfoPtr.reset(static_cast<NvGIFFrameInfo*>(record.release()));
-    CheckFrame(*mFrameInfoPtr);
+    CheckUnclippedFrame(*mFrameInfoPtr);
     return *mFrameInfoPtr;
 }
 
 void NvGIFFile::ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) {
     const NvGIFFrameInfo& info = OpenFrame(inIndex);
+    CheckFrame(info);
     outImage = NvIndexedImage(info.mWidth, info.mHeight,
                               info.mHasLocalTable ? info.mColorTable : mGlobalInfo->mColorTable);
     NvPixelLock pixels(outImage);
@@ -271,7 +277,18 @@ void NvGIFFile::ReadFrame(std::uint32_t inIndex, NvIndexedImage& outImage) {
         if (const std::uint32_t rows = pass.CountRows(info.mHeight))
             mDeliveredPixels +=
                 mDecoder.DecodeRows(pixels.Row(pass.mStart), info.mWidth, rows, stride * pass.mStep);
+    EndData();
+}
+
+void NvGIFFile::EndData() {
     mDecoder.End();
+    mDamage = NvDataDamage::km_None;
+    if (mDecoder.MetUndefinedCode())
+        mDamage = NvDataDamage::km_Undefined;
+    else if (mDeliveredPixels < std::uint64_t{mFrameInfoPtr->mWidth} * mFrameInfoPtr->mHeight)
+        mDamage = NvDataDamage::km_EndsEarly;
+    else if (mDecoder.RunsOver())
+        mDamage = NvDataDamage::km_RunsOver;
 }
 
 void NvGIFFile::ReadRows(const RowTaker& inTakeRow) {
@@ -282,7 +299,7 @@ void NvGIFFile::ReadRows(const RowTaker& inTakeRow) {
     mDeliveredPixels = 0;
     for (const NvInterlacePass& pass : PassesOf(*mFrameInfoPtr))
         ReadPass(pass, {band.get(), bandSize}, inTakeRow);
-    mDecoder.End();
+    EndData();
 }
 
 /** @param inBand  room for at least one row */

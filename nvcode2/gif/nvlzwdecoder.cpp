@@ -34,7 +34,7 @@ void LZWDecoder::Begin() {
     mState.mCodeSize = mMinimumCodeSize + 1;
     mBits = BitBuffer();
     mBlockNext = mBlockEnd = 0;
-    mHasEnded = false;
+    mHasEnded = mMetUndefinedCode = false;
     mWindowNext = mWindowEnd = 0;
 }
 
@@ -76,11 +76,25 @@ std::uint64_t LZWDecoder::DecodeRow(std::uint8_t* outRow, std::uint64_t inLength
     return delivered;
 }
 
+bool LZWDecoder::RunsOver() {
+    if (mWindowNext < mWindowEnd)
+        return true;
+    while (!mHasEnded) {
+        const std::uint32_t code = ReadCode(mBits, mState.mCodeSize);
+        mHasEnded = code == mEndCode;
+        if (!mHasEnded && code != mClearCode)
+            return true;
+        mState.mCodeSize = mMinimumCodeSize + 1;
+    }
+    return false;
+}
+
 void LZWDecoder::End() {
     if (mMinimumCodeSize > 1 || mHasEnded)
         return;
     if (mWindowNext < mWindowEnd || ReadCode(mBits, mState.mCodeSize) != mEndCode)
         NvThrow(NvErrorCode::km_MalformedGIF);
+    mHasEnded = true;
 }
 
 // Decodes whole strings until the window holds as many pixels as are wanted, or more, or the data end. The
@@ -168,6 +182,7 @@ std::uint8_t* LZWDecoder::DecodeNoString(std::uint32_t inCode, std::uint8_t* out
     // A code beyond the next new one is read as that, but no string can begin with it.
     if (inCode <= mState.mNextCode || !DecodeString(mState, mState.mNextCode, outPixels))
         NvThrow(NvErrorCode::km_MalformedGIF);
+    mMetUndefinedCode = true;
     mState.mPrevious = String();
     return outPixels;
 }

@@ -12,9 +12,9 @@ class NvFileReader;
  *  What is accepted beyond the strict format, since real files need it:
  *  - a stream without a first clear code: the first code is then taken as if one stood before it;
  *  - clear codes in a row, and streams that go on with a full table until a clear code arrives;
- *  - a code beyond the next free one, which is read as the next free one;
- *  - sub-blocks that end without an end code: the pixels that did not arrive are told by the result of
- *  DecodeRows;
+ *  - a code beyond the next free one, which is read as the next free one; players differ in what they make of
+ *  it, so MetUndefinedCode reports it;
+ *  - sub-blocks that end without an end code: the result of DecodeRows says how many pixels arrived;
  *  - a minimum code size of 1, when the stream yields exactly the frame's pixels. */
 class LZWDecoder {
 public:
@@ -33,6 +33,14 @@ public:
      *  @throws NvErrorCode  28 for a corrupt stream, 18 when the file ends inside it */
     std::uint64_t DecodeRows(std::uint8_t* outPixels, std::uint32_t inWidth, std::uint32_t inRows,
                              std::uint32_t inStride);
+
+    /** Whether a code beyond the next free one was read since Begin. */
+    bool MetUndefinedCode() const { return mMetUndefinedCode; }
+
+    /** Reads on behind the rows that were asked for, up to the end code, the end of the data or a pixel.
+     *  @return             whether there is a pixel
+     *  @throws NvErrorCode 18 when the file ends inside the stream */
+    bool RunsOver();
 
     /** Ends the frame. What the stream holds beyond the frame's pixels is ignored, but with a minimum code
      *  size of 1.
@@ -108,6 +116,7 @@ private:
     std::uint32_t mClearCode = 0;
     std::uint32_t mEndCode = 0;
     bool mHasEnded = false;
+    bool mMetUndefinedCode = false;
     State mState;
     std::array<String, km_MaxCodes + 1> mStrings;
 

@@ -82,6 +82,7 @@ std::string TermJsonFile(const MizerFileResult& inResult) {
         for (const char* name : {"input_bytes", "output_bytes", "saved_bytes", "saved_percent"})
             object.Add(name, "");
     }
+    object.Add("damaged", inResult.mDamage.empty() ? "false" : "true");
     object.Add("frames", inResult.mFrameCount == 0 ? "" : std::to_string(inResult.mFrameCount));
     object.Add("ssim", isSmaller ? Format("%.4f", inResult.mWorstLook.mSsim) : "");
     object.Add("max_difference", isSmaller ? std::to_string(inResult.mWorstLook.mMaxError) : "");

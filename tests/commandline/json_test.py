@@ -47,7 +47,16 @@ with tempfile.TemporaryDirectory() as name:
         assert abs(record["saved_percent"] - share) <= 0.005 + 1e-9
         assert 0.5 < record["ssim"] <= 1 and 0 <= record["max_difference"] <= 255
         assert record["error_code"] is record["message"] is None
+        assert record["damaged"] is False
     assert ball["frames"] > 1 == icon["frames"]
+
+    shutil.copy(os.path.join(samples, b"../fuzz/seeds/gif/ends-early.gif"), os.path.join(folder, b"short.gif"))
+    status, (short, _) = run(folder, "--no-backup", "short.gif")
+    assert (status, short["status"], short["damaged"]) == (0, "unchanged", True)
+    assert short["message"] == "left as it was: frame 1 ends early, and no backup would be kept"
+    status, (short, _) = run(folder, "short.gif")
+    assert (status, short["status"], short["damaged"]) == (0, "smaller", True)
+    assert short["message"] == "frame 1 ends early; the original is kept as short.gif.BAK"
 
     assert (bad["status"], bad["error_code"], bad["input_bytes"]) == ("failed", 18, 6)
     assert bad["message"] == "the file ends too early (code 18)" and bad["backup"] is bad["ssim"] is None

@@ -23,6 +23,8 @@ struct StreamCase {
     std::uint32_t mWidth; // of a frame of one row
     Indices mPixels;      // expected
     std::uint32_t mError = 0;
+    bool mIsUndefined = false; // and more of what the decoder reports
+    bool mRunsOver = false;
 };
 
 const StreamCase km_Streams[] = {
@@ -33,14 +35,24 @@ const StreamCase km_Streams[] = {
     {"end after clear", 2, {{4, 3}, {1, 3}, {4, 3}, {5, 3}, {2, 3}}, 4, {1}},
     {"a string after clear", 2, {{4, 3}, {1, 3}, {1, 3}, {4, 3}, {6, 3}}, 4, {}, 28},
     {"code just made", 2, {{4, 3}, {1, 3}, {6, 3}, {7, 3}, {5, 4}}, 6, {1, 1, 1, 1, 1, 1}},
-    {"code beyond the next", 2, {{4, 3}, {1, 3}, {7, 3}, {6, 3}, {5, 4}}, 5, {1, 1, 1, 1, 1}},
+    {"code beyond the next", 2, {{4, 3}, {1, 3}, {7, 3}, {6, 3}, {5, 4}}, 5, {1, 1, 1, 1, 1}, 0, true},
     {"code beyond the next twice", 2, {{4, 3}, {1, 3}, {7, 3}, {7, 3}}, 9, {}, 28},
     {"string of an undefined prefix", 2, {{4, 3}, {1, 3}, {7, 3}, {2, 3}, {7, 4}}, 9, {}, 28},
-    {"undefined prefix not used", 2, {{4, 3}, {1, 3}, {7, 3}, {2, 3}, {6, 4}}, 9, {1, 1, 1, 2, 1, 1}},
+    {"undefined prefix not used",
+     2,
+     {{4, 3}, {1, 3}, {7, 3}, {2, 3}, {6, 4}},
+     9,
+     {1, 1, 1, 2, 1, 1},
+     0,
+     true},
     {"early end code", 2, {{4, 3}, {1, 3}, {5, 3}, {2, 3}, {2, 3}}, 4, {1}},
     {"no end code", 2, {{4, 3}, {1, 3}}, 4, {1}},
     {"no codes", 2, {}, 4, {}},
-    {"more codes than pixels", 2, {{4, 3}, {1, 3}, {2, 3}, {6, 3}, {6, 4}}, 3, {1, 2, 1}},
+    {"more codes than pixels", 2, {{4, 3}, {1, 3}, {2, 3}, {6, 3}, {6, 4}}, 3, {1, 2, 1}, 0, false, true},
+    {"a code more", 2, {{4, 3}, {1, 3}, {2, 3}, {5, 3}}, 1, {1}, 0, false, true},
+    {"a clear code more", 2, {{4, 3}, {1, 3}, {4, 3}, {4, 3}, {5, 3}}, 1, {1}},
+    {"a clear code and a pixel more", 2, {{4, 3}, {1, 3}, {4, 3}, {2, 3}}, 1, {1}, 0, false, true},
+    {"undefined code behind the pixels", 2, {{4, 3}, {1, 3}, {7, 3}}, 1, {1}, 0, false, true},
     {"size 1, exact", 1, {{2, 2}, {0, 2}, {1, 2}, {0, 3}, {3, 3}}, 3, {0, 1, 0}},
     {"size 1, exact, no end code", 1, {{2, 2}, {0, 2}, {1, 2}}, 2, {0, 1}},
     {"size 1, a pixel short", 1, {{2, 2}, {0, 2}, {1, 2}, {0, 3}, {3, 3}}, 4, {}, 28},
@@ -72,6 +84,8 @@ TEST_F(LZW, ReadsWhatRealFilesHoldAndNoMore) {
         EXPECT_EQ(decoded.mError, row.mError);
         if (row.mError == 0) {
             EXPECT_EQ(decoded.mPixels, row.mPixels);
+            EXPECT_EQ(decoded.mIsUndefined, row.mIsUndefined);
+            EXPECT_EQ(decoded.mRunsOver, row.mRunsOver);
         }
         EXPECT_EQ(ReferenceLZWDecode(stream, row.mWidth).mError, row.mError);
     }
@@ -161,6 +175,8 @@ TEST_F(LZW, AgreesWithTheReferenceOnCorruptStreams) {
         ASSERT_EQ(decoded.mError, expected.mError) << "round " << round;
         if (expected.mError == 0) {
             ASSERT_EQ(decoded.mPixels, expected.mPixels) << "round " << round;
+            ASSERT_EQ(decoded.mIsUndefined, expected.mIsUndefined) << "round " << round;
+            ASSERT_EQ(decoded.mRunsOver, expected.mRunsOver) << "round " << round;
         }
         (expected.mError == 0 ? decodedWell : failed) += 1;
     }

@@ -6,6 +6,8 @@
 #include "nvcode2/gif/nvgifframereader.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/gifbytes.h"
+#include "tests/support/lzwreference.h"
+#include "tests/support/randomgif.h"
 #include "win/optimizer/base/pvmemory.h"
 #include "win/optimizer/frames/pvload.h"
 
@@ -119,6 +121,93 @@ TEST_F(LoadTest, CommentsCountAgainstTheMemoryLimitWhileTheyAreFound) {
         EXPECT_EQ(CodeOf([&] { Load(path, limit); }), comments == 100 ? 0u : 2u) << comments;
         EXPECT_EQ(CodeOf([&] { NvGIFFrameReader(path.c_str(), limit); }), comments == 100'000 ? 2u : 0u);
     }
+}
+
+TEST_F(LoadTest, FramesBeyondTheScreenAreClippedAndNothingElseChanges) {
+    const auto place = [](std::uint32_t inLeft, std::uint32_t inTop, std::uint32_t inDisposal) {
+        TestFrame frame = Textured(TestTexture::km_Sparse, 40, 16, inLeft + inTop);
+        frame.mLeft = inLeft;
+        frame.mTop = inTop;
+        frame.mDelay = 7 + inLeft;
+        frame.mDisposal = inDisposal;
+        return frame;
+    };
+    const std::pair<std::uint32_t, std::uint32_t> places[] = {{30, 5}, {5, 30}, {30, 30}, {59, 59},
+                                                              {60, 0}, {0, 60}, {99, 99}};
+    for (const bool isLossless : {true, false})
+        for (const bool isInterlaced : {false, true})
+            for (const std::uint32_t disposal : {1u, 2u, 3u}) {
+                TestGIF gif = Movie({place(0, 0, 1), place(20, 20, 1)});
+                for (const auto& [left, top] : places) {
+                    gif.mFrames.push_back(place(left, top, disposal));
+                    gif.mFrames.back().mInterlaced = isInterlaced;
+                }
+                gif.mFrames.push_back(place(3, 3, 1));
+                gif.mFrames[3] = Cut(gif.mFrames[3], 500, isInterlaced);
+                gif.mFrames[4].mLocalTable = Greys(16);
+                gif.mWidth = gif.mHeight = 60;
+                const std::string path = Write(gif);
+                ExpectTheSameIsShown(gif, Describe(*Load(path)));
+                mSettings.mIsLossless = isLossless;
+                EXPECT_LT(Optimize(path), EncodeGIF(gif).size());
+                EXPECT_EQ(mOutcome.mGateReason, "");
+                const TestGIF result = ReadGIF(path);
+                const TestComparison comparison = CompareGIFs(gif, result);
+                EXPECT_EQ(comparison.mDifference, "");
+                EXPECT_TRUE(comparison.mDiffering == 0 || !isLossless) << comparison.mDiffering;
+                for (const TestFrame& frame : result.mFrames)
+                    EXPECT_TRUE(frame.mLeft + frame.mWidth <= 60 && frame.mTop + frame.mHeight <= 60);
+            }
+    TestGIF enlarged = Movie({place(30, 0, 1), place(0, 0, 1)}); // browsers show 70 columns, others 60
+    enlarged.mWidth = 60;
+    const std::string path = Write(enlarged);
+    EXPECT_EQ(Optimize(path), EncodeGIF(enlarged).size());
+    EXPECT_EQ(mOutcome.mLoadError.value().GetCode(), 28u);
+}
+
+// A frame of four pixels whose data hold three, five, or a code that is not defined.
+TEST_F(LoadTest, DamagedDataAreReportedAndOnlyReplacedWhereTheOriginalIsKept) {
+    const auto withData = [](const std::vector<LZWCode>& inCodes) {
+        return GIFHeader(2, 2, 0x81) + GIFTable(4) + GIFExtension(0x77, {std::string(250, 'x')}) +
+               GIFDescriptor(0, 0, 2, 2, 0) + ReferenceLZWEncode(2, {0, 1, 2, 3}) +
+               GIFDescriptor(0, 0, 2, 2, 0) + '\x02' + PackLZWCodes(inCodes) + ';';
+    };
+    const struct {
+        std::string mBytes;
+        NvDataDamage mDamage; // of frame 2
+        std::uint32_t mError;
+    } cases[] = {
+        {withData({{4, 3}, {1, 3}, {2, 3}, {6, 3}, {5, 4}}), NvDataDamage::km_None, 0},
+        {withData({{4, 3}, {1, 3}, {2, 3}, {3, 3}, {5, 4}}), NvDataDamage::km_EndsEarly, 0},
+        {withData({{4, 3}, {1, 3}, {2, 3}, {3, 3}, {3, 4}, {3, 4}}), NvDataDamage::km_RunsOver, 0},
+        {withData({{4, 3}, {1, 3}, {7, 3}, {1, 3}, {5, 4}}), NvDataDamage::km_Undefined, 28},
+        {withData({{4, 3}, {1, 3}, {7, 3}, {7, 3}, {5, 4}}), NvDataDamage::km_Undefined, 28},
+    };
+    for (const auto& [bytes, damage, error] : cases)
+        for (const bool keepsOriginal : {false, true}) {
+            SCOPED_TRACE(static_cast<int>(damage));
+            const std::string path = WriteTestFile(mFolder / "pictures/damaged.gif", bytes);
+            mSettings.mKeepsOriginal = keepsOriginal;
+            mSettings.mIsLossless = true;
+            const bool isSound = damage == NvDataDamage::km_None;
+            const bool isSmaller = Optimize(path) < bytes.size();
+            EXPECT_EQ(isSmaller, isSound || (keepsOriginal && error == 0));
+            EXPECT_EQ(mOutcome.mDamage.mKind, damage);
+            EXPECT_EQ(mOutcome.mDamage.mFrame, isSound ? 0u : 2u);
+            EXPECT_EQ(mOutcome.mLoadError ? mOutcome.mLoadError->GetCode() : 0, error);
+            if (isSmaller)
+                ExpectTheSameIsShown(PlainReadGIF(bytes).value(), ReadGIF(path));
+        }
+}
+
+TEST_F(LoadTest, LosslessIsExactForAFullTableAndDataThatEndEarly) {
+    const TestFrame full = Paint(32, 32, [](std::uint32_t inX, std::uint32_t inY) { return 32 * inY + inX; });
+    TestGIF gif = Movie({Cut(full, 700, false)});
+    gif.mTable = Greys(256);
+    const std::string path = Write(gif);
+    mSettings.mIsLossless = true;
+    Optimize(path);
+    ExpectTheSameIsShown(gif, PlainReadGIF(ReadTestFile(path)).value());
 }
 
 TEST_F(LoadTest, AFileThatCannotBeOpenedKeepsTheSystemsReason) {

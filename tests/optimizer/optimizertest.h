@@ -51,5 +51,8 @@ protected:
     PvOptSettings mSettings;
     PvOutcome mOutcome;
 
-    OptimizerTest() { std::filesystem::create_directory(mFolder / "scratch"); }
+    OptimizerTest() {
+        std::filesystem::create_directory(mFolder / "scratch");
+        mSettings.mKeepsOriginal = true;
+    }
 };

@@ -88,6 +88,8 @@ public:
                                                      inShape.mWidth, inRows, inShape.mStride * inStep);
             });
             mDecoder.End();
+            result.mIsUndefined = mDecoder.MetUndefinedCode();
+            result.mRunsOver = delivered == inShape.PixelCount() && mDecoder.RunsOver();
         } catch (const NvErrorCode& error) {
             result.mError = error.GetCode();
         }

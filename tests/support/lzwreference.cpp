@@ -119,6 +119,8 @@ std::string ReferenceLZWEncode(unsigned inMinimumCodeSize, const Indices& inPixe
 LZWDecoded ReferenceLZWDecode(const std::string& inStream, std::size_t inPixelCount) {
     LZWDecoded result;
     const auto fail = [&result](std::uint32_t inError) {
+        if (!result.mIsUndefined)
+            result.mSound = result.mPixels.size();
         result.mError = inError;
         return result;
     };
@@ -162,6 +164,10 @@ LZWDecoded ReferenceLZWDecode(const std::string& inStream, std::size_t inPixelCo
             // A code not defined yet stands for the one about to be: the string before and its own first
             // pixel.
             const bool isNew = *code >= strings.size();
+            if (*code > strings.size() && !result.mIsUndefined) {
+                result.mIsUndefined = true;
+                result.mSound = result.mPixels.size();
+            }
             Indices added = *previous < strings.size() ? strings[*previous] : Indices{};
             const Indices shown = isNew ? previousString : strings[*code];
             if (shown.empty() || (isNew && added.empty()))
@@ -182,7 +188,10 @@ LZWDecoded ReferenceLZWDecode(const std::string& inStream, std::size_t inPixelCo
         result.mPixels.insert(result.mPixels.end(), previousString.begin(), previousString.end());
     }
     const bool isExact = result.mPixels.size() == inPixelCount;
+    result.mRunsOver = result.mPixels.size() > inPixelCount;
     result.mPixels.resize(std::min(result.mPixels.size(), inPixelCount));
+    if (!result.mIsUndefined)
+        result.mSound = result.mPixels.size();
     if (minimumCodeSize == 1) {
         if (!isExact)
             return fail(km_Malformed);
@@ -190,6 +199,13 @@ LZWDecoded ReferenceLZWDecode(const std::string& inStream, std::size_t inPixelCo
             return fail(km_EndOfFile);
         if (!hasEnded)
             return fail(km_Malformed);
+    }
+    while (!hasEnded && !result.mRunsOver) {
+        const auto code = read();
+        if (!code && bits.IsCut())
+            return fail(km_EndOfFile);
+        result.mRunsOver = !hasEnded && *code != clear;
+        width = minimumCodeSize + 1;
     }
     return result;
 }

@@ -29,6 +29,9 @@ std::string ReferenceLZWEncode(unsigned inMinimumCodeSize, const Indices& inPixe
 struct LZWDecoded {
     Indices mPixels; // those that arrived
     std::uint32_t mError = 0;
+    bool mIsUndefined = false; // a code beyond the next free one was read as that
+    bool mRunsOver = false;    // the stream has more pixels
+    std::size_t mSound = 0;    // pixels up to the first undefined code or error, where browsers stop
 };
 
 /** @param inStream     code size byte and data sub-blocks

@@ -40,13 +40,18 @@ void ReadExtensions(const SavedImage& inImage, TestGIF& ioGIF, TestFrame& ioFram
 } // namespace
 
 TestGIF ReadGIF(const std::string& inPath) {
+    const std::optional<TestGIF> gif = TryReadGIF(inPath);
+    EXPECT_TRUE(gif) << inPath;
+    return gif.value_or(TestGIF());
+}
+
+std::optional<TestGIF> TryReadGIF(const std::string& inPath) {
     TestGIF gif;
     int error = 0;
     GifFileType* file = DGifOpenFileName(inPath.c_str(), &error);
     if (!file || DGifSlurp(file) != GIF_OK) {
-        ADD_FAILURE() << inPath << ": " << GifErrorString(file ? file->Error : error);
         DGifCloseFile(file, &error);
-        return gif;
+        return std::nullopt;
     }
     gif.mWidth = static_cast<std::uint32_t>(file->SWidth);
     gif.mHeight = static_cast<std::uint32_t>(file->SHeight);

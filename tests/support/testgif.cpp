@@ -133,20 +133,25 @@ std::vector<TestCanvas> Play(const TestGIF& inGIF) {
     for (const TestFrame& frame : inGIF.mFrames) {
         const TestCanvas before = canvas;
         const TestTable& table = inGIF.TableOf(frame);
+        const auto paint = [&](std::uint32_t inX, std::uint32_t inY, std::int32_t inColor) {
+            const std::uint32_t x = frame.mLeft + inX;
+            const std::uint32_t y = frame.mTop + inY;
+            if (x < inGIF.mWidth && y < inGIF.mHeight)
+                canvas[y * inGIF.mWidth + x] = inColor;
+        };
         std::size_t arrived = frame.mDelivered.value_or(frame.mPixels.size());
         for (const std::uint32_t y : FileOrder(frame.mHeight, frame.mInterlaced))
             for (std::uint32_t x = 0; x < frame.mWidth && arrived > 0; ++x, --arrived) {
                 const std::uint8_t index = frame.mPixels[y * frame.mWidth + x];
                 if (index != frame.mTransparent)
-                    canvas[(frame.mTop + y) * inGIF.mWidth + frame.mLeft + x] =
-                        index < table.size() ? static_cast<std::int32_t>(table[index]) : 0;
+                    paint(x, y, index < table.size() ? static_cast<std::int32_t>(table[index]) : 0);
             }
         shown.push_back(canvas);
         if (frame.mDisposal == 3 || frame.mDisposal == 4)
             canvas = before;
         for (std::uint32_t y = 0; frame.mDisposal == 2 && y < frame.mHeight; ++y)
-            std::fill_n(canvas.begin() + (frame.mTop + y) * inGIF.mWidth + frame.mLeft, frame.mWidth,
-                        km_Uncovered);
+            for (std::uint32_t x = 0; x < frame.mWidth; ++x)
+                paint(x, y, km_Uncovered);
     }
     return shown;
 }

@@ -23,6 +23,7 @@ struct TestFrame {
     bool mUserInput = false;
     bool mInterlaced = false;
     std::optional<std::size_t> mDelivered; // pixels after which the end code stands; nothing: all of them
+    bool mIsDamaged = false;               // beyond that: the data run over or hold undefined codes
 
     bool operator==(const TestFrame&) const = default;
 };
@@ -77,8 +78,14 @@ std::vector<std::uint32_t> FileOrder(std::uint32_t inHeight, bool inInterlaced);
 std::string EncodeGIF(const TestGIF& inGIF);
 
 /** Reads a file with giflib. Fails the test when giflib finds fault with it. On Windows, which has no giflib,
- *  the library reads it. */
+ *  the plain reader reads it. */
 TestGIF ReadGIF(const std::string& inPath);
+std::optional<TestGIF> TryReadGIF(const std::string& inPath);
+
+/** Reads a file plainly, with nothing of the library: what browsers would show of it, as far as it can be
+ *  read, up to the first undefined code of each frame. Nothing when a block is cut or unknown, or what it
+ *  says makes no sense. */
+std::optional<TestGIF> PlainReadGIF(const std::string& inBytes);
 
 /** What a viewer shows after each frame: a screen of colours, row-major, km_Uncovered where nothing is. */
 using TestCanvas = std::vector<std::int32_t>;

@@ -181,6 +181,7 @@ std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOr
         settings.mKeepsTimes = mOptions.mKeepsTimes;
         settings.mIsLossless = ioJob.GetSettings().mIsLossless;
         settings.mCropsSingleImages = ioJob.GetSettings().mAllowCrop;
+        settings.mKeepsOriginal = ioJob.KeepsOriginal();
         PvOptimizer optimizer(ioJob, settings);
         const std::uint32_t newSize = optimizer.OptimizeGIFFile(inPath, inOriginalSize);
         outOutcome = optimizer.GetOutcome();

@@ -129,17 +129,30 @@ void MizerFileJob::Optimize(const char* inPath) {
     mResult.mFrameCount = outcome.mFrameCount;
     mIsHalfDone = outcome.mIsHalfDone;
     mResult.mWorstLook = outcome.mWorstLook;
+    mResult.mDamage = MizerDamageWords(outcome.mDamage);
+    SetReason(outcome);
+}
+
+void MizerFileJob::SetReason(const PvOutcome& inOutcome) {
     if (mResult.GetSaved() != 0) {
         MarkReplaced();
-    } else if (outcome.mLoadError) {
-        mResult.Fail(*outcome.mLoadError);
-    } else if (outcome.mIsChangedMeanwhile) {
+    } else if (inOutcome.mLoadError) {
+        mResult.Fail(*inOutcome.mLoadError);
+        if (inOutcome.mDamage.mKind == NvDataDamage::km_Undefined)
+            mResult.SetReason(MizerReason::km_DamagedFrame, mResult.mDamage);
+    } else if (inOutcome.mIsChangedMeanwhile) {
         mResult.SetReason(MizerReason::km_ChangedMeanwhile);
-    } else if (!outcome.mGateReason.empty()) {
-        mResult.SetReason(MizerReason::km_WouldDiffer, outcome.mGateReason);
+    } else if (!mResult.mDamage.empty() && !KeepsOriginal()) {
+        mResult.SetReason(MizerReason::km_DamagedNotKept, mResult.mDamage);
+    } else if (!inOutcome.mGateReason.empty()) {
+        mResult.SetReason(MizerReason::km_WouldDiffer, inOutcome.mGateReason);
     } else {
         mResult.SetReason(MizerReason::km_NothingSmaller);
     }
+}
+
+bool MizerFileJob::KeepsOriginal() const {
+    return mSettings.mBackup || (mOptions.mDelivery && mOptions.mDelivery->HasPlaces());
 }
 
 /** What was found out is about a picture that is no more. */
@@ -155,7 +168,10 @@ void MizerFileJob::MarkChanged() {
 
 void MizerFileJob::MarkReplaced() {
     mResult.mBackupPath = mKept ? mKept->mPath : std::string();
-    if (mKept && mKept->mIsAside)
+    if (!mResult.mDamage.empty())
+        mResult.SetReason(MizerReason::km_ReplacedDamaged,
+                          mResult.mDamage + "; the original is kept" + (mKept ? " as " + mKept->mPath : ""));
+    else if (mKept && mKept->mIsAside)
         mResult.SetReason(MizerReason::km_KeptAside, mKept->mPath);
     else
         mResult.SetReason(MizerReason::km_Replaced);

@@ -51,6 +51,9 @@ public:
 
     const MizerSettings& GetSettings() const { return mSettings; }
 
+    /** Whether the original can be had again once the file is replaced. */
+    bool KeepsOriginal() const;
+
     // PvOptHost
     void BackupFile(const char* inPath) override;
     void WillReplace(const char* inPath, const char* inNewPath) override;
@@ -58,6 +61,7 @@ public:
 
 private:
     const char* GetPath() const { return mResult.mPath.c_str(); }
+    void SetReason(const PvOutcome& inOutcome);
     bool IsSmaller() const { return mResult.mStatus == MizerStatus::km_Smaller; }
 
     void WorkInPlace();

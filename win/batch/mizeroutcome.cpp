@@ -18,6 +18,10 @@ constexpr auto km_Reasons = std::to_array<Reason>({
     {MizerReason::km_Replaced, MizerStatus::km_Smaller, ""},
     {MizerReason::km_KeptAside, MizerStatus::km_Smaller,
      "its original is kept as {}, since the backup that was there may be of another picture"},
+    {MizerReason::km_ReplacedDamaged, MizerStatus::km_Smaller, "{}"},
+    {MizerReason::km_DamagedNotKept, MizerStatus::km_Unchanged,
+     "left as it was: {}, and no backup would be kept"},
+    {MizerReason::km_DamagedFrame, MizerStatus::km_Failed, "{} (code 28)"},
     {MizerReason::km_NothingSmaller, MizerStatus::km_Unchanged, ""},
     {MizerReason::km_GainsTooLittle, MizerStatus::km_Unchanged, "left as it was: would save only {}"},
     {MizerReason::km_ChangedMeanwhile, MizerStatus::km_Unchanged,
@@ -112,6 +116,20 @@ void MizerFileResult::Fail(const NvErrorCode& inError, MizerReason inAbout) {
 
 std::string MizerReasonWords(MizerReason inReason) {
     return Find(inReason).mWords;
+}
+
+std::string MizerDamageWords(const NvGIFDamage& inDamage) {
+    const std::string frame = "frame " + std::to_string(inDamage.mFrame);
+    switch (inDamage.mKind) {
+    case NvDataDamage::km_EndsEarly:
+        return frame + " ends early";
+    case NvDataDamage::km_RunsOver:
+        return frame + " holds too many pixels";
+    case NvDataDamage::km_Undefined:
+        return frame + " is damaged";
+    default:
+        return {};
+    }
 }
 
 std::string MizerOutcomeWords(const MizerFileResult& inResult) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/gif/nvgifdamage.h"
 #include "win/optimizer/base/pvframelook.h"
 
 /** What became of a file of the batch, and the words for it. */
@@ -22,10 +23,13 @@ enum class MizerStatus {
 };
 
 /** Why a file was not replaced by a smaller one. Each has its words, and the status that goes with it, in one
- *  table; every one but the first two leaves the file as it was. */
+ *  table; every one but the first three leaves the file as it was. */
 enum class MizerReason {
     km_Replaced,
-    km_KeptAside, ///< replaced; particulars: where its original is, the usual name being taken
+    km_KeptAside,       ///< replaced; particulars: where its original is, the usual name being taken
+    km_ReplacedDamaged, ///< particulars: the damage, and where the original is
+    km_DamagedNotKept,  ///< left alone, since no backup would be kept; particulars: the damage
+    km_DamagedFrame,    ///< left alone, since players differ; particulars: the damage
     km_NothingSmaller,
     km_GainsTooLittle,   ///< particulars: how much
     km_ChangedMeanwhile, ///< by another program
@@ -55,6 +59,7 @@ struct MizerFileResult {
     std::string mOutputPath; ///< where what became of it stands, its own path or elsewhere; or empty
     std::string mBackupPath; ///< where the original is kept, of a file made smaller; or empty
 
+    std::string mDamage; ///< which frame's data end early, run over or make no sense; empty: none
     std::uint32_t mFrameCount = 0;
     PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
 
@@ -67,8 +72,8 @@ struct MizerFileResult {
     std::uint32_t GetSaved() const { return mOriginalSize - mNewSize; }
 };
 
-/** Why the file failed, was passed over, or stayed although a smaller one was found; empty when the status
- *  says it all. May hold any character that the particulars hold. */
+/** Why the file failed, was passed over, or stayed although a smaller one was found, or what is damaged in
+ * it; empty when the status says it all. May hold any character that the particulars hold. */
 std::string MizerOutcomeWords(const MizerFileResult& inResult);
 
 /** The same of a reason without particulars. */
@@ -80,3 +85,6 @@ std::string MizerErrorWords(const NvErrorCode& inError);
 
 /** The same of any other exception. */
 std::string MizerErrorWords(const std::exception& inException);
+
+/** Which frame is damaged and how; empty when none is. */
+std::string MizerDamageWords(const NvGIFDamage& inDamage);

@@ -1,6 +1,7 @@
 #include "win/optimizer/pvopt.h"
 
 #include <new>
+#include <string>
 #include <utility>
 
 #include "nvcode2/gif/nvanimation.h"
@@ -54,7 +55,7 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
     PvProgress progress(mHost);
     mState = WnGetFileState(inPath);
     std::optional<PvCandidate> result = MakeFirstResult(inPath, inOriginalSize, progress);
-    if (mOutcome.mLoadError)
+    if (mOutcome.mLoadError || IsTooDamaged())
         return inOriginalSize;
     if (!result || !result->IsSound()) {
         if (result)
@@ -98,13 +99,14 @@ auto PvOptimizer::KeepLoadError(const Work& inRead) -> decltype(inRead()) {
 std::optional<PvCandidate> PvOptimizer::MakeFirstResult(const char* inPath, std::uint32_t inOriginalSize,
                                                         PvProgress& ioProgress) {
     const std::unique_ptr<PvRebuilder> file =
-        KeepLoadError([&] { return std::make_unique<PvRebuilder>(inPath, mSettings, ioProgress); });
+        KeepLoadError([&] { return std::make_unique<PvRebuilder>(inPath, mSettings); });
     if (!file)
         return std::nullopt;
     mOutcome.mFrameCount = file->GetFrameCount();
     std::unique_ptr<NvAnimation> animation =
         KeepLoadError([&] { return file->Rebuild(mSettings.mTolerance, ioProgress); });
-    if (!animation)
+    mOutcome.mDamage = file->GetDamage();
+    if (!animation || IsTooDamaged())
         return std::nullopt;
     std::optional<PvCandidate> best =
         WriteRebuilt(inPath, *file, mSettings.mTolerance, std::move(animation), inOriginalSize, ioProgress);
@@ -177,6 +179,11 @@ std::uint32_t PvOptimizer::ReoptimizeGIFFile(const char* inPath, std::uint32_t i
         return inSizeSoFar;
     }
     return Replace(inPath, *candidate, inIsBackedUp) ? candidate->mSize : inSizeSoFar;
+}
+
+// A repair of the original may bring back more than can be read today.
+bool PvOptimizer::IsTooDamaged() const {
+    return mOutcome.mDamage.mFrame != 0 && !mSettings.mKeepsOriginal;
 }
 
 /** Where measurements are written. */

@@ -54,6 +54,7 @@ private:
     std::optional<PvCandidate> MakeCandidate(const char* inPath, std::uint32_t inSizeToBeat,
                                              const PvWritten& inWritten, PvColourAllowance inAllowance,
                                              PvProgress& ioProgress);
+    bool IsTooDamaged() const;
     const char* ScratchPath();
     template <typename Work>
     auto KeepLoadError(const Work& inRead) -> decltype(inRead());

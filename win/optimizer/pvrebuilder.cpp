@@ -60,13 +60,11 @@ private:
 
 } // namespace
 
-PvRebuilder::PvRebuilder(const char* inPath, const PvOptSettings& inSettings, PvProgress& ioProgress)
+PvRebuilder::PvRebuilder(const char* inPath, const PvOptSettings& inSettings)
     : mReader(inPath, inSettings.mMemoryLimit), mSettings(inSettings) {
     if (PvEstimateMemory(mReader) > mSettings.mMemoryLimit)
         NvThrow(NvErrorCode::km_OutOfMemory);
     mBackground = mReader.ShareGlobalInfo()->GetBackgroundColor();
-    if (!mSettings.mIsLossless)
-        ChooseColours(ioProgress);
 }
 
 // Nobody sees an animation being cropped. A still picture changes its place on the screen, so that is for the
@@ -121,6 +119,8 @@ PvColourAllowance PvRebuilder::GetAllowance(std::uint32_t inTolerance) const {
 
 std::unique_ptr<NvAnimation> PvRebuilder::Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
                                                   double* outStructure) {
+    if (!mSettings.mIsLossless && mMaps.empty())
+        ChooseColours(ioProgress);
     ioProgress.BeginStep(PvProgress::km_Rebuilt);
     std::unique_ptr<NvAnimation> animation = MakeEmptyAnimation();
     PvFrameStream stream = OpenStream();

@@ -25,24 +25,27 @@ struct PvOptSettings;
  *  number of tolerances. */
 class PvRebuilder {
 public:
-    /** Reads the file once and chooses the palette.
+    /** Opens the file.
      *
      *  @param inSettings     borrowed for the rebuilder's life
-     *  @throws NvErrorCode   2 when the work needs more memory than allowed, before any pixels are read; 3
-     *  when the host asked to stop; otherwise those of NvGIFFrameReader */
-    PvRebuilder(const char* inPath, const PvOptSettings& inSettings, PvProgress& ioProgress);
+     *  @throws NvErrorCode   2 when the work needs more memory than allowed; otherwise those of
+     *  NvGIFFrameReader */
+    PvRebuilder(const char* inPath, const PvOptSettings& inSettings);
 
     std::uint32_t GetFrameCount() const { return mReader.GetFrameCount(); }
 
     /** The colour that the file's background index named. */
     const NvColor& GetBackground() const { return mBackground; }
 
-    /** Reads the file again and makes its frames as small as they can be.
+    /** Of the frames read so far, see NvGIFFrameReader. */
+    const NvGIFDamage& GetDamage() const { return mReader.GetDamage(); }
+
+    /** Reads the file, the first time for its palette too, and makes its frames as small as they can be.
      *
      *  @param inTolerance   levels per channel, see PvDifferencer; 0 when nothing may be lost
      *  @param outStructure  how close the frames look, as PvComparison::mMeanStructure has it; null saves the
      *  time of measuring that
-     *  @throws NvErrorCode  as the constructor */
+     *  @throws NvErrorCode  3 when the host asked to stop; otherwise those of NvGIFFrameReader */
     std::unique_ptr<NvAnimation> Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
                                          double* outStructure = nullptr);
 

@@ -13,7 +13,7 @@ std::string OutcomeOf(const MizerFileResult& inResult) {
     std::string words = MizerOutcomeWords(inResult);
     switch (inResult.mStatus) {
     case MizerStatus::km_Smaller:
-        return "Made smaller";
+        return words.empty() ? "Made smaller" : "Made smaller, " + words;
     case MizerStatus::km_Unchanged:
         return words.empty() ? "Unchanged" : "Unchanged, " + words;
     case MizerStatus::km_Failed:

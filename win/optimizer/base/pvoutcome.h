@@ -5,6 +5,7 @@
 #include <string>
 
 #include "nvcode2/base/nverrorcode.h"
+#include "nvcode2/gif/nvgifdamage.h"
 #include "win/optimizer/base/pvframelook.h"
 
 /** What became of one file, beyond its size. */
@@ -14,6 +15,7 @@ struct PvOutcome {
                              ///< for it; empty: nothing was rejected
     bool mIsChangedMeanwhile = false; ///< another program changed the file, so it was left alone
     bool mIsHalfDone = false;         ///< it was made smaller, but the second pass failed
+    NvGIFDamage mDamage;              ///< as far as the file was read
     std::uint32_t mFrameCount = 0;
     PvFrameLook mWorstLook; ///< of the displayed frame that changed most, when the file was made smaller
 };
