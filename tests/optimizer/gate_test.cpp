@@ -170,7 +170,8 @@ TEST_F(GateTest, ARunAllowsItselfWhatItDoes) {
     const auto allowance = [&](const TestGIF& inGIF, std::uint32_t inTolerance) {
         mSettings.mMemoryLimit = UINT64_MAX;
         PvProgress progress(mHost);
-        PvRebuilder file(Write(inGIF).c_str(), mSettings, progress);
+        PvRebuilder file(Write(inGIF).c_str(), mSettings);
+        file.Rebuild(inTolerance, progress);
         return file.GetAllowance(inTolerance);
     };
     const TestGIF exact = Original();
