@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include "tests/batch/batchtest.h"
-#include "tests/support/codeof.h"
 #include "win/batch/mizerbackups.h"
 
 namespace {

@@ -1,15 +1,6 @@
 #pragma once
 
-#include <functional>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 #include "win/batch/mizerbrain.h"
 #include "wnatom/wnpref.h"
 

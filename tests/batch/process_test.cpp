@@ -1,7 +1,6 @@
 // Running a batch: which files are worked on, errors, cancel, re-entry.
 
 #include "tests/batch/batchtest.h"
-#include "tests/support/codeof.h"
 
 namespace {
 

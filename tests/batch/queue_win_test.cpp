@@ -1,7 +1,6 @@
 // What names mean on Windows: either separator, drives, one file in whatever case.
 
 #include "tests/batch/batchtest.h"
-#include "tests/support/codeof.h"
 
 namespace {
 

@@ -1,9 +1,7 @@
 // What the window shows of a session: the table of files, the settings of the dialog, the originals, the
 // movies.
 
-#include "nvcode2/base/nverrorcode.h"
 #include "tests/batch/batchtest.h"
-#include "tests/support/codeof.h"
 #include "win/batch/mizerpreferences.h"
 #include "win/session/gifmovie.h"
 #include "win/session/sessionlist.h"

@@ -1,8 +1,6 @@
 // A run that is stopped, at any point and by any means, costs no picture.
 
 #include <csignal>
-#include <fstream>
-#include <set>
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -39,6 +37,24 @@ protected:
             setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
             return setenv("PARVIGIF_FAULT", (inFault + "=" + std::to_string(inAt)).c_str(), 1) == 0;
         };
+    }
+
+    /** Runs with faults of three kinds at one file operation after the other. */
+    void ForEachFault(const std::vector<std::string>& inArguments,
+                      const std::function<void(const std::string&, const ProgramResult&)>& inCheck) {
+        constexpr int operations = 12; // more than the shorter runs have
+        for (const std::string fault : {"kill", "tear", "full"}) {
+            int hits = 0;
+            for (int at = 1; at <= operations; ++at) {
+                SCOPED_TRACE(fault + std::to_string(at));
+                SetFault(fault, at);
+                const ProgramResult result = mRunner.Run(inArguments);
+                hits += result.mStatus != 0;
+                inCheck(fault, result);
+            }
+            EXPECT_GE(hits, fault == "tear" ? 1 : 2) << fault;
+            EXPECT_LT(hits, operations) << fault;
+        }
     }
 };
 
@@ -195,20 +211,13 @@ TEST_F(Interruption, RestoringPutsTheWholeOriginalBackOrNothing) {
     const std::string original = Read("ball.gif");
     mRunner.Run({"ball.gif"});
     const std::string smaller = Read("ball.gif");
-    for (const std::string fault : {"kill", "tear", "full"}) {
-        int hits = 0;
-        for (int at = 1; at <= 10; ++at) { // more operations than a run has
-            WriteTestFile(mFolder / "ball.gif", smaller);
-            SetFault(fault, at);
-            const bool isHit = mRunner.Run({"--restore", "--no-log", "ball.gif"}).mStatus != 0;
-            const std::string picture = Read("ball.gif");
-            EXPECT_TRUE(picture == original || (isHit && picture == smaller)) << fault << at;
-            EXPECT_EQ(Read("ball.gif.BAK"), original);
-            hits += isHit;
-        }
-        EXPECT_GE(hits, fault == "tear" ? 1 : 2) << fault;
-        EXPECT_LT(hits, 10) << fault;
-    }
+    ForEachFault({"--restore", "--no-log", "ball.gif"},
+                 [&](const std::string&, const ProgramResult& inResult) {
+                     const std::string picture = Read("ball.gif");
+                     EXPECT_TRUE(picture == original || (inResult.mStatus != 0 && picture == smaller));
+                     EXPECT_EQ(Read("ball.gif.BAK"), original);
+                     Write("ball.gif", smaller);
+                 });
 }
 
 TEST_F(Interruption, AContactSheetIsWholeOrAbsent) {
@@ -216,23 +225,15 @@ TEST_F(Interruption, AContactSheetIsWholeOrAbsent) {
     const std::vector<std::string> arguments = {"--contact-sheet", "sheet.gif", "icon.gif"};
     mRunner.Run(arguments);
     const std::string whole = Read("sheet.gif");
-    for (const std::string fault : {"kill", "tear", "full"}) {
-        int hits = 0;
-        for (int at = 1; at <= 12; ++at) { // more operations than a run has
-            fs::remove(mFolder / "sheet.gif");
-            SetFault(fault, at);
-            const ProgramResult result = mRunner.Run(arguments);
-            EXPECT_TRUE(Has("sheet.gif") ? Read("sheet.gif") == whole : result.mStatus != 0) << fault << at;
-            if (fault == "full" && result.mStatus != 0) {
-                EXPECT_THAT(result.mErr, testing::ContainsRegex("parvigif: sheet.gif: .*[Nn]o space left"))
-                    << at;
-                EXPECT_FALSE(Has("sheet.gif")) << at;
-            }
-            hits += result.mStatus != 0;
+    fs::remove(mFolder / "sheet.gif");
+    ForEachFault(arguments, [&](const std::string& inFault, const ProgramResult& inResult) {
+        EXPECT_TRUE(Has("sheet.gif") ? Read("sheet.gif") == whole : inResult.mStatus != 0);
+        if (inFault == "full" && inResult.mStatus != 0) {
+            EXPECT_THAT(inResult.mErr, testing::ContainsRegex("parvigif: sheet.gif: .*[Nn]o space left"));
+            EXPECT_FALSE(Has("sheet.gif"));
         }
-        EXPECT_GE(hits, fault == "tear" ? 1 : 2) << fault;
-        EXPECT_TRUE(Has("sheet.gif")) << "the last run was not hit: " << fault;
-    }
+        fs::remove(mFolder / "sheet.gif");
+    });
 }
 
 // ---- the user and the reader of the output

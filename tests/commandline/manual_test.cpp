@@ -1,14 +1,9 @@
 // The man page, the completions and the user guide know the same options as the program.
 
-#include <array>
 #include <cstdio>
-#include <sstream>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "term/options/options.h"
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 
 namespace {
 

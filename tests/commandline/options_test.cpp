@@ -1,7 +1,5 @@
 // What the program understands of its command line, and what it says about itself.
 
-#include <sstream>
-
 #include "term/options/arguments.h"
 #include "tests/support/programtest.h"
 

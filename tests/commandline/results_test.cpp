@@ -1,7 +1,5 @@
 // What a run prints, and what it leaves on the disk, when all goes well.
 
-#include <sstream>
-
 #include "tests/support/programtest.h"
 #include "win/batch/mizertotals.h"
 

@@ -1,13 +1,9 @@
-#include "nvcode2/base/nverrorcode.h"
-
 #include <cerrno>
 #include <cstdio>
-#include <string>
-
-#include <gtest/gtest.h>
 
 #include "nvcode2/base/nvallocate.h"
 #include "nvcode2/base/nvassert.h"
+#include "tests/support/test.h"
 
 namespace {
 

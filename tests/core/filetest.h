@@ -1,12 +1,7 @@
 #pragma once
 
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "nvcode2/file/nvfile.h"
-#include "tests/support/codeof.h"
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 
 class FileTest : public testing::Test {
 protected:

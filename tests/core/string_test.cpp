@@ -2,16 +2,10 @@
 
 #include "nvcode2/base/nvstring.h"
 
-#include <algorithm>
-#include <limits>
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "nvcode2/base/nvlist.h"
 #include "nvcode2/base/nvpascalstring.h"
 #include "nvcode2/base/nvstringresource.h"
-#include "tests/support/codeof.h"
+#include "tests/support/test.h"
 
 namespace {
 

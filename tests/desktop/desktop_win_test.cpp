@@ -1,10 +1,5 @@
 // The desktop application as a person meets it: the real program, its window, its files.
 
-#include <array>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "samples/samplepictures.h"
 #include "tests/support/desktoprun_win.h"
 #include "win/desktop/resource.h"

@@ -1,15 +1,10 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "nvcode2/gif/nvgiffile.h"
 #include "nvcode2/image/nvindexedimage.h"
 #include "tests/image/images.h"
-#include "tests/support/codeof.h"
 #include "tests/support/gifbytes.h"
 #include "tests/support/randomgif.h"
-#include "tests/support/testfolder.h"
 
 /** A GIF file on disk for a reader under test. */
 class GIFInput {

@@ -1,15 +1,7 @@
 #include "nvcode2/gif/nvgifframe.h"
 
-#include <algorithm>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "nvcode2/image/nvmaskrow.h"
 #include "tests/image/images.h"
-#include "tests/support/codeof.h"
 #include "tests/support/testanimation.h"
 
 namespace {

@@ -1,11 +1,5 @@
 // What is displayed, in full and as a thumbnail.
 
-#include <numeric>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "nvcode2/gif/nvgifplayer.h"
 #include "nvcode2/gif/nvthumbnail.h"
 #include "tests/gif/giffiles.h"

@@ -1,21 +1,10 @@
 // Reading: blocks in any order, what is no GIF, damage anywhere, reading ahead.
 
-#include <algorithm>
-#include <filesystem>
-#include <memory>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "nvcode2/file/nvfile.h"
 #include "nvcode2/file/nvfilereader.h"
 #include "tests/gif/giffiles.h"
 #include "tests/image/images.h"
-#include "tests/support/codeof.h"
 #include "tests/support/lzwreference.h"
-#include "tests/support/testfolder.h"
 
 namespace {
 

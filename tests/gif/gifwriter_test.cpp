@@ -1,11 +1,5 @@
 // Writing: every byte of small files, and what another reader sees of larger ones.
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tests/gif/giffiles.h"
 #include "tests/support/lzwreference.h"
 

@@ -1,16 +1,7 @@
-// The LZW codec, against streams worked out by hand and the plain mCodec.
-
-#include <algorithm>
-#include <bit>
-#include <numeric>
-#include <random>
-#include <string>
-
-#include <gtest/gtest.h>
+// The LZW codec, against streams worked out by hand and the plain codec.
 
 #include "tests/image/images.h"
 #include "tests/support/lzwcodec.h"
-#include "tests/support/testfolder.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 // Frames at rest come back as they were.
 
-#include <gtest/gtest.h>
-
 #include "nvcode2/gif/nvlzwstringtable.h"
 #include "nvcode2/gif/nvpackedframe.h"
 #include "tests/gif/giffiles.h"

@@ -1,16 +1,6 @@
-#include <algorithm>
-#include <array>
-#include <cstdint>
-#include <random>
-#include <utility>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "nvcode2/image/nvcolortable.h"
 #include "nvcode2/image/nvmakeinvcolormap.h"
 #include "tests/image/images.h"
-#include "tests/support/codeof.h"
 
 namespace {
 

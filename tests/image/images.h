@@ -1,12 +1,8 @@
 #pragma once
 
-#include <algorithm>
-#include <cstdint>
-#include <random>
-#include <vector>
-
 #include "nvcode2/image/nvbitmapimage.h"
 #include "nvcode2/image/nvindexedimage.h"
+#include "tests/support/test.h"
 
 /** Small images and tables, written as their contents. */
 

@@ -1,13 +1,6 @@
 #include "nvcode2/image/nvindexedimage.h"
 
-#include <array>
-#include <random>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "tests/image/images.h"
-#include "tests/support/codeof.h"
 
 namespace {
 

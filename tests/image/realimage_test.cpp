@@ -1,16 +1,8 @@
 // What all images with pixels share, and masks.
 
-#include <algorithm>
-#include <random>
-#include <utility>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "nvcode2/image/nvbuffer.h"
 #include "nvcode2/image/nvrealimage.h"
 #include "tests/image/images.h"
-#include "tests/support/codeof.h"
 
 namespace {
 

@@ -37,7 +37,7 @@ TEST(Difference, PixelsThatHardlyChangeAreNotDrawnAgain) {
         const char* mNow;
         const char* mExpected;
     } cases[] = {
-        {"the same", "0000", "0000", "...."},
+        {"the same", "000000000", "000000000", "........."},
         {"28 levels away in one channel", "0000", "1212", "...."},
         {"28 in all, darker", "0000", "3333", "...."},
         {"29 away", "0000", "4545", "4545"},

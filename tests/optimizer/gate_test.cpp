@@ -1,7 +1,5 @@
 // The gate: a result that a viewer could tell from the original never takes its place.
 
-#include <functional>
-
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
 #include "win/optimizer/look/pvgate.h"

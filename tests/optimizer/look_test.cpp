@@ -140,12 +140,11 @@ TEST_F(LookTest, ToleranceGivesWayWhereItWouldTearAPicture) {
 
 TEST_F(LookTest, LosslessChangesNoDisplayedPixel) {
     mSettings.mIsLossless = true;
-    // Two frames that leave no entry for undrawn pixels, and two alike, the second of which need not be
-    // drawn.
+    // The second frame changes in every entry there can be, and leaves none for the pixels that stay.
     TestGIF full =
-        Movie({Paint(32, 32, [](auto x, auto y) { return y * 32 + x; }),
-               Paint(32, 32, [](auto x, auto y) { return y * 32 + x + (y == 0 ? 1 : 0); }),
-               Paint(32, 32, [](auto, auto) { return 7; }), Paint(32, 32, [](auto, auto) { return 7; })});
+        Movie({Paint(32, 16, [](auto x, auto y) { return y * 32 + x; }),
+               Paint(32, 16, [](auto x, auto y) { return y * 32 + x + (y < 8 ? 1 : 0); }),
+               Paint(32, 16, [](auto, auto) { return 7; }), Paint(32, 16, [](auto, auto) { return 7; })});
     full.mTable = Greys(256);
     std::vector<TestGIF> originals{full};
     for (std::uint32_t seed = 2000; seed < 2150; ++seed)

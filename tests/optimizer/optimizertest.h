@@ -1,14 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/support/codeof.h"
 #include "tests/support/testanimation.h"
-#include "tests/support/testfolder.h"
 #include "tests/support/testgif.h"
 #include "win/optimizer/pvopt.h"
 

@@ -1,8 +1,5 @@
 // The palette: few colours stay exact, many are reduced within the limits, and no step changes what is drawn.
 
-#include <array>
-#include <set>
-
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
 #include "win/optimizer/colours/pvframecolours.h"

@@ -1,7 +1,5 @@
 // The two passes: what they replace, when the backup is made, and that nothing stops them halfway.
 
-#include <set>
-
 #include "nvcode2/gif/nvgiffile.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"

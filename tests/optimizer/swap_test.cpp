@@ -1,10 +1,7 @@
 // The swap search gives exactly what trying every pair by a whole encode gives.
 
-#include <gtest/gtest.h>
-
 #include "nvcode2/quant/nvpostdither.h"
 #include "tests/optimizer/optimizertest.h"
-#include "tests/support/codeof.h"
 #include "tests/support/randomgif.h"
 #include "tests/support/swapreference.h"
 #include "win/optimizer/codes/pvlzwestimate.h"

@@ -1,11 +1,5 @@
 // The search's shortcuts change no answer: each is what two estimates of the whole frame say.
 
-#include <algorithm>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tests/support/randomgif.h"
 #include "tests/support/swapreference.h"
 #include "win/optimizer/codes/pvlzwestimate.h"

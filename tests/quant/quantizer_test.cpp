@@ -1,14 +1,5 @@
 // The quantizer: exact where it can be, near where it must, and the same on every run.
 
-#include <algorithm>
-#include <limits>
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "nvcode2/quant/nvquantoctree.h"
 #include "nvcode2/quant/nvquantremap.h"
 #include "nvcode2/quant/nvquantselector.h"

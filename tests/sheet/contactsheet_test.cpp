@@ -2,14 +2,8 @@
 
 #include "win/sheet/pvcontactsheet.h"
 
-#include <algorithm>
-
-#include <gmock/gmock.h>
-
 #include "nvcode2/base/nvprogressindicator.h"
 #include "nvcode2/gif/nvgifframereader.h"
-#include "tests/support/codeof.h"
-#include "tests/support/testfolder.h"
 #include "tests/support/testgif.h"
 #include "wnatom/wnsystem.h"
 

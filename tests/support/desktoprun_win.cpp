@@ -1,10 +1,8 @@
 #include "tests/support/desktoprun_win.h"
 
-#include <array>
 #include <cstring>
 
 #include <commctrl.h>
-#include <gtest/gtest.h>
 #include <shellapi.h>
 #include <shlobj.h>
 

@@ -1,13 +1,9 @@
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
-
 #include <windows.h>
 
 #include "tests/support/ownregistry_win.h"
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 
 /** Runs the real Parvigif.exe and acts on its window like a person: commands, clicks, drops. Reads what the
  *  controls show. Its preferences, log and throw-away files are its own. */

@@ -1,12 +1,8 @@
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
+#include "tests/support/test.h"
 
 #include <sys/types.h>
-
-#include "tests/support/testfolder.h"
 
 /** What a finished run of the program left on its streams. */
 struct ProgramResult {

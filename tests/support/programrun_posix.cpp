@@ -1,8 +1,5 @@
 #include "tests/support/programrun.h"
 
-#include <cstdlib>
-#include <filesystem>
-
 #include <fcntl.h>
 #include <grp.h>
 #include <sys/wait.h>

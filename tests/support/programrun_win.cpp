@@ -1,7 +1,5 @@
 #include "tests/support/programrun.h"
 
-#include <filesystem>
-
 #include <windows.h>
 
 #include "nvcode2/base/nvwindows_win.h"

@@ -1,13 +1,5 @@
 #pragma once
 
-#include <filesystem>
-#include <map>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "samples/samplepictures.h"
 #include "tests/support/programrun.h"
 

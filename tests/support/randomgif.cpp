@@ -1,7 +1,5 @@
 #include "tests/support/randomgif.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr std::uint32_t km_MaxSize = 40; // pixels each way

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 #include "tests/support/testgif.h"
 
 /** Numbers that are the same everywhere, unlike those of the standard distributions. */

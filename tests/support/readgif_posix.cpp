@@ -1,5 +1,4 @@
 #include <gif_lib.h>
-#include <gtest/gtest.h>
 
 #include "tests/support/testgif.h"
 

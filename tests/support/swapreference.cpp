@@ -1,9 +1,5 @@
 #include "tests/support/swapreference.h"
 
-#include <algorithm>
-#include <bit>
-#include <cstdlib>
-
 #include "tests/support/lzwreference.h"
 #include "tests/support/testgif.h"
 

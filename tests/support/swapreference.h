@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <vector>
+#include "tests/support/test.h"
 
 /** The pixel swap search written down as plainly as it can be said: every trial encodes the whole frame. It
  *  shares nothing with the program. */

@@ -1,12 +1,6 @@
 #include "tests/support/testanimation.h"
 
-#include <algorithm>
-#include <utility>
-
-#include <gtest/gtest.h>
-
 #include "nvcode2/gif/nvlzwstringtable.h"
-#include "tests/support/testfolder.h"
 
 namespace {
 

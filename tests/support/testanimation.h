@@ -1,10 +1,5 @@
 #pragma once
 
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "nvcode2/gif/nvanimation.h"
 #include "tests/support/testgif.h"
 #include "win/optimizer/base/pvopthost.h"

@@ -1,11 +1,4 @@
-#include "tests/support/testfolder.h"
-
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-
-#include <gtest/gtest.h>
-
+#include "tests/support/test.h"
 #include "tests/support/testplatform.h"
 
 namespace fs = std::filesystem;

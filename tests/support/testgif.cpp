@@ -1,8 +1,5 @@
 #include "tests/support/testgif.h"
 
-#include <algorithm>
-#include <cstdlib>
-
 #include "tests/support/gifbytes.h"
 #include "tests/support/lzwreference.h"
 

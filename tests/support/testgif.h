@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <vector>
+#include "tests/support/test.h"
 
 /** A GIF as a test means it, independent of the library: what is in the file, how it is written, and what a
  *  viewer shows. Colours are 0xRRGGBB. */

@@ -1,9 +1,8 @@
 #include "tests/support/testplatform.h"
 
-#include <cstdlib>
-#include <stdexcept>
+#include "tests/support/test.h"
 
-#include "tests/support/testfolder.h"
+#include <stdexcept>
 
 std::string MakeTestFolder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "parvigif-test-XXXXXX").string();

@@ -1,12 +1,11 @@
 #include "tests/support/testplatform.h"
 
-#include <cstdlib>
 #include <stdexcept>
 
 #include <windows.h>
 
 #include "nvcode2/base/nvwindows_win.h"
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 #include "wnatom/wnfolders_win.h"
 
 namespace {

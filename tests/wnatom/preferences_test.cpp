@@ -1,11 +1,9 @@
 // The preferences store: lookup order, writes to both roots, damaged files, totals of runs side by side.
 
-#include <gtest/gtest.h>
-
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 #include "wnatom/wnpref.h"
 
 namespace {

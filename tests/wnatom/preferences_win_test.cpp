@@ -1,10 +1,8 @@
 // The preferences store on the registry: lookup order, writes to both roots, foreign values.
 
-#include <gtest/gtest.h>
-
 #include <windows.h>
 
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 #include "wnatom/wnpref.h"
 
 namespace {

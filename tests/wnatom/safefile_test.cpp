@@ -1,16 +1,10 @@
 // Replacing a file in one step: the target is whole at every moment, and keeps what it carried.
 
-#include <functional>
-
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "nvcode2/base/nverrorcode.h"
-#include "tests/support/codeof.h"
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 #include "wnatom/wnsafefile.h"
 
 namespace {
@@ -119,6 +113,12 @@ TEST_F(SafeFile, TheLongestNameHasRoomAndTheTemporaryNameIsNoPicture) {
     WriteTestFile(name, "new");
     file.Commit();
     EXPECT_EQ(ReadTestFile(longest), "new");
+}
+
+TEST_F(SafeFile, AnExistingTargetCanBeKept) {
+    WnSafeFile file(mTarget.c_str());
+    EXPECT_FALSE(file.CommitUnlessPresent());
+    EXPECT_EQ(ReadTestFile(mTarget), "old");
 }
 
 TEST_F(SafeFile, ImpossibleTargetsAreErrors) {

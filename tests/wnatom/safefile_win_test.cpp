@@ -2,14 +2,10 @@
 
 #include <thread>
 
-#include <gtest/gtest.h>
-
 #include <windows.h>
 
-#include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/base/nvwindows_win.h"
-#include "tests/support/codeof.h"
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 #include "wnatom/wnsafefile.h"
 
 namespace {

@@ -1,11 +1,8 @@
 // The data folder and scratch files.
 
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
-#include "nvcode2/base/nverrorcode.h"
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
 

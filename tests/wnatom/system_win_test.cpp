@@ -1,9 +1,6 @@
 // Folders, file identities, the data folder and scratch files on Windows.
 
-#include <gtest/gtest.h>
-
-#include "nvcode2/base/nverrorcode.h"
-#include "tests/support/testfolder.h"
+#include "tests/support/test.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
 
