@@ -206,6 +206,19 @@ TEST_F(FaultEverywhere, SavedAnewByAnotherProgram) {
     }
 }
 
+TEST_F(FaultEverywhere, SavedAnewOnTheWayToAnotherFolder) {
+    int asSaved = 0; // until the result is on its way
+    for (int at = 1; at <= 20; ++at) {
+        Write(km_Name, mOriginal);
+        SetFault("save", at);
+        mRunner.Run({"-o", "out", km_Name});
+        EXPECT_TRUE(Has("out/ball.gif"));
+        asSaved += Has("out/ball.gif") && Read("out/ball.gif") == mOriginal + '!';
+        fs::remove(mFolder / "out/ball.gif");
+    }
+    EXPECT_GT(asSaved, 2);
+}
+
 TEST_F(Interruption, RestoringPutsTheWholeOriginalBackOrNothing) {
     DrawSamples();
     const std::string original = Read("ball.gif");

@@ -125,7 +125,7 @@ TEST_F(LZW, AFullTableServesUntilAClearCodeComes) {
         codes.push_back({isString ? 258 + RandomBelow(random, next - 258) : RandomBelow(random, 256),
                          static_cast<unsigned>(std::bit_width(std::min(next, 4095U)))});
     }
-    codes.insert(codes.end(), {{256, 12}, {17, 9}, {258, 9}, {257, 9}});
+    codes.insert(codes.end(), {{4095, 12}, {256, 12}, {17, 9}, {258, 9}, {257, 9}}); // the last string, too
     const std::string stream = '\x08' + PackLZWCodes(codes);
     const std::uint32_t plenty = 3000;
     const LZWDecoded decoded = mCodec.Decode(stream, {plenty, plenty, plenty, false});
