@@ -64,7 +64,8 @@ TEST_F(Failures, FilesThatAreNoSoundGIFs) {
         {unknownBlock, damaged},
         {narrow, damaged},
         {sound.substr(0, 13 + 768) + ";", damaged}, // no frame at all
-        {sound.substr(0, sound.size() - 6) + std::string("\xff\xff\xff\xff\0;", 6), damaged},
+        {sound.substr(0, sound.size() - 6) + std::string("\xff\xff\xff\xff\0;", 6),
+         "frame 12 is damaged (code 28)"},
         {MakeHugeGIF(0xff), "needs more memory than allowed (code 2)"},
     };
     for (const auto& [bytes, text] : cases) {

@@ -285,7 +285,7 @@ TEST_F(WholeRun, ResultsLookLikeTheOriginalAndAreNeverLarger) {
 }
 
 TEST_F(WholeRun, TheSameFileGivesTheSameBytesAndASecondRunDoesNoHarm) {
-    PvOptimizer usedBefore(mHost);
+    PvOptimizer usedBefore(mHost, mSettings);
     for (std::uint32_t seed = 1000; seed < 1000 + km_Seeds / 4; ++seed) {
         SCOPED_TRACE(seed);
         const std::string path = Write(RandomGIF(seed));
