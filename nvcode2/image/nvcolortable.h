@@ -22,6 +22,12 @@ constexpr std::uint32_t NvPackColor(NvColor inColor) {
            static_cast<std::uint32_t>(inColor.blue) << 16;
 }
 
+/** The luma of a packed colour, 0 to 255, with the weights of ITU-R BT.601. */
+constexpr std::uint8_t NvLumaOf(std::uint32_t inColor) {
+    return static_cast<std::uint8_t>(
+        (77 * (inColor & 0xFF) + 150 * ((inColor >> 8) & 0xFF) + 29 * ((inColor >> 16) & 0xFF) + 128) >> 8);
+}
+
 /** The colour in such a word; the top byte does not matter. */
 constexpr NvColor NvUnpackColor(std::uint32_t inColor) {
     return {static_cast<std::uint8_t>(inColor), static_cast<std::uint8_t>(inColor >> 8),

@@ -12,8 +12,9 @@ namespace {
 const TestTable km_Colors = {0x646464, 0x806464, 0x646480, 0x484848, 0x816464,
                              0x646447, 0x966464, 0x636464, 0x000000, 0xFFFFFF};
 
-void DifferenceFrames(const TestAnimation& inAnimation, std::uint32_t inTolerance) {
-    PvDifferencer differencer(inAnimation.mWidth, inAnimation.mHeight, inTolerance, 128);
+void DifferenceFrames(const TestAnimation& inAnimation, std::uint32_t inTolerance,
+                      bool inGuardsTears = false) {
+    PvDifferencer differencer(inAnimation.mWidth, inAnimation.mHeight, inTolerance, 128, inGuardsTears);
     for (const auto& frame : inAnimation.mFrames) {
         differencer.Difference(*frame);
         frame->UpdateTransparency(inAnimation.GetSharedTableOf(*frame), 128);
@@ -123,6 +124,43 @@ TEST(Difference, ErrorsNeverAddUpBeyondTheTolerance) {
         }
         EXPECT_EQ(differing > 0, tolerance > 0);
     }
+}
+
+/** What is drawn of the second of two frames of 30 x 30 greys where tears are guarded against. */
+template <typename Picture>
+std::size_t CountDrawn(Picture inBefore, Picture inNow) {
+    TestGIF gif;
+    gif.mWidth = gif.mHeight = 30;
+    gif.mTable = Greys(256);
+    gif.mFrames = {Paint(30, 30, inBefore), Paint(30, 30, inNow)};
+    const auto animation = MakeAnimation(gif);
+    DifferenceFrames(*animation, km_DifferenceTolerance, true);
+    const std::string rows = Rows(animation->GetFrame(1));
+    return 30 * 30 + 29 - static_cast<std::size_t>(std::count_if(rows.begin(), rows.end(), [](char inPixel) {
+               return inPixel == '.' || inPixel == ' ';
+           }));
+}
+
+TEST(Difference, NothingOfWhatMovedStaysBehind) {
+    // A dark square, its rim no further from the ground than the tolerance, uncovers the ground.
+    const auto square = [](std::uint32_t inDark, std::uint32_t inRim) {
+        return [=](std::uint32_t x, std::uint32_t y) {
+            const bool isInside = x >= 12 && x < 18 && y >= 12 && y < 18;
+            const bool isRim = !isInside && x >= 11 && x < 19 && y >= 11 && y < 19;
+            return isInside ? inDark : isRim ? inRim : 200u;
+        };
+    };
+    EXPECT_EQ(CountDrawn(square(20, 175), square(200, 200)), 8u * 8u);
+}
+
+TEST(Difference, AnAreaThatIsMerelyLateStays) {
+    const auto block = [](std::uint32_t inGrey) {
+        return [=](std::uint32_t x, std::uint32_t y) {
+            return x >= 8 && x < 24 && y >= 8 && y < 24 ? inGrey : 100u;
+        };
+    };
+    EXPECT_EQ(CountDrawn(block(150), block(178)), 0u);
+    EXPECT_EQ(CountDrawn(block(150), block(179)), 16u * 16u);
 }
 
 TEST(Difference, ThereIsRoomForTransparencyInAFullSharedTable) {

@@ -161,7 +161,7 @@ std::optional<PvDifferencer> PvRebuilder::MakeDifferencer(std::uint32_t inTolera
         return std::nullopt;
     // Without a palette of our own, a frame may draw with every entry that a table can have.
     const std::uint32_t fullTable = mSettings.mIsLossless ? km_MaxColours : 0;
-    return PvDifferencer(mReader.GetScreenWidth(), mReader.GetScreenHeight(), inTolerance, fullTable);
+    return PvDifferencer(mReader.GetScreenWidth(), mReader.GetScreenHeight(), inTolerance, fullTable, true);
 }
 
 /** Has a frame show the shared colours that its indices stand for. Its pixels are mapped later, when fewer of

@@ -9,8 +9,22 @@
 #include "nvcode2/image/nvmaskrow.h"
 
 namespace {
+
 constexpr std::uint32_t km_Covered = 0xFF000000U;
+
+// Levels of a channel. Pixels that are off by no more are noise, and may stay where the picture would tear.
+constexpr std::uint32_t km_UnseenError = 6;
+
+bool IsSeen(std::uint32_t inFirst, std::uint32_t inSecond) {
+    const auto differs = [&](std::uint32_t inShift) {
+        const std::uint32_t first = (inFirst >> inShift) & 0xFF;
+        const std::uint32_t second = (inSecond >> inShift) & 0xFF;
+        return std::max(first, second) - std::min(first, second) > km_UnseenError;
+    };
+    return differs(0) || differs(8) || differs(16);
 }
+
+} // namespace
 
 void PvSettleDisposal(NvGIFFrameInfo& ioInfo) {
     if (ioInfo.mDisposal != NvGIFFrameInfo::km_DisposeClear)
@@ -18,10 +32,11 @@ void PvSettleDisposal(NvGIFFrameInfo& ioInfo) {
 }
 
 PvDifferencer::PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance,
-                             std::uint32_t inFullTable)
+                             std::uint32_t inFullTable, bool inGuardsTears)
     : mWidth(inWidth),
       mTolerance(static_cast<std::uint8_t>(inTolerance)),
       mFullTable(inFullTable),
+      mGuardsTears(inGuardsTears && inTolerance > km_UnseenError),
       mScreen(std::size_t{inWidth} * inHeight, 0),
       mFrameColours(inWidth),
       mDifferences(inWidth) {}
@@ -40,6 +55,8 @@ void PvDifferencer::Difference(NvGIFFrame& ioFrame) {
             LayDown(pixels.Row(y) + inFirst, inEnd - inFirst, ScreenRow(info, y) + inFirst,
                     StateRow(info, y) + inFirst);
         });
+    if (mGuardsTears)
+        DrawTears(info, pixels);
     RepairShortRuns(info, pixels);
     if (mFullTable > 0 && ioFrame.GetImage().GetColorTable().GetSize() >= mFullTable &&
         UsesEveryEntry(info, pixels))
@@ -106,6 +123,22 @@ std::size_t PvDifferencer::FindState(std::size_t inFrom, bool inIsDrawn) const {
     while (i < count && (mStates[i] == km_Drawn) != inIsDrawn)
         ++i;
     return i;
+}
+
+void PvDifferencer::DrawTears(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels) {
+    const PvLaidFrame frame{inInfo.mWidth,
+                            inInfo.mHeight,
+                            [&](std::uint32_t inY) { return inPixels.Row(inY); },
+                            [&](std::uint32_t inY) { return ScreenRow(inInfo, inY); },
+                            [&](std::uint32_t inY) { return StateRow(inInfo, inY); },
+                            mColours.data()};
+    mTearGuard.VisitTears(frame, [&](std::uint32_t inY, std::uint32_t inFirst, std::uint32_t inEnd) {
+        const std::uint8_t* states = StateRow(inInfo, inY);
+        for (std::uint32_t x = inFirst; x < inEnd; ++x)
+            if (states[x] == km_MadeTransparent &&
+                IsSeen(mColours[inPixels.Row(inY)[x]], ScreenRow(inInfo, inY)[x]))
+                DrawAgain(inInfo, inPixels, std::size_t{inY} * inInfo.mWidth + x);
+    });
 }
 
 // Runs continue across row ends, as LZW data does. A pixel drawn again is what the viewer sees from now on,

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "win/optimizer/frames/pvtearguard.h"
+
 class NvColorTable;
 class NvConstPixelLock;
 class NvGIFFrame;
@@ -25,19 +27,16 @@ public:
      *  @param inHeight      of the logical screen, pixels
      *  @param inTolerance   0 to 255 per channel
      *  @param inFullTable   entries of a table that cannot grow: a frame that draws with that many has no
-     *  index left for transparent pixels and is drawn whole; 0: there is always an index left */
+     *  index left for transparent pixels and is drawn whole; 0: there is always an index left
+     *  @param inGuardsTears whether pixels that are only nearly right are drawn where the picture would tear,
+     *                       see PvTearGuard */
     PvDifferencer(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inTolerance,
-                  std::uint32_t inFullTable);
+                  std::uint32_t inFullTable, bool inGuardsTears = false);
 
     /** Takes the next frame. Precondition: it does not restore what it covers. */
     void Difference(NvGIFFrame& ioFrame);
 
 private:
-    enum PixelState : std::uint8_t {
-        km_Undrawn,
-        km_Drawn,
-        km_MadeTransparent, // drawn by the frame as it came, but shown by the screen already
-    };
     using ScreenColour = std::uint32_t; // packed, the top byte set where the screen shows something
 
     ScreenColour* ScreenRow(const NvGIFFrameInfo& inInfo, std::uint32_t inRow);
@@ -46,6 +45,7 @@ private:
     void LayDown(const std::uint8_t* inPixels, std::uint32_t inCount, ScreenColour* ioScreen,
                  std::uint8_t* outStates);
     std::size_t FindState(std::size_t inFrom, bool inIsDrawn) const;
+    void DrawTears(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels);
     void RepairShortRuns(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels);
     void DrawAgain(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels, std::size_t inPlace);
     bool UsesEveryEntry(const NvGIFFrameInfo& inInfo, const NvConstPixelLock& inPixels) const;
@@ -55,9 +55,12 @@ private:
     std::uint32_t mWidth;
     std::uint8_t mTolerance;
     std::uint32_t mFullTable;
+    bool mGuardsTears;
     std::vector<ScreenColour> mScreen;        // row-major
-    std::vector<std::uint8_t> mStates;        // PixelState of the frame in hand, row-major
+    std::vector<std::uint8_t> mStates;        // PvPixelState of the frame in hand, row-major
     std::array<ScreenColour, 256> mColours{}; // of the frame in hand
+
+    PvTearGuard mTearGuard;
 
     // Of the run of drawn pixels in hand.
     std::vector<ScreenColour> mFrameColours;

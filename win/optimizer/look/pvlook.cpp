@@ -25,12 +25,7 @@ std::uint32_t BlocksFor(std::uint32_t inPixels) {
 
 /** Transparent pixels are mid grey. */
 std::uint8_t Luma(NvGIFPlayer::Pixel inPixel) {
-    if (inPixel == 0)
-        return km_MidGrey;
-    const std::uint32_t red = inPixel & 0xFF;
-    const std::uint32_t green = (inPixel >> 8) & 0xFF;
-    const std::uint32_t blue = (inPixel >> 16) & 0xFF;
-    return static_cast<std::uint8_t>((77 * red + 150 * green + 29 * blue + 128) >> 8);
+    return inPixel == 0 ? km_MidGrey : NvLumaOf(inPixel);
 }
 
 /** Reads the luma of what a canvas shows. */
