@@ -6,7 +6,7 @@ import sys
 import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-CHECK = os.path.join(HERE, 'checkrooms.py')
+CHECK = os.path.join(HERE, '../../cmake/checkrooms.py')
 with open(os.path.join(HERE, '../../cmake/rooms.txt'), encoding='utf-8') as ROOMS_FILE:
     ROOMS = ROOMS_FILE.read()
 

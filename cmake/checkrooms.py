@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks every include of the program against cmake/rooms.txt, and that includes run in no circle.
 
-    tests/rooms/checkrooms.py [ROOT]     prints each include that is not allowed, and why; status 1 if any
-    tests/rooms/checkrooms.py --write    brings the table at the end of docs/architecture.md up to date
+    cmake/checkrooms.py [ROOT]     prints each include that is not allowed, and why; status 1 if any
+    cmake/checkrooms.py --write    brings the table at the end of docs/architecture.md up to date
 """
 import os
 import re
@@ -101,7 +101,7 @@ def check_page(root, rooms, writes):
         page = file.read()
     right = page[:page.index('| Room |')] + make_table(rooms)
     if right != page and not writes:
-        yield 'docs/architecture.md: its table is out of date: tests/rooms/checkrooms.py --write'
+        yield 'docs/architecture.md: its table is out of date: cmake/checkrooms.py --write'
     elif right != page:
         with open(name, 'w', encoding='utf-8') as file:
             file.write(right)
@@ -110,7 +110,7 @@ def check_page(root, rooms, writes):
 def main():
     here = os.path.dirname(os.path.abspath(__file__))
     writes = sys.argv[1:] == ['--write']
-    root = os.path.join(here, '../..') if writes or len(sys.argv) < 2 else sys.argv[1]
+    root = os.path.join(here, '..') if writes or len(sys.argv) < 2 else sys.argv[1]
     rooms = read_rooms(root)
     faults = []
     for room, (used, _) in rooms.items():
