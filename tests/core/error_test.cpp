@@ -1,24 +1,12 @@
 #include <cerrno>
-#include <cstdio>
 
 #include "nvcode2/base/nvallocate.h"
-#include "nvcode2/base/nvassert.h"
 #include "tests/support/test.h"
 
 namespace {
 
 std::string FileNameOf(const NvErrorCode& inError) {
     return reinterpret_cast<const char*>(inError.GetFileName() + 1);
-}
-
-TEST(ErrorTest, TheHookHearsOfAnErrorOnceAndItsRaiserStaysNamed) {
-    static int reports = 0;
-    NvSetErrorReportHook([](const NvErrorCode&) { ++reports; });
-    const NvErrorCode code(5, std::string(300, 'f').c_str(), 1);
-    const NvErrorCode moved(NvErrorCode(code), "other", 9);
-    EXPECT_EQ(reports, 1) << "a copy is the same error";
-    EXPECT_EQ(FileNameOf(moved), std::string(255, 'f'));
-    NvSetErrorReportHook(nullptr);
 }
 
 TEST(ErrorTest, RunningOutOfMemoryNamesTheCallersLine) {
@@ -48,19 +36,6 @@ TEST(ErrorTest, RuntimeErrorsMapToCodes) {
             EXPECT_EQ(FileNameOf(error), "nvcode2/base/nverrorcode.cpp");
         }
     }
-}
-
-TEST(AssertDeathTest, ReportsTheExpressionAfterTheHook) {
-    const int present = 0;
-    NvAssert(!present);
-    EXPECT_DEATH(
-        {
-            NvSetAssertHook([](const char* inFileName, std::uint32_t inLine) {
-                std::fprintf(stderr, "hook saw %s:%u\n", inFileName, inLine);
-            });
-            NvAssert(present);
-        },
-        "hook saw .*error_test.cpp:.*\nAssertion failed: \"present\", file .*error_test.cpp, line");
 }
 
 } // namespace

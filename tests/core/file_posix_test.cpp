@@ -39,21 +39,6 @@ TEST_F(FileTest, AFullDiskIsToldAsSuch) {
     EXPECT_EQ(code, 22u);
 }
 
-TEST_F(FileTest, CloseOnCloseDecidesWhoClosesTheDescriptor) {
-    const std::string path = PathWith("abc");
-    for (const bool closes : {true, false}) {
-        const int descriptor = ::open(path.c_str(), O_RDONLY);
-        {
-            NvFile file;
-            file.Open(NvFile::km_ReadPerm, closes, descriptor);
-            EXPECT_EQ(ReadText(file, 3), "abc");
-        }
-        EXPECT_EQ(fcntl(descriptor, F_GETFD) == -1, closes);
-        if (!closes)
-            ::close(descriptor);
-    }
-}
-
 TEST_F(FileTest, CreatedFilesBelongToTheirOwnerAlone) {
     NvFile created((mFolder / "created").c_str());
     created.Create();

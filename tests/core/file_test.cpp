@@ -1,6 +1,5 @@
-// Reading, writing and measuring files, and what each call asks first.
+// Reading, writing and measuring files.
 
-#include "nvcode2/file/nvfilelocator.h"
 #include "tests/core/filetest.h"
 
 namespace {
@@ -45,18 +44,6 @@ TEST_F(FileTest, SeeksFromEachOrigin) {
     EXPECT_EQ(file.GetPosition(), 0u);
 }
 
-TEST_F(FileTest, CountingMeasuresAndTouchesNothing) {
-    NvFile file = FileWith("kept");
-    file.Open(NvFile::km_WritePerm | NvFile::km_CountPerm);
-    for (const std::uint32_t count : {10u, 20u, 5u})
-        file.Write(nullptr, count);
-    EXPECT_EQ(file.GetPosition(), 35u);
-    file.Close();
-    EXPECT_EQ(CodeOf([&] { file.Open(5); }), 5u);
-    EXPECT_EQ(file.GetLength(), 35u) << "the count outlives closing and an open that failed";
-    EXPECT_EQ(Content(), "kept");
-}
-
 TEST_F(FileTest, LengthsOf2GiBAreToldNotWrapped) {
     NvFile counter;
     counter.Open(6);
@@ -73,50 +60,6 @@ TEST_F(FileTest, LengthsOf2GiBAreToldNotWrapped) {
     file.Seek(NvFile::km_FromCurrent, -0x7fffffff);
     file.Seek(NvFile::km_FromCurrent, -0x7fffffff);
     EXPECT_EQ(file.GetPosition(), 12u);
-}
-
-TEST_F(FileTest, EveryOperationChecksTheStateFirst) {
-    NvFile closed = FileWith("abc");
-    NvFile open(closed.GetPath());
-    open.Open(NvFile::km_ReadPerm);
-    NvFile writing((mFolder / "new").c_str());
-    writing.Open(NvFile::km_WritePerm);
-    NvFile missing((mFolder / "none/file").c_str());
-    char byte = 0;
-    EXPECT_EQ(CodeOf([&] { closed.Read(&byte, 0); }), 15u);
-    EXPECT_EQ(CodeOf([&] { closed.Open(5); }), 5u) << "no such permission";
-    EXPECT_EQ(CodeOf([&] { open.Open(NvFile::km_ReadPerm); }), 11u);
-    EXPECT_EQ(CodeOf([&] { open.Delete(); }), 11u);
-    EXPECT_EQ(CodeOf([&] { open.Write(&byte, 1); }), 12u);
-    EXPECT_EQ(CodeOf([&] { writing.Read(&byte, 1); }), 12u);
-    EXPECT_EQ(CodeOf([&] { missing.Open(NvFile::km_ReadPerm); }), 10u);
-    EXPECT_EQ(ReadText(open, 3), "abc") << "a refused call leaves an open file usable";
-}
-
-std::string FileNameIn(const NvFileLocator& inLocator) {
-    char name[520];
-    inLocator.GetFileName(name);
-    return name;
-}
-
-TEST(FileLocatorTest, SplitsAtTheLastSeparatorOfEitherKind) {
-    const struct {
-        const char* path;
-        const char* name;
-        const char* renamed; // with the file name "c.gif"
-    } rows[] = {
-        {"C:\\a\\b.gif", "b.gif", "C:\\a\\c.gif"},
-        {"/home/a/b.gif", "b.gif", "/home/a/c.gif"},
-        {"\\a/b.gif", "b.gif", "\\a/c.gif"},
-        {"b.gif", "b.gif", "c.gif"},
-        {"/a/", "", "/a/c.gif"},
-    };
-    for (const auto& row : rows) {
-        NvFileLocator locator(row.path);
-        EXPECT_EQ(FileNameIn(locator), row.name) << row.path;
-        locator.SetFileName("c.gif");
-        EXPECT_STREQ(locator.GetPath(), row.renamed);
-    }
 }
 
 } // namespace

@@ -98,11 +98,4 @@ TEST(GIFFrame, FindsAnIndexForWhatIsNotDrawn) {
     }
 }
 
-TEST(GIFFrame, IsNeverWithoutItsRecord) {
-    const auto animation = MakeAnimation(Movie({Picture("01")}));
-    NvGIFFrame& frame = animation->GetFrame(0);
-    EXPECT_EQ(CodeOf([&] { frame.SetFormatInfo(nullptr); }), 38u);
-    EXPECT_EQ(frame.GetInfo().mWidth, 2);
-}
-
 } // namespace

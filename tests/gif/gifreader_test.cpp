@@ -165,13 +165,6 @@ TEST(GIFReader, TellsHowManyPixelsArrived) {
     }
 }
 
-TEST(GIFReader, NoticesWhatGoesOnBehindTheLastPixelOfCodeSize1) {
-    const std::string exact = '\x01' + PackLZWCodes({{2, 2}, {1, 2}, {3, 2}});
-    const std::string longer = '\x01' + PackLZWCodes({{2, 2}, {1, 2}, {1, 2}, {3, 3}});
-    EXPECT_EQ(CodeOfReadingAll(km_SmallHeader + GIFDescriptor(0, 0, 1, 1, 0) + exact), 0u);
-    EXPECT_EQ(CodeOfReadingAll(km_SmallHeader + GIFDescriptor(0, 0, 1, 1, 0) + longer), 28u);
-}
-
 TEST(GIFReader, ReadsFramesInAnyOrderAndFilesOneAfterTheOther) {
     const std::string zero = GIFDescriptor(0, 0, 1, 1, 0) + "\x02\x02\x44\x01\x00"s;
     // so much in between that the frames are not read ahead together

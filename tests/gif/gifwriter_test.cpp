@@ -70,29 +70,6 @@ TEST(GIFWriter, AnUntouchedRecordGivesThePlainestFile) {
     EXPECT_EQ(file->GetWrittenLength(), 26u);
 }
 
-TEST(GIFWriter, RefusesColoursThatNoTableHolds) {
-    struct {
-        std::uint32_t mColors;     // of the image
-        std::uint8_t mIndex;       // of its pixel
-        std::int32_t mLocalColors; // -1: no local table
-        std::uint32_t mGlobalColors;
-        std::uint32_t mError;
-    } const cases[] = {{256, 255, 256, 256, 0}, {0, 0, -1, 2, 21},  {257, 0, -1, 2, 21}, {2, 2, -1, 2, 21},
-                       {2, 0, 0, 2, 21},        {2, 0, 257, 2, 21}, {2, 0, -1, 257, 21}};
-    for (const auto& row : cases) {
-        SCOPED_TRACE(&row - cases);
-        GIFOutput file;
-        file->GetGlobalInfo()->mHasGlobalTable = 1;
-        file->GetGlobalInfo()->mColorTable = NvColorTable(row.mGlobalColors);
-        const NvIndexedImage image = MakeIndexedRow({row.mIndex}, NvColorTable(row.mColors));
-        NvGIFFrameInfo info = PlainInfoFor(image);
-        info.mHasLocalTable = row.mLocalColors >= 0;
-        info.mColorTable = NvColorTable(static_cast<std::uint32_t>(std::max(row.mLocalColors, 0)));
-        file.Open(1, 1, 1);
-        EXPECT_EQ(CodeOf([&] { file->WriteFrame(image, info); }), row.mError);
-    } // destroyed without Close, which is no mistake
-}
-
 // From a plain writer through our reader and our writer to giflib.
 TEST(GIFRoundTrip, AnotherReaderSeesWhatOursHasRead) {
     for (std::uint32_t seed = 0; seed < 60; ++seed) {

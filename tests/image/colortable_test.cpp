@@ -4,7 +4,6 @@
 
 namespace {
 
-using testing::ElementsAre;
 using Map = std::vector<std::uint8_t>;
 
 TEST(ColorTable, FindsTheClosestColour) {
@@ -39,50 +38,10 @@ TEST(ColorTable, CountsTheBitsOfAFileTable) {
     EXPECT_EQ(NvColorTable::GetBitsNeeded(0), 1u);
 }
 
-TEST(ColorTable, RemovesRepeatsJoinsResizesAndSorts) {
-    NvColorTable table = MakeTable({km_White, km_Red, km_White, km_Blue, km_Red});
-    std::array<std::uint8_t, 5> map{};
-    EXPECT_THAT(ColorsOf(table.RemoveDuplicatesWithMap(map.data())), ElementsAre(km_White, km_Red, km_Blue));
-    EXPECT_THAT(map, ElementsAre(0, 1, 0, 2, 1));
-    const NvColorTable other = MakeTable({km_Red, km_Blue, km_Green});
-    table.SetSize(2);
-    EXPECT_THAT(ColorsOf(table.MergeTables(&other, 3)), ElementsAre(km_White, km_Red, km_Blue));
-    EXPECT_EQ(other.FindClosestOtherColor(1), 0u);
-    std::vector<std::int32_t> histogram(4096, 0);
-    histogram[0x00F] = 9;
-    EXPECT_THAT(ColorsOf(other.SortByHistogram(histogram.data())), ElementsAre(km_Blue, km_Red, km_Green));
-    EXPECT_DEATH((void)table.GetColor(2), "inIndex < mTableSize && mTable");
-}
-
-TEST(ColorTable, MakesTheBuiltInPalettes) {
-    NvColorTable grey;
-    grey.MakeGrayRamp(0xFF);
-    EXPECT_EQ(grey.GetColor(200), (NvColor{55, 55, 55}));
-    NvColorTable web;
-    web.MakeWebPalette(true);
-    EXPECT_EQ(web.GetColor(1 * 36 + 2 * 6 + 3), (NvColor{51, 102, 153}));
-    EXPECT_EQ(web.GetColor(255), km_White);
-    NvColorTable system;
-    system.MakeSystemPalette();
-    const std::pair<std::uint32_t, NvColor> km_Cases[] = {
-        {0, km_White}, {36, {0xCC, 255, 255}}, {215, {0xEE, 0, 0}}, {239, {0, 0, 0x88}}, {255, km_Black}};
-    for (const auto& [index, color] : km_Cases)
-        EXPECT_EQ(system.GetColor(index), color) << index;
-    EXPECT_EQ(system.RemoveDuplicates().GetSize(), 256u) << "every colour is there once";
-}
-
 Map MapOf(const NvColorTable& inTable) {
     Map map(km_InverseColorMapSize, 99);
     MakeInverseColorMap(&inTable, map.data());
     return map;
-}
-
-TEST(InverseMap, CellsStandForTheirWidenedColour) {
-    const Map blues = MapOf(MakeTable({{0, 0, 255}, {0, 0, 248}}));
-    EXPECT_EQ(blues[31], 0) << "stands for blue 255";
-    EXPECT_EQ(blues[30], 1) << "stands for blue 246";
-    EXPECT_EQ(NvInverseColorMapCell(km_White), 32767u);
-    EXPECT_EQ(NvInverseColorMapCell({8, 16, 31}), 1u << 10 | 2u << 5 | 3u);
 }
 
 TEST(InverseMap, EqualsAPlainSearch) {

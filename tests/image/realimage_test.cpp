@@ -1,13 +1,9 @@
 // What all images with pixels share, and masks.
 
-#include "nvcode2/image/nvbuffer.h"
 #include "nvcode2/image/nvrealimage.h"
 #include "tests/image/images.h"
 
 namespace {
-
-using testing::Each;
-using testing::ElementsAre;
 
 NvRealImage MakeImage(std::uint32_t inWidth, std::uint32_t inHeight, std::uint16_t inDepth,
                       std::uint16_t inChannels, NvRowBytesProc inRowBytes = &NvPackedRowBytes) {
@@ -69,48 +65,6 @@ TEST(RealImage, CopiedAndPastedRegionsHoldExactlyTheirPixels) {
             }
         }
     }
-}
-
-TEST(RealImage, MisuseIsOurMistake) {
-    NvBuffer buffer;
-    EXPECT_EQ(CodeOf([&] { buffer.Lock(); }), 27u);
-    EXPECT_FALSE(buffer.IsLocked()) << "a failed lock does not count";
-    NvRealImage image = MakeImage(100, 100, 8, 1);
-    EXPECT_DEATH(image.AssertLocked(), "mBufferPtr->IsLocked..");
-    EXPECT_DEATH(image.PasteImage(MakeImage(10, 10, 8, 1), {91, 90}), "<= GetWidth");
-    EXPECT_DEATH(image.CopyRegion({-1, 0, 2, 2}), "inSourceRect.left >= 0");
-    EXPECT_EQ(CodeOf([&] { image.Invert(); }), 37u) << "what a class of images lacks is refused";
-
-    // Writing beside the caller's pixels: before a row, above the first, beyond the end.
-    const NvBitmapImage mask(2, 1, 0, 1);
-    std::uint8_t pixels[6] = {};
-    for (const auto& [point, rowBytes] :
-         {std::pair<NvPoint, std::uint32_t>{{-1, 0}, 6}, {{0, -1}, 6}, {{0, 0}, 5}}) {
-        EXPECT_DEATH(mask.WriteMasked({0, 0, 2, 1}, pixels, 6, {pixels, rowBytes, point, {}}), "HasRoomFor");
-        const NvRect dest{point.h, point.v, point.h + 2, point.v + 1};
-        EXPECT_DEATH(mask.ReadRGBAt({0, 0, 2, 1}, pixels, rowBytes, dest, {}), "HasRoomFor");
-    }
-}
-
-TEST(BitmapImage, PolarityAndFillDecideOnEveryBit) {
-    for (const std::uint8_t polarity : {std::uint8_t{0}, std::uint8_t{1}}) {
-        for (const std::uint32_t fill : {0u, 1u}) {
-            const NvBitmapImage mask(9, 2, polarity, fill);
-            EXPECT_THAT(BytesOf(mask), Each(polarity != fill ? 0xFF : 0x00)) << +polarity << ", " << fill;
-            EXPECT_EQ(IsSet(mask, 8, 1), fill == 1);
-        }
-    }
-    EXPECT_THAT(BytesOf(NvBitmapImage(9, 2, 0, 2)), Each(0)) << "2 is no fill value";
-    NvBitmapImage mask(4, 1, 1);
-    SetBytes(mask, {0b0011'0000});
-    NvBitmapImage other(4, 1);
-    SetBytes(other, {0b0101'0000});
-    mask.Combine(other, NvMaskRule::km_OnlyThis); // the first two pixels of this, the second of the other
-    EXPECT_TRUE(IsSet(mask, 0, 0));
-    EXPECT_FALSE(IsSet(mask, 1, 0) || IsSet(mask, 2, 0));
-    std::uint8_t colors[6] = {};
-    mask.ReadRGB({0, 0, 2, 1}, colors, 6, {});
-    EXPECT_THAT(colors, ElementsAre(255, 255, 255, 0, 0, 0));
 }
 
 TEST(BitmapImage, FindsTheBoundsOfContent) {
