@@ -28,14 +28,6 @@ std::string SourceOf(const NvErrorCode& inError) {
     return std::string(inError.GetFileName() + 1, inError.GetFileName() + 1 + inError.GetFileName()[0]);
 }
 
-TEST_F(ProcessTest, OnlyNonEmptyFilesNamedLikeGIFsAreWorkedOn) {
-    for (const char* name : {"a.gif", "B.GIF", "xGIF", "a.gif.BAK", "a.bak", "notes.txt", "if"})
-        Queue(name, 1);
-    Queue("empty.gif", 0);
-    mBrain->ProcessQueue();
-    EXPECT_THAT(mBrain->mOptimized, ElementsAre("a.gif", "B.GIF", "xGIF"));
-}
-
 TEST_F(ProcessTest, AFileThatCannotBeMeasuredFailsAndTheBatchGoesOn) {
     const std::string gone = Queue("gone.gif", 1);
     std::filesystem::resize_file(Queue("huge.gif", 1), std::uintmax_t{1} << 31); // sparse

@@ -109,16 +109,4 @@ TEST_F(NameTest, AFolderNeedsNoClosingSeparatorAndAFileNoPlainName) {
     EXPECT_THAT(Run(), ElementsAre("a.gif", "a*.gif"));
 }
 
-TEST_F(NameTest, NamesThatLeadNowhereAreTold) {
-    WriteTestFile(mFolder / "texts/b.txt", "x");
-    mkfifo((mFolder / "pipe.gif").c_str(), 0600);
-    fs::create_symlink("nothing", mFolder / "dangling.gif");
-    EXPECT_EQ(Add("texts"), MizerBrain::Named::km_NoGIFs);
-    EXPECT_EQ(Add("*.gif"), MizerBrain::Named::km_NoGIFs);
-    EXPECT_EQ(CodeOf([&] { Add("none.gif"); }), NvErrorCode::km_FileNotFound);
-    EXPECT_EQ(CodeOf([&] { mBrain->AddNameToQueue(""); }), NvErrorCode::km_FileNotFound);
-    EXPECT_EQ(CodeOf([&] { Add("pipe.gif"); }), NvErrorCode::km_WrongPermission);
-    EXPECT_EQ(CodeOf([&] { Add("dangling.gif"); }), NvErrorCode::km_WrongPermission);
-}
-
 } // namespace

@@ -2,7 +2,6 @@
 // movies.
 
 #include "tests/batch/batchtest.h"
-#include "win/batch/mizerpreferences.h"
 #include "win/session/gifmovie.h"
 #include "win/session/sessionlist.h"
 #include "win/session/sessionoriginals.h"
@@ -64,18 +63,6 @@ TEST(Session, AFileProcessedAgainKeepsItsRowAndItsFirstSize) {
 }
 
 class SessionFiles : public BatchTest {};
-
-TEST_F(SessionFiles, SettingsHaveTheirDefaultsAndComeBackAsStored) {
-    MizerSettings settings = MizerSettings::Read(mPrefs);
-    EXPECT_TRUE(settings.mBackup && settings.mLog && settings.mLogAll);
-    EXPECT_FALSE(settings.mOverwriteBackups || settings.mAllowCrop);
-    settings.mLogAll = settings.mBackup = false;
-    settings.mAllowCrop = true;
-    settings.Write(mPrefs);
-    settings = MizerSettings::Read(mPrefs);
-    EXPECT_FALSE(settings.mLogAll || settings.mBackup || settings.mOverwriteBackups);
-    EXPECT_TRUE(settings.mAllowCrop && settings.mLog);
-}
 
 TEST_F(SessionFiles, OriginalsAreTheBackupsOrCopiesThatGoWithTheSession) {
     const std::string plain = WriteTestFile(mFolder / "plain.gif", "plain");

@@ -21,29 +21,6 @@ TEST_F(FileTest, WriteReplacesTheContentAndUpdateKeepsIt) {
     EXPECT_EQ(Content(), std::string("abX\0\0", 5));
 }
 
-TEST_F(FileTest, ReadingReturnsWhatThereIsThenTheEnd) {
-    NvFile file = FileWith(std::string(40, 'x'));
-    file.Open(NvFile::km_ReadPerm);
-    EXPECT_EQ(ReadText(file, 100), std::string(40, 'x'));
-    EXPECT_EQ(file.Read(nullptr, 0), 0u);
-    char byte;
-    EXPECT_EQ(CodeOf([&] { file.Read(&byte, 1); }), 18u);
-}
-
-TEST_F(FileTest, SeeksFromEachOrigin) {
-    NvFile file = FileWith("0123456789");
-    file.Open(NvFile::km_ReadPerm);
-    using Step = std::tuple<std::uint16_t, std::int32_t, std::uint32_t>;
-    for (const auto& [origin, offset, position] :
-         {Step{0, 7, 7}, {1, -3, 4}, {2, -1, 9}, {2, 5, 15}, {0, 0, 0}}) {
-        file.Seek(origin, offset);
-        EXPECT_EQ(file.GetPosition(), position) << "origin " << origin << ", " << offset;
-    }
-    EXPECT_EQ(CodeOf([&] { file.Seek(3, 0); }), 21u);
-    EXPECT_EQ(CodeOf([&] { file.Seek(NvFile::km_FromCurrent, -1); }), 21u);
-    EXPECT_EQ(file.GetPosition(), 0u);
-}
-
 TEST_F(FileTest, LengthsOf2GiBAreToldNotWrapped) {
     NvFile counter;
     counter.Open(6);

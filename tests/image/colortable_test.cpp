@@ -30,14 +30,6 @@ TEST(ColorTable, FindsTheClosestColour) {
     EXPECT_EQ(NvPackColor({0x11, 0x22, 0x33}), 0x332211u) << "red in the low byte";
 }
 
-TEST(ColorTable, CountsTheBitsOfAFileTable) {
-    for (std::uint32_t bits = 1; bits <= 8; ++bits) {
-        EXPECT_EQ(NvColorTable::GetBitsNeeded(1u << bits), bits);
-        EXPECT_EQ(NvColorTable::GetBitsNeeded((1u << bits) + 1), std::min(bits + 1, 8u)) << "one colour more";
-    }
-    EXPECT_EQ(NvColorTable::GetBitsNeeded(0), 1u);
-}
-
 Map MapOf(const NvColorTable& inTable) {
     Map map(km_InverseColorMapSize, 99);
     MakeInverseColorMap(&inTable, map.data());
