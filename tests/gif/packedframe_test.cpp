@@ -41,7 +41,7 @@ TEST(PackedFrame, AMaskIsKeptWhereEveryIndexIsDrawn) {
         mask.Row(255)[0] = 0;
     }
     NvLZWStringTable strings;
-    const auto copy = NvPackedFrame(CloneFrame(frame), strings).Unpack();
+    const auto copy = NvPackedFrame(frame.Copy(), strings).Unpack();
     EXPECT_EQ(Rows(*copy), Rows(frame));
 }
 

@@ -1,7 +1,6 @@
 // Cropping: the smallest rectangle that shows, and erases, the same.
 
 #include "tests/optimizer/optimizertest.h"
-#include "tests/support/randomgif.h"
 #include "win/optimizer/frames/pvcrop.h"
 
 namespace {
@@ -57,29 +56,6 @@ TEST_F(CropTest, LastFrameIsCutToWhatItShowsAndErases) {
         EXPECT_EQ(PlaceAndRows(last), expected);
         EXPECT_EQ(last.GetInfo().mDelay, 123);
         EXPECT_EQ(CompareGIFs(gif, Describe(*animation)).mDifference, "");
-    }
-}
-
-TEST_F(CropTest, RandomAnimationsShowTheSameAndNoBorderIsLeft) {
-    for (std::uint32_t seed = 0; seed < 300; ++seed) {
-        SCOPED_TRACE(seed);
-        TestGIF gif = SoundRandomGIF(seed);
-        for (TestFrame& frame : gif.mFrames)
-            if (frame.mTransparent >= static_cast<int>(gif.TableOf(frame).size()))
-                frame.mTransparent = 0;
-        const auto animation = MakeAnimation(gif);
-        CropFrames(*animation);
-        ExpectTheSameIsShown(gif, Describe(*animation));
-        for (std::uint32_t i = 0; i < gif.mFrames.size(); ++i) {
-            const NvGIFFrame& frame = animation->GetFrame(i);
-            const NvRect whole{0, 0, static_cast<std::int32_t>(frame.GetWidth()),
-                               static_cast<std::int32_t>(frame.GetHeight())};
-            const bool isOnePixel = whole == NvRect{0, 0, 1, 1};
-            EXPECT_TRUE(frame.GetInfo().mDisposal == 2 || isOnePixel || frame.FindDrawnBounds() == whole);
-            const bool isCropped =
-                frame.GetImage().GetWidth() * frame.GetHeight() != gif.mFrames[i].mPixels.size();
-            EXPECT_TRUE(!isCropped || frame.HasTransparency() == !frame.IsFullyDrawn());
-        }
     }
 }
 

@@ -71,27 +71,6 @@ TEST(Difference, WhatAClearingFrameLeavesIsEmpty) {
     EXPECT_EQ(Rows(animation->GetFrame(2)), ".000.");
 }
 
-TEST(Difference, DisposalBecomesLeaveUnlessItClears) {
-    for (const std::uint32_t disposal : {0u, 1u, 2u, 5u, 6u, 7u}) {
-        TestFrame frame = Picture("0");
-        frame.mDisposal = disposal;
-        const std::uint32_t expected = disposal == 2 ? 2 : 1;
-        EXPECT_EQ(Difference({frame})->GetFrame(0).GetInfo().mDisposal, expected) << disposal;
-    }
-}
-
-TEST(Difference, TheScreenFollowsPixelsThatAreDrawnAgain) {
-    // The middle pixel of the second frame is drawn again, so it shows entry 1 from then on.
-    const std::vector<TestFrame> frames = {Picture("0000000"), Picture("9991999")};
-    const auto third = [&](const char* inRows) {
-        std::vector<TestFrame> three = frames;
-        three.push_back(Picture(inRows));
-        return Rows(Difference(three)->GetFrame(2));
-    };
-    EXPECT_EQ(third("9996999"), ".......") << "near to what is shown, far from what was below";
-    EXPECT_EQ(third("9997999"), "...7...") << "near to what was below, far from what is shown";
-}
-
 TEST(Difference, ErrorsNeverAddUpBeyondTheTolerance) {
     for (const int tolerance : {0, 8, 28}) {
         std::size_t differing = 0;
@@ -161,32 +140,6 @@ TEST(Difference, AnAreaThatIsMerelyLateStays) {
     };
     EXPECT_EQ(CountDrawn(block(150), block(178)), 0u);
     EXPECT_EQ(CountDrawn(block(150), block(179)), 16u * 16u);
-}
-
-TEST(Difference, ThereIsRoomForTransparencyInAFullSharedTable) {
-    TestGIF gif;
-    gif.mWidth = 120;
-    gif.mHeight = 2;
-    gif.mTable = Greys(128);
-    for (std::uint32_t shift : {0u, 8u})
-        gif.mFrames.push_back(Paint(120, 2, [=](auto x, auto y) { return x + (y == 0 ? shift : 0); }));
-    gif.mFrames[1].mPixels[130] = 127;
-    const auto animation = MakeAnimation(gif);
-    DifferenceFrames(*animation, 0);
-    const TestGIF result = Describe(*animation);
-    EXPECT_EQ(CompareGIFs(gif, result).mDiffering, 0u);
-    EXPECT_GE(result.mFrames[1].mTransparent, 0);
-    EXPECT_EQ(result.mTable.size(), 128u);
-
-    // A frame that draws with all of them leaves no index for what need not be drawn.
-    gif.mWidth = 128;
-    gif.mFrames.clear();
-    for (std::uint32_t shift : {0u, 9u})
-        gif.mFrames.push_back(
-            Paint(128, 2, [=](auto x, auto y) { return (x + (y == 0 ? shift : 0)) % 128; }));
-    const auto full = MakeAnimation(gif);
-    DifferenceFrames(*full, 0);
-    EXPECT_EQ(CompareGIFs(gif, Describe(*full)).mDiffering, 0u);
 }
 
 } // namespace

@@ -91,29 +91,6 @@ TEST(Flatten, DisposalsBecomeSimplerAndTheSameIsShown) {
     }
 }
 
-TEST(Flatten, RandomAnimationsShowTheSame) {
-    int restoring = 0;
-    for (std::uint32_t seed = 0; seed < 300; ++seed) {
-        TestGIF gif = RandomGIF(seed);
-        gif.mFrames.back().mDelivered.reset();
-        const bool restores = std::ranges::any_of(DisposalsOf(gif), [](auto d) { return d == 3 || d == 4; });
-        if (!restores || std::ranges::any_of(gif.mFrames, [&](const TestFrame& inFrame) {
-                return inFrame.mDelivered || gif.TableOf(inFrame).size() > 64 ||
-                       std::ranges::max(inFrame.mPixels) >= gif.TableOf(inFrame).size();
-            }))
-            continue;
-        ++restoring;
-        SCOPED_TRACE(seed);
-        const auto [flat, error] = Stream(gif);
-        const TestComparison comparison = CompareGIFs(gif, flat);
-        EXPECT_EQ(comparison.mDifference, "");
-        EXPECT_LE(comparison.mWorstChannel, error);
-        for (const std::uint32_t disposal : DisposalsOf(flat))
-            EXPECT_TRUE(disposal != 3 && disposal != 4);
-    }
-    EXPECT_GT(restoring, 15);
-}
-
 TEST(Flatten, AFrameOfTooManyColoursIsQuantizedAndTheErrorReported) {
     TestGIF gif;
     gif.mWidth = 20;
@@ -144,24 +121,6 @@ TEST(Flatten, AFrameOfTooManyColoursIsQuantizedAndTheErrorReported) {
         EXPECT_EQ(comparison.mWorstChannel, error);
         EXPECT_LE(flat.mFrames[3].mLocalTable.size(), 256u);
     }
-}
-
-// Where undrawn pixels would take an index that the colours need, they are drawn.
-TEST(Flatten, AllTheColoursOfATableStayExact) {
-    TestGIF gif;
-    gif.mWidth = 16;
-    gif.mHeight = 17;
-    gif.mTable = Greys(256);
-    TestFrame all = Paint(16, 17, [](auto x, auto y) { return y * 16 + x; });
-    all.mPixels[16 * 8 + 3] = 9;
-    TestFrame turned = all;
-    std::ranges::reverse(turned.mPixels);
-    turned.mPixels[16 * 8 + 3] = 9;
-    turned.mDisposal = 3;
-    gif.mFrames = {all, turned, WithDisposal(turned, 1)};
-    const auto [flat, error] = Stream(gif);
-    EXPECT_EQ(error, 0);
-    ExpectTheSameIsShown(gif, flat);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
 #include "win/optimizer/look/pvgate.h"
-#include "win/optimizer/pvrebuilder.h"
 
 namespace {
 
@@ -162,26 +161,6 @@ TEST_F(GateTest, ExchangedPixelsAreExplainedByTheirFrame) {
     EXPECT_EQ(compare({2, 1, 0}), "");
     candidate.mFrames[2].mPixels[0] = 0;
     EXPECT_EQ(compare({2, 1, 0}), "frame 3 would show other colours");
-}
-
-TEST_F(GateTest, ARunAllowsItselfWhatItDoes) {
-    const auto allowance = [&](const TestGIF& inGIF, std::uint32_t inTolerance) {
-        mSettings.mMemoryLimit = UINT64_MAX;
-        PvProgress progress(mHost);
-        PvRebuilder file(Write(inGIF).c_str(), mSettings);
-        file.Rebuild(inTolerance, progress);
-        return file.GetAllowance(inTolerance);
-    };
-    const TestGIF exact = Original();
-    EXPECT_EQ(allowance(exact, 28).mTolerance, 28u);
-    EXPECT_EQ(allowance(exact, 28).mPalette.GetLargest(), 0u);
-    TestGIF still = Movie({Paint(16, 16, [](auto x, auto y) { return y * 16 + x; })});
-    still.mTable = Greys(256);
-    EXPECT_EQ(allowance(still, 28).mTolerance, 0u) << "nothing lies below a still picture";
-    EXPECT_LE(allowance(still, 28).mPalette.GetLargest(), 4u);
-    EXPECT_GE(allowance(still, 28).mPalette.GetLargest(), 1u);
-    mSettings.mIsLossless = true;
-    EXPECT_EQ(allowance(still, 0).mPalette.GetLargest(), 0u);
 }
 
 /** Rewrites the file when the first pass is about to replace it, so that the result is not what it should be.

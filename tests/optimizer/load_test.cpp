@@ -200,16 +200,6 @@ TEST_F(LoadTest, DamagedDataAreReportedAndOnlyReplacedWhereTheOriginalIsKept) {
         }
 }
 
-TEST_F(LoadTest, LosslessIsExactForAFullTableAndDataThatEndEarly) {
-    const TestFrame full = Paint(32, 32, [](std::uint32_t inX, std::uint32_t inY) { return 32 * inY + inX; });
-    TestGIF gif = Movie({Cut(full, 700, false)});
-    gif.mTable = Greys(256);
-    const std::string path = Write(gif);
-    mSettings.mIsLossless = true;
-    Optimize(path);
-    ExpectTheSameIsShown(gif, PlainReadGIF(ReadTestFile(path)).value());
-}
-
 TEST_F(LoadTest, AFileThatCannotBeOpenedKeepsTheSystemsReason) {
     std::filesystem::create_directory(mFolder / "folder.gif");
     for (const auto& [name, systemError] : {std::pair{"missing.gif", ENOENT}, {"folder.gif", EISDIR}}) {

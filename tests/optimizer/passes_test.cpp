@@ -3,7 +3,6 @@
 #include "nvcode2/gif/nvgiffile.h"
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
-#include "win/optimizer/pvtolerance.h"
 
 namespace {
 
@@ -204,43 +203,6 @@ TEST_F(PassesTest, WithoutItsBackupAFileIsNotReplaced) {
 }
 
 constexpr std::uint32_t km_Seeds = 250;
-
-TEST(Tolerance, TheBestSoundResultStays) {
-    const struct {
-        const char* mName;
-        double mBestStructure;       // of the best result, of 10,000 bytes
-        std::uint32_t mSize;         // of a result that looks like the original; 0: it is not smaller
-        const char* mReason;         // why the gate refused it
-        std::uint32_t mExpectedSize; // of the best one afterwards; 0: none
-    } cases[] = {
-        {"a fair price", 0.9, 11'000, "", 11'000},
-        {"too dear", 0.9, 20'000, "", 10'000},
-        {"a tie", 1.0, 10'000, "", 10'000},
-        {"refused", 0.9, 5'000, "frame 1 would show other colours", 10'000},
-        {"dear, but the best is torn", 0.7, 20'000, "", 20'000},
-        {"refused, and the best is torn", 0.7, 5'000, "frame 1 would show other colours", 10'000},
-        {"not smaller", 0.9, 0, "", 10'000},
-        {"not smaller, and the best is torn", 0.7, 0, "", 0},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.mName);
-        const auto make = [](std::uint32_t inSize, double inStructure, const char* inReason) {
-            PvCandidate candidate;
-            candidate.mSize = inSize;
-            candidate.mComparison.mReason = inReason;
-            candidate.mComparison.mMeanStructure = inStructure;
-            candidate.mComparison.mWorstLook.mContrastSsim = inStructure;
-            candidate.mComparison.mWorstLook.mContrastWindows = 1000;
-            return candidate;
-        };
-        std::optional<PvCandidate> best = make(10'000, row.mBestStructure, "");
-        std::optional<PvCandidate> other;
-        if (row.mSize > 0)
-            other = make(row.mSize, 1.0, row.mReason);
-        PvKeepBetter(best, std::move(other));
-        EXPECT_EQ(best ? best->mSize : 0, row.mExpectedSize);
-    }
-}
 
 using WholeRun = OptimizerTest;
 

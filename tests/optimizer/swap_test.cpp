@@ -1,4 +1,5 @@
-// The swap search gives exactly what trying every pair by a whole encode gives.
+// The swap search gives exactly what trying every pair by a whole encode gives; its shortcuts change no
+// answer.
 
 #include "nvcode2/quant/nvpostdither.h"
 #include "tests/optimizer/optimizertest.h"
@@ -6,6 +7,7 @@
 #include "tests/support/swapreference.h"
 #include "win/optimizer/codes/pvlzwestimate.h"
 #include "win/optimizer/codes/pvswap.h"
+#include "win/optimizer/codes/pvswapsearch.h"
 
 namespace {
 
@@ -84,41 +86,6 @@ TEST(Swap, SearchEqualsTheLiteralOneOnHundredsOfFrames) {
     EXPECT_GT(exchanged, 200u);
 }
 
-/** A flat frame with a number of places to try. */
-SwapReference WithCandidates(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t inCount) {
-    SwapReference frame;
-    frame.mWidth = inWidth;
-    frame.mHeight = inHeight;
-    frame.mColors = {0x202020, 0x282828, 0x303030};
-    frame.mPixels.assign(std::size_t{inWidth} * inHeight, 0);
-    for (std::uint32_t i = 0; i < inCount; ++i) {
-        const std::size_t at =
-            (2 + i % (inHeight / 2 - 2) * 2) * std::size_t{inWidth} + 5 + i / (inHeight / 2 - 2) * 8;
-        frame.mPixels[at] = frame.mPixels[at + 2] = 1;
-    }
-    return frame;
-}
-
-TEST(Swap, MoreCandidatesThanTheSearchTakesOnArePostDithered) {
-    // 24,800,000 / 248 / 1000 = 100 candidates.
-    NvLZWStringTable strings;
-    PvPixelSwapper swapper(strings);
-    for (const std::uint32_t count : {100u, 101u}) {
-        SwapReference reference = WithCandidates(248, 1000, count);
-        EXPECT_EQ(reference.CountCandidates(), count);
-        const auto animation = MakeStill(reference);
-        NvGIFFrame& frame = animation->GetFrame(0);
-        EXPECT_EQ(PvPixelSwapper::HasTooManyCandidates(frame), count > 100);
-        const PvPixelSwapper::Result result = swapper.SwapPixelPairs(frame);
-        EXPECT_EQ(result.mPostDithered, count > 100);
-        if (count > 100)
-            reference.PostDither();
-        else
-            reference.Search();
-        EXPECT_EQ(PixelsOf(frame), reference.mPixels);
-    }
-}
-
 // Luma is what the eye sees structure in: the same pixels change places unseen between equally bright colours
 // and roughen the picture between greys.
 TEST(Swap, ExchangedPixelsAreKeptOnlyWhenTheyMakeTheFrameShorterAndDoNotShow) {
@@ -195,13 +162,115 @@ TEST(LZWEstimate, CountsTheBitsAroundAFullTable) {
         }
 }
 
-TEST(LZWEstimate, RowsMayLieApart) {
+/** The search beside whole estimates, on one frame after the other. */
+class BothSearches {
+public:
+    void Begin(const SwapReference& inFrame) {
+        mPlain = inFrame;
+        mPixels = inFrame.mPixels;
+        mBest = Estimate();
+        mSearch.Begin(mPixels.data(), inFrame.mWidth, inFrame.mHeight,
+                      static_cast<std::uint32_t>(inFrame.mColors.size()), inFrame.mInterlaced);
+    }
+
+    void Try(std::uint32_t inX, std::uint32_t inY) {
+        std::uint8_t* pair = &mPlain.mPixels[inY * mPlain.mWidth + inX];
+        std::swap(pair[0], pair[1]);
+        const std::uint64_t size = Estimate();
+        const bool isShorter = size < mBest;
+        if (isShorter)
+            mBest = size;
+        else
+            std::swap(pair[0], pair[1]);
+        ASSERT_EQ(mSearch.ExchangeIfShorter(inX, inY), isShorter) << "at " << inX << ", " << inY;
+        ASSERT_TRUE(mPixels == mPlain.mPixels);
+        mExchanged += isShorter ? 1 : 0;
+    }
+
+    std::uint64_t Estimate() { return ::Estimate(mEstimator, mPlain); }
+
+    const SwapReference& GetFrame() const { return mPlain; }
+
+    std::uint32_t mExchanged = 0;
+
+private:
+    NvLZWStringTable mStrings;
+    PvSwapSearch mSearch{mStrings};
+    NvLZWStringTable mEstimatorStrings;
+    PvLZWEstimator mEstimator{mEstimatorStrings};
+    SwapReference mPlain;
+    std::vector<std::uint8_t> mPixels;
+    std::uint64_t mBest = 0;
+};
+
+/** A frame in which tables fill up every few rows. */
+SwapReference BusyFrame(TestRandom& ioRandom) {
+    SwapReference frame;
+    frame.mWidth = 60 + ioRandom.Below(100);
+    frame.mHeight = 60 + ioRandom.Below(60);
+    frame.mColors.resize(100 + ioRandom.Below(157));
+    frame.mInterlaced = ioRandom.Chance(50);
+    frame.mPixels = RandomPixels(ioRandom, TestTexture::km_Noise, frame.mWidth, frame.mHeight,
+                                 static_cast<std::uint32_t>(frame.mColors.size()));
+    for (std::size_t i = 1; i < frame.mPixels.size(); ++i) // so that some exchanges pay
+        if (ioRandom.Chance(60))
+            frame.mPixels[i] =
+                frame.mPixels[i - 1 -
+                              ioRandom.Below(std::min<std::uint32_t>(static_cast<std::uint32_t>(i), 3))];
+    return frame;
+}
+
+using Resets = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+
+/** Where the tables of a frame are full: row and column. */
+Resets FindResets(const SwapReference& inFrame) {
+    const std::vector<std::uint32_t> rows = FileOrder(inFrame.mHeight, inFrame.mInterlaced);
+    const std::vector<std::uint8_t> stream = inFrame.Stream();
     NvLZWStringTable strings;
-    PvLZWEstimator estimator(strings);
-    const std::vector<std::uint8_t> apart = {0, 1, 9, 9, 1, 0, 9, 9, 0, 1, 9, 9};
-    const std::vector<std::uint8_t> together = {0, 1, 1, 0, 0, 1};
-    EXPECT_EQ(estimator.EstimateLZWSize(apart.data(), 2, 3, 4, 2, false),
-              estimator.EstimateLZWSize(together.data(), 2, 3, 2, 2, false));
+    PvLZWParser parser(strings);
+    parser.Begin(inFrame.mColors.size() > 128 ? 8 : 7);
+    Resets resets;
+    std::uint32_t next = 1;
+    parser.Start(stream[0]);
+    while (parser.Read(stream.data(), static_cast<std::uint32_t>(stream.size()), next)) {
+        resets.emplace_back(rows[next / inFrame.mWidth], next % inFrame.mWidth);
+        parser.Start(stream[next++]);
+    }
+    return resets;
+}
+
+// Pairs in the rows above a pixel that empties a table, until their segment is worth recording; then every
+// other one on and beside that pixel. Exchanges that are kept move it, and those behind it.
+TEST(SwapSearch, AnswersAsWholeEstimatesDoWhereTablesFillUp) {
+    BothSearches searches;
+    std::uint32_t besideResets = 0;
+    for (std::uint32_t seed = 0; seed < 100; ++seed) {
+        SCOPED_TRACE(seed);
+        TestRandom random(seed);
+        const SwapReference frame = BusyFrame(random);
+        searches.Begin(frame);
+        for (std::uint32_t i = 0, chosen = 0; i < 150; ++i) {
+            const Resets resets = FindResets(searches.GetFrame());
+            if (i % 50 == 0)
+                chosen = random.Below(100);
+            std::uint32_t x = random.Below(frame.mWidth - 1);
+            std::uint32_t y = 1 + random.Below(frame.mHeight - 1);
+            if (!resets.empty()) {
+                const auto [row, column] = resets[chosen % resets.size()];
+                if (i % 50 > 14 && i % 2 == 0 && row > 0 && column >= 3 && column + 3 < frame.mWidth) {
+                    y = row;
+                    x = column - 3 + random.Below(6);
+                    ++besideResets;
+                } else if (row > 1) {
+                    y = row - random.Below(std::min(row, 4U));
+                }
+            }
+            searches.Try(x, y);
+            ASSERT_FALSE(HasFatalFailure());
+        }
+    }
+    EXPECT_GT(searches.mExchanged, 700U);
+    EXPECT_GT(besideResets, 3000U);
 }
 
 } // namespace

@@ -3,13 +3,17 @@
 #include "tests/support/lzwreference.h"
 #include "tests/support/testgif.h"
 
-std::uint64_t SwapReference::Estimate() const {
+std::vector<std::uint8_t> SwapReference::Stream() const {
     Indices stream;
     for (const std::uint32_t y : FileOrder(mHeight, mInterlaced))
         stream.insert(stream.end(), mPixels.begin() + y * mWidth, mPixels.begin() + (y + 1) * mWidth);
+    return stream;
+}
+
+std::uint64_t SwapReference::Estimate() const {
     std::uint64_t bits = 0;
     for (const LZWCode& code :
-         ReferenceLZWCodes(static_cast<unsigned>(std::bit_width(mColors.size() - 1)), stream))
+         ReferenceLZWCodes(static_cast<unsigned>(std::bit_width(mColors.size() - 1)), Stream()))
         bits += code.mBits;
     return bits;
 }

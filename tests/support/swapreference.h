@@ -12,6 +12,9 @@ struct SwapReference {
     bool mInterlaced = false;
     int mTransparent = -1;
 
+    /** The pixels in file order. */
+    std::vector<std::uint8_t> Stream() const;
+
     /** Bits of the frame's LZW codes. */
     std::uint64_t Estimate() const;
 

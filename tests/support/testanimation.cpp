@@ -80,12 +80,8 @@ std::unique_ptr<NvAnimation> TestAnimation::Pack() const {
     auto packed = std::make_unique<NvAnimation>(mInfo, mWidth, mHeight);
     NvLZWStringTable strings;
     for (const auto& frame : mFrames)
-        packed->AddFrame(NvPackedFrame(CloneFrame(*frame), strings));
+        packed->AddFrame(NvPackedFrame(frame->Copy(), strings));
     return packed;
-}
-
-std::unique_ptr<NvGIFFrame> CloneFrame(const NvGIFFrame& inFrame) {
-    return inFrame.Copy();
 }
 
 std::unique_ptr<TestAnimation> MakeAnimation(const TestGIF& inGIF) {

@@ -24,8 +24,6 @@ struct TestAnimation {
     std::vector<std::unique_ptr<NvGIFFrame>> mFrames;
 };
 
-std::unique_ptr<NvGIFFrame> CloneFrame(const NvGIFFrame& inFrame);
-
 /** The animation in memory that loading a sound file of this content would give. */
 std::unique_ptr<TestAnimation> MakeAnimation(const TestGIF& inGIF);
 
