@@ -89,6 +89,7 @@ MODES = {
     "default": [], "no-backup": ["--no-backup"], "overwrite-backups": ["--overwrite-backups"],
     "keep-times": ["--keep-times"], "min-saving": ["--min-saving=1"], "output": ["-o", "out"],
     "restore": ["--restore"], "lossless": ["--lossless"], "stdin": ["-"], "link": [],
+    "sheet": ["--contact-sheet", "sheet.gif"],
 }
 
 FAILURES = [errno.EIO, errno.ENOSPC, errno.EACCES, errno.EINTR, errno.EMFILE]
@@ -125,6 +126,7 @@ class Trial:
         if self.mode == "restore":
             self.run({}, [])
         self.before = self.target.read_bytes()
+        self.all_before = self.contents()
 
     def run(self, extra, arguments=None):
         environment = {"PATH": os.environ["PATH"], "XDG_CONFIG_HOME": str(self.folder / "user"),
@@ -198,6 +200,8 @@ class Trial:
         delivered = there.get("out/" + PICTURE, pictures.original)
         if read_gif(delivered) is None and delivered != there.get(name):
             wrong.append("what was delivered is neither whole nor the file as it is")
+        if read_gif(there.get("sheet.gif", pictures.original)) is None:
+            wrong.append("the contact sheet is torn")
         return wrong
 
     def demand_old(self, there, place, wrong):
@@ -236,11 +240,13 @@ class Trial:
         result = self.run(extra)
         self.has_tweaked = self.acted == "tweaks" and (self.data / "time").exists()
         wrong = []
-        wanted = [0, 1, -9] if kind == "die" else [0, 1]
+        wanted = [0, 1, -9] if kind in ("die", "tear") else [0, 1]
         if result.returncode not in wanted:
             wrong.append(f"ended with {result.returncode}: {result.stderr.decode(errors='replace')}")
         wrong += self.complaints()
-        again = self.run({})
+        if kind == "sync" and self.contents() != self.all_before:
+            wrong.append("what cannot be flushed has changed something")
+        again = self.run({}, [] if self.mode == "sheet" else None)  # a sheet cleans up after nobody
         if again.returncode not in (0, 1):
             wrong.append(f"the next run ended with {again.returncode}")
         wrong += ["next run: " + text for text in self.complaints()]
@@ -259,11 +265,15 @@ def list_points(options, pictures):
     for mode in options.modes:
         with Trial(options, mode, pictures) as trial:
             calls = trial.count("libfaultshim.so", {})
+            changes = trial.count("libfaultshim.so", {"PARVIGIF_FAULT": "die=0"})
             allocations = trial.count("liballocshim.so", {"PARVIGIF_ALLOC": "0"}) if options.allocations else 0
-        faults = ["die", "short", *(f"fail {error}" for error in FAILURES), *("other " + name for name in ACTIONS)]
+        faults = ["short", *(f"fail {error}" for error in FAILURES), *("other " + name for name in ACTIONS)]
         points += [(mode, fault, at) for fault in faults for at in range(1, calls + 1)]
+        # A backup is trusted without being read back.
+        faults = ["die", "tear", "full", *(["rot"] if mode == "no-backup" else [])]
+        points += [(mode, fault, at) for fault in faults for at in range(1, changes + 1)] + [(mode, "sync", 1)]
         points += [(mode, "alloc", at) for at in range(1, allocations + 1, options.allocations or 1)]
-        print(f"{mode}: {calls} calls, {allocations} allocations", flush=True)
+        print(f"{mode}: {calls} calls, {changes} changes, {allocations} allocations", flush=True)
     return points
 
 

@@ -1,18 +1,17 @@
 // Loaded before the C library, this lets something happen at the program's n-th file-system call.
 //
 // PARVIGIF_FAULT is one of
-//   kill=n         the process dies just before change n
-//   tear=n         the same, but half of what change n would write is written
 //   full=n         from change n on, the disk is full
 //   rot=n          if change n is a write, other bytes than it should reach the disk unnoticed
-//   sync=n         from change n on, nothing can be flushed to the disk
-//   save=n         just before change n another program adds to ball.gif
-//   die=n          the process dies just before call n
+//   tear=n         if change n is a write, the process dies when half of it is written
+//   die=n          the process dies just before change n
+//   sync=n         from call n on, nothing can be flushed to the disk
 //   fail=n:ERROR   call n fails with that number of errno
 //   short=n        call n transfers a single byte, if it transfers any
 //   other=n        before call n, somebody else acts: the command in PARVIGIF_ACTION runs to its end
 // Changes are the calls that change what is on the disk; calls are all those that could fail. Standard
-// streams are left alone. PARVIGIF_COUNT names a file that is given the number of calls at the end.
+// streams are left alone. PARVIGIF_COUNT names a file that is given the number of calls at the end, or of
+// changes when the fault is about them.
 
 #include <cerrno>
 #include <csignal>
@@ -33,16 +32,14 @@
 
 namespace {
 
-enum class Fault { None, Kill, Tear, Full, Rot, Sync, Save, Die, Fail, Short, Other };
+enum class Fault { None, Full, Rot, Tear, Die, Sync, Fail, Short, Other };
 
-constexpr const char* km_Names[] = {"kill", "tear", "full", "rot",   "sync",
-                                    "save", "die",  "fail", "short", "other"};
+constexpr const char* km_Names[] = {"full", "rot", "tear", "die", "sync", "fail", "short", "other"};
 
 struct Plan {
     Fault mFault = Fault::None;
     long mAt = 0;
     int mError = 0;
-    long mChanges = 0;
     long mCalls = 0;
     bool mIsActing = false;
 };
@@ -90,8 +87,10 @@ void LetOtherAct(Plan& ioPlan) {
 
 /** Counts a call. Does not return when the process is to die here. @return whether the call is to fail, errno
  *  set */
-bool IsHit() {
+bool IsHit(bool inIsChange = false) {
     Plan& plan = GetPlan();
+    if (plan.mFault != Fault::None && plan.mFault <= Fault::Die && !inIsChange)
+        return false;
     if (plan.mIsActing || ++plan.mCalls != plan.mAt)
         return false;
     if (plan.mFault == Fault::Die)
@@ -102,27 +101,13 @@ bool IsHit() {
     return plan.mFault == Fault::Fail;
 }
 
-void SaveAnew() {
-    for (const char* name : {"ball.gif", "saved"}) { // the second tells that it was done
-        const int file = Next(open, "open")(name, O_WRONLY | O_APPEND | O_CREAT, 0600);
-        Next(write, "write")(file, "!", 1);
-        Next(close, "close")(file);
-    }
+/** @return whether the disk has come to be in that state */
+bool IsSince(Fault inFault) {
+    return GetPlan().mFault == inFault && GetPlan().mCalls >= GetPlan().mAt;
 }
 
-/** The same for a change; a full disk is no hit. @return whether the disk is full */
-bool IsFull() {
-    Plan& plan = GetPlan();
-    ++plan.mChanges;
-    if (plan.mFault == Fault::Kill && plan.mChanges == plan.mAt)
-        raise(SIGKILL);
-    if (plan.mFault == Fault::Save && plan.mChanges == plan.mAt)
-        SaveAnew();
-    return plan.mFault == Fault::Full && plan.mChanges >= plan.mAt;
-}
-
-bool IsShort() {
-    return GetPlan().mFault == Fault::Short && GetPlan().mCalls == GetPlan().mAt;
+bool IsNow(Fault inFault) {
+    return GetPlan().mFault == inFault && GetPlan().mCalls == GetPlan().mAt;
 }
 
 int FailAsFull() {
@@ -152,11 +137,9 @@ mode_t ModeOf(int inFlags, va_list inArguments) {
         return IsHit() ? FAILURE : Next(NAME, #NAME) ARGUMENTS;                                              \
     }
 
-// The same for one that changes the disk without needing room on it.
 #define CHANGE(NAME, PARAMETERS, ARGUMENTS)                                                                  \
     int NAME PARAMETERS {                                                                                    \
-        IsFull();                                                                                            \
-        return IsHit() ? -1 : Next(NAME, #NAME) ARGUMENTS;                                                   \
+        return IsHit(true) ? -1 : Next(NAME, #NAME) ARGUMENTS;                                               \
     }
 
 extern "C" {
@@ -166,9 +149,11 @@ int open(const char* inPath, int inFlags, ...) {
     va_start(arguments, inFlags);
     const mode_t mode = ModeOf(inFlags, arguments);
     va_end(arguments);
-    if ((inFlags & (O_CREAT | O_TRUNC)) != 0 && IsFull() && access(inPath, F_OK) != 0)
+    if (IsHit((inFlags & (O_CREAT | O_TRUNC)) != 0))
+        return -1;
+    if ((inFlags & O_CREAT) != 0 && IsSince(Fault::Full) && access(inPath, F_OK) != 0)
         return FailAsFull();
-    return IsHit() ? -1 : Next(open, "open")(inPath, inFlags, mode);
+    return Next(open, "open")(inPath, inFlags, mode);
 }
 
 int openat(int inFolder, const char* inPath, int inFlags, ...) {
@@ -184,50 +169,47 @@ FILE* fopen(const char* inPath, const char* inMode) {
 }
 
 int mkostemps(char* ioTemplate, int inSuffixLength, int inFlags) {
-    if (IsFull())
-        return FailAsFull();
-    return IsHit() ? -1 : Next(mkostemps, "mkostemps")(ioTemplate, inSuffixLength, inFlags);
+    if (IsHit(true))
+        return -1;
+    return IsSince(Fault::Full) ? FailAsFull()
+                                : Next(mkostemps, "mkostemps")(ioTemplate, inSuffixLength, inFlags);
 }
 
 ssize_t write(int inDescriptor, const void* inBytes, size_t inCount) {
     const auto next = Next(write, "write");
     if (inDescriptor <= STDERR_FILENO)
         return next(inDescriptor, inBytes, inCount);
-    Plan& plan = GetPlan();
-    if (plan.mFault == Fault::Tear && plan.mChanges + 1 == plan.mAt) {
+    if (IsHit(true))
+        return -1;
+    if (IsSince(Fault::Full))
+        return FailAsFull();
+    if (IsNow(Fault::Tear)) {
         next(inDescriptor, inBytes, inCount / 2);
         raise(SIGKILL);
     }
-    if (plan.mFault == Fault::Rot && plan.mChanges + 1 == plan.mAt) {
-        std::string rotten(static_cast<const char*>(inBytes), inCount);
-        rotten.back() = 'x';
-        ++plan.mChanges;
-        return next(inDescriptor, rotten.data(), inCount);
-    }
-    if (IsFull())
-        return FailAsFull();
-    return IsHit() ? -1 : next(inDescriptor, inBytes, IsShort() && inCount > 0 ? 1 : inCount);
+    std::string bytes(static_cast<const char*>(inBytes), inCount);
+    if (IsNow(Fault::Rot) && inCount > 0)
+        bytes.back() = 'x';
+    return next(inDescriptor, bytes.data(), IsNow(Fault::Short) && inCount > 0 ? 1 : inCount);
 }
 
 ssize_t read(int inDescriptor, void* outBytes, size_t inCount) {
     const auto next = Next(read, "read");
     if (inDescriptor <= STDERR_FILENO)
         return next(inDescriptor, outBytes, inCount);
-    return IsHit() ? -1 : next(inDescriptor, outBytes, IsShort() && inCount > 0 ? 1 : inCount);
+    return IsHit() ? -1 : next(inDescriptor, outBytes, IsNow(Fault::Short) && inCount > 0 ? 1 : inCount);
 }
 
 ssize_t pread(int inDescriptor, void* outBytes, size_t inCount, off_t inAt) {
-    return IsHit()
-               ? -1
-               : Next(pread, "pread")(inDescriptor, outBytes, IsShort() && inCount > 0 ? 1 : inCount, inAt);
+    return IsHit() ? -1
+                   : Next(pread, "pread")(inDescriptor, outBytes,
+                                          IsNow(Fault::Short) && inCount > 0 ? 1 : inCount, inAt);
 }
 
 int fsync(int inDescriptor) {
-    IsFull();
-    const Plan& plan = GetPlan();
-    if (plan.mFault == Fault::Sync && plan.mChanges >= plan.mAt)
-        return FailAsFull();
-    return IsHit() ? -1 : Next(fsync, "fsync")(inDescriptor);
+    if (IsHit())
+        return -1;
+    return IsSince(Fault::Sync) ? FailAsFull() : Next(fsync, "fsync")(inDescriptor);
 }
 
 CHANGE(fchmod, (int inDescriptor, mode_t inMode), (inDescriptor, inMode))
@@ -235,7 +217,6 @@ CHANGE(rename, (const char* inFrom, const char* inTo), (inFrom, inTo))
 CHANGE(renameat2, (int inFromFolder, const char* inFrom, int inToFolder, const char* inTo, unsigned inFlags),
        (inFromFolder, inFrom, inToFolder, inTo, inFlags))
 CHANGE(unlink, (const char* inPath), (inPath))
-
 PLAIN_CALL(int, -1, close, (int inDescriptor), (inDescriptor))
 PLAIN_CALL(int, -1, stat, (const char* inPath, struct stat* outStatus), (inPath, outStatus))
 PLAIN_CALL(int, -1, lstat, (const char* inPath, struct stat* outStatus), (inPath, outStatus))
