@@ -125,10 +125,12 @@ TEST_F(Failures, ABackupThatCannotBeMadeKeepsTheFile) {
     EXPECT_EQ(Read("tiles.gif"), original);
 }
 
-TEST_F(Failures, ALogThatCannotBeOpenedStopsNothing) {
-    WriteTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT/x", "a folder where the log should be");
-    const ProgramResult result = mRunner.Run({"-q", "good.gif"});
-    EXPECT_THAT(result.mErr, testing::StartsWith("parvigif: Unable to open log file at: "));
+TEST_F(Failures, ListsThatCannotBeWrittenStopNothing) {
+    for (const char* name : {"PVGFLog.TXT", "PVGFDone.TXT"}) // folders where they should be
+        WriteTestFile(mRunner.GetOwnFolder() / ("state/Norvek/" + std::string(name) + "/x"), "");
+    const ProgramResult result = mRunner.Run({"-q", "--skip-done", "good.gif"});
+    EXPECT_THAT(result.mErr, HasSubstr("parvigif: Unable to open log file at: "));
+    EXPECT_THAT(result.mErr, HasSubstr("parvigif: Unable to write the list of files done: "));
     EXPECT_EQ(result.mStatus, 0);
 }
 

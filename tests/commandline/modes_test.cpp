@@ -173,13 +173,6 @@ TEST_F(Modes, WhatIsDoneIsPassedOverWhateverItsName) {
     EXPECT_THAT(mRunner.Run({"--skip-done", "in/ball.gif"}).mOut, HasSubstr("1 file, 0 made smaller"));
 }
 
-TEST_F(Modes, ALedgerThatCannotBeWrittenStopsNothing) {
-    fs::create_directories(mRunner.GetOwnFolder() / "state/Norvek/PVGFDone.TXT");
-    const ProgramResult result = mRunner.Run({"--skip-done", "in/ball.gif", "in/sub/icon.gif"});
-    EXPECT_THAT(result.mErr, StartsWith("parvigif: Unable to write the list of files done: "));
-    EXPECT_EQ(result.mStatus, 0);
-}
-
 TEST_F(Modes, AFileThatAnotherProcessWorksOnIsLeftToIt) {
     const std::string data = mRunner.GetOwnFolder() / "state/Norvek";
     fs::create_directories(data);

@@ -17,10 +17,13 @@ TermSettings Parse(const std::vector<std::string>& inArguments) {
 }
 
 TEST(Options, NamesAndOptionsMayMixUntilTheDoubleDash) {
-    const TermSettings settings = Parse({"a", "-q", "b", "--no-log", "--", "-v", "--", "--help"});
+    const TermSettings settings = Parse(
+        {"a", "-q", "--max-memory", "64", "--tolerance=0", "b", "--no-log", "--", "-v", "--", "--help"});
     EXPECT_THAT(settings.mNames, ElementsAre("a", "b", "-v", "--", "--help"));
     EXPECT_EQ(settings.GetDetail(), TermDetail::km_Quiet);
     EXPECT_EQ(settings.mTask, TermTask::km_Process);
+    EXPECT_EQ(settings.mOptimizer.mMemoryLimit, 64u << 20);
+    EXPECT_EQ(settings.mOptimizer.mTolerance, 0u);
 }
 
 TEST(Options, EachSetsItsPreferenceForTheRun) {
@@ -40,11 +43,6 @@ TEST(Options, EachSetsItsPreferenceForTheRun) {
         << "the last of two counts";
 }
 
-TEST(Options, AValueFollowsOrIsAttached) {
-    EXPECT_EQ(Parse({"--max-memory", "64", "a"}).mOptimizer.mMemoryLimit, 64u << 20);
-    EXPECT_EQ(Parse({"--tolerance=0", "a"}).mOptimizer.mTolerance, 0u);
-}
-
 TEST(Options, HelpAndVersionWinOverMistakes) {
     EXPECT_EQ(Parse({"--no-such", "-h"}).mTask, TermTask::km_BriefHelp);
     EXPECT_EQ(Parse({"--help", "-Z"}).mTask, TermTask::km_FullHelp);
@@ -57,7 +55,6 @@ using Program = ProgramTest;
 TEST_F(Program, AWrongCommandLineIsOneLineAndStatus2) {
     const std::vector<std::pair<std::vector<std::string>, const char*>> cases = {
         {{}, "no file named"},
-        {{"-q"}, "no file named"},
         {{"--foo=bar", "--worse", "a"}, "unknown option '--foo'"},
         {{"--dryrun", "a"}, "unknown option '--dryrun': did you mean '--dry-run'?"},
         {{"-qx", "a"}, "unknown option '-x'"},
@@ -65,7 +62,6 @@ TEST_F(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"--no-log=1", "a"}, "option '--no-log' takes no value"},
         {{"a", "--max-memory"}, "option '--max-memory' needs a value: MIB"},
         {{"--max-memory=0", "a"}, "option '--max-memory' cannot be '0'"},
-        {{"--max-memory=12k", "a"}, "option '--max-memory' cannot be '12k'"},
         {{"--contact-sheet=", "a"}, "option '--contact-sheet' cannot be ''"},
         {{"--contact-sheet", "a"}, "no file named"},
         {{"--totals", "a.gif"}, "no file can be worked on here: 'a.gif'"},

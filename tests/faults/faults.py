@@ -173,10 +173,8 @@ class Trial:
         pictures = self.pictures
         wrong = []
 
-        def demand(content, place, what):
-            if not self.holds(there, content, place):
-                wrong.append(f"{what} is not whole at {place}: {sorted((n, len(d)) for n, d in there.items())}")
-
+        saved = {"saves": pictures.saved, "replaces": pictures.saved, "truncates": pictures.truncated,
+                 "appends": pictures.appended, "tweaks": pictures.tweaked if self.has_tweaked else None}
         if self.acted in ("deletes", "renames"):
             # restoring brings back also what is missing
             if name in there and not (self.mode == "restore" and there[name] == pictures.original):
@@ -186,15 +184,10 @@ class Trial:
         elif self.acted == "links":
             if not self.target.is_symlink():
                 wrong.append("the link is gone")
-            demand(pictures.saved, name + ".other", "what the link leads to")
+            self.demand_saved(there, pictures.saved, name + ".other", wrong)
             self.demand_old(there, name + ".moved", wrong)
-        elif self.acted in ("saves", "replaces"):
-            self.demand_saved(there, pictures.saved, name, wrong)
-        elif self.acted in ("truncates", "appends"):
-            self.demand_saved(there, getattr(pictures, self.acted[:-1] + ("d" if self.acted == "truncates" else "ed")),
-                              name, wrong)
-        elif self.acted == "tweaks" and self.has_tweaked:
-            self.demand_saved(there, pictures.tweaked, name, wrong)
+        elif saved.get(self.acted):
+            self.demand_saved(there, saved[self.acted], name, wrong)
         else:
             self.demand_old(there, name, wrong)
         delivered = there.get("out/" + PICTURE, pictures.original)
@@ -219,8 +212,8 @@ class Trial:
         kept = self.mode == "restore" and there.get(place) == self.pictures.original and \
             any(data == content for name, data in there.items() if name.endswith(".BAK"))
         if not kept and not self.holds(there, content, place):
-            wrong.append(f"what somebody saved is not whole at {place}: "
-                         f"{sorted((n, len(d)) for n, d in there.items())}")
+            sizes = sorted((name, len(data)) for name, data in there.items())
+            wrong.append(f"what somebody saved is not whole at {place}: {sizes}")
 
     def left_over(self):
         left = [path.name for path in self.place.rglob("*.tmp")]
