@@ -63,14 +63,6 @@ TEST(Difference, PixelsThatHardlyChangeAreNotDrawnAgain) {
     }
 }
 
-TEST(Difference, WhatAClearingFrameLeavesIsEmpty) {
-    TestFrame clearing = Picture("000", 1);
-    clearing.mDisposal = 2;
-    const auto animation = Difference({Picture("00000"), clearing, Picture("00000")});
-    EXPECT_EQ(Rows(animation->GetFrame(1)), "...");
-    EXPECT_EQ(Rows(animation->GetFrame(2)), ".000.");
-}
-
 TEST(Difference, ErrorsNeverAddUpBeyondTheTolerance) {
     for (const int tolerance : {0, 8, 28}) {
         std::size_t differing = 0;

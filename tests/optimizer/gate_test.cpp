@@ -168,7 +168,7 @@ TEST_F(GateTest, ExchangedPixelsAreExplainedByTheirFrame) {
 class MeddlingHost : public TestHost {
 public:
     bool ReportProgress(double inFraction) override {
-        if (inFraction >= 0.5 && mMeddle)
+        if (mMeddle && (mMoment ? mProgress.size() == *mMoment : inFraction >= 0.5))
             std::exchange(mMeddle, nullptr)();
         return TestHost::ReportProgress(inFraction);
     }
@@ -177,6 +177,7 @@ public:
         if (mMeddleAtBackup)
             std::exchange(mMeddleAtBackup, nullptr)();
     }
+    std::optional<std::size_t> mMoment; // report at which it meddles; nothing: the one named above
     std::function<void()> mMeddle;
     std::function<void()> mMeddleAtBackup;
 };
@@ -223,29 +224,18 @@ TEST_F(GateTest, AFileSavedAnewMeanwhileStaysAsItWasSaved) {
 
 // The frames are read more than once: what was learnt from one file must not be applied to another one.
 TEST_F(GateTest, AFileWrittenOverAtAnyMomentStaysAsItWasWritten) {
-    class Host : public TestHost {
-        bool ReportProgress(double inFraction) override {
-            if (mProgress.size() == mMoment)
-                mWriteOver();
-            return TestHost::ReportProgress(inFraction);
-        }
-
-    public:
-        std::size_t mMoment = 0;
-        std::function<void()> mWriteOver;
-    };
     std::size_t writtenOver = 0;
     for (std::uint32_t seed = 0; seed < 150; ++seed) {
         SCOPED_TRACE(seed);
         const std::string path = Write(RandomGIF(seed));
         const std::string other = EncodeGIF(RandomGIF(1000 + seed));
-        Host host;
+        MeddlingHost host;
         host.mMoment = seed % 15;
-        host.mWriteOver = [&] { WriteTestFile(path, other); };
+        host.mMeddle = [&] { WriteTestFile(path, other); };
         PvOptimizer optimizer(host);
         const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path));
         EXPECT_EQ(CodeOf([&] { optimizer.OptimizeGIFFile(path.c_str(), size); }), 0u);
-        if (host.mProgress.size() <= host.mMoment)
+        if (host.mMeddle)
             continue;
         ++writtenOver;
         EXPECT_EQ(ReadTestFile(path), other);

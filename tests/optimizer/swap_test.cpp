@@ -203,6 +203,26 @@ private:
     std::uint64_t mBest = 0;
 };
 
+// Any two neighbours, row by row as the search goes, and some of them out of order.
+TEST(SwapSearch, AnswersAsWholeEstimatesDoOnSmallFrames) {
+    BothSearches searches; // one for all, as the program uses it
+    for (std::uint32_t seed = 0; seed < 6000; ++seed) {
+        SCOPED_TRACE(seed);
+        TestRandom random(seed);
+        const SwapReference frame = RandomFrame(seed, 50, 30);
+        const std::uint32_t columns = frame.mWidth - 1;
+        const std::uint32_t places = columns * (frame.mHeight - 1);
+        const std::uint32_t step = std::max(1U, places / 20);
+        searches.Begin(frame);
+        for (std::uint32_t place = random.Below(step); place < places; place += 1 + random.Below(step)) {
+            const std::uint32_t tried = random.Chance(5) ? random.Below(places) : place;
+            searches.Try(tried % columns, 1 + tried / columns);
+            ASSERT_FALSE(HasFatalFailure());
+        }
+    }
+    EXPECT_GT(searches.mExchanged, 4000U);
+}
+
 /** A frame in which tables fill up every few rows. */
 SwapReference BusyFrame(TestRandom& ioRandom) {
     SwapReference frame;
