@@ -98,7 +98,8 @@ FAILURES = [errno.EIO, errno.ENOSPC, errno.EACCES, errno.EINTR, errno.EMFILE]
 class Trial:
     def __init__(self, options, mode, pictures):
         self.options, self.mode, self.pictures = options, mode, pictures
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="parvigif-faults-"))
+        self.temporary = tempfile.TemporaryDirectory(prefix="parvigif-faults-")
+        self.folder = pathlib.Path(self.temporary.name)
         self.data = self.folder / "data"
         self.data.mkdir()
         for name, content in vars(pictures).items():
@@ -107,12 +108,6 @@ class Trial:
         self.vault = self.place / "vault" if mode == "link" else self.place
         self.target = self.vault / PICTURE
         self.acted = ""
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        shutil.rmtree(self.folder, ignore_errors=True)
 
     def start(self):
         shutil.rmtree(self.place, ignore_errors=True)
@@ -249,17 +244,16 @@ class Trial:
 
 def try_one(job):
     options, pictures, mode, fault, at = job
-    with Trial(options, mode, pictures) as trial:
-        return mode, fault, at, trial.try_point(fault, at)
+    return mode, fault, at, Trial(options, mode, pictures).try_point(fault, at)
 
 
 def list_points(options, pictures):
     points = []
     for mode in options.modes:
-        with Trial(options, mode, pictures) as trial:
-            calls = trial.count("libfaultshim.so", {})
-            changes = trial.count("libfaultshim.so", {"PARVIGIF_FAULT": "die=0"})
-            allocations = trial.count("liballocshim.so", {"PARVIGIF_ALLOC": "0"}) if options.allocations else 0
+        trial = Trial(options, mode, pictures)
+        calls = trial.count("libfaultshim.so", {})
+        changes = trial.count("libfaultshim.so", {"PARVIGIF_FAULT": "die=0"})
+        allocations = trial.count("liballocshim.so", {"PARVIGIF_ALLOC": "0"}) if options.allocations else 0
         faults = ["short", *(f"fail {error}" for error in FAILURES), *("other " + name for name in ACTIONS)]
         points += [(mode, fault, at) for fault in faults for at in range(1, calls + 1)]
         # A backup is trusted without being read back.

@@ -140,18 +140,16 @@ def test_ctrl_c_leaves_the_file_in_hand_and_the_rest(program):
 def test_a_pause_waits_for_a_key_and_can_be_cancelled(program):
     terminal = Terminal(program, columns=40)
     terminal.wait_for_third()
-    for _ in range(2):
-        terminal.type(b"p")
-        terminal.wait_for("OPERATION PAUSED")
-        terminal.wait_for("Click 'OK' to continue... (any key)")
-        terminal.type(b" ")
-        terminal.wait_for("p pauses, Ctrl-C stops")
+    terminal.type(b"p")
+    terminal.wait_for("OPERATION PAUSED")
+    terminal.wait_for("Click 'OK' to continue... (any key)")
+    terminal.type(b" ")
+    terminal.wait_for("p pauses, Ctrl-C stops")
     terminal.type(b"p")
     terminal.wait_for("OPERATION PAUSED")
     terminal.type(b"\x03")
     assert terminal.end() == 130
     terminal.check_files()
-    terminal.check_books()
 
 
 def test_the_second_ctrl_c_leaves_every_file_whole(program):
