@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include <aclapi.h>
 #include <fcntl.h>
@@ -162,7 +163,8 @@ WnSafeFile::WnSafeFile(const char* inTargetPath, const char* inModelPath)
 }
 
 WnSafeFile::~WnSafeFile() {
-    _close(mDescriptor);
+    if (mDescriptor >= 0)
+        _close(mDescriptor);
     if (!mCommitted)
         DeleteFileW(NvWidePath(mTemporaryPath).c_str());
 }
@@ -205,11 +207,15 @@ std::optional<WnFileState> WnSafeFile::CommitOver(const WnFileState& inSeen) {
     Finish();
     if (!IsAsSeen(inSeen))
         return std::nullopt;
+    const std::optional<WnFileState> written = WnGetOpenFileState(mDescriptor);
     if (const DWORD error = Rename(mTemporaryPath, mTargetPath, MOVEFILE_REPLACE_EXISTING))
         ThrowRuntimeError(NvErrnoForWindows(error));
     mCommitted = true;
-    const auto state = WnGetOpenFileState(mDescriptor);
-    return state ? *state : WnFileState();
+    _close(std::exchange(mDescriptor, -1)); // which may set the times of what was written
+    const std::optional<WnFileState> state = WnGetFileState(mTargetPath.c_str());
+    const bool isOurs =
+        written && state && state->mIdentity == written->mIdentity && state->mSize == written->mSize;
+    return isOurs ? *state : WnFileState();
 }
 
 bool WnSafeFile::CommitUnlessPresent() {

@@ -55,7 +55,7 @@ std::string PackLZWCodes(const std::vector<LZWCode>& inCodes) {
     std::vector<bool> bits;
     for (const LZWCode& code : inCodes)
         for (unsigned i = 0; i < code.mBits; ++i)
-            bits.push_back(code.mCode >> i & 1U);
+            bits.push_back(i < 32 && (code.mCode >> i & 1U) != 0);
     std::string bytes((bits.size() + 7) / 8, '\0');
     for (std::size_t i = 0; i < bits.size(); ++i)
         if (bits[i])
