@@ -321,11 +321,9 @@ int main(int inArgumentCount, char** inArguments) {
     }
     if (!GIFsToMeasure().empty()) {
         benchmark::RegisterBenchmark("decode/ours/files", DecodeFilesOurs)->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark("decode/giflib/files", DecodeFilesGiflib)
-            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark("decode/giflib/files", DecodeFilesGiflib)->Unit(benchmark::kMillisecond);
         benchmark::RegisterBenchmark("encode/ours/files", EncodeFilesOurs)->Unit(benchmark::kMillisecond);
-        benchmark::RegisterBenchmark("encode/giflib/files", EncodeFilesGiflib)
-            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark("encode/giflib/files", EncodeFilesGiflib)->Unit(benchmark::kMillisecond);
     }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
