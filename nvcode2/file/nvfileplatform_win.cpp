@@ -36,7 +36,7 @@ int CheckRegular(HANDLE inFile) {
     return GetFileType(inFile) == FILE_TYPE_DISK ? 0 : ESPIPE;
 }
 
-/** Windows refuses a folder like a file without permission; errno tells them apart. */
+/** Windows refuses a folder as it refuses a file without permission; errno has a number for each. */
 int CheckNoFolder(const std::wstring& inPath) {
     const DWORD attributes = GetFileAttributesW(inPath.c_str());
     const bool isFolder =

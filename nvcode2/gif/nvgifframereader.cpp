@@ -84,7 +84,7 @@ NvGIFFrameReader::NvGIFFrameReader(const char* inPath, std::uint64_t inCommentLi
     CheckFrames();
 }
 
-// A file that the system would not open is told as "not a GIF we could load"; the system's reason goes along.
+// A file that the system would not open counts as "not a GIF"; the system's reason goes along.
 void NvGIFFrameReader::Open(const char* inPath) {
     const NvFileLocator locator(inPath);
     try {

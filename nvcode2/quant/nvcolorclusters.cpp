@@ -140,7 +140,7 @@ NvColor NvColorCluster::Mean() const {
 void NvMergeClusters(std::vector<NvColorCluster>& ioClusters, std::size_t inCount) {
     if (ioClusters.size() <= inCount)
         return;
-    // Costs that are equal are told apart by place, which must not depend on where the clusters came from.
+    // Costs that are equal are ordered by place, which must not depend on where the clusters came from.
     std::sort(ioClusters.begin(), ioClusters.end(),
               [](const NvColorCluster& inLeft, const NvColorCluster& inRight) {
                   return std::tie(inLeft.mRed, inLeft.mGreen, inLeft.mBlue, inLeft.mWeight) <

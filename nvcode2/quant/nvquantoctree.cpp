@@ -54,7 +54,7 @@ public:
 
 private:
     // The tree's shape depends on the order in which colours came, its nodes' numbers too; their clusters do
-    // not. So equal errors are told apart by what the clusters hold.
+    // not. So equal errors are ordered by what the clusters hold.
     struct Candidate {
         double mError;
         std::uint64_t mWeight;
