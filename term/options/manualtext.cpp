@@ -2,15 +2,21 @@
 
 #include <array>
 
+#include "term/text/fillin.h"
+#include "win/optimizer/base/pvoptsettings.h"
+
 namespace {
+
+constexpr auto km_ReplacingText = TermFillIn<km_MostColours, km_DifferenceTolerance>(
+    "A file is replaced only if the new one is smaller and plays the same: screen, frames, timing, loop "
+    "and shape are checked on the finished file. Colours may change a little: a file made smaller has at "
+    "most # of them, and a pixel within # of 255 of what the screen shows already is not drawn again.");
 
 constexpr auto km_Introduction = std::to_array<const char*>({
     "A NAME is a GIF file, a folder (its GIF files, with -r those of its subfolders too), or a quoted "
     "pattern with * and ?. The NAME - reads one picture from standard input and writes it to standard "
     "output.",
-    "A file is replaced only if the new one is smaller and plays the same: screen, frames, timing, loop "
-    "and shape are checked on the finished file. Colours may change a little: a file made smaller has at "
-    "most 128 of them, and a pixel within 28 of 255 of what the screen shows already is not drawn again.",
+    km_ReplacingText.data(),
     "A file changes in one step or not at all, whatever happens. Its original is kept beside it as "
     "NAME.BAK, unless that exists already. A symbolic link stays one: the file it leads to is replaced. Of "
     "several hard links, only the one named leads to the new file.",

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 
+#include "term/text/fillin.h"
 #include "win/batch/mizerpreferences.h"
 
 namespace {
@@ -77,6 +78,15 @@ bool SetText(std::string& outText, Argument inText) {
     return !inText.empty();
 }
 
+constexpr auto km_LosslessText = TermFillIn<km_MostColours>(
+    "Saves less: only unused colours, pixels that the screen shows already, and better packing. Without "
+    "this, a file made smaller has at most # colours.");
+constexpr auto km_ToleranceBrief =
+    TermFillIn<km_DifferenceTolerance>("largest colour difference ignored, 0 to #");
+constexpr auto km_ToleranceText = TermFillIn<km_DifferenceTolerance>(
+    "Between frames of an animation: a pixel is not drawn again while the screen shows a colour within N "
+    "of 255 in red, green and blue. The default, #, is lowered for a file in which it would show.");
+
 constexpr auto km_Options = std::to_array<TermOption>({
     {"recursive", 'r', nullptr, "Files", "search subfolders too", "Links to folders are not followed.",
      [](Settings& ioSettings, Argument) { return ioSettings.mIsRecursive = true; }},
@@ -122,16 +132,11 @@ constexpr auto km_Options = std::to_array<TermOption>({
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 1); }, true},
     {"no-allow-crop", 0, nullptr, "Picture", "keep borders, whatever the preferences say", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 0); }, true},
-    {"lossless", 0, nullptr, "Picture", "change no displayed colour",
-     "Saves less: only unused colours, pixels that the screen shows already, and better packing. Without "
-     "this, a file made smaller has at most 128 colours.",
+    {"lossless", 0, nullptr, "Picture", "change no displayed colour", km_LosslessText.data(),
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOSSLESS", 1); }},
     {"no-lossless", 0, nullptr, "Picture", "let colours change, whatever the preferences say", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOSSLESS", 0); }, true},
-    {"tolerance", 0, "N", "Picture", "largest colour difference ignored, 0 to 28",
-     "Between frames of an animation: a pixel is not drawn again while the screen shows a colour within N "
-     "of 255 in red, green and blue. The default, 28, is lowered for a file in which it would show.",
-     SetTolerance},
+    {"tolerance", 0, "N", "Picture", km_ToleranceBrief.data(), km_ToleranceText.data(), SetTolerance},
     {"max-memory", 0, "MIB", "Picture", "leave files that need more memory",
      "In MiB, per file. The default is half of the machine's memory, but at least 1024.", SetMemoryLimit,
      true},

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks what the pages name: links, paths, classes and options must exist. Paths and options are looked for in
-`code`, classes in docs/architecture.md only."""
+"""Checks what the pages name: links, paths, classes and options must exist, limits be those of the code. Paths and
+options are looked for in `code`, classes in docs/architecture.md only."""
 import os
 import re
 import sys
@@ -9,6 +9,7 @@ ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), '../..')
 PAGES = ['README.md', 'CONTRIBUTING.md', 'CHANGELOG.md', 'docs/architecture.md', 'docs/guide.md', 'docs/options.md',
          'docs/performance.md', 'docs/quality.md']
 TOPS = ('nvcode2', 'wnatom', 'win', 'term', 'tests', 'bench', 'fuzz', 'samples', 'packaging', 'docs', 'cmake', '.ci')
+COLOURS = re.compile(r'at most (\d+)\s(?:colours|of\sthem|stay)')  # held to km_MostColours
 OTHERS = {'--colors', '--lossy', '--prefix'}  # of other programs that the pages speak of
 
 
@@ -27,8 +28,11 @@ def find_classes():
     return set(re.findall(r'^(?:class|struct) (\w+)(?: final)?(?: :[^;]*)?\s*{', text, re.M))
 
 
-def check(page, options, classes):
+def check(page, options, classes, colours):
     text = read(page)
+    for number in COLOURS.findall(text):
+        if number != colours:
+            yield f'names a limit of {number} colours'
     for link in re.findall(r'\]\((?!http)([^)#]+)', text):
         if not os.path.exists(os.path.join(ROOT, os.path.dirname(page), link)):
             yield f'links to {link}'
@@ -46,7 +50,11 @@ def check(page, options, classes):
 def main():
     options = set(re.findall(r'`(--[\w-]+)', read('docs/options.md')))
     classes = find_classes()
-    faults = [f'{page}: {fault}, which does not exist' for page in PAGES for fault in check(page, options, classes)]
+    colours = re.search(r'km_MostColours = (\d+)', read('win/optimizer/base/pvoptsettings.h')).group(1)
+    faults = [f'{page}: {fault}, which does not exist' for page in PAGES
+              for fault in check(page, options, classes, colours)]
+    faults += [f'{page} says no limit of colours' for page in ('README.md', 'docs/guide.md')
+               if not COLOURS.search(read(page))]
     sys.exit('\n'.join(faults) or 0)
 
 

@@ -5,6 +5,9 @@
 /** Largest difference per channel at which a pixel counts as the one already on the screen. */
 inline constexpr std::uint32_t km_DifferenceTolerance = 28;
 
+/** Most colours of a file that was made smaller with what may be lost by default. */
+inline constexpr std::uint32_t km_MostColours = 128;
+
 /** What the optimizer may do to a file, and use for it. */
 struct PvOptSettings {
     /** Changes no displayed colour: no palette building, no tolerance, no exchanged pixels. */

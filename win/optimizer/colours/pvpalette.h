@@ -14,7 +14,7 @@ struct PvFrameColours;
 /** How strongly BuildGlobalPalette reduces colours. */
 enum class PvPaletteMode {
     km_Full,   ///< 256 shared colours, all of which every frame may use
-    km_Normal, ///< 128 shared colours, 120 a frame
+    km_Normal, ///< km_MostColours shared ones, some fewer a frame
     km_Strong, ///< 64 shared colours, 60 a frame
 };
 
