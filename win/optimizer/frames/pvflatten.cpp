@@ -159,9 +159,9 @@ public:
     /** Has the frame draw pixels of a rectangle of the screen inside the part.
      *  @param inIsDrawn  1 or 0 for each, row-major */
     void Draw(const NvRect& inRect, const std::vector<std::uint8_t>& inIsDrawn) {
-        const auto width = static_cast<std::size_t>(inRect.Width());
+        const auto width = static_cast<std::ptrdiff_t>(inRect.Width());
         for (std::int32_t y = 0; y < inRect.Height(); ++y)
-            std::copy_n(inIsDrawn.begin() + static_cast<std::ptrdiff_t>(y * width), width,
+            std::copy_n(inIsDrawn.begin() + y * width, width,
                         DrawnRow(static_cast<std::uint32_t>(inRect.top - mRect.top + y)) +
                             (inRect.left - mRect.left));
     }
