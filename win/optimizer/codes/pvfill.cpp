@@ -57,7 +57,7 @@ void StorePixels(NvGIFFrame& ioFrame, const PvFillChooser::Pixels& inPixels) {
                                     next += width;
                                 });
     }
-    ioFrame.UpdateMask();
+    ioFrame.UpdateMask(); // by which exchanged pixels are judged
 }
 
 } // namespace
