@@ -43,14 +43,7 @@ bool CheckReading(const std::string& inPath, const std::optional<TestGIF>& inExp
         NvGIFPlayer player(inExpected->mWidth, inExpected->mHeight);
         for (std::uint32_t i = 0; i < shown.size(); ++i) {
             reader.PlayFrame(i, player);
-            TestCanvas canvas;
-            for (std::uint32_t y = 0; y < inExpected->mHeight; ++y)
-                for (const NvGIFPlayer::Pixel pixel : player.ReadRow(y))
-                    canvas.push_back(pixel == 0
-                                         ? km_Uncovered
-                                         : static_cast<std::int32_t>((pixel & 0xFF) << 16 | (pixel & 0xFF00) |
-                                                                     (pixel >> 16 & 0xFF)));
-            Require(canvas == shown[i], "the library shows what the plain player shows");
+            Require(CanvasOf(player) == shown[i], "the library shows what the plain player shows");
         }
         return true;
     } catch (const NvErrorCode& error) {

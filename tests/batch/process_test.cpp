@@ -132,15 +132,6 @@ TEST_F(ProcessTest, TheSettingsOfAFileAreThoseOfItsBeginning) {
     EXPECT_THAT(ReadLog(), testing::Not(testing::HasSubstr("b.gif")));
 }
 
-TEST_F(ProcessTest, ABackupThatFailsIsAnErrorOfTheDriver) {
-    std::filesystem::create_directory(Queue("a.gif", 10) + ".BAK");
-    mBrain->mNewSizes["a.gif"] = 5;
-    const NvErrorCode error = CatchFrom(*mBrain);
-    EXPECT_EQ(error.GetCode(), NvErrorCode::km_Failure);
-    EXPECT_EQ(SourceOf(error), "win/mizerbrain");
-    EXPECT_EQ(mShell.mResults.back().mReason, MizerReason::km_NoBackup);
-}
-
 TEST_F(ProcessTest, ARequestToQuitTakesThePlaceOfTheBatch) {
     Queue("a.gif", 1);
     mBrain->RequestQuit();

@@ -87,26 +87,4 @@ TEST_F(QueueTest, PatternsAreOfStarsAndQuestionMarksOnly) {
         EXPECT_EQ(Find(pattern), names) << pattern;
 }
 
-class NameTest : public BatchTest {
-protected:
-    MizerBrain::Named Add(const std::string& inName) {
-        return mBrain->AddNameToQueue((mFolder / inName).c_str());
-    }
-    std::vector<std::string> Run() {
-        mBrain->ProcessQueue();
-        return mBrain->mOptimized;
-    }
-};
-
-TEST_F(NameTest, AFolderNeedsNoClosingSeparatorAndAFileNoPlainName) {
-    WriteTestFile(mFolder / "pics/a.gif", "x");
-    WriteTestFile(mFolder / "a*.gif", "x");
-    WriteTestFile(mFolder / "ab.gif", "x");
-    EXPECT_EQ(Add("pics"), MizerBrain::Named::km_Queued);
-    EXPECT_EQ(Add("pics/"), MizerBrain::Named::km_Queued) << "nothing new, but not a mistake";
-    EXPECT_EQ(Add("a*.gif"), MizerBrain::Named::km_Queued) << "a file of that very name";
-    EXPECT_EQ(Add("./a*.gif"), MizerBrain::Named::km_AlreadyQueued);
-    EXPECT_THAT(Run(), ElementsAre("a.gif", "a*.gif"));
-}
-
 } // namespace

@@ -36,15 +36,6 @@ TEST(Texts, LogEntries) {
 
 using PanelTest = BatchTest;
 
-TEST_F(PanelTest, StartUpShowsTheTotalsToDate) {
-    mPrefs.WriteDWord("FILESPROCESSED", 41);
-    mPrefs.WriteDWord("BYTESSAVED", 3000000000u);
-    mShell.TakePanel();
-    MakeBrain();
-    EXPECT_THAT(mShell.TakePanel(), ElementsAre("1016: 41 Files processed to date.", "1018: 0 bytes saved",
-                                                "1022: 0.0%", "1019: 3000000000 bytes saved"));
-}
-
 TEST_F(PanelTest, TheStoryOfTwoBatches) {
     const auto run = [&] {
         mShell.TakePanel();

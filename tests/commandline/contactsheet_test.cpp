@@ -38,25 +38,6 @@ TEST_F(ContactSheetCommand, TellsWhereEachFileIsAndChangesNone) {
     EXPECT_TRUE(Has("quiet.gif"));
 }
 
-TEST_F(ContactSheetCommand, FilesThatCannotBeReadAreToldAndLeftOut) {
-    Write("torn.gif", Read("ball.gif").substr(0, 1000));
-    Write("notes.txt", "no picture");
-    Write("empty.gif", "");
-    const Files before = ReadAll();
-    const ProgramResult result = mRunner.Run(
-        {"--contact-sheet", "sheet.gif", "none.gif", "torn.gif", "notes.txt", "empty.gif", "icon.gif"});
-    EXPECT_EQ(result.mErr, "parvigif: none.gif: no such file or folder (code 10)\n"
-                           "parvigif: torn.gif: the file ends too early (code 18)\n"
-                           "parvigif: notes.txt: skipped: its name does not end in GIF\n"
-                           "parvigif: empty.gif: skipped: empty\n");
-    EXPECT_EQ(result.mStatus, 1);
-    EXPECT_EQ(result.mOut, "    Row  Column  File\n      1       1  icon.gif\n");
-    Files after = ReadAll();
-    mRunner.Run({"--contact-sheet", "alone.gif", "icon.gif"});
-    EXPECT_EQ(after.extract("sheet.gif").mapped(), Read("alone.gif"));
-    EXPECT_EQ(after, before);
-}
-
 TEST_F(ContactSheetCommand, NeverReplacesAFile) {
     const std::string exists = ": the file exists already (code 31)";
     ExpectRefusal({"--contact-sheet", "icon.gif", "icon.gif", "ball.gif"}, "icon.gif" + exists);
@@ -64,18 +45,6 @@ TEST_F(ContactSheetCommand, NeverReplacesAFile) {
     ExpectRefusal({"--contact-sheet", "folder", "icon.gif"}, "folder" + exists);
     fs::create_symlink("nowhere.gif", mFolder / "link.gif");
     ExpectRefusal({"--contact-sheet", "link.gif", "icon.gif"}, "link.gif" + exists);
-}
-
-TEST_F(ContactSheetCommand, WithoutASheetThereIsNoFile) {
-    ExpectRefusal({"--contact-sheet", "none/sheet.gif", "icon.gif"},
-                  "none/sheet.gif: no such file or folder (code 10)");
-    Write("notes.gif", "no picture");
-    ExpectRefusal({"--contact-sheet", "sheet.gif", "notes.gif"},
-                  "notes.gif: not a GIF file (code 32)\n"
-                  "parvigif: sheet.gif: not made: there is nothing to show on it");
-    ExpectRefusal({"--contact-sheet", "sheet.gif", "--max-memory", "1", "sunset.gif"},
-                  "sunset.gif: needs more memory than allowed (code 2)\n"
-                  "parvigif: sheet.gif: not made: there is nothing to show on it");
 }
 
 } // namespace

@@ -6,31 +6,6 @@
 
 namespace {
 
-TEST(MaskRow, SeesWhatSinglePixelsSay) {
-    std::mt19937 random(1);
-    for (const std::uint32_t width : {1U, 2U, 7U, 8U, 9U, 16U, 17U, 63U, 64U, 65U, 72U, 73U, 130U, 200U})
-        for (int round = 0; round < 60; ++round) {
-            std::vector<std::uint8_t> row((width + 7) / 8);
-            for (std::uint8_t& byte : row) // padding bits included
-                byte = static_cast<std::uint8_t>(round % 4 == 0   ? 0
-                                                 : round % 4 == 1 ? 0xFF
-                                                 : round % 4 == 2 ? 1U << RandomBelow(random, 8)
-                                                                  : random());
-            std::vector<std::uint32_t> clear;
-            for (std::uint32_t x = 0; x < width; ++x)
-                if (!(row[x / 8] >> (7 - x % 8) & 1))
-                    clear.push_back(x);
-
-            std::vector<std::uint32_t> visited;
-            NvForEachRun(row.data(), width, false, [&](std::uint32_t inFirst, std::uint32_t inEnd) {
-                for (std::uint32_t x = inFirst; x < inEnd; ++x)
-                    visited.push_back(x);
-            });
-            EXPECT_EQ(visited, clear);
-            EXPECT_EQ(NvIsRowSet(row.data(), width), clear.empty());
-        }
-}
-
 struct TransparencyCase {
     const char* mName;
     std::string mRow;

@@ -11,18 +11,6 @@ namespace {
 using testing::ElementsAre;
 using Colors = std::vector<NvColor>;
 
-/** What is displayed, in the terms of the plain player. */
-TestCanvas CanvasOf(const NvGIFPlayer& inPlayer) {
-    TestCanvas canvas;
-    for (std::uint32_t y = 0; y < inPlayer.GetScreenHeight(); ++y)
-        for (const NvGIFPlayer::Pixel pixel : inPlayer.ReadRow(y)) {
-            const auto color =
-                static_cast<std::int32_t>((pixel & 0xFF) << 16 | (pixel & 0xFF00) | (pixel >> 16 & 0xFF));
-            canvas.push_back(pixel == 0 ? km_Uncovered : color);
-        }
-    return canvas;
-}
-
 /** Shows a frame row by row, as it comes from a file. */
 void ShowRows(const NvGIFFrame& inFrame, NvGIFPlayer& ioPlayer) {
     const NvIndexedImage& image = inFrame.GetImage();
@@ -63,33 +51,6 @@ TEST(GIFPlayer, ShowsWhatAPlainPlayerShows) {
     }
 }
 
-// Colours beyond the first 256, and those beyond 65,536, are told apart as well.
-TEST(GIFPlayer, ShowsAnyNumberOfColours) {
-    constexpr std::uint32_t side = 272;
-    NvGIFPlayer player(side, side);
-    TestCanvas expected(side * side, km_Uncovered);
-    std::vector<std::uint8_t> indices(256);
-    std::iota(indices.begin(), indices.end(), std::uint8_t{0});
-    for (std::uint32_t frame = 0; frame < side; ++frame) {
-        NvGIFFrameInfo info;
-        info.mTop = static_cast<std::uint16_t>(frame);
-        info.mWidth = 256;
-        info.mHeight = 1;
-        NvColorTable table(256);
-        for (std::uint32_t i = 0; i < 256; ++i) {
-            table.SetColor(i, {static_cast<std::uint8_t>(frame), static_cast<std::uint8_t>(i),
-                               static_cast<std::uint8_t>(frame >> 8)});
-            expected[frame * side + i] =
-                static_cast<std::int32_t>((frame & 0xFF) << 16 | i << 8 | frame >> 8);
-        }
-        player.BeginFrame(info, table);
-        player.DrawRow(0, indices.data(), 256);
-        if (frame < 2 || frame > 253) {
-            ASSERT_TRUE(CanvasOf(player) == expected) << "frame " << frame;
-        }
-    }
-}
-
 constexpr NvColor km_Light{250, 200, 150};
 constexpr NvColor km_Dark{50, 100, 150};
 
@@ -105,20 +66,6 @@ Colors Render(const std::string& inRows, const NvThumbnail& inThumbnail) {
     for (std::size_t i = 0; i < bytes.size(); i += 3)
         colors.push_back({bytes[i], bytes[i + 1], bytes[i + 2]});
     return colors;
-}
-
-TEST(Thumbnail, FitsItsBoxWithItsProportions) {
-    struct {
-        std::uint32_t mWidth, mHeight, mBoxWidth, mBoxHeight;
-        std::int32_t mFitWidth, mFitHeight;
-    } const cases[] = {{1, 1, 128, 128, 1, 1},         {128, 5, 128, 128, 128, 5},
-                       {129, 128, 128, 128, 128, 127}, {100, 300, 128, 128, 43, 128},
-                       {300, 300, 128, 64, 64, 64},    {300, 100, 128, 64, 128, 43},
-                       {65535, 1, 128, 128, 128, 1},   {65535, 300, 1, 1, 1, 1}};
-    for (const auto& c : cases)
-        EXPECT_EQ(NvThumbnail(c.mBoxWidth, c.mBoxHeight).Fit(c.mWidth, c.mHeight),
-                  (NvRect{0, 0, c.mFitWidth, c.mFitHeight}))
-            << c.mWidth << " x " << c.mHeight;
 }
 
 TEST(Thumbnail, ReducedPixelsCountAsMuchAsTheyCover) {

@@ -14,28 +14,6 @@ NvGIFFrameInfo InfoOf(NvGIFFile& inFile, std::uint32_t inIndex) {
     return static_cast<const NvGIFFrameInfo&>(*inFile.ReadFrameInfo(inIndex));
 }
 
-// The other fields: tests of the round trip to another reader.
-TEST(GIFReader, ReadsWhatOnlyItsRecordsHold) {
-    const std::string screen = "GIF89a"s + GIFWord(300) + GIFWord(200) + "\xC9\x03\x31"s + GIFTable(4);
-    const std::string frame = GIFDescriptor(290, 180, 3, 5, 0xE2) + GIFTable(8) +
-                              ReferenceLZWEncode(3, {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6});
-    GIFInput file(screen + GIFControl(3 << 2 | 2 | 1, 0x1234, 2) + frame + ';');
-    file.Open();
-    const NvGIFGlobalInfo& global = *file->GetGlobalInfo();
-    EXPECT_EQ(global.mVersionFlag, 1u);
-    EXPECT_EQ(global.mColorResolution, 5);
-    EXPECT_EQ(global.mSortFlag, 1);
-    EXPECT_EQ(global.mDeclaredTableSize, 4);
-
-    const NvIndexedImage image = file.ReadImage(0);
-    EXPECT_THAT(BytesOf(image), ElementsAre(0, 1, 2, 1, 2, 3, 6, 7, 0, 4, 5, 6, 3, 4, 5)) << "rows 0 4 2 1 3";
-    const std::unique_ptr<NvGIFFrameInfo> info = file->DetachFrameInfo();
-    EXPECT_TRUE(info->mColorTable == image.GetColorTable());
-    EXPECT_EQ(info->mSortFlag, 1);
-    EXPECT_EQ(info->mHasGraphicControl, 1);
-    EXPECT_EQ(info->mMinimumCodeSize, 3);
-}
-
 struct ScanCase {
     const char* mName;
     std::string mBlocks; // between the header and the end of the file
@@ -104,14 +82,6 @@ TEST(GIFReader, FindsItsWayThroughTheBlocks) {
     }
 }
 
-TEST(GIFReader, TellsWhatIsNoGIF) {
-    const std::string rest = km_SmallHeader.substr(6) + km_Frame + ";";
-    EXPECT_EQ(CodeOfReadingAll("GIF87a" + rest), 0u);
-    EXPECT_EQ(CodeOfReadingAll("GIG89a" + rest), 32u);
-    EXPECT_EQ(CodeOfReadingAll("GIF88a" + rest), 33u);
-    EXPECT_EQ(CodeOfReadingAll(""), 18u);
-}
-
 struct FrameCase {
     const char* mName;
     unsigned mScreenWidth, mScreenHeight, mScreenPacked;
@@ -151,36 +121,6 @@ TEST(GIFReader, ChecksFramesBeforeTheyCostMemory) {
     EXPECT_EQ(CodeOf([&] { largest->CheckFrame(info); }), 0u);
 }
 
-TEST(GIFReader, TellsHowManyPixelsArrived) {
-    const std::string data = '\x02' + PackLZWCodes({{4, 3}, {1, 3}, {2, 3}, {3, 3}, {5, 4}});
-    for (const unsigned interlaced : {0x00U, 0x40U}) {
-        GIFInput file(GIFHeader(2, 3, 0x81) + GIFTable(4) + GIFDescriptor(0, 0, 2, 3, interlaced) + data);
-        file.Open();
-        const NvIndexedImage image = file.ReadImage(0);
-        EXPECT_EQ(file->GetDeliveredPixels(), 3u);
-        if (interlaced)
-            EXPECT_THAT(BytesOf(image), ElementsAre(1, 2, 0, 0, 3, 0));
-        else
-            EXPECT_THAT(BytesOf(image), ElementsAre(1, 2, 3, 0, 0, 0));
-    }
-}
-
-TEST(GIFReader, ReadsFramesInAnyOrderAndFilesOneAfterTheOther) {
-    const std::string zero = GIFDescriptor(0, 0, 1, 1, 0) + "\x02\x02\x44\x01\x00"s;
-    // so much in between that the frames are not read ahead together
-    const std::string comment = GIFComment(std::vector<std::string>(600, std::string(255, 'x')));
-    GIFInput file(km_SmallHeader + km_Frame + comment + zero + ";");
-    file.Open();
-    for (const std::uint32_t index : {1U, 0U, 0U, 1U})
-        EXPECT_THAT(BytesOf(file.ReadImage(index)), ElementsAre(1 - index));
-    EXPECT_EQ(file->GetGlobalInfo()->mComments.GetTexts()[0].size(), 600u * 255);
-    const std::shared_ptr<NvGIFGlobalInfo> kept = file->GetGlobalInfo();
-    file->Close();
-    file.Open();
-    EXPECT_THAT(BytesOf(file.ReadImage(1)), ElementsAre(0));
-    EXPECT_EQ(kept->mColorTable.GetSize(), 2u) << "outlives the file it came from";
-}
-
 // Every beginning of a file is either whole frames or an error, and never more than that.
 TEST(GIFReader, SurvivesBeingCutAnywhere) {
     const std::string table = GIFTable(4);
@@ -203,15 +143,6 @@ TEST(GIFReader, SurvivesBeingCutAnywhere) {
             EXPECT_EQ(CodeOfReadingAll(bytes), 0u) << "cut after " << bytes.size();
         }
     }
-}
-
-TEST(GIFReader, TellsFilesThatAreTooLarge) {
-    TestFolder folder;
-    const std::string path = WriteTestFile(folder / "large.gif", km_SmallHeader + km_Frame + ";");
-    std::filesystem::resize_file(path, 0x80000000U);
-    NvGIFFile file;
-    EXPECT_EQ(CodeOf([&] { file.Open(NvFileLocator(path.c_str()), NvFile::km_ReadPerm); }), 29u);
-    EXPECT_FALSE(file.IsOpen());
 }
 
 // Jumps are around the places where what was read ahead begins and ends.

@@ -53,23 +53,6 @@ TEST(GIFWriter, WritesTheExpectedBytes) {
                                 ReferenceLZWEncode(3, {4, 0, 1, 2}) + ';');
 }
 
-TEST(GIFWriter, AnUntouchedRecordGivesThePlainestFile) {
-    GIFOutput file;
-    file->GetGlobalInfo()->mHasGlobalTable = 1; // but no table
-    file.Open(2, 1, 0);
-    EXPECT_EQ(file.Close(), "GIF87a\x02\x00\x01\x00\x00\x00\x00;"s);
-    EXPECT_EQ(file->GetGlobalInfo()->mHasGlobalTable, 0);
-
-    // The same object again, with a table but no resolution; then only counting.
-    file->GetGlobalInfo()->mHasGlobalTable = 1;
-    file->GetGlobalInfo()->mColorTable = km_ThreeGreys;
-    file.Open(2, 1, 0);
-    EXPECT_EQ(file.Close(), "GIF87a\x02\x00\x01\x00\xF1\x00\x00"s + km_ThreeGreysPadded + ';');
-    file.Open(2, 1, 0, NvFile::km_WritePerm | NvFile::km_CountPerm);
-    file->Close();
-    EXPECT_EQ(file->GetWrittenLength(), 26u);
-}
-
 // From a plain writer through our reader and our writer to giflib.
 TEST(GIFRoundTrip, AnotherReaderSeesWhatOursHasRead) {
     for (std::uint32_t seed = 0; seed < 60; ++seed) {

@@ -51,22 +51,10 @@ inline void SetBytes(NvRealImage& ioImage, const std::vector<std::uint8_t>& inBy
     std::ranges::copy(inBytes, pixels.Row(0));
 }
 
-inline void FillRandomly(NvRealImage& ioImage, std::mt19937& ioRandom) {
-    const NvPixelLock pixels(ioImage);
-    std::generate(pixels.Row(0), pixels.Row(ioImage.GetHeight()),
-                  [&] { return static_cast<std::uint8_t>(ioRandom()); });
-}
-
 /** An indexed image of one row. */
 inline NvIndexedImage MakeIndexedRow(const std::vector<std::uint8_t>& inIndices,
                                      const NvColorTable& inTable) {
     NvIndexedImage image(static_cast<std::uint32_t>(inIndices.size()), 1, inTable);
     SetBytes(image, inIndices);
     return image;
-}
-
-/** Whether a mask's pixel is set, polarity counted in. */
-inline bool IsSet(const NvBitmapImage& inMask, std::uint32_t inX, std::uint32_t inY) {
-    const NvConstPixelLock pixels(inMask);
-    return NvBitmapImage::GetBit(pixels.Row(0), inMask.GetRowBytes(), inX, inY) != inMask.GetPolarity();
 }

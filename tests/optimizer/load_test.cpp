@@ -200,15 +200,4 @@ TEST_F(LoadTest, DamagedDataAreReportedAndOnlyReplacedWhereTheOriginalIsKept) {
         }
 }
 
-TEST_F(LoadTest, AFileThatCannotBeOpenedKeepsTheSystemsReason) {
-    std::filesystem::create_directory(mFolder / "folder.gif");
-    for (const auto& [name, systemError] : {std::pair{"missing.gif", ENOENT}, {"folder.gif", EISDIR}}) {
-        PvOptimizer optimizer(mHost);
-        EXPECT_EQ(optimizer.OptimizeGIFFile((mFolder / name).c_str(), 4711), 4711u);
-        ASSERT_TRUE(optimizer.GetOutcome().mLoadError);
-        EXPECT_EQ(optimizer.GetOutcome().mLoadError->GetCode(), 32u);
-        EXPECT_EQ(optimizer.GetOutcome().mLoadError->GetSystemError(), systemError);
-    }
-}
-
 } // namespace

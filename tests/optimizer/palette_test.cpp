@@ -91,17 +91,6 @@ TEST(Palette, LimitsHoldInEveryModeAndTheErrorIsTold) {
         }
 }
 
-TEST(Palette, ColoursThatFitStayExactAndThoseThatNoPixelShowsTakeNoRoom) {
-    TestGIF gif = NoiseMovie(1, 200, 6);
-    for (std::uint8_t& pixel : gif.mFrames[0].mPixels)
-        pixel = static_cast<std::uint8_t>(pixel % 101);
-    gif.mFrames[0].mTransparent = 100;
-    const auto animation = MakeAnimation(gif);
-    EXPECT_EQ(BuildPalette(*animation), 0.0);
-    EXPECT_EQ(animation->mInfo->mColorTable.GetSize(), 101u) << "100 colours and a transparent entry";
-    ExpectTheSameIsShown(gif, Describe(*animation));
-}
-
 // Levels that are next to each other merge unseen; four at a time, as in texture, would be bands.
 TEST(Palette, SoftShadingDoesNotTurnIntoBands) {
     constexpr std::uint32_t km_Levels = 200;

@@ -117,50 +117,6 @@ TEST_F(PassesTest, ASmallChangeBecomesASmallFrameOfNarrowCodes) {
         << "a colour that both frames use stands at the front of the table";
 }
 
-TEST_F(PassesTest, AFileThatCannotShrinkKeepsItsBytesAndNeedsNoBackup) {
-    const std::string path = Write(Wasteful());
-    std::uint32_t before = 0;
-    std::uint32_t size = Optimize(path);
-    do {
-        before = size;
-        size = Optimize(path);
-    } while (size < before);
-    const std::string bytes = ReadTestFile(path);
-    struct stat status {};
-    ASSERT_EQ(stat(path.c_str(), &status), 0);
-    mHost.mBackups.clear();
-    EXPECT_EQ(Optimize(path), size);
-    struct stat statusAfter {};
-    ASSERT_EQ(stat(path.c_str(), &statusAfter), 0);
-    EXPECT_EQ(ReadTestFile(path), bytes);
-    EXPECT_EQ(statusAfter.st_ino, status.st_ino) << "it is not even rewritten";
-    EXPECT_THAT(mHost.mBackups, IsEmpty());
-}
-
-TEST_F(PassesTest, TheVersionIs89aWhenAnythingInTheResultNeedsIt) {
-    const TestGIF still = Movie({Textured(TestTexture::km_Dither, 40, 8, 1)});
-    const std::pair<const char*, void (*)(TestGIF&)> changes[] = {
-        {"nothing", [](TestGIF&) {}},
-        {"transparency", [](TestGIF& io) { io.mFrames[0].mTransparent = 1; }},
-        {"a comment", [](TestGIF& io) { io.mComments = {"x"}; }},
-        {"a loop", [](TestGIF& io) { io.mLoop = 0; }},
-        {"user input", [](TestGIF& io) { io.mFrames[0].mUserInput = true; }},
-        {"two frames",
-         [](TestGIF& io) { io.mFrames.push_back(io.mFrames[0]); }}, // their disposal is now said
-    };
-    for (const auto& [name, change] : changes) {
-        SCOPED_TRACE(name);
-        TestGIF gif = still;
-        change(gif);
-        std::string bytes = EncodeGIF(gif);
-        bytes[4] = '7';
-        const std::string path = WriteTestFile(mFolder / "pictures/test.gif", bytes);
-        EXPECT_LT(Optimize(path), bytes.size());
-        EXPECT_EQ(ReadTestFile(path).substr(0, 6), &change == &changes[0].second ? "GIF87a" : "GIF89a");
-        EXPECT_EQ(CompareGIFs(gif, ReadGIF(path)).mDifference, "");
-    }
-}
-
 TEST_F(PassesTest, StoppedAtAnyMomentTheFileIsTheOriginalOrAWholeResult) {
     TestGIF gif = Wasteful();
     gif.mTable = EquallyBright(32); // pixels are exchanged, and there are two passes
@@ -190,16 +146,6 @@ TEST_F(PassesTest, StoppedAtAnyMomentTheFileIsTheOriginalOrAWholeResult) {
     }
     EXPECT_GT(cancelled, reports / 2);
     EXPECT_LT(cancelled, reports);
-}
-
-TEST_F(PassesTest, WithoutItsBackupAFileIsNotReplaced) {
-    for (const TestGIF& gif : {Wasteful(), OnlyToBeCropped()}) {
-        mHost.mBackupError = NvErrorCode::km_Failure;
-        const std::string path = Write(gif);
-        EXPECT_EQ(CodeOf([&] { Optimize(path); }), 1u);
-        EXPECT_EQ(ReadTestFile(path), EncodeGIF(gif));
-        ExpectNothingLeftOver();
-    }
 }
 
 constexpr std::uint32_t km_Seeds = 250;

@@ -92,17 +92,6 @@ TEST(Octree, IsTheSameInAnyOrderAndSmallEnough) {
         }
 }
 
-TEST(Octree, AnyNumberOfColoursGivesAUsefulPalette) {
-    // What a grid of 5 x 5 x 5 colours over the cube would do; a tenth more is still as good to the eye.
-    const double ofGrid = 3 * 51.2 * 51.2 / 12;
-    std::mt19937 random(3);
-    for (const std::uint32_t count : {300u, 1000u, 100000u}) {
-        const std::vector<WeightedColor> colors = RandomColors(count, false, random);
-        EXPECT_LT(ErrorOf(colors, Quantize(colors, 128)), 1.1 * ofGrid) << count;
-    }
-    EXPECT_LT(NvQuantOctree::EstimateMemory(std::numeric_limits<std::uint64_t>::max()), 256u << 20);
-}
-
 TEST(Selector, KeepsTheEntriesWhoseLossWouldCostMost) {
     const NvColorTable shared =
         MakeTable({{0, 0, 0}, {100, 100, 100}, {110, 110, 110}, {200, 200, 200}, {255, 255, 255}});

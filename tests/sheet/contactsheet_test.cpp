@@ -22,17 +22,6 @@ constexpr std::uint32_t km_FirstPlace = 8 + 6;
 constexpr std::uint32_t km_PlacePitch = 128 + 6;
 constexpr std::uint32_t km_CardPitch = 408 + 8;
 
-/** One that says stop at a certain report. */
-class StopAt : public NvProgressIndicator {
-public:
-    explicit StopAt(std::uint32_t inReport) : mReport(inReport) {}
-    bool Progress(std::uint32_t /*inDone*/, std::uint32_t /*inTotal*/) override { return mSeen++ == mReport; }
-    std::uint32_t mSeen = 0;
-
-private:
-    std::uint32_t mReport;
-};
-
 class ContactSheet : public testing::Test {
 protected:
     std::string Write(const TestGIF& inGIF, const std::string& inName = "in.gif") {
@@ -149,25 +138,6 @@ TEST_F(ContactSheet, TheMemoryLimitHoldsForFileAndSheet) {
     EXPECT_LT(sheet.GetFileCount(), 50u);
     std::swap(mSheet, sheet);
     Finish();
-}
-
-TEST_F(ContactSheet, CanBeStoppedAnywhere) {
-    const std::string path = Write(Movie({Picture("12 34 56"), Picture("1 2")}));
-    const std::string target = mFolder / "sheet.gif";
-    const auto draw = [&](StopAt& ioIndicator) {
-        PvContactSheet sheet(0, &ioIndicator);
-        sheet.AddFile(path.c_str());
-        sheet.Write(target.c_str());
-    };
-    StopAt never(0xFFFFFFFF);
-    draw(never);
-    std::filesystem::remove(target);
-    ASSERT_GT(never.mSeen, 20u);
-    for (std::uint32_t report = 0; report < never.mSeen; ++report) {
-        StopAt stop(report);
-        ASSERT_EQ(CodeOf([&] { draw(stop); }), NvErrorCode::km_Cancelled) << report;
-        ASSERT_FALSE(std::filesystem::exists(target));
-    }
 }
 
 } // namespace

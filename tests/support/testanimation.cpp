@@ -153,6 +153,16 @@ TestGIF Describe(const TestAnimation& inAnimation) {
     return gif;
 }
 
+TestCanvas CanvasOf(const NvGIFPlayer& inPlayer) {
+    TestCanvas canvas;
+    for (std::uint32_t y = 0; y < inPlayer.GetScreenHeight(); ++y)
+        for (const NvGIFPlayer::Pixel pixel : inPlayer.ReadRow(y))
+            canvas.push_back(pixel == 0 ? km_Uncovered
+                                        : static_cast<std::int32_t>((pixel & 0xFF) << 16 | (pixel & 0xFF00) |
+                                                                    (pixel >> 16 & 0xFF)));
+    return canvas;
+}
+
 std::string Rows(const NvGIFFrame& inFrame) {
     std::string rows;
     for (std::uint32_t y = 0; y < inFrame.GetHeight(); ++y) {
@@ -167,8 +177,6 @@ std::string Rows(const NvGIFFrame& inFrame) {
 }
 
 void TestHost::BackupFile(const char* inPath) {
-    if (mBackupError != 0)
-        NvThrow(mBackupError);
     mBackups.push_back(ReadTestFile(inPath));
 }
 

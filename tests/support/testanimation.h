@@ -1,6 +1,7 @@
 #pragma once
 
 #include "nvcode2/gif/nvanimation.h"
+#include "nvcode2/gif/nvgifplayer.h"
 #include "tests/support/testgif.h"
 #include "win/optimizer/base/pvopthost.h"
 #include "win/optimizer/base/pvprogress.h"
@@ -35,6 +36,9 @@ TestGIF Describe(const TestAnimation& inAnimation);
 TestGIF Describe(const NvGIFGlobalInfo& inInfo, std::uint32_t inWidth, std::uint32_t inHeight);
 TestFrame Describe(const NvGIFFrameInfo& inInfo, const NvIndexedImage& inImage);
 
+/** What a player displays, in the terms of the plain player. */
+TestCanvas CanvasOf(const NvGIFPlayer& inPlayer);
+
 /** A frame's pixels as Picture takes them, with drawn indices above 9 as letters; undrawn ones are '.'. */
 std::string Rows(const NvGIFFrame& inFrame);
 
@@ -47,5 +51,4 @@ public:
     std::vector<std::string> mBackups; // the files' bytes when their backup was asked for
     std::vector<double> mProgress;     // every report of this file
     std::size_t mStopAt = SIZE_MAX;    // number of the report that is answered with "stop"
-    std::uint32_t mBackupError = 0;    // code that BackupFile raises; 0: none
 };

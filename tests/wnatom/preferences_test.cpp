@@ -24,22 +24,6 @@ protected:
     WnPref mPrefs{"Parvigif", "1.x"};
 };
 
-TEST_F(Preferences, MissingValuesGiveTheDefaultAndReadingMakesNoFile) {
-    std::uint32_t value = 77;
-    EXPECT_FALSE(mPrefs.ReadDWord("BACKUP", value));
-    EXPECT_EQ(value, 77u);
-    EXPECT_FALSE(mPrefs.ReadDWordDefault("BACKUP", value, 1));
-    EXPECT_EQ(value, 1u);
-    EXPECT_FALSE(std::filesystem::exists(mFolder / "user"));
-}
-
-TEST_F(Preferences, TheMachineWideValueIsReadFirst) {
-    WriteTestFile(GetUserFile(), "LOG=1\nBACKUP=0\n");
-    WriteTestFile(GetMachineFile(), "LOG=0\n");
-    EXPECT_EQ(Read("LOG", 9), 0u);
-    EXPECT_EQ(Read("BACKUP", 9), 0u) << "only the user's file has it";
-}
-
 TEST_F(Preferences, WritesGoToBothRootsAndSucceedWithOne) {
     EXPECT_TRUE(mPrefs.WriteDWord("OBACK", 4294967295u));
     EXPECT_EQ(ReadTestFile(GetMachineFile()), "OBACK=4294967295\n");
@@ -74,14 +58,6 @@ TEST_F(Preferences, WhatIsNoPreferencesFileIsNeitherReadNorWrittenOver) {
     EXPECT_FALSE(mPrefs.WriteDWord("LOG", 0));
     EXPECT_EQ(std::filesystem::file_size(GetMachineFile()), (1u << 20) + 1);
     EXPECT_EQ(mPrefs.FindOversized(), std::vector{GetMachineFile()});
-}
-
-TEST_F(Preferences, AnOverrideWinsAndIsNeverStored) {
-    WriteTestFile(GetMachineFile(), "BACKUP=1\n");
-    mPrefs.Override("BACKUP", 0);
-    EXPECT_EQ(Read("BACKUP", 9), 0u);
-    mPrefs.WriteDWord("LOG", 1);
-    EXPECT_EQ(ReadTestFile(GetMachineFile()), "BACKUP=1\nLOG=1\n");
 }
 
 TEST_F(Preferences, AdditionsOfManyProcessesAllCount) {

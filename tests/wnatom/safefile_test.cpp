@@ -105,30 +105,6 @@ TEST_F(SafeFile, PermissionsAndTagsAreKept) {
     }
 }
 
-TEST_F(SafeFile, TheLongestNameHasRoomAndTheTemporaryNameIsNoPicture) {
-    const std::string longest = WriteTestFile(mFolder / (std::string(251, 'n') + ".gif"), "old");
-    WnSafeFile file(longest.c_str());
-    const std::string name = file.GetTemporaryPath();
-    EXPECT_TRUE(name.ends_with(".tmp"));
-    WriteTestFile(name, "new");
-    file.Commit();
-    EXPECT_EQ(ReadTestFile(longest), "new");
-}
-
-TEST_F(SafeFile, AnExistingTargetCanBeKept) {
-    WnSafeFile file(mTarget.c_str());
-    EXPECT_FALSE(file.CommitUnlessPresent());
-    EXPECT_EQ(ReadTestFile(mTarget), "old");
-}
-
-TEST_F(SafeFile, ImpossibleTargetsAreErrors) {
-    fs::create_symlink("nothing", mFolder / "dangling.gif");
-    EXPECT_EQ(CodeOf([&] { WnSafeFile file((mFolder / "dangling.gif").c_str()); }),
-              NvErrorCode::km_FileNotFound);
-    EXPECT_EQ(CodeOf([&] { WnSafeFile file((mFolder / "none/pic.gif").c_str()); }),
-              NvErrorCode::km_FileNotFound);
-}
-
 TEST_F(SafeFile, ReadOnlyCountsForTheSuperuserToo) {
     EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(mTarget.c_str()); }), NvErrorCode::km_NoError);
     chmod(mTarget.c_str(), 0444);

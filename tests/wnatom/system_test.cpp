@@ -28,21 +28,4 @@ TEST(System, TheDataFolderFallsBackToAPrivateOne) {
     EXPECT_NE(WnGetDataFolder(), fallback) << "a folder that others can write is not private";
 }
 
-TEST(System, AScratchFileLivesInAPrivateFolderAndGoesWithIt) {
-    const TestFolder folder;
-    const TestEnvironment environment(folder);
-    std::string path;
-    {
-        const WnScratchFile scratch;
-        path = scratch.GetPath();
-        EXPECT_TRUE(path.ends_with("/TEMP.GIF"));
-        EXPECT_FALSE(fs::exists(path));
-        EXPECT_EQ(fs::status(fs::path(path).parent_path()).permissions(), fs::perms::owner_all);
-        WriteTestFile(path, "x");
-    }
-    EXPECT_FALSE(fs::exists(fs::path(path).parent_path()));
-    const TestVariable missing("TMPDIR", folder / "none");
-    EXPECT_THROW(WnScratchFile(), NvErrorCode);
-}
-
 } // namespace

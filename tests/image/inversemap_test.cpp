@@ -6,30 +6,6 @@ namespace {
 
 using Map = std::vector<std::uint8_t>;
 
-TEST(ColorTable, FindsTheClosestColour) {
-    const NvColorTable table =
-        MakeTable({{10, 0, 0}, {0, 10, 0}, {200, 0, 0}, km_Blue, {0, 0, 9}, {9, 0, 0}, {200, 0, 0}, km_Blue});
-    struct {
-        const char* what;
-        NvColor color;
-        std::int32_t skip;
-        std::uint32_t expected;
-    } const km_Cases[] = {
-        {"an exact match", km_Blue, -1, 3},
-        {"the later of two exact matches", km_Blue, 3, 7},
-        {"the lower of two equally near", {10, 10, 0}, -1, 0},
-        {"the other one when that is skipped", {10, 10, 0}, 0, 1},
-        {"the nearest, not an earlier near one", {9, 0, 1}, -1, 5},
-    };
-    for (const auto& test : km_Cases)
-        EXPECT_EQ(table.FindClosestColor(NvPackColor(test.color), test.skip), test.expected) << test.what;
-
-    EXPECT_EQ(MakeTable({km_Red}).FindClosestColor(0, 0), 1u) << "nothing is left to find";
-    EXPECT_EQ(CodeOf([] { NvColorTable().FindClosestColor(0, -1); }), 27u);
-    EXPECT_EQ(NvColorTable::ColorDistance(&km_Black, &km_White), 195075u);
-    EXPECT_EQ(NvPackColor({0x11, 0x22, 0x33}), 0x332211u) << "red in the low byte";
-}
-
 Map MapOf(const NvColorTable& inTable) {
     Map map(km_InverseColorMapSize, 99);
     MakeInverseColorMap(&inTable, map.data());
