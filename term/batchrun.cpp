@@ -32,7 +32,11 @@ std::unique_ptr<MizerDelivery> MakeDelivery(const TermInputs& inInputs, const Te
         return std::make_unique<MizerDryRun>();
     if (inSettings.mOutputFolder.empty())
         return nullptr;
-    auto output = std::make_unique<MizerOutputFolder>(inSettings.mOutputFolder);
+    using Present = MizerOutputFolder::Present;
+    auto output = std::make_unique<MizerOutputFolder>(inSettings.mOutputFolder,
+                                                      inSettings.mReplacesOutput  ? Present::km_Replaced
+                                                      : inSettings.mUpdatesOutput ? Present::km_Updated
+                                                                                  : Present::km_Stays);
     const std::string objection =
         TermPlanOutput(inSettings.mOutputFolder, inInputs, inSettings.mIsRecursive, *output);
     if (objection.empty())
@@ -98,6 +102,8 @@ void TermProcessInputs(TermInputs& ioInputs, const TermSettings& inSettings, Ter
 
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     ioMessages.SetQuiet(inSettings.GetDetail() == TermDetail::km_Quiet);
+    if (const std::string objection = TermCheckNames(inSettings); !objection.empty())
+        return ioMessages.Error(TermPrintable(objection), TermExit::km_Usage);
     TermCatchInterrupts();
     TermOutcomes outcomes(inSettings);
     if (!outcomes.Begin(ioMessages))

@@ -153,6 +153,22 @@ private:
 
 } // namespace
 
+std::string TermCheckNames(const TermSettings& inSettings) {
+    const std::vector<std::string>& names = inSettings.mNames;
+    if (names.size() != 2 || !inSettings.mOutputFolder.empty() ||
+        names[1].find_first_of("*?") != std::string::npos)
+        return {};
+    try {
+        if (WnGetFileKind(names[0].c_str()) != WnFileKind::km_RegularFile ||
+            WnGetFileKind(names[1].c_str()) != WnFileKind::km_Missing)
+            return {};
+    } catch (const NvErrorCode&) {
+        return {}; // it is reported when its turn comes
+    }
+    return "there is no '" + names[1] + "'; to write the result there: parvigif -o " + names[1] + " " +
+           names[0];
+}
+
 TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessages,
                           MizerListener* inListener) {
     InputList list(inSettings.mIsRecursive, ioMessages, inListener);

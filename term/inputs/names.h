@@ -22,6 +22,11 @@ struct TermInputs {
     std::vector<std::string> mFolders; ///< those that were named
 };
 
+/** What is to be asked before any file is touched: two names of which the second does not exist are how other
+ *  programs write one file to another.
+ *  @return what is wrong, or nothing */
+std::string TermCheckNames(const TermSettings& inSettings);
+
 /** What the names on the command line and in the file of names stand for, in their order, each file once.
  *  Names that lead nowhere, or to a file named before, are reported.
  *

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include "nvcode2/base/nverrorcode.h"
 #include "win/batch/filequeue.h"
@@ -27,28 +28,63 @@ bool IsSearched(const fs::path& inFolder, const fs::path& inParent, bool inIsRec
            inParent.end();
 }
 
+/** @return why nothing can be written there; empty when it can */
+std::string CheckOutput(const std::string& inOutput, bool inIsFile) {
+    try {
+        const WnFileKind kind = WnGetFileKind(inOutput.c_str());
+        if (!inIsFile && kind != WnFileKind::km_Missing && kind != WnFileKind::km_Folder)
+            return "'--output' needs a folder, and '" + inOutput + "' is none";
+    } catch (const NvErrorCode& error) {
+        return "nothing can be written to '" + inOutput + "': " + MizerErrorWords(error);
+    }
+    return {};
+}
+
+/** An output named like a picture is one, unless it is a folder already. */
+bool IsOutputFile(const std::string& inOutput) {
+    std::error_code ignored;
+    return MizerIsNamedGIF(inOutput.c_str()) && !fs::is_directory(WnMakePath(inOutput), ignored);
+}
+
+/** No original may be in the way of a result, its own included. */
+std::string FindOriginalInTheWay(const TermInputs& inInputs, const MizerOutputFolder& inOutput) {
+    std::set<WnFileIdentity> originals;
+    for (const TermInput& input : inInputs.mFiles)
+        if (const auto identity = WnGetFileIdentity(input.mPath.c_str()))
+            originals.insert(*identity);
+    for (const TermInput& input : inInputs.mFiles) {
+        if (!MizerIsNamedGIF(input.mPath.c_str()))
+            continue;
+        const std::string& target = inOutput.GetTarget(input.mPath);
+        if (const auto identity = WnGetFileIdentity(target.c_str());
+            identity && originals.contains(*identity))
+            return "'" + target + "' is one of the files to be read";
+    }
+    return {};
+}
+
 } // namespace
 
-std::string TermPlanOutput(const std::string& inFolder, const TermInputs& inInputs, bool inIsRecursive,
+std::string TermPlanOutput(const std::string& inOutput, const TermInputs& inInputs, bool inIsRecursive,
                            MizerOutputFolder& ioOutput) {
-    try {
-        const WnFileKind kind = WnGetFileKind(inFolder.c_str());
-        if (kind != WnFileKind::km_Missing && kind != WnFileKind::km_Folder)
-            return "'--output' needs a folder, and '" + inFolder + "' is none";
-    } catch (const NvErrorCode& error) {
-        return "nothing can be written to '" + inFolder + "': " + MizerErrorWords(error);
-    }
-    const fs::path output = Canonical(inFolder);
+    const bool isFile = IsOutputFile(inOutput);
+    if (std::string objection = CheckOutput(inOutput, isFile); !objection.empty())
+        return objection;
+    if (isFile && (inInputs.mFiles.size() > 1 || !inInputs.mFolders.empty()))
+        return "'" + inOutput + "' is the name of one file: for several results, name a folder";
+    const fs::path output = Canonical(inOutput);
     for (const std::string& folder : inInputs.mFolders) {
         if (IsSearched(output, Canonical(folder), inIsRecursive))
-            return "the output folder '" + inFolder + "' lies in '" + folder +
+            return "the output folder '" + inOutput + "' lies in '" + folder +
                    "', whose files are to be read";
     }
     for (const TermInput& input : inInputs.mFiles) {
         if (!MizerIsNamedGIF(input.mPath.c_str()))
             continue;
-        if (const std::string other = ioOutput.Plan(input.mPath, input.mPlace); !other.empty())
-            return "'" + other + "' and '" + input.mPath + "' would become one file in '" + inFolder + "'";
+        if (isFile)
+            ioOutput.PlanAs(input.mPath, inOutput);
+        else if (const std::string other = ioOutput.Plan(input.mPath, input.mPlace); !other.empty())
+            return "'" + other + "' and '" + input.mPath + "' would become one file in '" + inOutput + "'";
     }
-    return {};
+    return FindOriginalInTheWay(inInputs, ioOutput);
 }

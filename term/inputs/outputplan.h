@@ -5,7 +5,8 @@
 #include "term/inputs/names.h"
 #include "win/batch/mizerdelivery.h"
 
-/** Plans where in the output folder each file goes.
+/** Plans where each file goes: to the output folder, or for a single one to the file that is named instead.
+ *  @param inOutput  what --output was given
  *  @return why that cannot be done, and nothing may be done then; empty when it can */
-std::string TermPlanOutput(const std::string& inFolder, const TermInputs& inInputs, bool inIsRecursive,
+std::string TermPlanOutput(const std::string& inOutput, const TermInputs& inInputs, bool inIsRecursive,
                            MizerOutputFolder& ioOutput);

@@ -1,41 +1,13 @@
 #include "term/options/arguments.h"
 
 #include <algorithm>
-#include <numeric>
+#include <cctype>
 #include <optional>
 #include <string_view>
 
+#include "term/options/mistakes.h"
+
 namespace {
-
-/** How many letters are to be put in, left out or changed to make one text of the other (Levenshtein). */
-std::size_t CountSlips(std::string_view inTyped, std::string_view inMeant) {
-    std::vector<std::size_t> slips(inMeant.size() +
-                                   1); // for what was seen of the one, by length of the other
-    std::iota(slips.begin(), slips.end(), 0U);
-    for (const char typed : inTyped) {
-        std::size_t before = slips[0]++;
-        for (std::size_t i = 0; i < inMeant.size(); ++i) {
-            const std::size_t changed = before + (typed == inMeant[i] ? 0 : 1);
-            before = slips[i + 1];
-            slips[i + 1] = std::min({changed, before + 1, slips[i] + 1});
-        }
-    }
-    return slips.back();
-}
-
-/** A question behind the complaint about an unknown option, or nothing when none is near. */
-std::string AskWhatWasMeant(std::string_view inTyped) {
-    std::string_view nearest;
-    std::size_t least = inTyped.size() / 3 + 1; // a letter in three may be wrong
-    for (const TermOption& option : TermGetOptions()) {
-        const std::string_view name = option.mName ? option.mName : "";
-        if (const std::size_t slips = CountSlips(inTyped, name); !name.empty() && slips < least) {
-            nearest = name;
-            least = slips;
-        }
-    }
-    return nearest.empty() ? "" : ": did you mean '--" + std::string(nearest) + "'?";
-}
 
 class Parser {
 public:
@@ -60,30 +32,30 @@ public:
     const std::string& GetError() const { return mError; }
 
 private:
-    /** --name, --name=value or --name value. */
+    /** --name, --name=value or --name value; of the name, as much as tells it from all others. */
     void ParseLong(const std::string& inArgument) {
         const std::size_t equals = inArgument.find('=');
         const std::string typed = inArgument.substr(0, equals);
-        const TermOption* const option = Find(
-            [&](const TermOption& inOption) { return inOption.mName && typed.substr(2) == inOption.mName; });
-        if (!option)
-            Fail("unknown option '" + typed + "'" + AskWhatWasMeant(typed.substr(2)));
-        else if (option->mArgument)
-            Apply(*option, typed, equals == std::string::npos ? TakeNext() : inArgument.substr(equals + 1));
+        const std::vector<const TermOption*> meant = TermFindOptions(std::string_view(typed).substr(2));
+        if (meant.size() != 1)
+            return Fail(TermUnknownOption(typed, meant));
+        const TermOption& option = *meant.front();
+        const std::string name = std::string("--") + option.mName;
+        if (option.mArgument)
+            Apply(option, name, equals == std::string::npos ? TakeNext() : inArgument.substr(equals + 1));
         else if (equals != std::string::npos)
-            Fail("option '" + typed + "' takes no value");
+            Fail("option '" + name + "' takes no value");
         else
-            Apply(*option, typed, "");
+            Apply(option, name, "");
     }
 
     /** -a, several as -ab, and a value as -cvalue or -c value. */
     void ParseShort(const std::string& inArgument) {
         for (std::size_t i = 1; i < inArgument.size(); ++i) {
             const std::string typed = {'-', inArgument[i]};
-            const TermOption* const option =
-                Find([&](const TermOption& inOption) { return inOption.mShort == inArgument[i]; });
+            const TermOption* const option = FindShort(inArgument[i]);
             if (!option)
-                return Fail("unknown option '" + typed + "'");
+                return Fail(TermUnknownLetter(typed, inArgument));
             if (option->mArgument)
                 return Apply(*option, typed,
                              i + 1 < inArgument.size() ? inArgument.substr(i + 1) : TakeNext());
@@ -92,10 +64,11 @@ private:
     }
 
     /** @return null when there is none */
-    template <typename Predicate>
-    static const TermOption* Find(Predicate inIsIt) {
+    static const TermOption* FindShort(char inLetter) {
         const auto options = TermGetOptions();
-        const auto option = std::find_if(options.begin(), options.end(), inIsIt);
+        const auto option = std::find_if(options.begin(), options.end(), [&](const TermOption& inOption) {
+            return inOption.mShort == inLetter;
+        });
         return option == options.end() ? nullptr : &*option;
     }
 
@@ -107,10 +80,13 @@ private:
 
     void Apply(const TermOption& inOption, const std::string& inTyped,
                const std::optional<std::string>& inValue) {
+        const TermTask before = mSettings.mTask;
         if (!inValue)
             Fail("option '" + inTyped + "' needs a value: " + inOption.mArgument);
         else if (!inOption.mApply(mSettings, *inValue))
-            Fail("option '" + inTyped + "' cannot be '" + *inValue + "'");
+            Fail(TermBadValue(inOption, inTyped, *inValue));
+        if (mSettings.mTask != before)
+            mSettings.mTaskName = inTyped;
     }
 
     /** The first mistake is the one to tell. */
@@ -132,13 +108,16 @@ std::string CheckNames(const TermSettings& inSettings) {
     const std::vector<std::string>& names = inSettings.mNames;
     const bool hasNames = !names.empty() || !inSettings.mNamesFile.empty();
     if (needsNames && !hasNames)
-        return "no file named";
+        return "name at least one GIF file or folder";
     if (!needsNames && hasNames)
-        return "no file can be worked on here: '" + (names.empty() ? inSettings.mNamesFile : names.front()) +
-               "'";
+        return inSettings.mTaskName + " takes no file names, but there is '" +
+               (names.empty() ? inSettings.mNamesFile : names.front()) + "'";
     const bool hasStandardInput = std::find(names.begin(), names.end(), "-") != names.end();
     if (hasStandardInput && (names.size() > 1 || !inSettings.mNamesFile.empty()))
         return "'-' must be the only name";
+    if (inSettings.mOutputFolder.empty() && (inSettings.mUpdatesOutput || inSettings.mReplacesOutput))
+        return inSettings.mUpdatesOutput ? "'--update' is about the results of '--output'"
+                                         : "'--force' is about the results of '--output'";
     if (inSettings.mNamesEndInNul && inSettings.mNamesFile.empty())
         return "'--null' is about the names of '--files-from'";
     return {};
@@ -167,10 +146,36 @@ std::string CheckModes(const TermSettings& inSettings) {
     return modes.size() < 2 ? "" : "'" + modes[0] + "' does not go with '" + modes[1] + "'";
 }
 
+/** @return which file is named for something else than what it will hold, or nothing */
+std::string CheckKinds(const TermSettings& inSettings) {
+    struct Output {
+        const char* mOption;
+        const std::string& mName;
+        const char* mEnd;
+    };
+    const Output outputs[] = {{"--contact-sheet", inSettings.mContactSheet, ".gif"},
+                              {"--report", inSettings.mReport, ".html"},
+                              {"--output", inSettings.mOutputFolder, ".gif"}};
+    for (const Output& output : outputs) {
+        const std::size_t dot = output.mName.rfind('.');
+        std::string end = dot == std::string::npos ? "" : output.mName.substr(dot);
+        std::transform(end.begin(), end.end(), end.begin(),
+                       [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+        constexpr std::string_view kinds =
+            " .gif .html .png .jpg .jpeg .webp .avif .apng .mp4 .csv .json .txt ";
+        if (end != output.mEnd && !end.empty() && kinds.find(" " + end + " ") != std::string::npos)
+            return std::string(output.mOption) + " makes a file that ends in " + output.mEnd + ": name it '" +
+                   output.mName.substr(0, dot) + output.mEnd + "', not '" + output.mName + "'";
+    }
+    return {};
+}
+
 /** @return what is wrong with all arguments together, or nothing */
 std::string CheckSettings(const TermSettings& inSettings) {
-    const std::string error = CheckNames(inSettings);
-    return error.empty() ? CheckModes(inSettings) : error;
+    for (const auto check : {CheckNames, CheckModes, CheckKinds})
+        if (std::string error = check(inSettings); !error.empty())
+            return error;
+    return {};
 }
 
 } // namespace

@@ -43,13 +43,10 @@ std::string WithHead(const std::string& inHead, std::string_view inText, std::si
     return text.replace(0, inHead.size(), inHead);
 }
 
-std::string OptionText(const TermOption& inOption, bool inFull) {
+std::string OptionText(const TermOption& inOption) {
     std::string text = OptionHead(inOption);
     text.resize(std::max(text.size() + 1, km_TextColumn), ' ');
-    text += std::string(inOption.mBrief) + "\n";
-    if (inFull && inOption.mMore)
-        text += Indented(inOption.mMore, km_TextColumn);
-    return text;
+    return text + inOption.mBrief + "\n";
 }
 
 std::string AllOptions(bool inFull) {
@@ -62,7 +59,7 @@ std::string AllOptions(bool inFull) {
             group = option.mGroup;
             text += "\n" + std::string(group) + "\n";
         }
-        text += OptionText(option, inFull);
+        text += OptionText(option);
     }
     return text;
 }
@@ -80,7 +77,8 @@ std::string SectionText(const TermManualSection& inSection) {
 }
 
 std::string Usage() {
-    return std::string("Usage: ") + TermGetSynopsis() + "\n" + TermGetPurpose() + "\n";
+    return std::string("Usage: ") + TermGetSynopsis() + "\n" + TermGetPurpose() + "\n" +
+           Indented(TermGetNames(), 0);
 }
 
 } // namespace
@@ -90,13 +88,11 @@ std::string TermBriefHelp() {
 }
 
 std::string TermFullHelp() {
-    std::string text = Usage();
-    for (const char* paragraph : TermGetIntroduction())
-        text += "\n" + Indented(paragraph, 0);
-    text += AllOptions(true);
+    std::string text = Usage() + AllOptions(true);
     for (const TermManualSection& section : TermGetManualSections())
-        text += SectionText(section);
-    return text;
+        if (section.mIsInHelp)
+            text += SectionText(section);
+    return text + "\nThe man page and docs/options.md explain each option.\n";
 }
 
 std::string TermVersion() {

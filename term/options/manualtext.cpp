@@ -41,8 +41,7 @@ constexpr auto km_ExitStatus = std::to_array<TermManualItem>({
     {"0", "every file was made smaller or found unchanged"},
     {"1", "at least one file or name could not be handled; the others were"},
     {"2", "wrong usage; nothing was done"},
-    {"130", "cancelled: after Ctrl-C the current file is finished or left as it was; a second Ctrl-C ends at "
-            "once, and every file is still whole"},
+    {"130", "cancelled by Ctrl-C, with every file whole"},
 });
 
 constexpr auto km_Examples = std::to_array<TermManualItem>({
@@ -57,18 +56,26 @@ constexpr auto km_Examples = std::to_array<TermManualItem>({
 constexpr auto km_Sections = std::to_array<TermManualSection>({
     {"On a terminal",
      "A few lines below the results show the progress of the run. p pauses it, even in the middle of a "
-     "file, and any key resumes it. Ctrl-Z suspends it until fg.",
+     "file, and any key resumes it. Ctrl-Z suspends it until fg. After Ctrl-C the current file is finished "
+     "or "
+     "left as it was; a second Ctrl-C ends the run at once, and every file is still whole.",
      {}},
     {"Files", nullptr, km_Files},
     {"Environment", nullptr, km_Environment},
-    {"Exit status", nullptr, km_ExitStatus},
-    {"Examples", nullptr, km_Examples},
+    {"Exit status", nullptr, km_ExitStatus, true},
+    {"Examples", nullptr, km_Examples, true},
 });
 
 } // namespace
 
 const char* TermGetSynopsis() {
     return "parvigif [OPTION]... NAME...";
+}
+
+const char* TermGetNames() {
+    return "A NAME is a GIF file, a folder, a quoted pattern with * and ?, or - for standard input to "
+           "standard "
+           "output. Each original is kept as NAME.BAK.";
 }
 
 const char* TermGetPurpose() {

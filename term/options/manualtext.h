@@ -14,6 +14,7 @@ struct TermManualSection {
     const char* mHeading;
     const char* mProse; ///< a paragraph above the items, or null
     std::span<const TermManualItem> mItems;
+    bool mIsInHelp = false; ///< else only on the man page
 };
 
 /** "parvigif [OPTION]... NAME..." */
@@ -22,7 +23,10 @@ const char* TermGetSynopsis();
 /** What the program does, in one sentence. */
 const char* TermGetPurpose();
 
-/** Paragraphs that precede the options. */
+/** What a NAME is, in short. */
+const char* TermGetNames();
+
+/** Paragraphs that precede the options on the man page. */
 std::span<const char* const> TermGetIntroduction();
 
 /** Sections that follow the options. */

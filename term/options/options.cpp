@@ -2,15 +2,18 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
+#include "term/options/values.h"
 #include "term/text/fillin.h"
 #include "win/batch/mizerpreferences.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
 using Settings = TermSettings;
 using Argument = const std::string&;
+
+constexpr std::uint64_t km_Mebibyte = 1 << 20;
 
 bool SetPreference(Settings& ioSettings, const char* inName, std::uint32_t inValue) {
     ioSettings.mPreferences[inName] = inValue;
@@ -23,24 +26,19 @@ bool SetTask(Settings& ioSettings, TermTask inTask) {
     return true;
 }
 
-/** @return whether the whole text is a number from inLeast to inMost */
-bool ReadNumber(Argument inText, std::uint32_t inLeast, std::uint32_t inMost, std::uint32_t& outNumber) {
-    const char* end = inText.data() + inText.size();
-    const auto [stop, error] = std::from_chars(inText.data(), end, outNumber);
-    return error == std::errc() && stop == end && inLeast <= outNumber && outNumber <= inMost;
-}
-
-bool SetMemoryLimit(Settings& ioSettings, Argument inMebibytes) {
-    constexpr std::uint64_t mebibyte = 1 << 20;
-    std::uint32_t count = 0;
-    if (!ReadNumber(inMebibytes, 1, UINT32_MAX, count))
+/** A size, or with a percent sign a part of the machine's memory. */
+bool SetMemoryLimit(Settings& ioSettings, Argument inText) {
+    double percentage = 0;
+    std::uint64_t& limit = ioSettings.mOptimizer.mMemoryLimit;
+    if (TermReadPercentage(inText, percentage))
+        limit = static_cast<std::uint64_t>(percentage / 100 * static_cast<double>(WnGetPhysicalMemory()));
+    else if (!TermReadSize(inText, km_Mebibyte, limit))
         return false;
-    ioSettings.mOptimizer.mMemoryLimit = count * mebibyte;
-    return true;
+    return limit != 0;
 }
 
 bool SetTolerance(Settings& ioSettings, Argument inLevels) {
-    return ReadNumber(inLevels, 0, km_DifferenceTolerance, ioSettings.mOptimizer.mTolerance);
+    return TermReadNumber(inLevels, 0, km_DifferenceTolerance, ioSettings.mOptimizer.mTolerance);
 }
 
 /** NAME=VALUE */
@@ -49,28 +47,26 @@ bool StorePreference(Settings& ioSettings, Argument inText) {
     const MizerPreference* preference = MizerFindPreference(inText.substr(0, equals));
     std::uint32_t value = 0;
     if (!preference || equals == inText.size() ||
-        !ReadNumber(inText.substr(equals + 1), 0, preference->mLargest, value))
+        !TermReadNumber(inText.substr(equals + 1), 0, preference->mLargest, value))
         return false;
     ioSettings.mStored[preference->mName] = value;
     return true;
 }
 
-/** "2000", bytes, or "1.5%". */
+/** "2000", bytes, "2k" or "1.5%". */
 bool SetLeastSaving(Settings& ioSettings, Argument inText) {
-    if (!inText.ends_with('%'))
-        return ReadNumber(inText, 0, UINT32_MAX, ioSettings.mLeastSaving.mBytes);
-    const char* end = inText.data() + inText.size() - 1;
-    double& percentage = ioSettings.mLeastSaving.mPercentage;
-    const auto [stop, error] = std::from_chars(inText.data(), end, percentage);
-    return error == std::errc() && stop == end && percentage >= 0 && percentage <= 100;
+    std::uint64_t bytes = 0;
+    if (TermReadPercentage(inText, ioSettings.mLeastSaving.mPercentage))
+        return true;
+    if (!TermReadSize(inText, 1, bytes) || bytes > UINT32_MAX)
+        return false;
+    ioSettings.mLeastSaving.mBytes = static_cast<std::uint32_t>(bytes);
+    return true;
 }
 
-bool SetReportLimit(Settings& ioSettings, Argument inMebibytes) {
-    std::uint32_t count = 0;
-    if (!ReadNumber(inMebibytes, 0, 1024, count))
-        return false;
-    ioSettings.mReportLimit = std::uint64_t{count} << 20;
-    return true;
+bool SetReportLimit(Settings& ioSettings, Argument inText) {
+    return TermReadSize(inText, km_Mebibyte, ioSettings.mReportLimit) &&
+           ioSettings.mReportLimit <= 1024 * km_Mebibyte;
 }
 
 bool SetText(std::string& outText, Argument inText) {
@@ -83,32 +79,50 @@ constexpr auto km_LosslessText = TermFillIn<km_MostColours>(
     "this, a file made smaller has at most # colours.");
 constexpr auto km_ToleranceBrief =
     TermFillIn<km_DifferenceTolerance>("largest colour difference ignored, 0 to #");
+constexpr auto km_ToleranceNeeds = TermFillIn<km_DifferenceTolerance>("0 to #");
 constexpr auto km_ToleranceText = TermFillIn<km_DifferenceTolerance>(
     "Between frames of an animation: a pixel is not drawn again while the screen shows a colour within N "
     "of 255 in red, green and blue. The default, #, is lowered for a file in which it would show.");
 
 constexpr auto km_Options = std::to_array<TermOption>({
-    {"recursive", 'r', nullptr, "Files", "search subfolders too", "Links to folders are not followed.",
+    {"dry-run", 'n', nullptr, "Most used", "only report what would be saved",
+     "All the work is done on private copies: no file is changed, backed up, logged or counted.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mIsDryRun = true; }},
+    {"recursive", 'r', nullptr, "Most used", "search subfolders too", "Links to folders are not followed.",
      [](Settings& ioSettings, Argument) { return ioSettings.mIsRecursive = true; }},
+    {"output", 'o', "DIR", "Most used", "write results to DIR or FILE.gif, keep the originals",
+     "DIR is created if missing. A folder's files go there under their own names, with -r into the same "
+     "subfolders. Files that do not get smaller are copied as they are, so that DIR holds them all. Nothing "
+     "already there is replaced without --update or --force. Of a single file, the result may be given a "
+     "name "
+     "that ends in .gif instead.",
+     [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mOutputFolder, inPath); }},
+    {"lossless", 0, nullptr, "Most used", "change no displayed colour", km_LosslessText.data(),
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOSSLESS", 1); }},
+    {"restore", 0, nullptr, "Most used", "restore NAMEs from their backups",
+     "Each backup is read as a GIF to its end before it replaces the picture, in one step, and is kept. "
+     "With a folder or a pattern: every picture that has one. A picture that may have been edited since it "
+     "was made smaller is kept as a further backup. --dry-run shows what would happen.",
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Restore); }},
     {"files-from", 0, "FILE", "Files", "read more names from FILE, one per line",
      "- is standard input: find pics -name '*.gif' | parvigif --files-from -",
      [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mNamesFile, inPath); }},
     {"null", '0', nullptr, "Files", "names in FILE end with a NUL, as from find -print0", nullptr,
      [](Settings& ioSettings, Argument) { return ioSettings.mNamesEndInNul = true; }, true},
-    {"min-saving", 0, "N[%]", "Files", "leave files that would shrink by less than N bytes",
-     "Or by less than N percent: --min-saving 2%. Such a file stays byte for byte as it is.", SetLeastSaving},
+    {"min-saving", 0, "SIZE", "Files", "leave files that would shrink by less: 500, 2k, 2%",
+     "In bytes, also with k or M behind the number, or in percent of the file. Such a file stays byte for "
+     "byte "
+     "as it is.",
+     SetLeastSaving, false, "a number of bytes, as 500 or 2k, or a percentage, as 2%"},
     {"skip-done", 0, nullptr, "Files", "skip files an earlier run has finished with",
      "Finished files are remembered by their contents, and later runs with this option skip them: a "
      "library can be swept again and again, and no picture loses a little more each time.",
      [](Settings& ioSettings, Argument) { return ioSettings.mSkipsDone = true; }},
-    {"dry-run", 'n', nullptr, "Results", "only report what would be saved",
-     "All the work is done on private copies: no file is changed, backed up, logged or counted.",
-     [](Settings& ioSettings, Argument) { return ioSettings.mIsDryRun = true; }},
-    {"output", 'o', "DIR", "Results", "write the new files to DIR, leave the originals",
-     "DIR is created if missing. A folder's files go there under their own names, with -r into the same "
-     "subfolders. Files that do not get smaller are copied as they are, so that DIR holds them all. "
-     "Nothing already in DIR is ever replaced.",
-     [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mOutputFolder, inPath); }},
+    {"update", 'u', nullptr, "Results", "with -o: only what is missing there or older",
+     "A file is passed over when its result is at least as new. So a mirror can be brought up to date.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mUpdatesOutput = true; }, true},
+    {"force", 'f', nullptr, "Results", "with -o: replace what is there", nullptr,
+     [](Settings& ioSettings, Argument) { return ioSettings.mReplacesOutput = true; }, true},
     {"keep-times", 0, nullptr, "Results", "keep modification times", nullptr,
      [](Settings& ioSettings, Argument) { return ioSettings.mKeepsTimes = true; }, true},
     {"no-backup", 0, nullptr, "Backups", "do not keep the original as NAME.BAK",
@@ -121,27 +135,21 @@ constexpr auto km_Options = std::to_array<TermOption>({
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 1); }, true},
     {"keep-backups", 0, nullptr, "Backups", "keep older backups, whatever the preferences say", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "OBACK", 0); }, true},
-    {"restore", 0, nullptr, "Backups", "restore NAMEs from their backups",
-     "Each backup is read as a GIF to its end before it replaces the picture, in one step, and is kept. "
-     "With a folder or a pattern: every picture that has one. A picture that may have been edited since it "
-     "was made smaller is kept as a further backup. --dry-run shows what would happen.",
-     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Restore); }},
     {"allow-crop", 0, nullptr, "Picture", "trim transparent borders of still images",
      "The rest keeps its place on the screen, whose size stays the same. Frames of animations are always "
      "trimmed.",
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 1); }, true},
     {"no-allow-crop", 0, nullptr, "Picture", "keep borders, whatever the preferences say", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "ALLOWCROP", 0); }, true},
-    {"lossless", 0, nullptr, "Picture", "change no displayed colour", km_LosslessText.data(),
-     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOSSLESS", 1); }},
     {"no-lossless", 0, nullptr, "Picture", "let colours change, whatever the preferences say", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOSSLESS", 0); }, true},
-    {"tolerance", 0, "N", "Picture", km_ToleranceBrief.data(), km_ToleranceText.data(), SetTolerance},
-    {"max-memory", 0, "MIB", "Picture", "leave files that need more memory",
-     "In MiB, per file. The default is half of the machine's memory, but at least 1024.", SetMemoryLimit,
-     true},
+    {"tolerance", 0, "N", "Picture", km_ToleranceBrief.data(), km_ToleranceText.data(), SetTolerance, false,
+     km_ToleranceNeeds.data()},
+    {"max-memory", 0, "SIZE", "Picture", "leave files that need more memory: 512M, 2G, 25%",
+     "Per file; a number alone is in MiB. The default is half of the machine's memory, but at least 1 GiB.",
+     SetMemoryLimit, true, "a size above 0, as 512M or 2G, or a part of the memory, as 25%"},
     {"no-log", 0, nullptr, "Log and preferences", "do not write to the results log", nullptr,
-     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 0); }},
+     [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 0); }, true},
     {"log", 0, nullptr, "Log and preferences", "write the results log, whatever the preferences say", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 1); }, true},
     {"log-results-only", 0, nullptr, "Log and preferences", "log only files that were made smaller", nullptr,
@@ -153,7 +161,7 @@ constexpr auto km_Options = std::to_array<TermOption>({
     {"clear-log", 0, nullptr, "Log and preferences", "empty the results log and stop", nullptr,
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ClearLog); }, true},
     {"totals", 0, nullptr, "Log and preferences", "print what all runs have saved and stop", nullptr,
-     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Totals); }},
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Totals); }, true},
     {"preferences", 0, nullptr, "Log and preferences", "print the preferences and stop",
      "Each with its value and where that comes from: machine-wide, this user, or built-in.",
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ListPreferences); }},
@@ -169,8 +177,10 @@ constexpr auto km_Options = std::to_array<TermOption>({
      "One HTML file with the totals, a table of the files, and each picture before and after, playing side "
      "by side. An existing OUT is replaced only if it is such a page.",
      [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mReport, inPath); }},
-    {"report-limit", 0, "MIB", "Output", "how much the page may hold in pictures, in MiB",
-     "0 to 1024, default 32. Further pictures are left out; the page says how many.", SetReportLimit, true},
+    {"report-limit", 0, "SIZE", "Output", "how much the page may hold in pictures: 8M",
+     "A number alone is in MiB; up to 1024, default 32. Further pictures are left out; the page says how "
+     "many.",
+     SetReportLimit, true, "a size up to 1G, as 8M"},
     {"json", 0, nullptr, "Output", "print results as JSON, one object per line",
      "One for each file as it is finished, then one for the whole run, also with --quiet. The user guide "
      "lists the fields.",

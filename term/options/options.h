@@ -34,6 +34,7 @@ enum class TermDetail { km_Quiet, km_Normal, km_Verbose };
 /** What the command line asks for. */
 struct TermSettings {
     TermTask mTask = TermTask::km_Process;
+    std::string mTaskName; ///< the option that asks for it, as typed; empty for km_Process
     bool mIsQuiet = false; ///< see GetDetail
     bool mIsVerbose = false;
     std::map<std::string, std::uint32_t> mPreferences; ///< preferences that hold for this run only
@@ -50,7 +51,9 @@ struct TermSettings {
     bool mIsDryRun = false;
     bool mKeepsTimes = false;
     bool mSkipsDone = false;
-    std::string mOutputFolder; ///< where results go; empty: over their originals
+    std::string mOutputFolder;    ///< where results go; empty: over their originals
+    bool mUpdatesOutput = false;  ///< results there may be replaced when they are older than their originals
+    bool mReplacesOutput = false; ///< whatever is there may be replaced
     MizerLeastSaving mLeastSaving;
 
     TermDetail GetDetail() const {
@@ -72,7 +75,8 @@ struct TermOption {
     const char* mMore;  ///< the rest of the full help, or null
     /** @return false when the argument is invalid */
     bool (*mApply)(TermSettings& ioSettings, const std::string& inArgument);
-    bool mIsRare = false; ///< left out of the short help, which has to fit a screen
+    bool mIsRare = false;         ///< left out of the short help, which has to fit a screen
+    const char* mNeeds = nullptr; ///< which arguments are valid, in words; null: any name
 };
 
 /** Grouped, in the order of the help. */

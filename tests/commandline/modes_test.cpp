@@ -80,18 +80,33 @@ TEST_F(Modes, AnOutputFolderGetsEveryFileAndNoOriginalChanges) {
         mRunner.Run({"-o", "out/new", "in/ball.gif"}).mErr,
         HasSubstr("in/ball.gif: not written to the output folder: the file exists already (code 31)\n"));
     EXPECT_EQ(ReadAll("out/new"), results);
+
+    EXPECT_THAT(mRunner.Run({"-v", "-u", "-o", "out/new", "in/ball.gif"}).mErr,
+                HasSubstr("in/ball.gif: skipped: the output folder has it already\n"));
+    fs::last_write_time(mFolder / "out/new/ball.gif", fs::file_time_type::min());
+    EXPECT_THAT(mRunner.Run({"-u", "-o", "out/new", "in/ball.gif"}).mOut, HasSubstr("1 file, 1 made"));
+    EXPECT_EQ(mRunner.Run({"-o", "out/one.gif", "in/ball.gif"}).mStatus, 0);
+    EXPECT_EQ(mRunner.Run({"-o", "out/one.gif", "in/sub/icon.gif"}).mStatus, 1);
+    EXPECT_EQ(Read("out/one.gif"), results.at("ball.gif"));
+    EXPECT_EQ(mRunner.Run({"-f", "-o", "out/one.gif", "in/sub/icon.gif"}).mStatus, 0);
+    EXPECT_EQ(Read("out/one.gif"), results.at("sub/icon.gif"));
 }
 
 TEST_F(Modes, AnOutputFolderThatCannotBeRightStopsTheRun) {
     fs::create_directory_symlink(mFolder / "in", mFolder / "link");
     Write("in/other/ball.gif", mBefore["ball.gif"] + "x");
+    Write("file", "");
     const std::vector<std::pair<std::vector<std::string>, const char*>> cases = {
         {{"-r", "-o", "link/sub/out", "in"},
          "the output folder 'link/sub/out' lies in 'in', whose files are to be read"},
         {{"-o", "./link/", "in"}, "the output folder './link/' lies in 'in', whose files are to be read"},
         {{"-o", "out", "in", "in/other"},
          "'in/ball.gif' and 'in/other/ball.gif' would become one file in 'out'"},
-        {{"-o", "in/ball.gif", "in"}, "'--output' needs a folder, and 'in/ball.gif' is none"},
+        {{"-o", "file", "in"}, "'--output' needs a folder, and 'file' is none"},
+        {{"-o", "new.gif", "in"}, "'new.gif' is the name of one file: for several results, name a folder"},
+        {{"-fo", "in/ball.gif", "in/ball.gif"}, "'in/ball.gif' is one of the files to be read"},
+        {{"in/ball.gif", "new.gif"},
+         "there is no 'new.gif'; to write the result there: parvigif -o new.gif in/ball.gif"},
     };
     for (const auto& [arguments, text] : cases) {
         ExpectRefusal(arguments, text, 2);

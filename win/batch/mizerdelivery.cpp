@@ -12,7 +12,8 @@ std::string MizerDryRun::Deliver(const char* inPath, const char* inSmallerPath) 
     return {};
 }
 
-MizerOutputFolder::MizerOutputFolder(const std::string& inFolder) : mFolder(inFolder) {
+MizerOutputFolder::MizerOutputFolder(const std::string& inFolder, Present inPresent)
+    : mFolder(inFolder), mPresent(inPresent) {
     if (mFolder.empty() || !WnIsSeparator(mFolder.back()))
         mFolder += WnGetSeparator();
 }
@@ -25,24 +26,33 @@ std::string MizerOutputFolder::Plan(const std::string& inPath, const std::string
     return {};
 }
 
-void MizerOutputFolder::Prepare(const char* inPath) {
+bool MizerOutputFolder::Prepare(const char* inPath) {
     const std::string& target = mTargets.at(inPath);
     const std::string folder = WnMakePath(target).parent_path().string();
     if (mCleanedFolders.insert(folder).second)
-        WnRemoveLeftovers(folder.c_str());
-    if (WnGetFileKind(target.c_str()) != WnFileKind::km_Missing)
+        WnRemoveLeftovers(folder.empty() ? "." : folder.c_str());
+    const WnFileKind kind = WnGetFileKind(target.c_str());
+    mFound = kind == WnFileKind::km_Missing ? std::nullopt : WnGetFileState(target.c_str());
+    if (kind == WnFileKind::km_Missing)
+        return true;
+    if (kind != WnFileKind::km_RegularFile || mPresent == Present::km_Stays)
         NvThrow(NvErrorCode::km_FileExists);
+    const auto original = WnGetFileState(inPath);
+    return mPresent == Present::km_Replaced || !mFound || !original ||
+           original->mModified > mFound->mModified;
 }
 
 std::string MizerOutputFolder::Deliver(const char* inPath, const char* inSmallerPath) {
     const std::string& target = mTargets.at(inPath);
     std::error_code error;
-    std::filesystem::create_directories(WnMakePath(target).parent_path(), error);
+    if (const auto folder = WnMakePath(target).parent_path(); !folder.empty())
+        std::filesystem::create_directories(folder, error);
     if (error)
         NvThrowWithSystemError(NvErrorCode::km_Failure, error.default_error_condition().value());
     WnSafeFile file(target.c_str(), inPath);
     file.CopyFrom(inSmallerPath ? inSmallerPath : inPath);
-    if (!file.CommitUnlessPresent())
+    const bool isThere = mFound ? file.CommitOver(*mFound).has_value() : file.CommitUnlessPresent();
+    if (!isThere)
         NvThrow(NvErrorCode::km_FileExists);
     return target;
 }

@@ -99,8 +99,11 @@ void MizerFileJob::WorkInPlace() {
 
 /** The file is left alone until both passes are through, so that nothing is replaced that is not worth it. */
 void MizerFileJob::WorkOnCopy() {
+    bool isWanted = true;
     if (mOptions.mDelivery)
-        InDelivery([&] { mOptions.mDelivery->Prepare(GetPath()); });
+        InDelivery([&] { isWanted = mOptions.mDelivery->Prepare(GetPath()); });
+    if (!isWanted)
+        return mResult.SetReason(MizerReason::km_UpToDate);
     const WnPrivateFolder folder;
     const std::string copy = folder.MakePath("COPY.GIF");
     MizerCopyFile(GetPath(), copy.c_str());

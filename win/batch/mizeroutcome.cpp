@@ -33,6 +33,7 @@ constexpr auto km_Reasons = std::to_array<Reason>({
     {MizerReason::km_Empty, MizerStatus::km_Skipped, "skipped: empty"},
     {MizerReason::km_InUse, MizerStatus::km_Skipped, "skipped: another run is working on it"},
     {MizerReason::km_Done, MizerStatus::km_Skipped, "skipped: already done by an earlier run"},
+    {MizerReason::km_UpToDate, MizerStatus::km_Skipped, "skipped: the output folder has it already"},
     {MizerReason::km_NoGIFs, MizerStatus::km_Failed, "no GIF file there (code 10)"},
     {MizerReason::km_Error, MizerStatus::km_Failed, "{}"},
     {MizerReason::km_NoBackup, MizerStatus::km_Failed, "no backup could be made: {}"},

@@ -40,6 +40,7 @@ enum class MizerReason {
     km_Empty,
     km_InUse,        ///< another run works on it
     km_Done,         ///< already done by an earlier run
+    km_UpToDate,     ///< its result is there already
     km_NoGIFs,       ///< a folder or pattern, without any
     km_Error,        ///< particulars: which, as for the next two
     km_NoBackup,     ///< the error is about the backup
