@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "term/commands.h"
 #include "term/inputs/outputplan.h"
@@ -25,24 +26,31 @@ void LeaveNoTrace(WnPref& ioPrefs) {
     ioPrefs.Override("BACKUP", 0);
 }
 
-/** Where results go if not over their originals; null, with the error reported, if they cannot go there. */
-std::unique_ptr<MizerDelivery> MakeDelivery(const TermInputs& inInputs, const TermSettings& inSettings,
-                                            TermMessages& ioMessages) {
-    if (inSettings.mIsDryRun)
-        return std::make_unique<MizerDryRun>();
-    if (inSettings.mOutputFolder.empty())
-        return nullptr;
+/** Where results go if not over their originals: null.
+ *  @return false, with the error reported, if they cannot go there */
+bool MakeDelivery(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
+                  std::unique_ptr<MizerDelivery>& outDelivery) {
     using Present = MizerOutputFolder::Present;
+    if (inSettings.mIsDryRun)
+        outDelivery = std::make_unique<MizerDryRun>();
+    if (inSettings.mIsDryRun || inSettings.mOutputFolder.empty())
+        return true;
     auto output = std::make_unique<MizerOutputFolder>(inSettings.mOutputFolder,
                                                       inSettings.mReplacesOutput  ? Present::km_Replaced
                                                       : inSettings.mUpdatesOutput ? Present::km_Updated
                                                                                   : Present::km_Stays);
-    const std::string objection =
-        TermPlanOutput(inSettings.mOutputFolder, inInputs, inSettings.mIsRecursive, *output);
-    if (objection.empty())
-        return output;
-    ioMessages.Error(TermPrintable(objection), TermExit::km_Usage);
-    return nullptr;
+    try {
+        const std::string objection =
+            TermPlanOutput(inSettings.mOutputFolder, inInputs, inSettings.mIsRecursive, *output);
+        if (!objection.empty())
+            ioMessages.Error(TermPrintable(objection), TermExit::km_Usage);
+        outDelivery = std::move(output);
+        return objection.empty();
+    } catch (const NvErrorCode& error) {
+        ioMessages.Error("nothing can be written to '" + TermPrintable(inSettings.mOutputFolder) +
+                         "': " + MizerErrorWords(error));
+        return false;
+    }
 }
 
 /** Every candidate is written to the temporary folder first: without one no file can be worked on, and an
@@ -84,8 +92,9 @@ bool RunBrain(TermInputs& ioInputs, const TermSettings& inSettings, const MizerO
 
 void TermProcessInputs(TermInputs& ioInputs, const TermSettings& inSettings, TermMessages& ioMessages,
                        TermOutcomes& ioOutcomes) {
-    const auto delivery = MakeDelivery(ioInputs, inSettings, ioMessages);
-    if (ioMessages.GetExit() == TermExit::km_Usage || !HasTemporaryFolder(ioMessages))
+    std::unique_ptr<MizerDelivery> delivery;
+    if (ioMessages.GetExit() == TermExit::km_Usage ||
+        !MakeDelivery(ioInputs, inSettings, ioMessages, delivery) || !HasTemporaryFolder(ioMessages))
         return;
     const MizerOptions options = {
         .mDelivery = delivery.get(),

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <set>
 
-#include "nvcode2/base/nverrorcode.h"
 #include "win/batch/filequeue.h"
 #include "win/batch/mizeroutcome.h"
 #include "wnatom/wnsystem.h"
@@ -26,18 +25,6 @@ bool IsSearched(const fs::path& inFolder, const fs::path& inParent, bool inIsRec
         return inFolder == inParent;
     return std::mismatch(inParent.begin(), inParent.end(), inFolder.begin(), inFolder.end()).first ==
            inParent.end();
-}
-
-/** @return why nothing can be written there; empty when it can */
-std::string CheckOutput(const std::string& inOutput, bool inIsFile) {
-    try {
-        const WnFileKind kind = WnGetFileKind(inOutput.c_str());
-        if (!inIsFile && kind != WnFileKind::km_Missing && kind != WnFileKind::km_Folder)
-            return "'--output' needs a folder, and '" + inOutput + "' is none";
-    } catch (const NvErrorCode& error) {
-        return "nothing can be written to '" + inOutput + "': " + MizerErrorWords(error);
-    }
-    return {};
 }
 
 /** An output named like a picture is one, unless it is a folder already. */
@@ -68,8 +55,9 @@ std::string FindOriginalInTheWay(const TermInputs& inInputs, const MizerOutputFo
 std::string TermPlanOutput(const std::string& inOutput, const TermInputs& inInputs, bool inIsRecursive,
                            MizerOutputFolder& ioOutput) {
     const bool isFile = IsOutputFile(inOutput);
-    if (std::string objection = CheckOutput(inOutput, isFile); !objection.empty())
-        return objection;
+    const WnFileKind kind = WnGetFileKind(inOutput.c_str());
+    if (!isFile && kind != WnFileKind::km_Missing && kind != WnFileKind::km_Folder)
+        return "'--output' needs a folder, and '" + inOutput + "' is none";
     if (isFile && (inInputs.mFiles.size() > 1 || !inInputs.mFolders.empty()))
         return "'" + inOutput + "' is the name of one file: for several results, name a folder";
     const fs::path output = Canonical(inOutput);
