@@ -90,7 +90,6 @@ TEST(Swap, SearchEqualsTheLiteralOneOnHundredsOfFrames) {
 // and roughen the picture between greys.
 TEST(Swap, ExchangedPixelsAreKeptOnlyWhenTheyMakeTheFrameShorterAndDoNotShow) {
     NvLZWStringTable strings;
-    PvPixelSwapper swapper(strings);
     int kept = 0;
     int putBack = 0;
     for (std::uint32_t seed = 0; seed < 12; ++seed) {
@@ -108,6 +107,7 @@ TEST(Swap, ExchangedPixelsAreKeptOnlyWhenTheyMakeTheFrameShorterAndDoNotShow) {
         SwapReference dithered = reference;
         dithered.PostDither();
         const bool isBetter = !shows && dithered.Estimate() < reference.Estimate();
+        PvPixelSwapper swapper(strings);
         const std::uint32_t exchanged = swapper.SwapIfWorthIt(animation->GetFrame(0));
         EXPECT_EQ(PixelsOf(animation->GetFrame(0)), isBetter ? dithered.mPixels : reference.mPixels);
         EXPECT_EQ(exchanged > 0, isBetter);

@@ -49,6 +49,7 @@ PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinis
         written.mMovedPixels.push_back(inSettings.mIsLossless ? 0 : 2 * swapper.SwapIfWorthIt(*frame));
         return frame;
     });
+    written.mSavedByMoving = swapper.GetSavedBytes();
     return written;
 }
 

@@ -16,6 +16,7 @@ struct PvWritten {
 
     /** Pixels of each frame that changed places with a neighbour. */
     std::vector<std::uint32_t> mMovedPixels;
+    double mSavedByMoving = 0.0; ///< bytes
 
     bool HasMovedPixels() const {
         return std::any_of(mMovedPixels.begin(), mMovedPixels.end(),

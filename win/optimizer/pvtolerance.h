@@ -11,7 +11,7 @@
 struct PvCandidate {
     std::unique_ptr<WnSafeFile> mFile; ///< null when the gate refused it
     std::uint32_t mSize = 0;           ///< bytes
-    bool mHasMovedPixels = false;      ///< exchanged on the way
+    bool mPromisesMore = false;        ///< to a second pass
     std::uint64_t mCodes = 0;          ///< LZW codes of the frames it was made of
     PvComparison mComparison;
 

@@ -12,6 +12,9 @@ namespace {
 
 constexpr float km_MaxWork = 24800000.0F; // candidates times pixels
 
+// Besides the search: a frame is copied, and its look or its sizes measured.
+constexpr std::uint64_t km_PassesBeside = 4;
+
 bool AreTooMany(std::uint32_t inCandidates, const NvGIFFrame& inFrame) {
     const auto width = static_cast<float>(inFrame.GetWidth());
     const auto height = static_cast<float>(inFrame.GetHeight());
@@ -63,15 +66,20 @@ PvPixelSwapper::Result PvPixelSwapper::Swap(NvGIFFrame& ioFrame, std::int32_t in
     return {Search(ioFrame, inSparedIndex), false};
 }
 
-std::uint32_t PvPixelSwapper::Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex) {
+// A search that has used up its steps keeps what it exchanged up to then.
+std::uint32_t PvPixelSwapper::Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex,
+                                     std::uint64_t inMostSteps) {
     NvIndexedImage& image = ioFrame.GetImage();
     const NvColor* colors = image.GetColorTable().GetColors();
     const NvPixelLock pixels(image);
     std::uint32_t exchanged = 0;
     bool hasBegun = false;
+    const std::uint64_t stepsBefore = mSearch.GetPixelSteps();
     NvForEachPattern(
         pixels.Row(0), image.GetRowBytes(), image.GetWidth(), image.GetHeight(),
         [&](std::uint32_t y, std::uint32_t x) {
+            if (mSearch.GetPixelSteps() - stepsBefore >= inMostSteps)
+                return;
             if (!NvIsSwappablePair(pixels.Row(y) + x, image.GetRowBytes(), colors, inSparedIndex))
                 return;
             if (!hasBegun)
@@ -84,20 +92,37 @@ std::uint32_t PvPixelSwapper::Search(NvGIFFrame& ioFrame, std::int32_t inSparedI
 }
 
 std::uint32_t PvPixelSwapper::SwapIfWorthIt(NvGIFFrame& ioFrame) {
+    const std::uint64_t pixels = std::uint64_t{ioFrame.GetWidth()} * ioFrame.GetHeight();
+    mBudget.AddFrame(pixels);
     const std::uint32_t candidates = CountSwapCandidates(ioFrame);
-    if (candidates == 0)
+    if (candidates == 0 || !mBudget.IsToBeTried())
         return 0; // most frames have none, sparing an index or not
     NvIndexedImage original = ioFrame.GetImage().Copy();
-    const std::uint32_t exchanged = AreTooMany(candidates, ioFrame)
-                                        ? PostDitherSparing(ioFrame, SparedIndex(ioFrame))
-                                        : Search(ioFrame, SparedIndex(ioFrame));
-    if (exchanged == 0)
-        return 0;
-    const bool isInterlaced = ioFrame.GetInfo().mInterlaced != 0;
-    const auto before = static_cast<double>(mEstimator.EstimateImage(original, isInterlaced)) / 8;
-    const auto after = static_cast<double>(mEstimator.EstimateFrame(ioFrame)) / 8;
-    if (after < before && PvLookCost(after, PvFrameSimilarity(ioFrame, original)) < PvLookCost(before, 1.0))
-        return exchanged;
-    ioFrame.SetImage(std::move(original));
-    return 0;
+    const std::uint64_t stepsBefore = mSearch.GetPixelSteps();
+    Sizes sizes;
+    const std::uint32_t exchanged = SwapMeasured(ioFrame, AreTooMany(candidates, ioFrame), sizes);
+    const bool isWorthIt =
+        sizes.mAfter < sizes.mBefore &&
+        PvLookCost(sizes.mAfter, PvFrameSimilarity(ioFrame, original)) < PvLookCost(sizes.mBefore, 1.0);
+    if (exchanged > 0 && !isWorthIt)
+        ioFrame.SetImage(std::move(original));
+    const double saved = isWorthIt ? sizes.mBefore - sizes.mAfter : 0.0;
+    mSavedBytes += saved;
+    mBudget.Learn(km_PassesBeside * pixels + mSearch.GetPixelSteps() - stepsBefore, saved);
+    return isWorthIt ? exchanged : 0;
+}
+
+/** @return  pairs that changed places */
+std::uint32_t PvPixelSwapper::SwapMeasured(NvGIFFrame& ioFrame, bool inPostDithers, Sizes& outSizes) {
+    const auto bytes = [](std::uint64_t inBits) { return static_cast<double>(inBits) / 8; };
+    const std::int32_t spared = SparedIndex(ioFrame);
+    if (inPostDithers)
+        outSizes.mBefore = bytes(mEstimator.EstimateFrame(ioFrame));
+    const std::uint32_t exchanged =
+        inPostDithers ? PostDitherSparing(ioFrame, spared) : Search(ioFrame, spared, mBudget.GetStepsLeft());
+    if (inPostDithers)
+        outSizes.mAfter = bytes(mEstimator.EstimateFrame(ioFrame));
+    else if (exchanged > 0) // nothing may have been searched
+        outSizes = {bytes(mSearch.GetBitsBefore()), bytes(mSearch.GetBits())};
+    return exchanged;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "win/optimizer/codes/pvlzwestimate.h"
+#include "win/optimizer/codes/pvswapbudget.h"
 #include "win/optimizer/codes/pvswapsearch.h"
 
 class NvGIFFrame;
@@ -36,17 +37,30 @@ public:
     /** Works on a frame with transparency; the transparent index is never moved. */
     Result SwapPixelPairs(NvGIFFrame& ioFrame, std::uint8_t inTransparentIndex);
 
-    /** Exchanges pixels of a frame, and keeps the result only when its estimate is lower by more than the
-     * loss of look is worth (see PvLookCost): post-dithering makes many pictures larger, and exchanged pixels
-     *  roughen what was smooth.
+    /** Exchanges pixels of an animation's next frame where that promises something (see PvSwapBudget), and
+     *  keeps the result only when its estimate is lower by more than the loss of look is worth (see
+     *  PvLookCost): post-dithering makes many pictures larger, and exchanged pixels roughen what was smooth.
      *
      *  @return  pairs that changed places */
     std::uint32_t SwapIfWorthIt(NvGIFFrame& ioFrame);
 
+    /** Bytes that SwapIfWorthIt saved so far, by the estimate. */
+    double GetSavedBytes() const { return mSavedBytes; }
+
 private:
+    /** A frame's LZW data, in bytes, before and after. */
+    struct Sizes {
+        double mBefore = 0.0;
+        double mAfter = 0.0;
+    };
+
     Result Swap(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
-    std::uint32_t Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex);
+    std::uint32_t Search(NvGIFFrame& ioFrame, std::int32_t inSparedIndex,
+                         std::uint64_t inMostSteps = UINT64_MAX);
+    std::uint32_t SwapMeasured(NvGIFFrame& ioFrame, bool inPostDithers, Sizes& outSizes);
 
     PvSwapSearch mSearch;
     PvLZWEstimator mEstimator;
+    PvSwapBudget mBudget;
+    double mSavedBytes = 0.0;
 };

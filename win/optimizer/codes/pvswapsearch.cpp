@@ -9,9 +9,9 @@
 
 void PvSwapSearch::Begin(std::uint8_t* ioPixels, std::uint32_t inWidth, std::uint32_t inHeight,
                          std::uint32_t inColorCount, bool inInterlaced) {
-    const std::uint32_t pixelBits = std::max<std::uint32_t>(NvGIFMinimumCodeSize(inColorCount), 2);
-    mParser.Begin(pixelBits);
-    mAhead.Begin(pixelBits);
+    mPixelBits = std::max<std::uint32_t>(NvGIFMinimumCodeSize(inColorCount), 2);
+    mParser.Begin(mPixelBits);
+    mAhead.Begin(mPixelBits);
     mSegments.clear();
 
     mFrame = ioPixels;
@@ -29,19 +29,15 @@ void PvSwapSearch::Begin(std::uint8_t* ioPixels, std::uint32_t inWidth, std::uin
     });
     mStream = inInterlaced ? mInterlaced.data() : mFrame;
 
-    mMisses = CountMisses(0, 0, UINT64_MAX);
+    mMisses = mMissesAtBegin = CountMisses(0, 0, UINT64_MAX);
     mSegmentStart = 0;
     mMissesBefore = 0;
     mNext = km_Nowhere;
-    mRecord.Begin(mStream, mLength, pixelBits);
-    mPlainSteps = 0;
-    mReluctance = km_LeastReluctance;
 }
 
 bool PvSwapSearch::ExchangeIfShorter(std::uint32_t inX, std::uint32_t inY) {
     const std::uint32_t pair = mRowStart[inY] + inX;
     FindSegment(pair);
-    RecordIfWorthIt(pair);
     const std::uint32_t presentEnd = SegmentFrom(mSegmentStart).mEnd;
     std::swap(mStream[pair], mStream[pair + 1]);
     if (!KeepIfFewer(pair, presentEnd)) {
@@ -70,37 +66,10 @@ void PvSwapSearch::FindSegment(std::uint32_t inPosition) {
         return;
     mSegmentStart = start;
     mNext = km_Nowhere;
-    mPlainSteps = 0;
-}
-
-bool PvSwapSearch::IsWorthRecording(std::uint32_t inStart, const PvSegment& inSegment) {
-    return inSegment.mEnd - inStart <= km_ShortString * inSegment.mMisses;
-}
-
-void PvSwapSearch::RecordIfWorthIt(std::uint32_t inPair) {
-    const PvSegment& segment = SegmentFrom(mSegmentStart);
-    if (mRecord.Holds(mSegmentStart)) {
-        if (!mRecord.Serves(inPair))
-            mRecord.RecordFrom(inPair);
-    } else if (mPlainSteps >= std::uint64_t{mReluctance} * (segment.mEnd - mSegmentStart) &&
-               IsWorthRecording(mSegmentStart, segment)) {
-        mRecord.Record(mSegmentStart);
-    }
 }
 
 // The pair has changed places already.
 PvSegment PvSwapSearch::Try(std::uint32_t inPair) {
-    if (!mRecord.Holds(mSegmentStart))
-        return TryPlainly(inPair);
-    if (const std::optional<PvSegment> trial = mRecord.Try(inPair))
-        return *trial;
-    mRecord.Drop();
-    mPlainSteps = 0;
-    mReluctance = std::min(2 * mReluctance, km_MaxReluctance);
-    return TryPlainly(inPair);
-}
-
-PvSegment PvSwapSearch::TryPlainly(std::uint32_t inPair) {
     MoveTo(inPair);
     const PvLZWParser::State before = mParser.GetState();
     const std::uint64_t toBeat = mMisses - mMissesBefore;
@@ -108,7 +77,6 @@ PvSegment PvSwapSearch::TryPlainly(std::uint32_t inPair) {
     std::uint32_t end = mNext;
     const bool hasReset = mParser.Read(mStream, mLength, end, limit);
     mPixelSteps += end - mNext;
-    mPlainSteps += end - mNext;
     const PvSegment trial{hasReset ? end : mLength, mParser.GetState().mMisses};
     mParser.Restore(before);
     return trial;
@@ -138,17 +106,7 @@ bool PvSwapSearch::KeepIfFewer(std::uint32_t inPair, std::uint32_t inPresentEnd)
     mMisses = mMissesBefore + misses;
     ForgetSegmentsOver(inPair);
     mSegments[mSegmentStart] = trial;
-    UpdateRecord(inPair, trial);
     return true;
-}
-
-void PvSwapSearch::UpdateRecord(std::uint32_t inPair, const PvSegment& inSegment) {
-    if (mRecord.Holds(mSegmentStart))
-        mNext = km_Nowhere; // the parse may stand behind the pair
-    if (mRecord.Holds(mSegmentStart) && IsWorthRecording(mSegmentStart, inSegment))
-        mRecord.RecordFrom(inPair);
-    else if (mRecord.Reads(inPair))
-        mRecord.Drop();
 }
 
 /** Misses from a reset position to the end of the stream, or any number from inToBeat on.

@@ -1,9 +1,11 @@
 #include "win/optimizer/frames/pvcoverage.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "nvcode2/gif/nvgifframe.h"
+#include "nvcode2/image/nvmaskrow.h"
 
 bool PvClears(const NvGIFFrame& inFrame) {
     return inFrame.GetInfo().mDisposal == NvGIFFrameInfo::km_DisposeClear;
@@ -16,9 +18,9 @@ void PvCoverage::Draw(const NvGIFFrame& inFrame) {
     const NvConstPixelLock mask(inFrame.GetMask());
     for (std::uint32_t y = 0; y < inFrame.GetHeight(); ++y) {
         std::uint8_t* row = RowOf(inFrame, y);
-        const std::uint8_t* bits = mask.Row(y);
-        for (std::uint32_t x = 0; x < inFrame.GetWidth(); ++x)
-            row[x] = static_cast<std::uint8_t>(row[x] | ((bits[x / 8] >> (7 - x % 8)) & 1U));
+        NvForEachRun(mask.Row(y), inFrame.GetWidth(), true, [&](std::uint32_t inFirst, std::uint32_t inEnd) {
+            std::memset(row + inFirst, 1, inEnd - inFirst);
+        });
     }
 }
 
@@ -51,20 +53,33 @@ NvRect PvCoverage::BoundsUnder(const NvGIFFrame& inFrame) const {
 
 bool PvCoverage::IsDrawnOver(const NvRect& inRect, const NvGIFFrame& inNext) const {
     const NvRect next = inNext.GetScreenRect();
+    const std::int32_t left = std::max(inRect.left, next.left);
+    const std::int32_t right = std::min(inRect.right, next.right);
     const NvConstPixelLock mask(inNext.GetMask());
     for (std::int32_t y = inRect.top; y < inRect.bottom; ++y) {
-        const std::uint8_t* row = mCovered.data() + static_cast<std::size_t>(y) * mWidth;
-        const bool isInside = next.top <= y && y < next.bottom;
-        const std::uint8_t* bits = isInside ? mask.Row(static_cast<std::uint32_t>(y - next.top)) : nullptr;
-        for (std::int32_t x = inRect.left; x < inRect.right; ++x) {
-            if (row[x] == 0)
-                continue;
-            const auto column = static_cast<std::uint32_t>(x - next.left); // wraps round left of the frame
-            if (!bits || column >= inNext.GetWidth() || (bits[column / 8] >> (7 - column % 8) & 1U) == 0)
+        if (left >= right || y < next.top || y >= next.bottom) {
+            if (IsAnyCovered(y, inRect.left, inRect.right))
                 return false;
+            continue;
         }
+        bool isAnyLeft = IsAnyCovered(y, inRect.left, left) || IsAnyCovered(y, right, inRect.right);
+        NvForEachRun(mask.Row(static_cast<std::uint32_t>(y - next.top)),
+                     static_cast<std::uint32_t>(right - next.left), false,
+                     [&](std::uint32_t inFirst, std::uint32_t inEnd) {
+                         const auto first = next.left + static_cast<std::int32_t>(inFirst);
+                         const auto end = next.left + static_cast<std::int32_t>(inEnd);
+                         isAnyLeft = isAnyLeft || IsAnyCovered(y, std::max(first, left), end);
+                     });
+        if (isAnyLeft)
+            return false;
     }
     return true;
+}
+
+bool PvCoverage::IsAnyCovered(std::int32_t inY, std::int32_t inFirst, std::int32_t inEnd) const {
+    const std::uint8_t* row = mCovered.data() + static_cast<std::size_t>(inY) * mWidth;
+    return inFirst < inEnd &&
+           std::memchr(row + inFirst, 1, static_cast<std::size_t>(inEnd - inFirst)) != nullptr;
 }
 
 const std::uint8_t* PvCoverage::RowOf(const NvGIFFrame& inFrame, std::uint32_t inY) const {

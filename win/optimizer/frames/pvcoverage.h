@@ -29,6 +29,7 @@ public:
     bool IsDrawnOver(const NvRect& inRect, const NvGIFFrame& inNext) const;
 
 private:
+    bool IsAnyCovered(std::int32_t inY, std::int32_t inFirst, std::int32_t inEnd) const;
     std::uint8_t* RowOf(const NvGIFFrame& inFrame, std::uint32_t inY);
     const std::uint8_t* RowOf(const NvGIFFrame& inFrame, std::uint32_t inY) const;
 
