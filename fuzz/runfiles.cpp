@@ -1,4 +1,4 @@
-// Runs a fuzz target over files, for compilers without a fuzzer, and over changed copies of them:
+// Runs a fuzz target over files and changed copies of them, for compilers without a fuzzer:
 //     fuzz_TARGET CHANGES FOLDER...
 // What fails is left in ./failed-input.
 

@@ -1,5 +1,4 @@
-// What people and other programs may have written: preferences, the ledger, the command line. The first byte
-// chooses.
+// Texts from users and other programs: preferences, the ledger, the command line. The first byte chooses.
 
 #include <filesystem>
 

@@ -58,7 +58,7 @@ private:
     std::vector<std::uint8_t> mPixels;
 };
 
-/** A frame's place and manner. */
+/** Where a frame lies and how it is stored. */
 struct Manner {
     int mLeft = 0;
     int mTop = 0;
@@ -143,7 +143,7 @@ std::uint8_t Nearest(const NvColorTable& inTable, std::uint32_t inRed, std::uint
     return static_cast<std::uint8_t>(inTable.FindClosestColor(inRed | inGreen << 8 | inBlue << 16, -1));
 }
 
-/** Looks random, is not (xorshift). */
+/** Pseudo-random numbers, the same on every run (xorshift). */
 std::uint32_t Scramble(std::uint32_t inValue) {
     inValue = inValue * 2654435761u + 1;
     inValue ^= inValue << 13;
@@ -165,7 +165,7 @@ void DrawIcon(const std::string& inPath) {
     film.Write(inPath);
 }
 
-/** Each frame is stored whole and with a colour table of its own. */
+/** Every frame is stored whole, with a colour table of its own. */
 void DrawSpinner(const std::string& inPath) {
     constexpr std::array<std::array<int, 2>, 12> places = {{{0, -20},
                                                             {10, -17},
@@ -217,7 +217,7 @@ void DrawSunset(const std::string& inPath) {
     film.Write(inPath);
 }
 
-/** A ball that the viewer takes away again before each next frame. */
+/** A ball that the viewer erases before each new frame. */
 void DrawBall(const std::string& inPath) {
     const NvColorTable table = MakeWebTable();
     constexpr std::uint8_t nothing = 255;

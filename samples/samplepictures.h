@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-/** Pictures of the kinds that people have, drawn and stored as wastefully as most programs do.
+/** Pictures of the kinds people have, drawn here and stored as wastefully as most programs store them.
  *
  *  The same bytes on every machine: integers only. */
 

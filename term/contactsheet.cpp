@@ -36,11 +36,11 @@ bool AddFile(const char* inPath, PvContactSheet& ioSheet, TermPassedOver& ioPass
              TermMessages& ioMessages) {
     try {
         if (MizerIsNamedBackup(inPath)) {
-            ioPassedOver.Tell(inPath, MizerReasonWords(MizerReason::km_Backup));
+            ioPassedOver.Report(inPath, MizerReasonWords(MizerReason::km_Backup));
         } else if (!MizerIsNamedGIF(inPath)) {
-            ioPassedOver.Tell(inPath, MizerReasonWords(MizerReason::km_NotNamedGIF));
+            ioPassedOver.Report(inPath, MizerReasonWords(MizerReason::km_NotNamedGIF));
         } else if (IsEmptyFile(inPath)) {
-            ioPassedOver.Tell(inPath, MizerReasonWords(MizerReason::km_Empty));
+            ioPassedOver.Report(inPath, MizerReasonWords(MizerReason::km_Empty));
         } else {
             ioSheet.AddFile(inPath);
             return true;
@@ -72,14 +72,14 @@ void PrintPlaces(const std::vector<std::string>& inFiles, std::size_t inColumns,
     ioMessages.Error(std::string("standard output: ") + std::strerror(errno));
 }
 
-/** Also when a run of ours made it: what is there may be somebody's only copy. */
+/** Not even an older sheet is replaced: it may be the only copy. */
 void CheckAbsent(const char* inPath) {
     if (WnGetFileKind(inPath) != WnFileKind::km_Missing)
         NvThrow(NvErrorCode::km_FileExists);
 }
 
-/** Draws the queued files. The sheet's file is begun first, so that nobody waits for one that cannot be
- *  written. */
+/** Draws the queued files. The sheet's file is created first, so that a sheet that cannot be written is
+ *  reported before the work. */
 void Draw(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages) {
     const char* const path = inSettings.mContactSheet.c_str();
     CheckAbsent(path);

@@ -24,7 +24,7 @@ public:
     /** Completes the report, then the results; ends the program when their reader has gone away. */
     void Finish(bool inIsCancelled, TermMessages& ioMessages);
 
-    /** Whether whoever reads the results has gone away. */
+    /** Whether the reader of the results has gone away. */
     bool IsPipeClosed() const { return mResults.IsPipeClosed(); }
 
 private:

@@ -102,13 +102,13 @@ private:
         try {
             const MizerRestoreOptions options = {inBackup, mSettings.mOptimizer.mMemoryLimit,
                                                  mSettings.mIsDryRun};
-            Tell(inPath, MizerRestore(inPath, options, mBackups));
+            Report(inPath, MizerRestore(inPath, options, mBackups));
         } catch (const NvErrorCode& error) {
             Refuse(inPath, {}, "not restored: " + MizerErrorWords(error), error.GetCode());
         }
     }
 
-    void Tell(const std::string& inPath, const MizerRestoration& inDone) {
+    void Report(const std::string& inPath, const MizerRestoration& inDone) {
         switch (inDone.mWhat) {
         case MizerRestored::km_NoBackup:
             return Refuse(inPath, inDone, "no backup: there is no " + MizerBackupName(inPath) + " (code 10)",

@@ -65,14 +65,14 @@ void TermShell::FileDone(const MizerFileResult& inResult) {
     shown.mPath = GetShownName(inResult.mPath);
     if (mPanel)
         mPanel->Hide();
-    Tell(shown);
+    Report(shown);
     if (!mPanel || inResult.mStatus == MizerStatus::km_Cancelled)
         return;
     mPanel->EndFile(inResult.mPath, inResult.mStatus != MizerStatus::km_Skipped);
     mPanel->PutBack();
 }
 
-void TermShell::Tell(const MizerFileResult& inResult) {
+void TermShell::Report(const MizerFileResult& inResult) {
     const std::string words = TermOutcomeWords(inResult);
     mOutcomes.FileDone(inResult);
     if (words.empty())
@@ -80,7 +80,7 @@ void TermShell::Tell(const MizerFileResult& inResult) {
     if (inResult.mStatus == MizerStatus::km_Failed)
         mMessages.FileError(inResult.mPath, words);
     else if (inResult.mStatus == MizerStatus::km_Skipped && inResult.mReason != MizerReason::km_InUse)
-        mPassedOver.Tell(inResult.mPath, words);
+        mPassedOver.Report(inResult.mPath, words);
     else
         mMessages.FileNote(inResult.mPath, words);
 }

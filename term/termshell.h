@@ -36,7 +36,7 @@ public:
 private:
     std::string GetShownName(const std::string& inPath) const;
     void RefreshPanel();
-    void Tell(const MizerFileResult& inResult);
+    void Report(const MizerFileResult& inResult);
 
     TermMessages& mMessages;
     TermOutcomes& mOutcomes;

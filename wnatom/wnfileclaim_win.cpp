@@ -8,7 +8,7 @@ struct WnFileClaim::Handle {
     HANDLE mMutex = nullptr;
 };
 
-/** Windows keeps names of objects for as long as somebody holds them. */
+/** Windows keeps the name of an object for as long as a process holds it. */
 WnFileClaim::WnFileClaim(const std::string& /*inDataFolder*/, const char* inPath)
     : mHandle(std::make_unique<Handle>()) {
     std::string path(32768, '\0'); // no longer one can be opened

@@ -12,5 +12,5 @@ std::wstring WnGetFolderOf(const std::wstring& inPath);
 
 constexpr std::size_t km_RandomNameSize = 6;
 
-/** Letters and digits, km_RandomNameSize of them, for names of fresh files: nobody can foresee them. */
+/** Letters and digits, km_RandomNameSize of them, for names of new files: they cannot be foreseen. */
 std::wstring WnGetRandomName();

@@ -105,7 +105,7 @@ bool WnPref::AddToDWord(const char* inName, std::uint32_t inDelta) {
     NvAssert(inName);
     if (mKeepsStore)
         return true;
-    // Nobody comes between the two roots, always opened in this order.
+    // No other run comes between the two roots, which are always opened in this order.
     WnPrefKey machine(GetKeyPath());
     WnPrefKey user(GetKeyPath());
     const bool hasMachine = machine.OpenKey(WnPrefKey::km_Machine, WnPrefKey::km_ReadWrite);

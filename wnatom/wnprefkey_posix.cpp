@@ -74,7 +74,7 @@ std::string GetFilePath(WnPrefKey::Root inRoot, std::string inKeyPath) {
            ".ini";
 }
 
-/** Whether both roots' environment variables lead to one folder, as where somebody tries things out. */
+/** Whether both roots' environment variables lead to one folder, as in trials. */
 bool AreOneRoot() {
     const std::string machine = GetMachineFolder();
     const std::string user = GetUserFolder();

@@ -67,9 +67,9 @@ public:
     /** The same, but only over the very file that was seen, as it was seen. Where names can be exchanged in
      *  one step, what comes out is looked at, too: a file that was saved in the last instant goes back.
      *
-     *  @param inSeen  the state that the target had before anybody read what the new file was made from
+     *  @param inSeen  the state that the target had before the new file's source was read
      *  @return        the state of the new file in its place; nothing when the target is another by now,
-     *                 which is then as whoever changed it left it */
+     *                 which is then left as it is */
     std::optional<WnFileState> CommitOver(const WnFileState& inSeen);
 
 private:

@@ -230,8 +230,8 @@ std::uint64_t HashContent(int inDescriptor) {
     }
 }
 
-/** A file as it was seen, and its bytes, which tell also what the times do not: exchanging names is itself a
- *  change to both files. */
+/** A file as it was seen, and a hash of its bytes, which shows what the times cannot: exchanging names itself
+ *  changes the times of both files. */
 struct Seen {
     WnFileState mState;
     std::uint64_t mHash = 0;
@@ -248,15 +248,15 @@ int Exchange(const std::string& inOne, const std::string& inOther) {
     return renameat2(AT_FDCWD, inOne.c_str(), AT_FDCWD, inOther.c_str(), RENAME_EXCHANGE);
 }
 
-/** Gives what was taken from a name back to it. Whoever has saved there in the meantime keeps the name.
- *  @param inOwnDescriptor  of what stands at the name now, unless somebody has replaced it */
+/** Gives a name back the file that was taken from it, unless another has been saved there in the meantime.
+ *  @param inOwnDescriptor  of the file at the name now, unless another program has replaced it */
 void PutBack(const std::string& inTaken, const std::string& inName, int inOwnDescriptor) {
     if (Exchange(inTaken, inName) != 0) {
         if (std::rename(inTaken.c_str(), inName.c_str()) != 0)
             ThrowRuntimeError(errno);
     } else if (!LeadsTo(inTaken, inOwnDescriptor)) {
         Exchange(inTaken, inName);
-        unlink(inTaken.c_str()); // the older of two that somebody else saved one over the other
+        unlink(inTaken.c_str()); // of two versions that another program saved in turn, the older
     }
 }
 
@@ -353,7 +353,7 @@ std::optional<WnFileState> WnSafeFile::CommitOver(const WnFileState& inSeen) {
     mCommitted = true;
     const auto state = WnGetOpenFileState(mDescriptor);
     FlushFolder(WnGetFolderOf(mTargetPath));
-    // Whoever has written to it since shall find it another than the one that is known here.
+    // If it has been written to since, it must not count as the file that we know.
     return state && HashContent(mDescriptor) == hash ? state : finished;
 }
 

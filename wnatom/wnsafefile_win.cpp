@@ -15,7 +15,7 @@
 #include "nvcode2/base/nvwindows_win.h"
 #include "wnatom/wnfolders_win.h"
 
-// The temporary file stays open while it is in use, so a living run holds it against whoever opens it for
+// The temporary file stays open while it is in use, so a living run holds it against any that opens it for
 // itself alone: that distinguishes it from a leftover.
 
 namespace {

@@ -39,7 +39,7 @@ int LockFolder(const std::string& inPath) {
     const int folder = OpenFolder(AT_FDCWD, inPath.c_str());
     if (folder < 0)
         return -1;
-    flock(folder, LOCK_EX); // where that cannot be, nobody can take it for left over either
+    flock(folder, LOCK_EX); // where locks do not work, no other run takes it for a leftover either
     struct stat status {};
     if (fstat(folder, &status) == 0 && status.st_nlink != 0)
         return folder;

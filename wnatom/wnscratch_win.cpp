@@ -10,7 +10,7 @@
 #include "wnatom/wnfolders_win.h"
 #include "wnatom/wnsystem.h"
 
-// A folder stays open for as long as it is in use, so a living process holds it against whoever opens it to
+// A folder stays open for as long as it is in use, so a living process holds it against any that opens it to
 // remove it: that distinguishes it from a leftover.
 
 namespace {
@@ -19,7 +19,7 @@ constexpr const char* km_FixedPath = "C:\\TEMP.GIF";
 constexpr std::wstring_view km_FolderPrefix = L"parvigif-scratch-";
 constexpr int km_Tries = 5; // the name was there, or another process took the folder for left over too soon
 
-/** Whole paths; none when somebody else has removed the folder. */
+/** Whole paths; none when the folder is gone. */
 std::vector<std::wstring> ListFiles(const std::string& inFolder) {
     std::vector<std::wstring> paths;
     try {

@@ -12,7 +12,7 @@
 /** Bytes of physical memory. */
 std::uint64_t WnGetPhysicalMemory();
 
-/** Bytes that the work on one file may need when nobody set another limit: half the physical memory, at least
+/** Bytes that the work on one file may need unless another limit is set: half the physical memory, at least
  *  1 GiB. */
 std::uint64_t WnGetUsualMemoryLimit();
 

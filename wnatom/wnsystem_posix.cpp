@@ -23,7 +23,7 @@ std::string GetPrivateTemporaryFolder() {
                       status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
     if (ours)
         return folder;
-    // Somebody else stands at that name: better no log than one that they steer.
+    // Another user owns that name: better no log than one under their control.
     return "/nonexistent";
 }
 

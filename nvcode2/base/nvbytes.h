@@ -39,7 +39,7 @@ constexpr std::uint64_t NvEightOf(std::uint8_t inByte) {
     return inByte * 0x0101010101010101U;
 }
 
-/** Which of eight bytes are zero: 0x80 in the place of each, 0 in the others.
+/** Which of eight bytes are zero: 0x80 for each, 0 for the others.
  *  After "Hacker's Delight", 2nd edition, 6-1. */
 constexpr std::uint64_t NvFindZeroBytes(std::uint64_t inBytes) {
     constexpr std::uint64_t km_AllButTop = NvEightOf(0x7F);

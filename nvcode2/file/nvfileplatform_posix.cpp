@@ -56,7 +56,7 @@ std::int32_t NvFilePlatform::Open(const char* inPath, Access inAccess) {
 }
 
 std::int32_t NvFilePlatform::Close(std::int32_t inDescriptor) {
-    // An interrupted close has released the descriptor; calling again could close somebody else's.
+    // An interrupted close has released the descriptor; calling again could close another file's.
     const int result = ::close(inDescriptor);
     return result == -1 && errno == EINTR ? 0 : result;
 }

@@ -68,8 +68,8 @@ public:
     using RowTaker =
         std::function<void(std::uint32_t inY, const std::uint8_t* inPixels, std::uint32_t inCount)>;
 
-    /** Reads a frame as ReadFrame does, for whoever needs a row at a time only: first its record, then, by
-     *  ReadRows, the rows that arrived, in the order of the file. The frame may reach beyond the screen.
+    /** Reads a frame as ReadFrame does, for callers that need only a row at a time: first its record, then,
+     * by ReadRows, the rows that arrived, in the order of the file. The frame may reach beyond the screen.
      *  @return  the record, which stays until another frame is opened or read */
     const NvGIFFrameInfo& OpenFrame(std::uint32_t inIndex);
     void ReadRows(const RowTaker& inTakeRow);

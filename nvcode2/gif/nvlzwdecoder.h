@@ -44,7 +44,7 @@ public:
 
     /** Ends the frame. What the stream holds beyond the frame's pixels is ignored, but with a minimum code
      *  size of 1.
-     *  @throws NvErrorCode  28 when a stream of minimum code size 1 goes on */
+     *  @throws NvErrorCode  28 when a stream of minimum code size 1 continues */
     void End();
 
 private:

@@ -41,7 +41,7 @@ public:
 
     /** What the player displays now. To see a certain frame, play up to it.
      *
-     *  @param inIndicator   hears of every row and may stop the work; may be null
+     *  @param inIndicator   informed of every row; may stop the work; may be null
      *  @throws NvErrorCode  3 when it does, 2 */
     NvRGBImage Render(const NvGIFPlayer& inPlayer, NvProgressIndicator* inIndicator = nullptr) const;
 

@@ -34,8 +34,8 @@ constexpr NvColor NvUnpackColor(std::uint32_t inColor) {
             static_cast<std::uint8_t>(inColor >> 16)};
 }
 
-/** A palette: an ordered, resizable array of colours. Pixel value i selects entry i, so whoever reorders
- *  entries rewrites pixels.
+/** A palette: an ordered, resizable array of colours. Pixel value i selects entry i, so a caller that
+ * reorders entries rewrites pixels.
  *
  *  A value type: copying copies all entries. Whatever allocates raises code 2 when memory is out, and then
  *  leaves this table as it was. Images use at most 256 entries; the table itself has no limit. */

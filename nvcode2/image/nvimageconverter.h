@@ -9,8 +9,8 @@
  *  white, the others black. The result has no format information. */
 class NvImageConverter {
 public:
-    /** inIndicator, borrowed for the converter's life, hears of every row and may stop a conversion with
-     *  code 3; may be null. */
+    /** inIndicator, borrowed for the converter's life, is informed of every row and may stop a conversion
+     * with code 3; may be null. */
     explicit NvImageConverter(NvProgressIndicator* inIndicator = nullptr) : mIndicator(inIndicator) {}
 
     /** The nearest colours of a palette of at least one entry, as its inverse map finds them. An indexed

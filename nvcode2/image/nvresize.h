@@ -19,7 +19,7 @@ class NvProgressIndicator;
  *
  *  When either size has a zero, nothing is written. Preconditions: pointers non-null, channel counts not
  *  zero, row bytes not zero unless there are no pixels. Rows are resampled in strips; nothing is allocated.
- *  inIndicator, which may be null, hears of every row of a strip and may stop the work with code 3, which
+ *  inIndicator, which may be null, receives every row of a strip and may stop the work with code 3, which
  *  leaves the output half written. */
 
 /** Resamples the first calcChannels channels, leaving an output pixel's others alone. Precondition: both

@@ -34,7 +34,7 @@ public:
      *
      *  @param inTable      the palette, at least one entry
      *  @param inInvMap     its map, see MakeInverseColorMap
-     *  @param inIndicator  hears of every row and may stop the work with code 3; may be null */
+     *  @param inIndicator  informed of every row; may stop the work with code 3; may be null */
     virtual NvIndexedImage ToIndexed(const NvColorTable& inTable, const std::uint8_t* inInvMap,
                                      NvProgressIndicator* inIndicator) const;
 };

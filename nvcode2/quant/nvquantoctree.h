@@ -54,6 +54,6 @@ private:
 
     std::uint32_t mTableSize;
     int mLevels = 8;              // below the root
-    std::uint32_t mLeafCount = 0; // distinct colours, as far as mLevels tells them apart
+    std::uint32_t mLeafCount = 0; // distinct colours, as far as mLevels separates them
     std::vector<Node> mNodes;
 };

@@ -73,11 +73,11 @@ public:
             if (isFolder)
                 mInputs.mFolders.push_back(inName);
             if (isFolder && mIsRecursive)
-                TellIfNoGIFs(inName, AddTree(WithSeparator(inName)));
+                ReportIfNoGIFs(inName, AddTree(WithSeparator(inName)));
             else
                 AddOne(inName);
         } catch (const NvErrorCode& error) {
-            TellFailure(inName, error);
+            ReportFailure(inName, error);
         }
     }
 
@@ -96,7 +96,7 @@ private:
         const FileQueue::Named named = mQueue.AddName(inName.c_str());
         if (named == FileQueue::Named::km_AlreadyQueued)
             mMessages.FileNote(inName, MizerReasonWords(MizerReason::km_NamedBefore));
-        TellIfNoGIFs(inName, named != FileQueue::Named::km_NoGIFs);
+        ReportIfNoGIFs(inName, named != FileQueue::Named::km_NoGIFs);
     }
 
     /** A folder's own files, then those below it. A subfolder that cannot be read is reported and left out.
@@ -110,21 +110,21 @@ private:
             try {
                 hasGIFs = AddTree(folder) || hasGIFs;
             } catch (const NvErrorCode& error) {
-                TellFailure(folder, error);
-                hasGIFs = true; // who knows
+                ReportFailure(folder, error);
+                hasGIFs = true; // it may hold some
             }
         }
         return hasGIFs;
     }
 
-    void TellIfNoGIFs(const std::string& inName, bool inHasGIFs) {
+    void ReportIfNoGIFs(const std::string& inName, bool inHasGIFs) {
         if (!inHasGIFs)
-            TellFailure(inName, NvErrorCode(NvErrorCode::km_FileNotFound, __FILE__, __LINE__),
-                        MizerReason::km_NoGIFs);
+            ReportFailure(inName, NvErrorCode(NvErrorCode::km_FileNotFound, __FILE__, __LINE__),
+                          MizerReason::km_NoGIFs);
     }
 
-    void TellFailure(const std::string& inName, const NvErrorCode& inError,
-                     MizerReason inReason = MizerReason::km_Error) {
+    void ReportFailure(const std::string& inName, const NvErrorCode& inError,
+                       MizerReason inReason = MizerReason::km_Error) {
         MizerFileResult result;
         result.mPath = inName;
         result.Fail(inError, inReason);
@@ -186,7 +186,7 @@ TermPassedOver::TermPassedOver(const TermSettings& inSettings, TermMessages& ioM
       mVerbose(inSettings.GetDetail() == TermDetail::km_Verbose),
       mTypedNames(inSettings.mNames.begin(), inSettings.mNames.end()) {}
 
-void TermPassedOver::Tell(const std::string& inPath, const std::string& inWords) {
+void TermPassedOver::Report(const std::string& inPath, const std::string& inWords) {
     if (mVerbose || mTypedNames.contains(inPath))
         mMessages.FileNote(inPath, inWords);
 }

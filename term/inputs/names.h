@@ -41,7 +41,7 @@ public:
     /** @param ioMessages  borrowed */
     TermPassedOver(const TermSettings& inSettings, TermMessages& ioMessages);
 
-    void Tell(const std::string& inPath, const std::string& inWords);
+    void Report(const std::string& inPath, const std::string& inWords);
 
 private:
     TermMessages& mMessages;

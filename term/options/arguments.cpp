@@ -89,7 +89,7 @@ private:
             mSettings.mTaskName = inTyped;
     }
 
-    /** The first mistake is the one to tell. */
+    /** Keeps the first mistake, which is the one reported. */
     void Fail(const std::string& inError) {
         if (mError.empty())
             mError = inError;

@@ -2,8 +2,8 @@
 
 #include <span>
 
-/** What the help and the man page say beside the options. Texts are plain words without line breaks: whoever
- *  shows them fills the lines. */
+/** What the help and the man page say beside the options. Texts are plain words without line breaks; the
+ *  caller fills the lines. */
 
 struct TermManualItem {
     const char* mTerm;

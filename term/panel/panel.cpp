@@ -72,8 +72,8 @@ void TermPanel::Refresh() {
     Draw();
 }
 
-/** From the cursor down, and back to where it began: whoever erases from the cursor on erases the panel, also
- *  after the terminal has laid out its lines anew for another width. */
+/** From the cursor down, and back to where it began, so that erasing from the cursor on erases the panel,
+ * also after the terminal has laid out its lines anew for another width. */
 void TermPanel::Draw() {
     if (!TermHoldTerminal()) {
         mIsShown = false;

@@ -19,7 +19,7 @@ namespace {
 constexpr std::string_view km_Signature = "<!DOCTYPE html>\n<!-- A report of parvigif. -->\n";
 constexpr std::size_t km_RoomForTotals = 2048; // characters; they need about a quarter of it
 
-/** Somebody's page, or a picture named by mistake, is never replaced. */
+/** Another page, or a picture named by mistake, is never replaced. */
 bool IsReport(const char* inPath) {
     std::array<char, km_Signature.size()> start{};
     NvFile file(inPath);

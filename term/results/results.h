@@ -18,7 +18,7 @@ public:
 
     void PrintTotal(bool inIsCancelled);
 
-    /** Whether whoever reads the table has gone away. */
+    /** Whether the reader of the table has gone away. */
     bool IsPipeClosed() const { return mPipeClosed; }
 
     /** errno of a line that could not be written for another reason, or 0. */

@@ -2,7 +2,7 @@
 
 /** POSIX only. */
 
-/** Installs a handler, unless whoever started the program wants the signal ignored. System calls are resumed
+/** Installs a handler, unless the program was started with the signal ignored. System calls are resumed
  *  after it, so that no file operation fails because of it, unless waiting calls are to end (EINTR). */
 void TermCatchSignal(int inSignal, void (*inHandler)(int), bool inEndsReads = false);
 

@@ -45,8 +45,8 @@ extern "C" void LetGoAndEnd(int inSignal) {
     TermRaiseWithDefault(inSignal);
 }
 
-/** Ctrl-Z: gives the terminal back, then stops like any program. Goes on with the handler in place again; the
- *  terminal is taken by whoever draws next, if it is ours by then. */
+/** Ctrl-Z: gives the terminal back, then stops like any program. Resumes with the handler in place again; the
+ *  next drawing takes the terminal, if it is ours by then. */
 extern "C" void LetGoAndStop(int inSignal) {
     const int error = errno;
     TermLetGoOfTerminal();
@@ -55,7 +55,7 @@ extern "C" void LetGoAndStop(int inSignal) {
     errno = error;
 }
 
-/** After a stop that could not be caught somebody else may have used the terminal. */
+/** During a stop that could not be caught, another program may have used the terminal. */
 extern "C" void DoubtHold(int /*inSignal*/) {
     gMayHaveChanged = 1;
 }

@@ -4,7 +4,7 @@
 #include "win/batch/mizerbrain.h"
 #include "wnatom/wnpref.h"
 
-/** A screen that only remembers. */
+/** A shell that only records. */
 class RecordingShell : public MizerShell {
 public:
     bool PumpEvents() override {
@@ -63,7 +63,7 @@ protected:
     }
 };
 
-/** A driver in an environment of its own, over the files of a fresh folder. */
+/** A batch in an environment of its own, over the files of a fresh folder. */
 class BatchTest : public testing::Test {
 protected:
     BatchTest() {

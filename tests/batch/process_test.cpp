@@ -120,7 +120,7 @@ TEST_F(ProcessTest, TheSettingsOfAFileAreThoseOfItsBeginning) {
     WriteTestFile(Queue("a.gif", 10) + ".BAK", "older");
     Queue("b.gif", 10);
     mBrain->mNewSizes = {{"a.gif", 5}, {"b.gif", 5}};
-    mBrain->mActions["a.gif"] = [this] { // the person opens the dialog while the file is worked on
+    mBrain->mActions["a.gif"] = [this] { // the user opens the dialog while the file is worked on
         for (const char* name : {"BACKUP", "LOG"})
             mPrefs.Override(name, 0);
     };

@@ -23,7 +23,7 @@ protected:
         for (const char* name : inNames)
             WriteTestFile(mFolder / name, "x");
     }
-    /** What a pattern below the folder brings, without the folder's path. */
+    /** What a pattern below the folder finds, without the folder's path. */
     std::vector<std::string> Find(const std::string& inPattern) {
         mQueue.Clear();
         mFound = mQueue.AddFolder((mFolder / inPattern).c_str());
@@ -45,7 +45,8 @@ TEST_F(QueueTest, NamesThatDifferOnlyInTheCaseOfLettersAreOneUnlessBothExist) {
 
     Make({"b.gif", "B.GIF"});
     EXPECT_TRUE(mQueue.AddFile((mFolder / "b.gif").c_str()));
-    EXPECT_TRUE(mQueue.AddFile((mFolder / "B.GIF").c_str())) << "two files on a system that tells them apart";
+    EXPECT_TRUE(mQueue.AddFile((mFolder / "B.GIF").c_str()))
+        << "two files on a system that distinguishes them";
     EXPECT_FALSE(mQueue.AddFile((mFolder / "b.GIF").c_str())) << "does not exist";
 }
 

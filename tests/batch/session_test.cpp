@@ -59,7 +59,7 @@ TEST(Session, AFileProcessedAgainKeepsItsRowAndItsFirstSize) {
     EXPECT_EQ(list.GetCount(), 1u);
     EXPECT_EQ(list.GetText(0, Column::km_Saved), "40");
     list.Add(Result("a.gif", MizerStatus::km_Smaller, 80, 70), "");
-    EXPECT_EQ(list.GetText(0, Column::km_Saved), "10") << "somebody put another file there";
+    EXPECT_EQ(list.GetText(0, Column::km_Saved), "10") << "another file was saved there";
 }
 
 class SessionFiles : public BatchTest {};

@@ -63,7 +63,7 @@ TEST_F(PanelTest, TheStoryOfTwoBatches) {
                             "1017: Processing File", "1020: 0.0%", "1016: 4 Files processed to date.", "1013",
                             "1015: 1000 bytes unoptimized", "1017: 250 bytes saved", "1020: 25.0%",
                             "1018: 350 bytes saved", "1022: 25.0%", "1019: 350 bytes saved"))
-        << "a failed file ends no batch, and what was saved last stays to be seen";
+        << "a failed file ends no batch, and the last saving stays visible";
     Queue("d.gif", 10);
     Queue("a.gif", 100);
     EXPECT_THAT(run(), ElementsAre("1018: 0 bytes saved", "1022: 0.0%", //
@@ -72,7 +72,7 @@ TEST_F(PanelTest, TheStoryOfTwoBatches) {
                                    "1018: 1 bytes saved", "1022: 10.0%", "1019: 351 bytes saved", //
                                    "1017: Processing File", "1020: 0.0%", "1016: 6 Files processed to date.",
                                    "1013", "1015: 100 bytes unoptimized", "1017: ", "1020: "))
-        << "a batch begins at zero, and nothing is in hand after it";
+        << "a batch begins at zero, and ends with no current file";
 }
 
 TEST_F(PanelTest, TotalsAreStoredAtTheEnd) {

@@ -1,4 +1,4 @@
-// A contact sheet is a new file or none, tells what is on it, and leaves everything else alone.
+// A contact sheet is a new file or none, lists what is on it, and leaves everything else alone.
 
 #include "tests/support/programtest.h"
 
@@ -12,7 +12,7 @@ protected:
     ContactSheetCommand() { DrawSamples(); }
 };
 
-TEST_F(ContactSheetCommand, TellsWhereEachFileIsAndChangesNone) {
+TEST_F(ContactSheetCommand, ShowsWhereEachFileIsAndChangesNone) {
     const Files before = ReadAll();
     const ProgramResult result = mRunner.Run(
         {"--contact-sheet", "sheet.gif", "icon.gif", "ball.gif", "icon.gif", "s*.gif", "tiles.gif"});

@@ -39,7 +39,7 @@ protected:
     Files mBefore;
 };
 
-TEST_F(Modes, ADryRunTellsWhatARunSavesAndLeavesNoTrace) {
+TEST_F(Modes, ADryRunReportsWhatARunSavesAndLeavesNoTrace) {
     const ProgramResult dry = mRunner.Run({"-n", "-r", "in"});
     EXPECT_EQ(ReadAll("in"), mBefore);
     EXPECT_FALSE(HasTraces());

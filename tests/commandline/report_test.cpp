@@ -16,7 +16,7 @@ protected:
     Report() { DrawSamples(); }
 };
 
-TEST_F(Report, APathThatCannotBeWrittenIsToldBeforeAnyFileIsTouched) {
+TEST_F(Report, APathThatCannotBeWrittenIsReportedBeforeAnyFileIsTouched) {
     Write("page.html", "<!DOCTYPE html>\n<p>Somebody's own.</p>\n");
     const std::string exists = "the file exists already (code 31)";
     for (const auto& [path, text] : std::vector<std::pair<std::string, std::string>>{

@@ -67,7 +67,7 @@ TEST_F(Results, TheLogGetsOneEntryPerFile) {
     EXPECT_THAT(ReadTestFile(log), testing::EndsWith("/icon.gif\" \n    File Unchanged.\n"));
 }
 
-TEST_F(Results, WhatIsPassedOverIsToldWhenItWasNamed) {
+TEST_F(Results, WhatIsPassedOverIsReportedWhenItWasNamed) {
     Write("notes.txt", "x");
     Write("empty.gif", "");
     Write("old.gif.BAK", "x");

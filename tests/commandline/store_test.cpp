@@ -97,7 +97,7 @@ TEST_F(Store, WhatCannotBeRestoredStaysAsItIs) {
     EXPECT_FALSE(fs::exists(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"));
 }
 
-TEST_F(Store, PreferencesTellTheirOriginAndASetOneHolds) {
+TEST_F(Store, PreferencesShowTheirOriginAndASetOneHolds) {
     const std::string user = mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini";
     WriteTestFile(user, "BACKUP=\n\xff\xfe=\n=\nOBACK=many\nLOG=0\nMINE=7");
     WriteTestFile(mRunner.GetOwnFolder() / "machine/Norvek/Parvigif/1.x.ini", "LOGALL=0\n");

@@ -1,4 +1,4 @@
-// The desktop application as a person meets it: the real program, its window, its files.
+// The desktop application as its users see it: the real program, its window, its files.
 
 #include "samples/samplepictures.h"
 #include "tests/support/desktoprun_win.h"

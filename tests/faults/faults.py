@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Lets something go wrong at every file-system call and allocation of a run, and looks whether a picture is lost.
+"""Makes every file-system call and allocation of a run fail in turn, and checks that no picture is lost.
 
 A point is one way of working, one fault and one call. After each point, and again after a run that nothing
 disturbs, every picture that anybody had made must be whole under its name or in a backup, and the second run
@@ -61,7 +61,7 @@ def read_gif(data):
 
 
 class Pictures:
-    """The pictures of a trial: the person's, and what somebody else may make of it or save in its place."""
+    """The pictures of a trial: the user's, and what another program may make of it or save in its place."""
     def __init__(self, samples):
         self.original = (samples / "ball.gif").read_bytes()
         self.saved = (samples / "tiles.gif").read_bytes()
@@ -71,7 +71,7 @@ class Pictures:
         self.truncated = self.original[:len(self.original) // 2]
 
 
-# What somebody else does to $P, the picture; $D holds the pictures to choose from.
+# What another program does to $P, the picture; $D holds the pictures to choose from.
 ACTIONS = {
     "saves": 'cat "$D/saved" > "$P"',
     "replaces": 'cp "$D/saved" "$P.new" && mv "$P.new" "$P"',
@@ -157,7 +157,7 @@ class Trial:
             return True
         if now is None or read_gif(now) != read_gif(content) or len(now) >= len(content):
             return False
-        # The person wants the backup to be that of whatever bears the name now.
+        # The user wants the backup to be that of whatever has the name now.
         gives_backup_up = self.mode == "overwrite-backups" and self.acted == "links"
         return self.mode == "no-backup" or gives_backup_up or any(
             data == content for name, data in there.items() if name.endswith(".BAK"))
@@ -171,7 +171,7 @@ class Trial:
         saved = {"saves": pictures.saved, "replaces": pictures.saved, "truncates": pictures.truncated,
                  "appends": pictures.appended, "tweaks": pictures.tweaked if self.has_tweaked else None}
         if self.acted in ("deletes", "renames"):
-            # restoring brings back also what is missing
+            # restoring brings back missing pictures too
             if name in there and not (self.mode == "restore" and there[name] == pictures.original):
                 wrong.append("what was taken away is back")
             if self.acted == "renames":
@@ -203,7 +203,7 @@ class Trial:
             wrong.append(f"the picture is not whole at {place}: {sorted((n, len(d)) for n, d in there.items())}")
 
     def demand_saved(self, there, content, place, wrong):
-        """What somebody else saved: still there, or kept when the original was put back over it."""
+        """What another program saved: still there, or kept when the original was restored over it."""
         kept = self.mode == "restore" and there.get(place) == self.pictures.original and \
             any(data == content for name, data in there.items() if name.endswith(".BAK"))
         if not kept and not self.holds(there, content, place):
@@ -234,7 +234,7 @@ class Trial:
         wrong += self.complaints()
         if kind == "sync" and self.contents() != self.all_before:
             wrong.append("what cannot be flushed has changed something")
-        again = self.run({}, [] if self.mode == "sheet" else None)  # a sheet cleans up after nobody
+        again = self.run({}, [] if self.mode == "sheet" else None)  # drawing a sheet removes no leftovers
         if again.returncode not in (0, 1):
             wrong.append(f"the next run ended with {again.returncode}")
         wrong += ["next run: " + text for text in self.complaints()]

@@ -11,7 +11,7 @@ namespace {
 using testing::ElementsAre;
 using Colors = std::vector<NvColor>;
 
-/** Shows a frame row by row, as it comes from a file. */
+/** Shows a frame row by row, as when it is read from a file. */
 void ShowRows(const NvGIFFrame& inFrame, NvGIFPlayer& ioPlayer) {
     const NvIndexedImage& image = inFrame.GetImage();
     const NvConstPixelLock pixels(image);

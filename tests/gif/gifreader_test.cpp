@@ -112,7 +112,7 @@ TEST(GIFReader, ChecksFramesBeforeTheyCostMemory) {
         EXPECT_EQ(CodeOf([&] { file->CheckFrame(InfoOf(*file, 0)); }), row.mError);
         EXPECT_EQ(CodeOf([&] { EXPECT_EQ(BytesOf(file.ReadImage(0)), Indices(9, 1)); }), row.mError);
     }
-    // The largest there can be is told without being held.
+    // The largest possible size is known without the pixels in memory.
     GIFInput largest(GIFHeader(65535, 65535, 0x80) + GIFTable(2) + GIFDescriptor(0, 0, 65535, 65535, 0) +
                      km_OnePixelData);
     largest.Open();

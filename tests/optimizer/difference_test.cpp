@@ -7,7 +7,7 @@
 
 namespace {
 
-/** Entry 0 is grey 100; 1 to 3 are as far away from it as counts for the same, 4 and 5 a level further; 6 is
+/** Entry 0 is grey 100; 1 to 3 are as far from it as still counts as the same, 4 and 5 a level further; 6 is
  *  22 levels from 1 and 50 from 0; 9 is far from all others. */
 const TestTable km_Colors = {0x646464, 0x806464, 0x646480, 0x484848, 0x816464,
                              0x646447, 0x966464, 0x636464, 0x000000, 0xFFFFFF};
@@ -97,7 +97,7 @@ TEST(Difference, ErrorsNeverAddUpBeyondTheTolerance) {
     }
 }
 
-/** What is drawn of the second of two frames of 30 x 30 greys where tears are guarded against. */
+/** How many pixels of the second of two frames of 30 x 30 greys are drawn under the tear guard. */
 template <typename Picture>
 std::size_t CountDrawn(Picture inBefore, Picture inNow) {
     TestGIF gif;

@@ -1,5 +1,5 @@
-// Reading frames for the first pass: those that put back what they covered become such that do not, those
-// that are cleared for nothing stay, and nobody sees it.
+// Reading frames for the first pass: frames that restore what they covered become frames that do not, frames
+// cleared without need are kept, and neither shows.
 
 #include "nvcode2/gif/nvgifframereader.h"
 #include "tests/optimizer/optimizertest.h"

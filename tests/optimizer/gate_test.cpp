@@ -1,4 +1,4 @@
-// The gate: a result that a viewer could tell from the original never takes its place.
+// The gate: a result that a viewer could distinguish from the original never takes its place.
 
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
@@ -6,7 +6,7 @@
 
 namespace {
 
-/** Small, and twice as long as it has to be. */
+/** Small, in a file twice as large as it needs to be. */
 TestGIF Original() {
     TestGIF gif = Movie({Picture("0123 1230 2301"), Picture("45", 1, 1), Picture("6.6 .6.", 1, 1)});
     gif.mTable.resize(256, 0x123456);
@@ -111,7 +111,7 @@ TEST_F(GateTest, WhatNobodyNoticesPasses) {
     }
 }
 
-/** Greys, wider than what is compared at once; every tenth pixel is in the second of two frames again. */
+/** Greys, wider than the pieces that are compared at once; the second frame draws one row in ten again. */
 TestGIF WideGreys() {
     TestGIF gif = Movie({Paint(70, 10, [](auto, auto) { return 100; }),
                          Paint(70, 1, [](auto, auto) { return 100; }), Picture("0")});
@@ -204,7 +204,7 @@ TEST_F(GateTest, AFileThatWouldLookDifferentStaysByteForByte) {
     }
 }
 
-// The picture is the same, so nothing but the file itself can tell.
+// The picture is the same, so only the state of the file can show it.
 TEST_F(GateTest, AFileSavedAnewMeanwhileStaysAsItWasSaved) {
     const std::string saved = EncodeGIF(Original()) + "with a note behind the trailer";
     for (const bool atBackup : {false, true}) {
@@ -222,7 +222,7 @@ TEST_F(GateTest, AFileSavedAnewMeanwhileStaysAsItWasSaved) {
     }
 }
 
-// The frames are read more than once: what was learnt from one file must not be applied to another one.
+// The frames are read more than once: what was learnt from one file must not be applied to another.
 TEST_F(GateTest, AFileWrittenOverAtAnyMomentStaysAsItWasWritten) {
     std::size_t writtenOver = 0;
     for (std::uint32_t seed = 0; seed < 150; ++seed) {

@@ -1,5 +1,5 @@
-// Loading: whatever a file holds, what is drawn and in which colour is known afterwards, or the file is left
-// alone with the reason kept.
+// Loading: whatever a file holds, it is either known what is drawn in which colour, or the file is left alone
+// with the reason kept.
 
 #include <cerrno>
 

@@ -1,4 +1,4 @@
-// What the eye judges by: structure kept, and a mode that changes nothing.
+// How results look: structure is kept, and lossless runs change nothing.
 
 #include <cmath>
 
@@ -40,7 +40,7 @@ TEST_F(LookTest, PixelsThatStayedAreNotMeasuredAgain) {
     }
 }
 
-/** Soft stripes that drift over a grey ground, a step a frame. */
+/** Soft stripes that drift over a grey background, a step a frame. */
 TestGIF SoftMotion() {
     TestGIF gif;
     for (std::uint32_t i = 0; i < 12; ++i) {

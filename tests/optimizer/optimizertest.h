@@ -17,13 +17,13 @@ protected:
         return WriteTestFile(mFolder / inName, EncodeGIF(inGIF));
     }
 
-    /** Runs both passes. @return the size that the optimizer told */
+    /** Runs both passes. @return the size that the optimizer reports */
     std::uint32_t Optimize(const std::string& inPath) {
         PvOptimizer optimizer(mHost, mSettings);
         const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(inPath));
         const std::uint32_t newSize = optimizer.OptimizeGIFFile(inPath.c_str(), size);
         mOutcome = optimizer.GetOutcome();
-        EXPECT_EQ(newSize, std::filesystem::file_size(inPath)) << "the size told is not that of the file";
+        EXPECT_EQ(newSize, std::filesystem::file_size(inPath)) << "the size reported is not that of the file";
         return newSize;
     }
 

@@ -28,7 +28,7 @@ std::vector<PvFrameColours> ColoursOf(const TestAnimation& inAnimation) {
     return colours;
 }
 
-/** Has the frames show what became of their colours. */
+/** Makes the frames show what became of their colours. */
 void UseColours(const TestAnimation& inAnimation, const std::vector<PvFrameColours>& inColours,
                 const NvColorTable& inShared, std::uint32_t inTableLimit) {
     inAnimation.mInfo->mHasGlobalTable = 1;
@@ -67,7 +67,7 @@ std::size_t CountColors(const TestFrame& inFrame) {
     return used.size();
 }
 
-TEST(Palette, LimitsHoldInEveryModeAndTheErrorIsTold) {
+TEST(Palette, LimitsHoldInEveryModeAndTheErrorIsReported) {
     const struct {
         PvPaletteMode mMode;
         std::uint32_t mShared;
@@ -91,7 +91,7 @@ TEST(Palette, LimitsHoldInEveryModeAndTheErrorIsTold) {
         }
 }
 
-// Levels that are next to each other merge unseen; four at a time, as in texture, would be bands.
+// Neighbouring levels merge unseen; merging four at a time, as in texture, would make bands.
 TEST(Palette, SoftShadingDoesNotTurnIntoBands) {
     constexpr std::uint32_t km_Levels = 200;
     const auto countMerged = [](const auto& inLevel) {

@@ -9,7 +9,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/** Frames that repeat most of what stands there already, one of them put back: every step has work to do. */
 /** Pixels may change places unseen, and that saves so much that there are two passes. */
 TestGIF Grainy() {
     TestGIF gif = Movie({Textured(TestTexture::km_Noise, 30, 2, 4)});
@@ -36,7 +35,7 @@ protected:
     }
 };
 
-/** Looks at the file when the second pass begins and when a backup is asked for. */
+/** Checks the file when the second pass begins and when a backup is requested. */
 class WatchingHost : public TestHost {
 public:
     explicit WatchingHost(std::string inPath) : mPath(std::move(inPath)) {}

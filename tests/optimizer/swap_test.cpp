@@ -1,4 +1,4 @@
-// The swap search gives exactly what trying every pair by a whole encode gives; its shortcuts change no
+// The swap search gives exactly the result of trying every pair with a whole encode; its shortcuts change no
 // answer.
 
 #include "nvcode2/quant/nvpostdither.h"

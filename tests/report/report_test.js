@@ -15,7 +15,7 @@ const {chromium} = require("playwright-core");
 
 const [program, samples, executablePath] = process.argv.slice(2);
 const patience = 120000; // ms, for a machine that has much else to do
-const faults = []; // that the browser has told of
+const faults = []; // that the browser has reported
 const strange = '<script>alert(1)<&"\x1b\'.gif';
 
 function makeReport(folder) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Shows that checkrooms.py notices what it is there for: small trees, each with one thing that the rooms forbid."""
+"""Shows that checkrooms.py finds what it should: small trees, each with one thing that the rooms forbid."""
 import os
 import subprocess
 import sys

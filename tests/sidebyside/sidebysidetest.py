@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs several processes at once over copies of a folder's GIF files and looks whether they get in each other's way.
+"""Runs several processes at once over copies of a folder's GIF files and checks that they do not interfere.
 
     tests/sidebyside/sidebysidetest.py --program build/linux/term/parvigif --files 500 FOLDER
 

@@ -23,7 +23,7 @@ bool IsHit() {
     return s_isArmed && ++s_count == s_at;
 }
 
-__attribute__((destructor)) void TellCount() {
+__attribute__((destructor)) void ReportCount() {
     s_isArmed = false;
     const char* path = std::getenv("PARVIGIF_COUNT");
     std::FILE* const file = path ? std::fopen(path, "w") : nullptr;

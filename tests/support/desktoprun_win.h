@@ -22,7 +22,7 @@ public:
     void Choose(int inMenuCommand) const {
         PostMessageW(mWindow, WM_COMMAND, static_cast<WPARAM>(inMenuCommand), 0);
     }
-    /** Moves it to a screen of that many dots per inch, as Windows tells it. */
+    /** Moves it to a screen of that many dots per inch, as Windows announces it. */
     void MoveToScreen(int inDPI, RECT inPlace) const;
     void Drop(const std::vector<std::string>& inPaths) const;
 

@@ -115,7 +115,7 @@ int FailAsFull() {
     return -1;
 }
 
-__attribute__((destructor)) void TellCount() {
+__attribute__((destructor)) void ReportCount() {
     const char* path = std::getenv("PARVIGIF_COUNT");
     if (!path)
         return;

@@ -32,7 +32,7 @@ HANDLE OpenForChild(const std::string& inPath, DWORD inAccess, DWORD inHow) {
                        inHow, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-/** In paths, that is wherever no byte is told as \x and its number. */
+/** In paths, that is wherever no byte is shown as \x and its number. */
 void UseSlashes(std::string& ioText) {
     for (std::size_t i = 0; i + 1 < ioText.size(); ++i)
         if (ioText[i] == '\\' && ioText[i + 1] != 'x')

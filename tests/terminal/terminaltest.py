@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the program on a terminal of its own, types keys, and looks at what it draws and leaves behind.
+"""Runs the program on a terminal of its own, types keys, and checks what it draws and leaves behind.
 
     tests/terminal/terminaltest.py --program build/linux/term/parvigif
 """
@@ -111,7 +111,7 @@ class Terminal:
                 assert now == original and not backup.exists(), name
 
     def check_books(self):
-        """Log and totals tell of the first two files; the third was counted when it was begun. Nothing else is left."""
+        """Log and totals hold the first two files; the third was counted when it was begun. Nothing else is left."""
         log = (self.own / "state/Norvek/PVGFLog.TXT").read_text()
         assert len(re.findall(r'File: "/[^"]*/0[12]\.gif" \n +\d+ bytes saved', log)) == log.count("File:") == 2, log
         saved = 2 * (len(self.SMALL) - (self.pictures / "01.gif").stat().st_size)

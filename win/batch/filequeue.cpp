@@ -91,7 +91,7 @@ bool FileQueue::HoldsFile(const std::string& inFoldedPath,
     const auto [first, last] = mFoldedPaths.equal_range(inFoldedPath);
     return std::any_of(first, last, [&](const auto& inEntry) {
         const bool bothExist = inIdentity.has_value() && inEntry.second;
-        return !bothExist; // else they are different files, on a file system that tells the cases apart
+        return !bothExist; // else they are different files, on a file system that distinguishes case
     });
 }
 

@@ -102,7 +102,7 @@ std::optional<MizerBackups::Kept> MizerBackups::BackupFile(const char* inPath, c
         if (place == Place::km_Replaceable)
             file.Commit();
         else if (!file.CommitUnlessPresent())
-            continue; // somebody was faster: it may be the same, or another
+            continue; // another program was faster; it may hold the same
         return kept;
     }
 }

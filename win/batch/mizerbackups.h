@@ -19,8 +19,8 @@ std::string MizerPictureOfBackup(const std::string& inName);
 /** Keeps the originals of files that are about to be replaced.
  *
  *  A backup is a file's own when it holds the same bytes, or when the file is known to have been made from
- *  what it holds. All others are left alone, and the file gets one of the next free name: somebody may have
- *  saved another picture under an old name. */
+ *  what it holds. All others are left alone, and the file gets one under the next free name: another picture
+ *  may have been saved under an old name. */
 class MizerBackups {
 public:
     explicit MizerBackups(MizerDataFolder inFolder) : mOrigins(std::move(inFolder)) {}

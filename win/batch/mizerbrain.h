@@ -46,7 +46,7 @@ public:
      *  @throws NvErrorCode  3 cancelled, with the queue empty; else what one file raised */
     void ProcessQueue();
 
-    /** Processes the queue to its end, whatever happens to single files, which the shell hears of.
+    /** Processes the queue to its end, whatever happens to single files; the shell is informed of each.
      *  @return false when it was cancelled */
     bool ProcessWholeQueue();
 

@@ -51,7 +51,7 @@ public:
 
     const MizerSettings& GetSettings() const { return mSettings; }
 
-    /** Whether the original can be had again once the file is replaced. */
+    /** Whether the original can be recovered after the file has been replaced. */
     bool KeepsOriginal() const;
 
     // PvOptHost

@@ -7,7 +7,7 @@
 
 #include "win/batch/mizerdatafolder.h"
 
-/** The bytes of a file, as far as they tell it from others. */
+/** What distinguishes the contents of a file from others. */
 struct MizerContent {
     std::uint64_t mHash = 0;
     std::uint64_t mSize = 0;
@@ -18,11 +18,11 @@ struct MizerContent {
 MizerContent MizerReadContent(const char* inPath);
 
 /** Which pictures this program has made, and which originals are kept of them: both by their contents, so
- *  that names that were given to other pictures since tell nothing wrong, and folders may move.
+ *  that a name now used for another picture does not mislead, and folders may move.
  *
  *  A text file in the data folder, a line per picture: its hash and size, those of its original, and how far
  *  the work on it was. A line is one write at the end, so runs side by side never mix theirs. The file keeps
- *  the newest lines, some 10,000; what it does not hold is not known, and whoever asks has to be careful. */
+ *  the newest lines, some 10,000; what it does not hold is not known, and callers must allow for that. */
 class MizerOrigins {
 public:
     explicit MizerOrigins(MizerDataFolder inFolder) : mFolder(std::move(inFolder)) {}

@@ -15,7 +15,7 @@
 
 namespace {
 
-/** What tells a picture from another without a look at its colours. */
+/** What distinguishes pictures without a look at their colours. */
 struct Shape {
     std::uint32_t mWidth = 0;
     std::uint32_t mHeight = 0;
@@ -41,7 +41,7 @@ Shape ReadEveryFrame(const char* inPath, std::uint64_t inMemoryLimit) {
     }
 }
 
-/** A damaged picture is nobody's work: it may be replaced by any. */
+/** A damaged picture holds nothing worth protecting, so any backup may replace it. */
 bool IsOtherImage(const char* inPath, const Shape& inShape) {
     try {
         return GetShape(NvGIFFrameReader(inPath, WnGetUsualMemoryLimit())) != inShape;
@@ -52,7 +52,7 @@ bool IsOtherImage(const char* inPath, const Shape& inShape) {
 
 /** A picture's backups that are there, by number. Those that cannot be read as files count, too. */
 std::vector<std::string> FindBackups(const std::string& inPath) {
-    constexpr unsigned gap = 8; // somebody may have removed some
+    constexpr unsigned gap = 8; // some may have been removed
     std::vector<std::string> found;
     unsigned missing = 0;
     for (unsigned number = 1; missing <= gap; ++number) {
@@ -104,7 +104,7 @@ std::optional<Present> LookAtPicture(const std::string& inPath) {
     return Present{*state, MizerReadContent(inPath.c_str())};
 }
 
-/** Whether the picture can be had again once it is replaced by a backup. */
+/** Whether the picture can be recovered after a backup has replaced it. */
 bool IsKeptOtherwise(const MizerContent& inPicture, const MizerContent& inBackup,
                      const MizerOrigins& inOrigins) {
     return inPicture == inBackup || inPicture.mSize == 0 ||

@@ -31,7 +31,7 @@ struct MizerRestoration {
  *
  *  What is renamed has been read as a GIF from the first to the last frame. Links and permissions stay as
  *  when a file is made smaller; the file is as old as its backup. Where the picture is not known to have been
- *  made from the backup, or holds the same, somebody may have worked on it since: it is kept as a further
+ *  made from the backup, nor to hold the same bytes, it may have been edited since: it is kept as a further
  *  backup first.
  *
  *  @throws NvErrorCode   why the backup is no sound GIF or the picture could not be replaced; it is as it was

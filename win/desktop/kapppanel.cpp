@@ -8,7 +8,7 @@ void KAppPanel::SetText(MizerControl inControl, const char* inText) {
         return;
     const HWND control = GetControl(static_cast<int>(inControl));
     SetWindowTextW(control, NvWiden(inText).c_str());
-    UpdateWindow(control); // while a file is worked on, nobody paints for a while
+    UpdateWindow(control); // while a file is worked on, painting has to wait
 }
 
 void KAppPanel::OnInit() {

@@ -159,7 +159,7 @@ void KAppWindow::FileDone(const MizerFileResult& inResult) {
 
 void KAppWindow::BeforeReplace(const char* inPath) {
     mReplaced = inPath;
-    mPreview->Release(mReplaced); // Windows replaces no file that somebody reads
+    mPreview->Release(mReplaced); // Windows replaces no file that is open for reading
     mOriginals.Keep(mReplaced);
 }
 

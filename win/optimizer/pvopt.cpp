@@ -233,8 +233,8 @@ void PvOptimizer::KeepReason(const PvCandidate& inCandidate) {
         mOutcome.mGateReason = inCandidate.mComparison.mReason;
 }
 
-// Somebody may have saved the picture anew while it was worked on: theirs is not to be replaced by what was
-// made from the old one. The look before the backup only spares the work; the one that counts comes last.
+// The picture may have been saved anew while we worked on it, and must not be replaced by what was made from
+// the old one. The check before the backup only saves work; the one that counts comes last.
 bool PvOptimizer::Replace(const char* inPath, PvCandidate& ioCandidate, bool inIsBackedUp) {
     mOutcome.mIsChangedMeanwhile = !mState || WnGetFileState(inPath) != mState;
     if (mOutcome.mIsChangedMeanwhile)

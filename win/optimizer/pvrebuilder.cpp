@@ -22,7 +22,7 @@ namespace {
 constexpr PvPaletteMode km_Mode = PvPaletteMode::km_Normal;
 constexpr std::uint32_t km_MaxColours = 256;
 
-/** Measures how close rebuilt frames look to the original ones; does nothing unless somebody asks. */
+/** Measures how close rebuilt frames look to the original ones; does nothing unless that is asked for. */
 class FrameWatch {
 public:
     FrameWatch(const NvGIFFrameReader& inReader, bool inIsWanted) {

@@ -8,8 +8,8 @@
 
 class NvGIFFrameReader;
 
-/** A GIF file that plays on and on, a frame at a time, for looking at. Reads the file as it goes, so that
- *  only one frame and the canvas are in memory. */
+/** A GIF file that plays in an endless loop, a frame at a time, for display. Reads the file as it plays, so
+ *  that only one frame and the canvas are in memory. */
 class GIFMovie {
 public:
     /** Shows the first frame.
@@ -26,7 +26,7 @@ public:
     std::uint32_t GetFrameCount() const;
     std::uint32_t GetFrameIndex() const { return mFrame; }
 
-    /** Milliseconds for which the present frame stays, as browsers have it: 100 for those of less than 20. */
+    /** Milliseconds for which the current frame is shown. As in browsers, delays below 20 become 100. */
     std::uint32_t GetDelay() const { return mDelay; }
 
 private:

@@ -40,7 +40,7 @@ std::string NumberIfMeasured(const Row& inRow, std::uint64_t inNumber) {
     return inRow.mOriginalSize != 0 ? SessionNumber(inNumber) : "";
 }
 
-/** Whether a smaller part of the one was saved. Sizes that were not measured count as 0. */
+/** Whether a smaller share of the first was saved. Sizes that were not measured count as 0. */
 bool HasSmallerShare(const Row& inFirst, const Row& inSecond) {
     const auto share = [](const Row& row, const Row& other) {
         return row.GetSaved() * std::max<std::uint64_t>(other.mOriginalSize, 1);

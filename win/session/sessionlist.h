@@ -17,7 +17,7 @@ public:
         std::uint32_t mOriginalSize = 0; ///< bytes; 0 when it was not measured
         std::uint32_t mNewSize = 0;      ///< bytes
         std::string mOutcome;            ///< in words
-        std::string mOriginalPath;       ///< where what it was before can be looked at; empty when nowhere
+        std::string mOriginalPath;       ///< where the file as it was can be read; empty: nowhere
 
         std::uint32_t GetSaved() const { return mOriginalSize - mNewSize; }
     };
@@ -25,17 +25,17 @@ public:
     /** In the order of the table, see GetColumns. */
     enum class Column { km_Name, km_Original, km_New, km_Saved, km_Percentage, km_Outcome };
 
-    /** What a column is headed by and shows. */
+    /** The heading of a column and how it is shown. */
     struct Definition {
         const char* mHeading;
-        bool mIsNumber; ///< at the right, and sorted with the largest first
+        bool mIsNumber; ///< aligned right, and sorted with the largest first
         int mWidth;     ///< pixels at 96 per inch, at least
         std::string (*mGetText)(const Row& inRow);
         bool (*mIsLess)(const Row& inFirst, const Row& inSecond);
     };
     static std::span<const Definition> GetColumns();
 
-    /** Adds a row at its place in the present order. A file that is listed already moves its row to what
+    /** Adds a row at its place in the current order. A file that is listed already moves its row to what
      *  became of it now, and keeps the sizes it had when the session first met it.
      *  @param inOriginalPath  see Row
      *  @return its index */
@@ -51,7 +51,7 @@ public:
      */
     std::string GetText(std::size_t inIndex, Column inColumn) const;
 
-    /** Sorts by a column, or turns its order round when it is sorted by it already. Numbers begin with the
+    /** Sorts by a column, or reverses the order if it is sorted by that one already. Numbers begin with the
      *  largest, texts with A; rows that are equal keep their order. */
     void SortBy(Column inColumn);
     bool IsSorted() const { return mIsSorted; }

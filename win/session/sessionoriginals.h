@@ -17,7 +17,7 @@ public:
      *  copied it just cannot be compared. */
     void Keep(const std::string& inPath);
 
-    /** Where the original can be read; empty when it is nowhere. */
+    /** Where the original can be read; empty: nowhere. */
     std::string Find(const std::string& inPath) const;
 
 private:

@@ -8,7 +8,7 @@
  *  NvPackColor has them; their top byte does not count. */
 class PvColourErrors {
 public:
-    /** Takes what a frame shows in the place of a colour. Of several errors the largest counts. */
+    /** Notes what a frame shows instead of a colour. Of several errors the largest counts. */
     void Add(std::uint32_t inColour, std::uint32_t inShown);
 
     /** Takes over what colours suffered in an earlier step, each with inMore levels on top. */

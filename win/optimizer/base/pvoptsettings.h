@@ -17,8 +17,8 @@ struct PvOptSettings {
     /** Largest difference per channel at which a frame's pixel counts as the one already on the screen, 0 to
      *  km_DifferenceTolerance. Lossless runs use 0. */
     std::uint32_t mTolerance = km_DifferenceTolerance;
-    /** Whether the original can be had again afterwards. Else a file with damaged frames is left alone, since
-     *  a repair of the original may show more than is drawn today. */
+    /** Whether the original can be recovered afterwards. If not, a file with damaged frames is left alone,
+     * since a repair of the original may show more than is drawn today. */
     bool mKeepsOriginal = false;
     std::uint64_t mMemoryLimit = 0; ///< bytes one file may need; 0: half the physical memory, at least 1 GiB
 };

@@ -25,7 +25,7 @@ struct PvLaidFrame {
 
 /** Finds where a frame would tear because pixels are left standing that are only nearly right.
  *
- *  An area that goes on showing what an earlier frame showed is merely late, which nobody notices. One in
+ *  An area that keeps showing what an earlier frame showed is merely late, which goes unnoticed. One in
  *  which new pixels stand among old ones looks like no moment of the animation: outlines stay behind whatever
  *  moved. So the frame is looked at through windows of 8 x 8 pixels, every 4 pixels. Where a window holds
  *  both, the error of the old pixels is weighed against the contrast there, as structural similarity does:
