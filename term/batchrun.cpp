@@ -67,7 +67,8 @@ bool HasTemporaryFolder(TermMessages& ioMessages) {
 
 bool WantsPanel(const TermSettings& inSettings) {
     const bool readsInput = inSettings.IsFilter() || inSettings.mNamesFile == "-";
-    return inSettings.GetDetail() != TermDetail::km_Quiet && !inSettings.mIsJson && TermCanDraw(readsInput);
+    return inSettings.GetDetail() != TermDetail::km_Quiet && inSettings.mFormat == TermFormat::km_Table &&
+           TermCanDraw(readsInput);
 }
 
 /** @return whether it was cancelled */
@@ -118,5 +119,7 @@ void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {
     if (!outcomes.Begin(ioMessages))
         return;
     TermInputs inputs = TermListInputs(inSettings, ioMessages, &outcomes);
+    if (TermIsInterrupted())
+        return outcomes.Finish(true, ioMessages);
     TermProcessInputs(inputs, inSettings, ioMessages, outcomes);
 }

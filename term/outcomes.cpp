@@ -9,7 +9,8 @@ bool TermOutcomes::Begin(TermMessages& ioMessages) {
     if (mSettings.mReport.empty())
         return true;
     try {
-        mReport = std::make_unique<TermReport>(mSettings.mReport, mSettings.mReportLimit);
+        mReport =
+            std::make_unique<TermReport>(mSettings.mReport, mSettings.mReportLimit, mSettings.mIsDryRun);
         return true;
     } catch (const NvErrorCode& error) {
         ioMessages.FileError(mSettings.mReport, "no report can be written there: " + MizerErrorWords(error));
@@ -51,4 +52,6 @@ void TermOutcomes::Finish(bool inIsCancelled, TermMessages& ioMessages) {
         ioMessages.Error(std::string("standard output: ") + std::strerror(mResults.GetWriteError()));
     if (inIsCancelled)
         ioMessages.Error("cancelled", TermExit::km_Cancelled);
+    else if (mResults.IsNothingDone() && ioMessages.GetExit() == TermExit::km_Success)
+        ioMessages.Error("nothing was done", TermExit::km_NothingDone);
 }

@@ -127,7 +127,7 @@ private:
         const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
         if (mIsLogged)
             mLog.WriteLogEntry(MizerRestoredEntry(now, WnGetFullPath(inPath).c_str()));
-        if (mSettings.mIsJson)
+        if (mSettings.mFormat == TermFormat::km_Json)
             TermPrint(TermJsonRestored({inPath, inDone.mBackup, inDone.mKept, {}, 0, mSettings.mIsDryRun}),
                       mMessages);
         else if (mSettings.GetDetail() != TermDetail::km_Quiet)
@@ -141,7 +141,7 @@ private:
 
     void Refuse(const std::string& inPath, const MizerRestoration& inDone, const std::string& inWords,
                 std::uint32_t inCode = 0) {
-        if (mSettings.mIsJson)
+        if (mSettings.mFormat == TermFormat::km_Json)
             TermPrint(TermJsonRestored({inPath, inDone.mBackup, {}, inWords, inCode, mSettings.mIsDryRun}),
                       mMessages);
         mMessages.FileError(inPath, TermPrintable(inWords));
@@ -159,6 +159,8 @@ private:
 void TermRestore(const TermSettings& inSettings, TermMessages& ioMessages) {
     ioMessages.SetQuiet(inSettings.GetDetail() == TermDetail::km_Quiet);
     TermCatchInterrupts();
+    if (inSettings.mFormat == TermFormat::km_Json)
+        TermPrint(TermJsonRun(TermModeName(inSettings)), ioMessages);
     Restorer restorer(inSettings, ioMessages);
     for (const std::string& name : inSettings.mNames)
         restorer.RestoreName(name);

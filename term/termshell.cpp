@@ -38,7 +38,7 @@ void TermShell::SetPanelText(MizerControl inControl, const char* inText) {
 
 void TermShell::ShowMessage(const char* inText, const char* inCaption, Icon inIcon) {
     if (mPanel && inIcon == Icon::km_None)
-        return mPanel->WaitForKey(inCaption, std::string(inText) + " (any key)");
+        return mPanel->WaitForKey(inCaption, "any key resumes, Ctrl-C stops"); // there is no OK to click
     if (mPanel)
         mPanel->Hide();
     if (inIcon == Icon::km_Stop)
@@ -80,7 +80,9 @@ void TermShell::Report(const MizerFileResult& inResult) {
     if (inResult.mStatus == MizerStatus::km_Failed)
         mMessages.FileError(inResult.mPath, words);
     else if (inResult.mStatus == MizerStatus::km_Skipped && inResult.mReason != MizerReason::km_InUse)
-        mPassedOver.Report(inResult.mPath, words);
+        mPassedOver.Report(inResult.mPath, inResult.mReason == MizerReason::km_NotNamedGIF
+                                               ? words + "; 'parvigif - <NAME >NEW.gif' reads any file"
+                                               : words);
     else
         mMessages.FileNote(inResult.mPath, words);
 }

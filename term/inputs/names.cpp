@@ -30,6 +30,7 @@ std::string Unmarked(const std::string& inLine, bool inIsFirst) {
 std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages& ioMessages) {
     const std::string& path = inSettings.mNamesFile;
     const bool isStandardInput = path == "-";
+    TermCatchInterrupts(true); // whoever waits for names that nobody types can stop at once
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
         isStandardInput ? nullptr : std::fopen(path.c_str(), "r"), &std::fclose);
     std::FILE* const file = isStandardInput ? stdin : opened.get();
@@ -48,6 +49,9 @@ std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages&
         else
             name += static_cast<char>(byte);
     }
+    TermCatchInterrupts();
+    if (TermIsInterrupted())
+        return {};
     add();
     if (!file || std::ferror(file))
         ioMessages.FileError(path, std::strerror(errno));

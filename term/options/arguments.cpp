@@ -139,7 +139,8 @@ std::string CheckModes(const TermSettings& inSettings) {
     add(!inSettings.mContactSheet.empty(), "--contact-sheet");
     const bool isBatch = !restores && inSettings.mContactSheet.empty();
     add(!isBatch && !inSettings.mReport.empty(), "--report");
-    add(!inSettings.mContactSheet.empty() && inSettings.mIsJson, "--json");
+    add(!inSettings.mContactSheet.empty() && inSettings.mFormat == TermFormat::km_Json, "--json");
+    add((restores || !inSettings.mContactSheet.empty()) && inSettings.mFormat == TermFormat::km_Csv, "--csv");
     add(restores && !inSettings.mNamesFile.empty(), "--files-from");
     if (inSettings.mIsQuiet && inSettings.mIsVerbose)
         modes = {"--quiet", "--verbose"};

@@ -41,6 +41,7 @@ constexpr auto km_ExitStatus = std::to_array<TermManualItem>({
     {"0", "every file was made smaller or found unchanged"},
     {"1", "at least one file or name could not be handled; the others were"},
     {"2", "wrong usage; nothing was done"},
+    {"3", "nothing was done: no file that was named is one to work on"},
     {"130", "cancelled by Ctrl-C, with every file whole"},
 });
 

@@ -26,6 +26,11 @@ bool SetTask(Settings& ioSettings, TermTask inTask) {
     return true;
 }
 
+bool SetFormat(Settings& ioSettings, TermFormat inFormat) {
+    ioSettings.mFormat = inFormat;
+    return true;
+}
+
 /** A size, or with a percent sign a part of the machine's memory. */
 bool SetMemoryLimit(Settings& ioSettings, Argument inText) {
     double percentage = 0;
@@ -182,9 +187,14 @@ constexpr auto km_Options = std::to_array<TermOption>({
      "many.",
      SetReportLimit, true, "a size up to 1G, as 8M"},
     {"json", 0, nullptr, "Output", "print results as JSON, one object per line",
-     "One for each file as it is finished, then one for the whole run, also with --quiet. The user guide "
+     "One for the run, one for each file as it is finished, then the totals, also with --quiet. The user "
+     "guide "
      "lists the fields.",
-     [](Settings& ioSettings, Argument) { return ioSettings.mIsJson = true; }},
+     [](Settings& ioSettings, Argument) { return SetFormat(ioSettings, TermFormat::km_Json); }},
+    {"csv", 0, nullptr, "Output", "print results as CSV, a line per file",
+     "Also with --quiet. The user guide "
+     "lists the columns.",
+     [](Settings& ioSettings, Argument) { return SetFormat(ioSettings, TermFormat::km_Csv); }, true},
     {"quiet", 'q', nullptr, "Output", "print errors only", nullptr,
      [](Settings& ioSettings, Argument) { return ioSettings.mIsQuiet = true; }},
     {"verbose", 'v', nullptr, "Output", "also report how close each result looks",

@@ -31,6 +31,9 @@ inline bool TermIsHelp(TermTask inTask) {
 /** How much the program reports: errors only, a line per file, or skipped files too. */
 enum class TermDetail { km_Quiet, km_Normal, km_Verbose };
 
+/** How results are printed: for people, or for programs. */
+enum class TermFormat { km_Table, km_Json, km_Csv };
+
 /** What the command line asks for. */
 struct TermSettings {
     TermTask mTask = TermTask::km_Process;
@@ -43,10 +46,10 @@ struct TermSettings {
     PvOptSettings mOptimizer;
     std::string mReport;                   ///< the page to write about the run; empty: none
     std::uint64_t mReportLimit = 32 << 20; ///< bytes of pictures that the page may hold
-    bool mIsJson = false;                  ///< results as JSON Lines instead of the table
-    std::vector<std::string> mNames;       ///< as typed, in order
-    std::string mNamesFile;      ///< holds more names, one per line; "-": standard input; empty: none
-    bool mNamesEndInNul = false; ///< in that file
+    TermFormat mFormat = TermFormat::km_Table;
+    std::vector<std::string> mNames; ///< as typed, in order
+    std::string mNamesFile;          ///< holds more names, one per line; "-": standard input; empty: none
+    bool mNamesEndInNul = false;     ///< in that file
     bool mIsRecursive = false;
     bool mIsDryRun = false;
     bool mKeepsTimes = false;

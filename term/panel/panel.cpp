@@ -5,6 +5,7 @@
 #include "term/system/interrupt.h"
 #include "term/system/terminal.h"
 #include "term/text/messages.h"
+#include "term/text/numbers.h"
 
 namespace {
 
@@ -17,6 +18,12 @@ constexpr const char* km_BeginUpdate = "\033[?2026h";
 constexpr const char* km_EndUpdate = "\033[?2026l";
 constexpr const char* km_EraseLine = "\033[K";
 constexpr const char* km_EraseBelow = "\033[J";
+
+/** A share of the bytes, which stands beside a bar of the progress: in brackets, so that neither is taken for
+ * the other. */
+std::string Share(const std::string& inPercentage) {
+    return inPercentage.empty() || inPercentage == "0.0%" ? "" : "(" + inPercentage + ")";
+}
 
 } // namespace
 
@@ -35,25 +42,25 @@ void TermPanel::StartFile(const std::string& inPath, const std::string& inShownN
 void TermPanel::SetText(MizerControl inControl, const char* inText) {
     switch (inControl) {
     case MizerControl::km_FileSize:
-        mTexts.mFileSize = inText;
+        mTexts.mFileSize = TermGroupedText(inText);
         break;
     case MizerControl::km_FilesToDate:
-        mTexts.mFilesToDate = inText;
+        mTexts.mFilesToDate = TermGroupedText(inText);
         break;
     case MizerControl::km_ThisFile:
-        mTexts.mThisFile = inText;
+        mTexts.mThisFile = TermGroupedText(inText);
         break;
     case MizerControl::km_ThisBatch:
-        mTexts.mThisBatch = inText;
+        mTexts.mThisBatch = TermGroupedText(inText);
         break;
     case MizerControl::km_ToDate:
-        mTexts.mToDate = inText;
+        mTexts.mToDate = TermGroupedText(inText);
         break;
     case MizerControl::km_ThisFilePercent:
-        mTexts.mThisFilePercent = inText;
+        mTexts.mThisFilePercent = Share(inText);
         break;
     case MizerControl::km_ThisBatchPercent:
-        mTexts.mThisBatchPercent = inText;
+        mTexts.mThisBatchPercent = Share(inText);
         break;
     case MizerControl::km_FileName: // cut for a small window; here there is room for all of it
     case MizerControl::km_Pause:

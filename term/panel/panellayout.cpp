@@ -8,8 +8,8 @@
 namespace {
 
 constexpr std::size_t km_LabelColumns = 12;
-constexpr std::size_t km_SavedColumns = 24; // "4294967295 bytes saved" and a gap
-constexpr std::size_t km_PercentColumns = 6;
+constexpr std::size_t km_SavedColumns = 26;  // "4,294,967,295 bytes saved" and a gap
+constexpr std::size_t km_PercentColumns = 8; // "(100.0%)"
 constexpr std::size_t km_LeastBarColumns = 12;
 constexpr std::size_t km_WideColumns =
     km_LabelColumns + km_LeastBarColumns + 2 + km_SavedColumns + km_PercentColumns;

@@ -43,12 +43,13 @@ bool CheckTarget(const char* inPath) {
 
 } // namespace
 
-TermReport::TermReport(const std::string& inPath, std::uint64_t inLimit)
+TermReport::TermReport(const std::string& inPath, std::uint64_t inLimit, bool inIsDryRun)
     : mPath(inPath),
       mLimit(inLimit),
       mIsNew(CheckTarget(inPath.c_str())),
       mFile(inPath.c_str()),
       mStream(mFile.OpenStream()) {
+    mCounts.mIsDryRun = inIsDryRun;
     if (!mStream)
         ThrowRuntimeError(errno);
     const TermReportFrame frame = TermMakeReportFrame();

@@ -23,7 +23,7 @@ public:
      *  @param inPath   where the page goes; a file that is there must be an older report
      *  @param inLimit  bytes of pictures that the page may hold; further ones are left out
      *  @throws NvErrorCode  31 when another file or a folder is there, 5, 10, 22, 1 as WnSafeFile */
-    TermReport(const std::string& inPath, std::uint64_t inLimit);
+    TermReport(const std::string& inPath, std::uint64_t inLimit, bool inIsDryRun);
     ~TermReport() override;
 
     void BeforeReplace(const char* inPath) override;

@@ -7,22 +7,12 @@
 #include "term/options/help.h"
 #include "term/report/reportpage.h"
 #include "term/text/messages.h"
+#include "term/text/numbers.h"
 #include "term/text/utf8.h"
 
 namespace {
 
 /** "14,937" */
-std::string Grouped(std::uint64_t inNumber) {
-    const std::string digits = std::to_string(inNumber);
-    std::string text;
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        if (i != 0 && (digits.size() - i) % 3 == 0)
-            text += ',';
-        text += digits[i];
-    }
-    return text;
-}
-
 std::string Format(const char* inFormat, double inNumber) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), inFormat, inNumber);
@@ -68,7 +58,7 @@ struct Content {
 };
 
 Content NumberOf(std::uint64_t inNumber, bool inIsKnown) {
-    return inIsKnown ? Content{std::to_string(inNumber), Grouped(inNumber)} : Content{};
+    return inIsKnown ? Content{std::to_string(inNumber), TermGrouped(inNumber)} : Content{};
 }
 
 /** How much was saved, and the old size as a bar above the new one. */
@@ -130,7 +120,7 @@ std::string Headings() {
 }
 
 std::string Count(std::uint64_t inCount, const char* inOne, const char* inMany) {
-    return Grouped(inCount) + " " + (inCount == 1 ? inOne : inMany);
+    return TermGrouped(inCount) + " " + (inCount == 1 ? inOne : inMany);
 }
 
 } // namespace
@@ -173,13 +163,11 @@ TermReportFrame TermMakeReportFrame() {
 std::string TermReportTotals(const TermCounts& inCounts, std::uint64_t inLeftOut, std::uint64_t inLimit) {
     std::string text = "<p class=\"share\">" + Format("%.1f", inCounts.GetPercentage()) +
                        "&#8239;% <small>saved</small></p>\n<p class=\"facts\"><strong>" +
-                       Grouped(inCounts.mOriginalBytes) + "</strong> bytes before, <strong>" +
-                       Grouped(inCounts.mNewBytes) + "</strong> after: <strong>" +
-                       Grouped(inCounts.GetSaved()) + "</strong> saved<br>\n" +
-                       Count(inCounts.mSmaller + inCounts.mUnchanged, "file", "files") + ", " +
-                       Grouped(inCounts.mSmaller) + " made smaller";
-    if (inCounts.mFailed != 0)
-        text += "; <span class=\"trouble\">" + Grouped(inCounts.mFailed) + " failed</span>";
+                       TermGrouped(inCounts.mOriginalBytes) + "</strong> bytes before, <strong>" +
+                       TermGrouped(inCounts.mNewBytes) + "</strong> after: <strong>" +
+                       TermGrouped(inCounts.GetSaved()) + "</strong> saved<br>\n" + TermCountWords(inCounts);
+    if (inCounts.mIsDryRun)
+        text += "<br>\n<strong>A dry run: no file was changed.</strong>";
     if (inCounts.mIsCancelled)
         text += "; <span class=\"trouble\">the run was cancelled</span>";
     if (inLeftOut != 0)

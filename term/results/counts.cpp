@@ -1,6 +1,7 @@
 #include "term/results/counts.h"
 
 #include "term/text/messages.h"
+#include "term/text/numbers.h"
 
 void TermCounts::Add(const MizerFileResult& inResult) {
     switch (inResult.mStatus) {
@@ -12,6 +13,9 @@ void TermCounts::Add(const MizerFileResult& inResult) {
         break;
     case MizerStatus::km_Skipped:
         ++mSkipped;
+        mIsPassedOver = mIsPassedOver || inResult.mReason == MizerReason::km_NotNamedGIF ||
+                        inResult.mReason == MizerReason::km_Backup ||
+                        inResult.mReason == MizerReason::km_Empty;
         return;
     case MizerStatus::km_Failed:
         ++mFailed;
@@ -27,6 +31,18 @@ double TermCounts::GetPercentage() const {
     return mOriginalBytes == 0
                ? 0.0
                : static_cast<double>(GetSaved()) * 100.0 / static_cast<double>(mOriginalBytes);
+}
+
+std::string TermCountWords(const TermCounts& inCounts) {
+    const std::uint64_t files = inCounts.mSmaller + inCounts.mUnchanged + inCounts.mFailed;
+    std::string words = TermGrouped(files) + (files == 1 ? " file: " : " files: ") +
+                        TermGrouped(inCounts.mSmaller) +
+                        (inCounts.mIsDryRun ? " could be made smaller" : " made smaller");
+    if (inCounts.mUnchanged != 0)
+        words += ", " + TermGrouped(inCounts.mUnchanged) + " unchanged";
+    if (inCounts.mFailed != 0)
+        words += ", " + TermGrouped(inCounts.mFailed) + " failed";
+    return words;
 }
 
 const char* TermStatusName(MizerStatus inStatus) {

@@ -14,6 +14,8 @@ struct TermCounts {
     std::uint64_t mOriginalBytes = 0;
     std::uint64_t mNewBytes = 0;
     bool mIsCancelled = false;
+    bool mIsDryRun = false;     ///< nothing was replaced
+    bool mIsPassedOver = false; ///< files were skipped that no run would work on
 
     void Add(const MizerFileResult& inResult);
     std::uint64_t GetSaved() const { return mOriginalBytes - mNewBytes; }
@@ -21,6 +23,9 @@ struct TermCounts {
     /** The part of all bytes that was saved, in percent; 0 without any. */
     double GetPercentage() const;
 };
+
+/** "16 files: 10 made smaller, 3 unchanged, 3 failed"; of these and no others. */
+std::string TermCountWords(const TermCounts& inCounts);
 
 /** One word: "smaller", "unchanged", "skipped", "failed", "cancelled". */
 const char* TermStatusName(MizerStatus inStatus);

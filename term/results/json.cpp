@@ -3,9 +3,13 @@
 #include <array>
 #include <cstdio>
 
+#include "term/options/help.h"
 #include "term/text/utf8.h"
 
 namespace {
+
+// Grows when a field goes or gets another meaning; new fields may come without that.
+constexpr std::uint64_t km_Schema = 1;
 
 std::string Format(const char* inFormat, double inNumber) {
     std::array<char, 32> text{};
@@ -70,12 +74,33 @@ std::string TermJsonString(std::string_view inText) {
     return text + "\"";
 }
 
-std::string TermJsonFile(const MizerFileResult& inResult) {
+const char* TermModeName(const TermSettings& inSettings) {
+    if (inSettings.mIsDryRun)
+        return "dry_run";
+    if (inSettings.mTask == TermTask::km_Restore)
+        return "restore";
+    if (inSettings.IsFilter())
+        return "filter";
+    return inSettings.mOutputFolder.empty() ? "replace" : "output";
+}
+
+std::string TermJsonRun(const char* inMode) {
+    std::string version = TermVersion();
+    version.pop_back();
+    Object object("run");
+    object.Add("schema", km_Schema);
+    object.Add("program", TermJsonString(version));
+    object.Add("mode", TermJsonString(inMode));
+    return object.Close();
+}
+
+std::string TermJsonFile(const MizerFileResult& inResult, bool inIsDryRun) {
     const std::string words = TermOutcomeWords(inResult);
     const bool isSmaller = inResult.mStatus == MizerStatus::km_Smaller;
     Object object("file");
     object.AddPath("path", inResult.mPath);
     object.Add("status", TermJsonString(TermStatusName(inResult.mStatus)));
+    object.Add("dry_run", inIsDryRun ? "true" : "false");
     if (inResult.mOriginalSize != 0) {
         AddSizes(object, inResult.mOriginalSize, inResult.mNewSize);
     } else {
@@ -112,6 +137,7 @@ std::string TermJsonSummary(const TermCounts& inCounts) {
     object.Add("skipped", inCounts.mSkipped);
     object.Add("failed", inCounts.mFailed);
     object.Add("cancelled", inCounts.mIsCancelled ? "true" : "false");
+    object.Add("dry_run", inCounts.mIsDryRun ? "true" : "false");
     AddSizes(object, inCounts.mOriginalBytes, inCounts.mNewBytes);
     return object.Close();
 }

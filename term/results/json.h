@@ -4,12 +4,19 @@
 #include <string>
 #include <string_view>
 
+#include "term/options/options.h"
 #include "term/results/counts.h"
 #include "win/batch/mizeroutcome.h"
 
 /** Results for programs: one JSON object per line. docs/guide.md lists the fields. */
 
-std::string TermJsonFile(const MizerFileResult& inResult);
+/** The first object: which fields the others have, and what is done with the files. */
+std::string TermJsonRun(const char* inMode);
+
+/** What is done with the files, in a word. */
+const char* TermModeName(const TermSettings& inSettings);
+
+std::string TermJsonFile(const MizerFileResult& inResult, bool inIsDryRun);
 std::string TermJsonSummary(const TermCounts& inCounts);
 
 /** What became of a picture that was to be restored. */

@@ -2,20 +2,31 @@
 
 #include <array>
 #include <cerrno>
+#include <utility>
 
+#include "term/results/csv.h"
 #include "term/results/json.h"
+#include "term/system/standardstreams.h"
+#include "term/system/terminal.h"
 #include "term/text/messages.h"
+#include "term/text/numbers.h"
 #include "win/batch/mizertotals.h"
 
 namespace {
 
-/** "    before     after     saved          file", columns of bytes right-aligned. */
-std::string MakeRow(const std::string& inBefore, const std::string& inAfter, const std::string& inSaved,
-                    const std::string& inPercentage, const std::string& inWhat) {
-    std::array<char, 128> numbers{};
-    std::snprintf(numbers.data(), numbers.size(), "%10s %10s %10s %7s  ", inBefore.c_str(), inAfter.c_str(),
-                  inSaved.c_str(), inPercentage.c_str());
-    return numbers.data() + inWhat + "\n";
+constexpr std::size_t km_LeastColumns = 64; // what a row needs with a name of twenty letters
+
+/** "    before     after     saved          file", columns of bytes right-aligned; on a narrow terminal only
+ *  two of them. */
+std::string MakeRow(bool inIsNarrow, const std::array<std::string, 4>& inNumbers, const std::string& inWhat) {
+    const auto& [before, after, saved, percentage] = inNumbers;
+    std::array<char, 128> text{};
+    if (inIsNarrow)
+        std::snprintf(text.data(), text.size(), "%10s %6s  ", after.c_str(), percentage.c_str());
+    else
+        std::snprintf(text.data(), text.size(), "%10s %10s %10s %7s  ", before.c_str(), after.c_str(),
+                      saved.c_str(), percentage.c_str());
+    return text.data() + inWhat + "\n";
 }
 
 std::string FormatPercentage(double inPercentage) {
@@ -29,9 +40,9 @@ std::string Counted(std::uint64_t inCount, const char* inOne, const char* inMany
 }
 
 /** The line below a file's row, indented to the column of names. */
-std::string MakeDetail(const MizerFileResult& inResult) {
+std::string MakeDetail(const MizerFileResult& inResult, int inIndent) {
     std::array<char, 128> text{};
-    std::snprintf(text.data(), text.size(), "%43s%s, similarity %.3f, largest difference %u\n", "",
+    std::snprintf(text.data(), text.size(), "%*s%s, similarity %.3f, largest difference %u\n", inIndent, "",
                   Counted(inResult.mFrameCount, "frame", "frames").c_str(), inResult.mWorstLook.mSsim,
                   static_cast<unsigned>(inResult.mWorstLook.mMaxError));
     return text.data();
@@ -41,45 +52,53 @@ std::string MakeDetail(const MizerFileResult& inResult) {
 
 TermResults::TermResults(const TermSettings& inSettings)
     : mStream(inSettings.IsFilter() ? stderr : stdout),
-      mIsJson(inSettings.mIsJson),
+      mFormat(inSettings.mFormat),
       mDetail(inSettings.GetDetail()),
-      mIsDryRun(inSettings.mIsDryRun) {}
+      mMode(TermModeName(inSettings)),
+      mIsNarrow(TermIsTerminal(mStream) && TermGetSize().mColumns < km_LeastColumns) {
+    mCounts.mIsDryRun = inSettings.mIsDryRun;
+}
 
 void TermResults::FileDone(const MizerFileResult& inResult) {
     mCounts.Add(inResult);
-    if (mIsJson)
-        Print(TermJsonFile(inResult));
-    else
-        PrintRows(inResult);
+    if (mFormat == TermFormat::km_Table)
+        return PrintRows(inResult);
+    PrintHead();
+    Print(mFormat == TermFormat::km_Json ? TermJsonFile(inResult, mCounts.mIsDryRun) : TermCsvFile(inResult));
+}
+
+/** What precedes all files in a format for programs. */
+void TermResults::PrintHead() {
+    if (!std::exchange(mHasHeading, true))
+        Print(mFormat == TermFormat::km_Json ? TermJsonRun(mMode) : TermCsvHeading());
 }
 
 void TermResults::PrintRows(const MizerFileResult& inResult) {
     if (inResult.mStatus != MizerStatus::km_Smaller && inResult.mStatus != MizerStatus::km_Unchanged)
         return;
-    PrintRow(MakeRow(std::to_string(inResult.mOriginalSize), std::to_string(inResult.mNewSize),
-                     std::to_string(inResult.GetSaved()),
-                     MizerPercentage(inResult.GetSaved(), inResult.mOriginalSize),
+    PrintRow(MakeRow(mIsNarrow,
+                     {TermGrouped(inResult.mOriginalSize), TermGrouped(inResult.mNewSize),
+                      TermGrouped(inResult.GetSaved()),
+                      MizerPercentage(inResult.GetSaved(), inResult.mOriginalSize)},
                      TermPrintable(inResult.mPath)));
     if (mDetail == TermDetail::km_Verbose && inResult.mStatus == MizerStatus::km_Smaller)
-        PrintRow(MakeDetail(inResult));
+        PrintRow(MakeDetail(inResult, mIsNarrow ? 19 : 43));
 }
 
 void TermResults::PrintTotal(bool inIsCancelled) {
     mCounts.mIsCancelled = inIsCancelled;
-    if (mIsJson)
+    if (mFormat == TermFormat::km_Table)
+        return mCounts.mSmaller + mCounts.mUnchanged != 0 ? PrintTotalRow() : void();
+    PrintHead();
+    if (mFormat == TermFormat::km_Json)
         Print(TermJsonSummary(mCounts));
-    else if (mCounts.mSmaller + mCounts.mUnchanged != 0)
-        PrintTotalRow();
 }
 
 void TermResults::PrintTotalRow() {
-    std::string what = Counted(mCounts.mSmaller + mCounts.mUnchanged, "file", "files") + ", " +
-                       std::to_string(mCounts.mSmaller) +
-                       (mIsDryRun ? " could be made smaller" : " made smaller");
-    if (mCounts.mFailed != 0)
-        what += "; " + std::to_string(mCounts.mFailed) + " failed";
-    PrintRow(MakeRow(std::to_string(mCounts.mOriginalBytes), std::to_string(mCounts.mNewBytes),
-                     std::to_string(mCounts.GetSaved()), FormatPercentage(mCounts.GetPercentage()), what));
+    PrintRow(MakeRow(mIsNarrow,
+                     {TermGrouped(mCounts.mOriginalBytes), TermGrouped(mCounts.mNewBytes),
+                      TermGrouped(mCounts.GetSaved()), FormatPercentage(mCounts.GetPercentage())},
+                     TermCountWords(mCounts)));
 }
 
 /** A line of the table, below its heading. */
@@ -87,7 +106,7 @@ void TermResults::PrintRow(const std::string& inLine) {
     if (mDetail == TermDetail::km_Quiet)
         return;
     if (!mHasHeading)
-        Print(MakeRow("Before", "After", "Saved", "", "File"));
+        Print(MakeRow(mIsNarrow, {"Before", "After", "Saved", mIsNarrow ? "Saved" : ""}, "File"));
     mHasHeading = true;
     Print(inLine);
 }

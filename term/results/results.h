@@ -18,6 +18,12 @@ public:
 
     void PrintTotal(bool inIsCancelled);
 
+    /** Whether files were named, and there was nothing to do with any of them. */
+    bool IsNothingDone() const {
+        return mCounts.mIsPassedOver && mCounts.mSkipped != 0 &&
+               mCounts.mSmaller + mCounts.mUnchanged + mCounts.mFailed == 0;
+    }
+
     /** Whether the reader of the table has gone away. */
     bool IsPipeClosed() const { return mPipeClosed; }
 
@@ -25,15 +31,17 @@ public:
     int GetWriteError() const { return mWriteError; }
 
 private:
+    void PrintHead();
     void PrintRows(const MizerFileResult& inResult);
     void PrintTotalRow();
     void PrintRow(const std::string& inLine);
     void Print(const std::string& inLine);
 
     std::FILE* mStream;
-    bool mIsJson;
+    TermFormat mFormat;
     TermDetail mDetail;
-    bool mIsDryRun;
+    const char* mMode;
+    bool mIsNarrow;
     bool mHasHeading = false;
     bool mPipeClosed = false;
     int mWriteError = 0;

@@ -7,6 +7,7 @@ enum class TermExit : int {
     km_Success = 0,     ///< every file was handled: made smaller or found unchanged
     km_Failure = 1,     ///< at least one file, or name, could not be handled
     km_Usage = 2,       ///< wrong usage; nothing was done
+    km_NothingDone = 3, ///< no file that was named is one to work on
     km_Cancelled = 130, ///< the user stopped the run
 };
 

@@ -11,6 +11,13 @@ std::string Escape(unsigned char inByte) {
     return escape.data();
 }
 
+/** Marks that turn the direction of writing: with them a name can look like another. Line separators, too. */
+bool IsDirection(std::string_view inCharacter) {
+    return (inCharacter >= "\xe2\x80\x8e" && inCharacter <= "\xe2\x80\x8f") ||
+           (inCharacter >= "\xe2\x80\xa8" && inCharacter <= "\xe2\x80\xae") ||
+           (inCharacter >= "\xe2\x81\xa6" && inCharacter <= "\xe2\x81\xa9");
+}
+
 void PrintLine(const std::string& inText) {
     std::fflush(stdout); // so that complaint and results keep their order on a terminal
     const std::string line = "parvigif: " + inText + "\n";
@@ -35,6 +42,10 @@ std::string TermPrintable(std::string_view inText) {
         } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) { // U+0080 to U+009F
             text += Escape(byte) + Escape(next);
             ++i;
+        } else if (IsDirection(inText.substr(i, 3))) {
+            for (const char mark : inText.substr(i, 3))
+                text += Escape(static_cast<unsigned char>(mark));
+            i += 2;
         } else {
             text += inText[i];
         }

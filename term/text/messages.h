@@ -6,7 +6,8 @@
 #include "term/text/exitstatus.h"
 
 /** Text that is safe to show: control characters, with which a file name could manipulate the terminal,
- * become escapes such as \n or \x1b, also those that take two bytes in UTF-8. */
+ * become escapes such as \n or \x1b, also those that take two bytes in UTF-8; so do marks
+ * that turn the direction of writing. */
 std::string TermPrintable(std::string_view inText);
 
 /** Errors, warnings and notes, one whole line each, on standard error after the program's name. Results do

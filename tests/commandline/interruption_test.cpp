@@ -62,7 +62,7 @@ TEST_F(Interruption, LimitsAndPipesInThePlaceOfFilesCostNoPictureAndNoTime) {
     fs::create_directories(data);
     for (const char* name : {"/PVGFLog.TXT", "/PVGFDone.TXT"})
         mkfifo((data + name).c_str(), 0600);
-    EXPECT_THAT(mRunner.Run({"--skip-done", "icon.gif"}).mOut, HasSubstr("1 file, 1 made smaller"));
+    EXPECT_THAT(mRunner.Run({"--skip-done", "icon.gif"}).mOut, HasSubstr("1 file: 1 made smaller"));
 }
 
 TEST_F(Interruption, CtrlCLeavesNoContactSheet) {

@@ -17,7 +17,10 @@ def run(folder, *arguments):
     settings = dict(os.environ, XDG_CONFIG_DIRS=own, XDG_CONFIG_HOME=own, XDG_STATE_HOME=own)
     result = subprocess.run([program, b"--json", *arguments], cwd=folder, stdout=subprocess.PIPE, env=settings)
     lines = result.stdout.decode("utf-8").split("\n")[:-1]  # strict: a stray byte would raise
-    return result.returncode, [json.loads(line) for line in lines]
+    first, *records = [json.loads(line) for line in lines]
+    mode = "output" if b"-o" in map(os.fsencode, arguments) else "replace"
+    assert (first["type"], first["schema"], first["mode"]) == ("run", 1, mode)
+    return result.returncode, records
 
 
 with tempfile.TemporaryDirectory() as name:
@@ -47,7 +50,7 @@ with tempfile.TemporaryDirectory() as name:
         assert abs(record["saved_percent"] - share) <= 0.005 + 1e-9
         assert 0.5 < record["ssim"] <= 1 and 0 <= record["max_difference"] <= 255
         assert record["error_code"] is record["message"] is None
-        assert record["damaged"] is False
+        assert record["damaged"] is record["dry_run"] is False
     assert ball["frames"] > 1 == icon["frames"]
 
     shutil.copy(os.path.join(samples, b"../fuzz/seeds/gif/ends-early.gif"), os.path.join(folder, b"short.gif"))

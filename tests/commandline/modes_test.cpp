@@ -43,14 +43,14 @@ TEST_F(Modes, ADryRunReportsWhatARunSavesAndLeavesNoTrace) {
     const ProgramResult dry = mRunner.Run({"-n", "-r", "in"});
     EXPECT_EQ(ReadAll("in"), mBefore);
     EXPECT_FALSE(HasTraces());
-    EXPECT_THAT(dry.mOut, HasSubstr("  2 files, 2 could be made smaller; 1 failed\n"));
+    EXPECT_THAT(dry.mOut, HasSubstr("  3 files: 2 could be made smaller, 1 failed\n"));
     fs::permissions(mFolder / "in/ball.gif", fs::perms::owner_read);
     EXPECT_THAT(mRunner.Run({"-n", "in/ball.gif"}).mErr, HasSubstr("read-only (code 5)"));
     fs::permissions(mFolder / "in/ball.gif", fs::perms::all);
     const ProgramResult real = mRunner.Run({"-r", "in"});
     EXPECT_EQ(dry.mErr, real.mErr);
     EXPECT_EQ(dry.mStatus, real.mStatus);
-    EXPECT_EQ(dry.mOut.substr(0, dry.mOut.find("2 files")), real.mOut.substr(0, real.mOut.find("2 files")));
+    EXPECT_EQ(dry.mOut.substr(0, dry.mOut.find("3 files")), real.mOut.substr(0, real.mOut.find("3 files")));
 }
 
 TEST_F(Modes, AWholeTreeCanBeRestored) {
@@ -84,7 +84,7 @@ TEST_F(Modes, AnOutputFolderGetsEveryFileAndNoOriginalChanges) {
     EXPECT_THAT(mRunner.Run({"-v", "-u", "-o", "out/new", "in/ball.gif"}).mErr,
                 HasSubstr("in/ball.gif: skipped: the output folder has it already\n"));
     fs::last_write_time(mFolder / "out/new/ball.gif", fs::file_time_type::min());
-    EXPECT_THAT(mRunner.Run({"-u", "-o", "out/new", "in/ball.gif"}).mOut, HasSubstr("1 file, 1 made"));
+    EXPECT_THAT(mRunner.Run({"-u", "-o", "out/new", "in/ball.gif"}).mOut, HasSubstr("1 file: 1 made"));
     EXPECT_EQ(mRunner.Run({"-o", "out/one.gif", "in/ball.gif"}).mStatus, 0);
     EXPECT_EQ(mRunner.Run({"-o", "out/one.gif", "in/sub/icon.gif"}).mStatus, 1);
     EXPECT_EQ(Read("out/one.gif"), results.at("ball.gif"));
@@ -132,11 +132,11 @@ TEST_F(Modes, AFilterWritesTheSmallerPictureOrTheSameBytes) {
 TEST_F(Modes, NamesMayComeFromAFile) {
     Write("lines", "in/ball.gif\n\nin/none.gif\nin/sub");
     const ProgramResult lines = mRunner.Run({"-n", "--files-from", "lines"});
-    EXPECT_THAT(lines.mOut, HasSubstr("  2 files, 2 could"));
+    EXPECT_THAT(lines.mOut, HasSubstr("  3 files: 2 could"));
     EXPECT_EQ(lines.mErr, "parvigif: in/none.gif: no such file or folder (code 10)\n");
     EXPECT_EQ(mRunner.Run({"--files-from=none"}).mErr, "parvigif: none: No such file or directory\n");
     Write("lines", "\xef\xbb\xbfin/ball.gif\r\n\r\nin/sub/icon.gif\r\n");
-    EXPECT_THAT(mRunner.Run({"-n", "--files-from", "lines"}).mOut, HasSubstr("  2 files, 2 could"));
+    EXPECT_THAT(mRunner.Run({"-n", "--files-from", "lines"}).mOut, HasSubstr("  2 files: 2 could"));
     Write("nuls", std::string("in/ball.gif\0in/sub/icon.gif\0", 28));
     ExpectRefusal({"--files-from", "nuls", "in/ball.gif"},
                   "nuls: the names in it end in NULs, which takes '--null'", 2);
@@ -146,7 +146,7 @@ TEST_F(Modes, NamesFromAFileMayHoldLineBreaks) {
     using namespace std::string_literals;
     fs::rename(mFolder / "in/ball.gif", mFolder / "in/a\nb.gif");
     Write("nuls", "in/a\nb.gif\0in/sub/icon.gif\0"s);
-    EXPECT_THAT(RunOn("nuls", {"-n0", "--files-from=-"}).mOut, HasSubstr("  2 files, 2 could"));
+    EXPECT_THAT(RunOn("nuls", {"-n0", "--files-from=-"}).mOut, HasSubstr("  2 files: 2 could"));
 }
 
 TEST_F(Modes, AFileThatGainsTooLittleStaysAsItIs) {
@@ -154,29 +154,29 @@ TEST_F(Modes, AFileThatGainsTooLittleStaysAsItIs) {
     fs::last_write_time(mFolder / "in/sub/icon.gif", time);
     const ProgramResult result =
         mRunner.Run({"--min-saving=60.5%", "--keep-times", "in/ball.gif", "in/sub/icon.gif"});
-    EXPECT_THAT(result.mOut, HasSubstr("  2 files, 1 made smaller\n"));
+    EXPECT_THAT(result.mOut, HasSubstr("  2 files: 1 made smaller, 1 unchanged\n"));
     EXPECT_EQ(Read("in/ball.gif"), mBefore["ball.gif"]);
     EXPECT_EQ(Read("in/sub/icon.gif.BAK"), mBefore["sub/icon.gif"]);
     EXPECT_EQ(fs::last_write_time(mFolder / "in/sub/icon.gif"), time);
     const ProgramResult left = mRunner.Run({"--skip-done", "--min-saving", "1023", "in/ball.gif"});
-    EXPECT_THAT(left.mOut, HasSubstr("1 file, 0 made"));
+    EXPECT_THAT(left.mOut, HasSubstr("1 file: 0 made"));
     EXPECT_EQ(left.mErr, "parvigif: in/ball.gif: left as it was: would save only 1022 bytes (44.4%)\n");
     std::string log = ReadTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT");
     std::erase(log, '\r');
     EXPECT_THAT(
         log, testing::EndsWith("File Unchanged.\n     left as it was: would save only 1022 bytes (44.4%)\n"));
     const ProgramResult done = mRunner.Run({"--skip-done", "--min-saving", "1022", "in/ball.gif"});
-    EXPECT_THAT(done.mOut, HasSubstr("1 file, 1 made")) << "nor is it done for a run that asks for less";
+    EXPECT_THAT(done.mOut, HasSubstr("1 file: 1 made")) << "nor is it done for a run that asks for less";
 }
 
 TEST_F(Modes, WhatIsDoneIsPassedOverWhateverItsName) {
     const std::string ledger = mRunner.GetOwnFolder() / "state/Norvek/PVGFDone.TXT";
     WriteTestFile(ledger, "damaged");
-    EXPECT_THAT(mRunner.Run({"--skip-done", "in"}).mOut, HasSubstr("1 file, 1 made smaller"));
+    EXPECT_THAT(mRunner.Run({"--skip-done", "in"}).mOut, HasSubstr("1 file: 1 made smaller"));
     fs::copy(mFolder / "in/ball.gif", mFolder / "in/copy.gif");
     const ProgramResult again = mRunner.Run({"--skip-done", "in/copy.gif", "in/sub/icon.gif"});
     EXPECT_EQ(again.mErr, "parvigif: in/copy.gif: skipped: already done by an earlier run\n");
-    EXPECT_THAT(again.mOut, HasSubstr("1 file, 1 made smaller"));
+    EXPECT_THAT(again.mOut, HasSubstr("1 file: 1 made smaller"));
 
     // What is done without changing colours is not done for a run that may change them.
     std::string lines = ReadTestFile(ledger);
@@ -186,7 +186,7 @@ TEST_F(Modes, WhatIsDoneIsPassedOverWhateverItsName) {
         lines.replace(at, 5, "lossless");
     WriteTestFile(ledger, lines);
     EXPECT_EQ(mRunner.Run({"--skip-done", "--lossless", "in/ball.gif"}).mOut, "");
-    EXPECT_THAT(mRunner.Run({"--skip-done", "in/ball.gif"}).mOut, HasSubstr("1 file, 0 made smaller"));
+    EXPECT_THAT(mRunner.Run({"--skip-done", "in/ball.gif"}).mOut, HasSubstr("1 file: 0 made smaller"));
 }
 
 TEST_F(Modes, AFileThatAnotherProcessWorksOnIsLeftToIt) {
@@ -199,12 +199,12 @@ TEST_F(Modes, AFileThatAnotherProcessWorksOnIsLeftToIt) {
         const ProgramResult result = mRunner.Run({"in/ball.gif", "in/sub/icon.gif"});
         EXPECT_EQ(result.mErr, "parvigif: in/ball.gif: skipped: another run is working on it\n");
         EXPECT_EQ(Read("in/ball.gif"), mBefore["ball.gif"]);
-        EXPECT_THAT(result.mOut, HasSubstr("1 file, 1 made smaller"));
+        EXPECT_THAT(result.mOut, HasSubstr("1 file: 1 made smaller"));
         WriteTestFile(mFolder / "in/ball.gif.BAK", mBefore["ball.gif"]);
         EXPECT_EQ(mRunner.Run({"--restore", "in/ball.gif"}).mErr,
                   "parvigif: in/ball.gif: not restored: another run is working on it\n");
     }
-    EXPECT_THAT(mRunner.Run({"in/ball.gif"}).mOut, HasSubstr("1 file, 1 made smaller"));
+    EXPECT_THAT(mRunner.Run({"in/ball.gif"}).mOut, HasSubstr("1 file: 1 made smaller"));
 }
 
 } // namespace

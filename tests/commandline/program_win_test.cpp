@@ -28,7 +28,7 @@ TEST_F(WindowsProgram, AFolderIsMadeSmallerWithBackupsLogAndTotals) {
     const ProgramResult result = mRunner.Run({"."});
     EXPECT_EQ(result.mStatus, 0) << result.mErr;
     EXPECT_THAT(result.mOut, HasSubstr("  ./icon.gif\n"));
-    EXPECT_THAT(result.mOut, HasSubstr("  6 files, 6 made smaller\n"));
+    EXPECT_THAT(result.mOut, HasSubstr("  6 files: 6 made smaller\n"));
     EXPECT_LT(SizeOf("icon.gif"), before);
     EXPECT_EQ(SizeOf("icon.gif.BAK"), before);
     EXPECT_THAT(ReadTestFile(mRunner.GetOwnFolder() / "state/Norvek/PVGFLog.TXT"),
@@ -55,7 +55,7 @@ TEST_F(WindowsProgram, NamesOfAnyScriptAndLength) {
     EXPECT_EQ(result.mStatus, 0) << result.mErr;
     EXPECT_THAT(result.mOut, HasSubstr("  " + name + "\n"));
     EXPECT_TRUE(Has(name + ".BAK"));
-    EXPECT_THAT(result.mOut, HasSubstr("2 files, 2 made smaller"));
+    EXPECT_THAT(result.mOut, HasSubstr("2 files: 2 made smaller"));
     EXPECT_TRUE(Has(deep + "\\t.gif.BAK"));
 
     const std::string folder = "\xd0\xb6\\\xe6\x97\xa5";
@@ -63,7 +63,7 @@ TEST_F(WindowsProgram, NamesOfAnyScriptAndLength) {
     EXPECT_TRUE(Has(folder + "\\ball.gif"));
     WriteTestFile(mFolder / "list", "sunset.gif\r\nspinner.gif\r\n");
     mRunner.mInput = "list";
-    EXPECT_THAT(mRunner.Run({"-n", "--files-from=-"}).mOut, HasSubstr("  2 files, 2 could"));
+    EXPECT_THAT(mRunner.Run({"-n", "--files-from=-"}).mOut, HasSubstr("  2 files: 2 could"));
 }
 
 TEST_F(WindowsProgram, WhatOthersHoldOrProtectStaysAsItIs) {

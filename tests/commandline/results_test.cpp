@@ -1,5 +1,6 @@
 // What a run prints, and what it leaves on the disk, when all goes well.
 
+#include "term/text/numbers.h"
 #include "tests/support/programtest.h"
 #include "win/batch/mizertotals.h"
 
@@ -26,14 +27,14 @@ TEST_F(Results, ALinePerFileThenATotal) {
         const std::size_t before = bytes.size(), after = Read(name).size();
         std::string line = "\n";
         for (const std::size_t number : {before, after, before - after})
-            line += " +" + std::to_string(number);
+            line += " +" + TermGrouped(number);
         const std::string share =
             MizerPercentage(static_cast<std::uint32_t>(before - after), static_cast<std::uint32_t>(before));
         EXPECT_THAT(result.mOut, testing::ContainsRegex(line + " +" + share + " +" + name + "\n"));
         EXPECT_EQ(Read(name + ".BAK"), bytes);
         saved += before - after;
     }
-    EXPECT_THAT(result.mOut, HasSubstr(" 6 files, 6 made smaller\n"));
+    EXPECT_THAT(result.mOut, HasSubstr(" 6 files: 6 made smaller\n"));
     EXPECT_EQ(ReadTestFile(mRunner.GetOwnFolder() / "user/Norvek/Parvigif/1.x.ini"),
               "BYTESSAVED=" + std::to_string(saved) + "\nFILESPROCESSED=6\n");
 }
@@ -48,7 +49,7 @@ TEST_F(Results, AFolderIsTakenInNameOrderAndASecondRunTouchesNoBackup) {
     const ProgramResult again = mRunner.Run({"./", "--overwrite-backups"});
     EXPECT_EQ(again.mStatus, 0);
     EXPECT_EQ(again.mErr, "");
-    EXPECT_THAT(again.mOut, HasSubstr(" 6 files, ")) << "backups and other files are no entries";
+    EXPECT_THAT(again.mOut, HasSubstr(" 6 files: ")) << "backups and other files are no entries";
     EXPECT_EQ(Read("icon.gif.BAK"), original) << "nothing was replaced, so no backup either";
     EXPECT_EQ(Read("notes.txt"), "no picture");
 }
@@ -73,20 +74,21 @@ TEST_F(Results, WhatIsPassedOverIsReportedWhenItWasNamed) {
     Write("old.gif.BAK", "x");
     fs::create_symlink("empty.gif", mFolder / "link.gif");
     const ProgramResult named = mRunner.Run({"notes.txt", "empty.gif", "old.gif.BAK", "link.gif"});
-    EXPECT_EQ(named.mStatus, 0);
+    EXPECT_EQ(named.mStatus, 3);
     EXPECT_EQ(named.mOut, "");
     EXPECT_EQ(named.mErr, "parvigif: link.gif: skipped: the same file was named before\n"
-                          "parvigif: notes.txt: skipped: its name does not end in GIF\n"
+                          "parvigif: notes.txt: skipped: its name does not end in GIF; 'parvigif - <NAME "
+                          ">NEW.gif' reads any file\n"
                           "parvigif: empty.gif: skipped: empty\n"
-                          "parvigif: old.gif.BAK: skipped: a backup\n");
-    EXPECT_EQ(mRunner.Run({"."}).mErr, "");
-    EXPECT_EQ(mRunner.Run({"-q", "notes.txt", "empty.gif"}).mErr, "");
+                          "parvigif: old.gif.BAK: skipped: a backup\n"
+                          "parvigif: nothing was done\n");
+    EXPECT_EQ(mRunner.Run({"-q", "notes.txt", "empty.gif"}).mErr, "parvigif: nothing was done\n");
     EXPECT_THAT(mRunner.Run({"-v", "."}).mErr, HasSubstr("./notes.txt: skipped"));
 }
 
 TEST_F(Results, ALinkStaysALinkAndNamesMayHoldAnything) {
     DrawSamples();
-    const std::string strange = "a\n\x1b[31m\xc2\x9b *[x] \xc3\xa9\xff.gif";
+    const std::string strange = "a\n\x1b[31m\xc2\x9b\xe2\x80\xae *[x] \xc3\xa9\xff.gif";
     fs::create_directory(mFolder / "vault");
     fs::rename(mFolder / "icon.gif", mFolder / "vault/icon.gif");
     fs::create_symlink("vault/icon.gif", mFolder / "link.gif");
@@ -96,7 +98,7 @@ TEST_F(Results, ALinkStaysALinkAndNamesMayHoldAnything) {
     EXPECT_EQ(result.mStatus, 0);
     EXPECT_TRUE(fs::is_symlink(mFolder / "link.gif"));
     EXPECT_LT(Read("vault/icon.gif").size(), Read("link.gif.BAK").size());
-    EXPECT_THAT(result.mOut, HasSubstr("  a\\n\\x1b[31m\\xc2\\x9b *[x] \xc3\xa9\xff.gif\n"));
+    EXPECT_THAT(result.mOut, HasSubstr("  a\\n\\x1b[31m\\xc2\\x9b\\xe2\\x80\\xae *[x] \xc3\xa9\xff.gif\n"));
     EXPECT_TRUE(Has("-v.gif.BAK"));
 }
 

@@ -76,7 +76,7 @@ async function checkTable(page) {
     assert.equal((await names()).length, 7);
     assert.ok((await names()).includes("./" + strange.replace("\x1b", "\\x1b")));
     assert.match(await page.textContent(".failed"), /bad\.gif\s*the file ends too early \(code 18\)/);
-    assert.match(await page.textContent(".facts"), /6 files, 6 made smaller; 1 failed/);
+    assert.match(await page.textContent(".facts"), /7 files: 6 made smaller, 1 failed/);
     for (const direction of ["descending", "ascending"]) {
         await page.click("th button:text('Saved')");
         assert.equal(await page.getAttribute("th:has(button:text-is('Saved'))", "aria-sort"), direction);

@@ -130,7 +130,7 @@ def test_ctrl_c_leaves_the_file_in_hand_and_the_rest(program):
     assert not terminal.is_echoing()
     terminal.type(b"\x03")
     assert terminal.end() == 130
-    assert terminal.output.endswith("2 files, 2 made smaller\r\nparvigif: cancelled\r\n"), terminal.output
+    assert terminal.output.endswith("2 files: 2 made smaller\r\nparvigif: cancelled\r\n"), terminal.output
     assert "\x1b[?25h" in terminal.output, "the cursor is still hidden"
     assert "\x1b" not in terminal.output.rsplit("\x1b[?25h", 1)[1], "drawn after the panel was gone"
     terminal.check_files()
@@ -142,7 +142,7 @@ def test_a_pause_waits_for_a_key_and_can_be_cancelled(program):
     terminal.wait_for_third()
     terminal.type(b"p")
     terminal.wait_for("OPERATION PAUSED")
-    terminal.wait_for("Click 'OK' to continue... (any key)")
+    terminal.wait_for("any key resumes, Ctrl-C stops")
     terminal.type(b" ")
     terminal.wait_for("p pauses, Ctrl-C stops")
     terminal.type(b"p")
