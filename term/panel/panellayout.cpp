@@ -125,11 +125,7 @@ private:
     }
 
     std::string Saved(const std::string& inSaved, std::size_t inColumns, const std::string& inPercent) const {
-        const std::string saved = Cut(inSaved, inColumns);
-        return saved +
-               Blanks(inColumns - TermTextWidth(saved) + km_PercentColumns -
-                      std::min(km_PercentColumns, inPercent.size())) +
-               inPercent;
+        return Cut(inSaved, inColumns) + (inPercent.empty() ? "" : " " + inPercent);
     }
 
     const TermPanelTexts& mTexts;

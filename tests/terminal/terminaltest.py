@@ -121,7 +121,7 @@ class Terminal:
 
     def wait_for_third(self):
         self.wait_for("./03.gif")
-        self.wait_for(f"{len(self.LARGE)} bytes unoptimized")
+        self.wait_for(f"{len(self.LARGE):,} bytes unoptimized")
 
 
 def test_ctrl_c_leaves_the_file_in_hand_and_the_rest(program):
