@@ -1,9 +1,12 @@
 #include "term/batchrun.h"
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <utility>
 
+#include "term/batchoptions.h"
 #include "term/commands.h"
 #include "term/inputs/outputplan.h"
 #include "term/panel/panel.h"
@@ -11,34 +14,25 @@
 #include "term/system/interrupt.h"
 #include "term/system/terminal.h"
 #include "term/termshell.h"
+#include "term/workers.h"
 #include "win/batch/mizerbrain.h"
 #include "win/batch/mizerdelivery.h"
 #include "win/batch/mizeroutcome.h"
+#include "win/crew/mizercrew.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnscratch.h"
 
 namespace {
 
-/** A trial and a filter leave no trace of their own. */
-void LeaveNoTrace(WnPref& ioPrefs) {
-    ioPrefs.KeepStoreAsItIs();
-    ioPrefs.Override("LOG", 0);
-    ioPrefs.Override("BACKUP", 0);
-}
-
 /** Where results go if not over their originals: null.
  *  @return false, with the error reported, if they cannot go there */
 bool MakeDelivery(const TermInputs& inInputs, const TermSettings& inSettings, TermMessages& ioMessages,
                   std::unique_ptr<MizerDelivery>& outDelivery) {
-    using Present = MizerOutputFolder::Present;
     if (inSettings.mIsDryRun)
         outDelivery = std::make_unique<MizerDryRun>();
     if (inSettings.mIsDryRun || inSettings.mOutputFolder.empty())
         return true;
-    auto output = std::make_unique<MizerOutputFolder>(inSettings.mOutputFolder,
-                                                      inSettings.mReplacesOutput  ? Present::km_Replaced
-                                                      : inSettings.mUpdatesOutput ? Present::km_Updated
-                                                                                  : Present::km_Stays);
+    auto output = std::make_unique<MizerOutputFolder>(TermMakeOutputFolder(inSettings));
     try {
         const std::string objection =
             TermPlanOutput(inSettings.mOutputFolder, inInputs, inSettings.mIsRecursive, *output);
@@ -71,22 +65,51 @@ bool WantsPanel(const TermSettings& inSettings) {
            TermCanDraw(readsInput);
 }
 
-/** @return whether it was cancelled */
-bool RunBrain(TermInputs& ioInputs, const TermSettings& inSettings, const MizerOptions& inOptions,
+/** Sets what the key for a pause does. */
+using SetPause = std::function<void(std::function<void()>)>;
+
+/** @return false when it was cancelled */
+bool RunBrain(TermInputs& ioInputs, const PvOptSettings& inSettings, const MizerOptions& inOptions,
+              WnPref& ioPrefs, TermShell& ioShell, const SetPause& inSetPause) {
+    MizerBrain brain(ioPrefs, ioShell, inSettings, inOptions); // stores the totals when it goes
+    inSetPause([&] { brain.Pause(); });
+    brain.AddQueue(*ioInputs.mQueue);
+    return brain.ProcessWholeQueue();
+}
+
+/** Several files at once. @return as RunBrain */
+bool RunCrew(TermInputs& ioInputs, const MizerCrewOptions& inOptions, WnPref& ioPrefs, TermShell& ioShell,
+             const SetPause& inSetPause) {
+    std::map<std::string, std::string> places;
+    for (const TermInput& input : ioInputs.mFiles)
+        places[input.mPath] = input.mPlace;
+    MizerCrew crew(ioPrefs, ioShell, inOptions, [&](const std::string& path) { return places[path]; });
+    inSetPause([&] { crew.Pause(); });
+    return crew.ProcessWholeQueue(*ioInputs.mQueue);
+}
+
+/** @return false when it was cancelled */
+bool RunQueue(TermInputs& ioInputs, const TermSettings& inSettings, const MizerOptions& inOptions,
               TermShell& ioShell, TermMessages& ioMessages) {
     WnPref prefs = TermOpenPreferences(inSettings, ioMessages);
     if (inSettings.mIsDryRun || inSettings.IsFilter())
-        LeaveNoTrace(prefs);
+        TermLeaveNoTrace(prefs);
     std::optional<TermPanel> panel;
     if (WantsPanel(inSettings))
         ioShell.SetPanel(&panel.emplace(ioInputs));
-    MizerBrain brain(prefs, ioShell, inSettings.mOptimizer, inOptions); // stores the totals when it goes
-    if (panel)
-        ioShell.SetPanel(&*panel, [&] { brain.Pause(); });
-    brain.AddQueue(*ioInputs.mQueue);
-    const bool isCancelled = !brain.ProcessWholeQueue();
-    ioShell.SetPanel(nullptr);
-    return isCancelled;
+    const SetPause setPause = [&](std::function<void()> pause) {
+        if (panel)
+            ioShell.SetPanel(&*panel, std::move(pause));
+    };
+    const std::size_t workers = TermCountWorkers(inSettings, ioInputs.mFiles.size());
+    try {
+        if (workers > 1)
+            return RunCrew(ioInputs, {workers, TermMakeWorkerArguments(inSettings, workers)}, prefs, ioShell,
+                           setPause);
+    } catch (const NvErrorCode& error) {
+        ioMessages.Warning("one file at a time, since no worker can be started: " + MizerErrorWords(error));
+    }
+    return RunBrain(ioInputs, inSettings.mOptimizer, inOptions, prefs, ioShell, setPause);
 }
 
 } // namespace
@@ -97,17 +120,14 @@ void TermProcessInputs(TermInputs& ioInputs, const TermSettings& inSettings, Ter
     if (ioMessages.GetExit() == TermExit::km_Usage ||
         !MakeDelivery(ioInputs, inSettings, ioMessages, delivery) || !HasTemporaryFolder(ioMessages))
         return;
-    const MizerOptions options = {
-        .mDelivery = delivery.get(),
-        .mLeastSaving = inSettings.mLeastSaving,
-        .mKeepsTimes = inSettings.mKeepsTimes,
-        .mSkipsDone = inSettings.mSkipsDone,
-        .mSharesFiles = !inSettings.IsFilter(),
-    };
+    MizerOptions options = TermMakeBatchOptions(inSettings);
+    options.mDelivery = delivery.get();
     TermShell shell(inSettings, ioMessages, ioOutcomes);
     if (inSettings.IsFilter())
-        shell.SetShownName(ioInputs.mFiles.front().mPath, ioInputs.mFiles.front().mPlace);
-    ioOutcomes.Finish(RunBrain(ioInputs, inSettings, options, shell, ioMessages), ioMessages);
+        ioOutcomes.SetShownName(ioInputs.mFiles.front().mPath, ioInputs.mFiles.front().mPlace);
+    const bool isWhole = RunQueue(ioInputs, inSettings, options, shell, ioMessages);
+    shell.SetPanel(nullptr);
+    ioOutcomes.Finish(!isWhole, ioMessages);
 }
 
 void TermRunBatch(const TermSettings& inSettings, TermMessages& ioMessages) {

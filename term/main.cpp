@@ -3,6 +3,7 @@
 #include <exception>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "term/commands.h"
 #include "term/options/arguments.h"
@@ -10,6 +11,7 @@
 #include "term/system/print.h"
 #include "term/system/standardstreams.h"
 #include "term/text/messages.h"
+#include "term/workers.h"
 #include "win/batch/mizeroutcome.h"
 
 namespace {
@@ -54,9 +56,12 @@ int main(int inCount, char** inArguments) {
     TermPrepareStreams();
     TermMessages messages;
     try {
+        const std::vector<std::string> arguments(inArguments + 1, inArguments + inCount);
         TermSettings settings;
         std::string error;
-        if (TermParseArguments({inArguments + 1, inArguments + inCount}, settings, error))
+        if (TermRunWorker(arguments))
+            return 0;
+        if (TermParseArguments(arguments, settings, error))
             Run(settings, messages);
         else
             messages.Error(TermPrintable(error) + " (see 'parvigif --help')", TermExit::km_Usage);

@@ -18,20 +18,33 @@ bool TermOutcomes::Begin(TermMessages& ioMessages) {
     }
 }
 
+std::string TermOutcomes::GetShownName(const std::string& inPath) const {
+    const auto name = mShownNames.find(inPath);
+    return name == mShownNames.end() ? inPath : name->second;
+}
+
+MizerFileResult TermOutcomes::GetShown(const MizerFileResult& inResult) const {
+    MizerFileResult shown = inResult;
+    shown.mPath = GetShownName(inResult.mPath);
+    shown.mOutputPath = GetShownName(inResult.mOutputPath);
+    return shown;
+}
+
 void TermOutcomes::BeforeReplace(const char* inPath) {
     if (mReport)
         mReport->BeforeReplace(inPath);
 }
 
-void TermOutcomes::ResultMade(const char* inResultPath) {
+void TermOutcomes::ResultMade(const char* inPath, const char* inResultPath) {
     if (mReport)
-        mReport->ResultMade(inResultPath);
+        mReport->ResultMade(inPath, inResultPath);
 }
 
 void TermOutcomes::FileDone(const MizerFileResult& inResult) {
-    mResults.FileDone(inResult);
+    const MizerFileResult shown = GetShown(inResult);
+    mResults.FileDone(shown);
     if (mReport)
-        mReport->FileDone(inResult);
+        mReport->FileDone(inResult.mPath, shown);
 }
 
 void TermOutcomes::FinishReport(bool inIsCancelled, TermMessages& ioMessages) {

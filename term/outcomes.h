@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 
@@ -17,8 +18,13 @@ public:
      *  touched then */
     bool Begin(TermMessages& ioMessages);
 
+    /** Uses another name for one file in everything that is reported about it. */
+    void SetShownName(const std::string& inPath, const std::string& inName) { mShownNames[inPath] = inName; }
+    std::string GetShownName(const std::string& inPath) const;
+    MizerFileResult GetShown(const MizerFileResult& inResult) const;
+
     void BeforeReplace(const char* inPath) override;
-    void ResultMade(const char* inResultPath) override;
+    void ResultMade(const char* inPath, const char* inResultPath) override;
     void FileDone(const MizerFileResult& inResult) override;
 
     /** Completes the report, then the results; ends the program when their reader has gone away. */
@@ -31,6 +37,7 @@ private:
     void FinishReport(bool inIsCancelled, TermMessages& ioMessages);
 
     const TermSettings& mSettings;
+    std::map<std::string, std::string> mShownNames;
     TermResults mResults;
     std::unique_ptr<TermReport> mReport; // null when none is wanted
 };

@@ -4,5 +4,8 @@
 #include "term/text/messages.h"
 #include "wnatom/wnpref.h"
 
-/** The preferences, with what the command line says for this run. What is wrong with them is reported. */
+/** The preferences, with what the command line says for this run. */
+WnPref TermOpenPreferences(const TermSettings& inSettings);
+
+/** The same, and what is wrong with them is reported. */
 WnPref TermOpenPreferences(const TermSettings& inSettings, TermMessages& ioMessages);

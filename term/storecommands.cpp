@@ -35,12 +35,17 @@ MizerLog MakeLog(TermMessages& ioMessages) {
 
 } // namespace
 
-WnPref TermOpenPreferences(const TermSettings& inSettings, TermMessages& ioMessages) {
+WnPref TermOpenPreferences(const TermSettings& inSettings) {
     WnPref prefs = MizerOpenPreferences();
-    for (const std::string& path : prefs.FindOversized())
-        ioMessages.Warning(TermPrintable(path) + ": ignored: a file of preferences is smaller than 1 MiB");
     for (const auto& [name, value] : inSettings.mPreferences)
         prefs.Override(name.c_str(), value);
+    return prefs;
+}
+
+WnPref TermOpenPreferences(const TermSettings& inSettings, TermMessages& ioMessages) {
+    WnPref prefs = TermOpenPreferences(inSettings);
+    for (const std::string& path : prefs.FindOversized())
+        ioMessages.Warning(TermPrintable(path) + ": ignored: a file of preferences is smaller than 1 MiB");
     return prefs;
 }
 

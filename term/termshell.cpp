@@ -22,6 +22,11 @@ bool TermShell::ShowProgress(double inFraction) {
     return TermIsInterrupted();
 }
 
+void TermShell::ShowOthersInHand(std::size_t inCount, std::uint64_t inBytesDone) {
+    if (mPanel)
+        mPanel->SetOthers(inCount, inBytesDone);
+}
+
 /** A pause only waits, so it may come in the middle of a file. */
 void TermShell::RefreshPanel() {
     if (!mPanel)
@@ -49,23 +54,15 @@ void TermShell::ShowMessage(const char* inText, const char* inCaption, Icon inIc
         mPanel->PutBack();
 }
 
-std::string TermShell::GetShownName(const std::string& inPath) const {
-    const auto name = mShownNames.find(inPath);
-    return name == mShownNames.end() ? inPath : name->second;
-}
-
 void TermShell::FileStarted(const char* inPath) {
     if (mPanel)
-        mPanel->StartFile(inPath, GetShownName(inPath));
+        mPanel->StartFile(inPath, mOutcomes.GetShownName(inPath));
 }
 
 void TermShell::FileDone(const MizerFileResult& inResult) {
-    MizerFileResult shown = inResult;
-    shown.mOutputPath = GetShownName(inResult.mOutputPath);
-    shown.mPath = GetShownName(inResult.mPath);
     if (mPanel)
         mPanel->Hide();
-    Report(shown);
+    Report(inResult);
     if (!mPanel || inResult.mStatus == MizerStatus::km_Cancelled)
         return;
     mPanel->EndFile(inResult.mPath, inResult.mStatus != MizerStatus::km_Skipped);
@@ -73,16 +70,17 @@ void TermShell::FileDone(const MizerFileResult& inResult) {
 }
 
 void TermShell::Report(const MizerFileResult& inResult) {
-    const std::string words = TermOutcomeWords(inResult);
+    const MizerFileResult shown = mOutcomes.GetShown(inResult);
+    const std::string words = TermOutcomeWords(shown);
     mOutcomes.FileDone(inResult);
     if (words.empty())
         return;
     if (inResult.mStatus == MizerStatus::km_Failed)
-        mMessages.FileError(inResult.mPath, words);
+        mMessages.FileError(shown.mPath, words);
     else if (inResult.mStatus == MizerStatus::km_Skipped && inResult.mReason != MizerReason::km_InUse)
-        mPassedOver.Report(inResult.mPath, inResult.mReason == MizerReason::km_NotNamedGIF
-                                               ? words + "; 'parvigif - <NAME >NEW.gif' reads any file"
-                                               : words);
+        mPassedOver.Report(shown.mPath, inResult.mReason == MizerReason::km_NotNamedGIF
+                                            ? words + "; 'parvigif - <NAME >NEW.gif' reads any file"
+                                            : words);
     else
-        mMessages.FileNote(inResult.mPath, words);
+        mMessages.FileNote(shown.mPath, words);
 }

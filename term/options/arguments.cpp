@@ -184,6 +184,7 @@ std::string CheckSettings(const TermSettings& inSettings) {
 bool TermParseArguments(const std::vector<std::string>& inArguments, TermSettings& outSettings,
                         std::string& outError) {
     outSettings = TermSettings();
+    outSettings.mArguments = inArguments;
     Parser parser(inArguments, outSettings);
     parser.Parse();
     if (TermIsHelp(outSettings.mTask)) {

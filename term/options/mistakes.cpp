@@ -17,8 +17,6 @@ struct Habit {
 };
 
 constexpr auto km_Habits = std::to_array<Habit>({
-    {"-j", "one run works on one file at a time: xargs -P runs several"},
-    {"--jobs", "one run works on one file at a time: xargs -P runs several"},
     {"-O", "there are no levels: every run does all it can"},
     {"--optimize", "there are no levels: every run does all it can"},
     {"--lossy", "that is the default; --tolerance sets how much may change"},

@@ -79,6 +79,8 @@ bool SetText(std::string& outText, Argument inText) {
     return !inText.empty();
 }
 
+constexpr std::uint32_t km_MostJobs = 1024; // beyond any machine's use
+
 constexpr auto km_LosslessText = TermFillIn<km_MostColours>(
     "Saves less: only unused colours, pixels that the screen shows already, and better packing. Without "
     "this, a file made smaller has at most # colours.");
@@ -123,6 +125,12 @@ constexpr auto km_Options = std::to_array<TermOption>({
      "Finished files are remembered by their contents, and later runs with this option skip them: a "
      "library can be swept again and again, and no picture loses a little more each time.",
      [](Settings& ioSettings, Argument) { return ioSettings.mSkipsDone = true; }},
+    {"jobs", 'j', "N", "Files", "work on N files at once",
+     "Each in a process of its own; the memory limit is shared. The default is one for each processor core "
+     "when there are more files than cores, else 1. Results come in the order of the names all the same.",
+     [](Settings& ioSettings, Argument inCount) {
+         return TermReadNumber(inCount, 1, km_MostJobs, ioSettings.mJobs);
+     }},
     {"update", 'u', nullptr, "Results", "with -o: only what is missing there or older",
      "A file is passed over when its result is at least as new. So a mirror can be brought up to date.",
      [](Settings& ioSettings, Argument) { return ioSettings.mUpdatesOutput = true; }, true},

@@ -44,6 +44,8 @@ struct TermSettings {
     std::map<std::string, std::uint32_t> mStored;      ///< preferences to store
     std::string mContactSheet;                         ///< the file to draw one on; empty: process the names
     PvOptSettings mOptimizer;
+    std::vector<std::string> mArguments;   ///< all that the program was started with
+    std::uint32_t mJobs = 0;               ///< files to work on at once; 0: as many as suit the machine
     std::string mReport;                   ///< the page to write about the run; empty: none
     std::uint64_t mReportLimit = 32 << 20; ///< bytes of pictures that the page may hold
     TermFormat mFormat = TermFormat::km_Table;

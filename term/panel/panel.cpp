@@ -39,6 +39,11 @@ void TermPanel::StartFile(const std::string& inPath, const std::string& inShownN
     mTexts.mFileSize.clear();
 }
 
+void TermPanel::SetOthers(std::size_t inCount, std::uint64_t inBytesDone) {
+    mTexts.mOthers = inCount == 0 ? "" : "and " + std::to_string(inCount) + " more";
+    mProgress.SetBytesOfOthers(inBytesDone);
+}
+
 void TermPanel::SetText(MizerControl inControl, const char* inText) {
     switch (inControl) {
     case MizerControl::km_FileSize:

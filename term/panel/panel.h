@@ -19,6 +19,8 @@ public:
     void StartFile(const std::string& inPath, const std::string& inShownName);
     void EndFile(const std::string& inPath, bool inWasStarted) { mProgress.EndFile(inPath, inWasStarted); }
     void SetText(MizerControl inControl, const char* inText);
+    /** See MizerShell::ShowOthersInHand. */
+    void SetOthers(std::size_t inCount, std::uint64_t inBytesDone);
     void SetFileFraction(double inFraction) { mProgress.SetFileFraction(inFraction); }
 
     /** Draws the panel unless it was drawn a moment ago. */

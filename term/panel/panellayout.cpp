@@ -85,7 +85,9 @@ private:
     std::string FileLine(const std::string& inRight) const {
         const std::size_t room =
             mColumns - std::min(mColumns, TermTextWidth(inRight) + (inRight.empty() ? 0 : 2));
-        const std::string name = Cut(mTexts.mFileName, room);
+        const std::string others = mTexts.mOthers.empty() ? "" : " " + mTexts.mOthers;
+        const std::string name =
+            Cut(mTexts.mFileName, room - std::min(room, TermTextWidth(others))) + Cut(others, room);
         const std::string gap = inRight.empty() ? "" : Blanks(room + 2 - TermTextWidth(name));
         return Coloured(km_Bold, name) + gap + inRight;
     }

@@ -7,6 +7,7 @@
 /** What the progress panel shows. */
 struct TermPanelTexts {
     std::string mFileName; ///< whole, safe to show
+    std::string mOthers;   ///< files in hand besides: "and 3 more"; or empty
     std::string mFileSize;
     std::string mThisFile;
     std::string mThisFilePercent;

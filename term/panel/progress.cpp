@@ -41,7 +41,8 @@ void TermProgress::EndFile(const std::string& inPath, bool inWasStarted) {
 double TermProgress::GetBatchFraction() const {
     if (mAllBytes == 0)
         return 0.0;
-    const double done = static_cast<double>(mBytesDone) + static_cast<double>(mFileBytes) * mFileFraction;
+    const double done =
+        static_cast<double>(mBytesDone + mBytesOfOthers) + static_cast<double>(mFileBytes) * mFileFraction;
     return std::min(1.0, done / static_cast<double>(mAllBytes));
 }
 

@@ -19,6 +19,9 @@ public:
     void StartFile(const std::string& inPath);
     void SetFileFraction(double inFraction) { mFileFraction = inFraction; }
 
+    /** What is done of other files that end later. */
+    void SetBytesOfOthers(std::uint64_t inBytes) { mBytesOfOthers = inBytes; }
+
     /** @param inWasStarted  false when it was skipped, which says nothing about how long others take */
     void EndFile(const std::string& inPath, bool inWasStarted);
 
@@ -42,6 +45,7 @@ private:
     std::size_t mFilesDone = 0;
     std::uint64_t mBytesDone = 0;
     std::uint64_t mFileBytes = 0;
+    std::uint64_t mBytesOfOthers = 0;
     double mFileFraction = 0.0;
     Clock::time_point mStarted = Clock::now();
 };

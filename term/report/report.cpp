@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/file/nvfile.h"
@@ -62,11 +63,11 @@ TermReport::TermReport(const std::string& inPath, std::uint64_t inLimit, bool in
 TermReport::~TermReport() = default;
 
 void TermReport::BeforeReplace(const char* inPath) {
-    mBefore = Read(inPath);
+    mPictures[inPath].mBefore = Read(inPath);
 }
 
-void TermReport::ResultMade(const char* inResultPath) {
-    mAfter = Read(inResultPath);
+void TermReport::ResultMade(const char* inPath, const char* inResultPath) {
+    mPictures[inPath].mAfter = Read(inResultPath);
 }
 
 /** All bytes of a file, unless it has more than the page may still hold, or cannot be read. */
@@ -83,28 +84,29 @@ std::optional<TermReport::Bytes> TermReport::Read(const char* inPath) const {
     return std::nullopt;
 }
 
-void TermReport::FileDone(const MizerFileResult& inResult) {
+void TermReport::FileDone(const std::string& inPath, const MizerFileResult& inResult) {
     mCounts.Add(inResult);
+    const auto found = mPictures.extract(inPath);
+    const Pictures pictures = found ? std::move(found.mapped()) : Pictures();
     if (inResult.mStatus == MizerStatus::km_Skipped)
         return;
     Write(TermReportRow(inResult));
     if (inResult.mStatus == MizerStatus::km_Smaller)
-        WritePictures();
+        WritePictures(pictures);
     Write("</tbody>\n");
-    mBefore.reset();
-    mAfter.reset();
 }
 
-void TermReport::WritePictures() {
-    if (!mBefore || !mAfter || mHeld + mBefore->size() + mAfter->size() > mLimit) {
+void TermReport::WritePictures(const Pictures& inPictures) {
+    const auto& [before, after] = inPictures;
+    if (!before || !after || mHeld + before->size() + after->size() > mLimit) {
         ++mLeftOut;
         return;
     }
-    mHeld += mBefore->size() + mAfter->size();
+    mHeld += before->size() + after->size();
     const TermPicturesFrame frame = TermMakePicturesFrame();
     Write(frame.mHead);
-    WritePicture("before", *mBefore);
-    WritePicture("after", *mAfter);
+    WritePicture("before", *before);
+    WritePicture("after", *after);
     Write(frame.mEnd);
 }
 

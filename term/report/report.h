@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,7 +17,7 @@
  *
  *  The page is written file by file and gets its name at the end, so that a long run needs no more memory
  *  than its largest pictures, and a page that exists is complete. */
-class TermReport : public MizerListener {
+class TermReport {
 public:
     /** Begins the page, so that a run does not end with one that cannot be written.
      *
@@ -24,11 +25,15 @@ public:
      *  @param inLimit  bytes of pictures that the page may hold; further ones are left out
      *  @throws NvErrorCode  31 when another file or a folder is there, 5, 10, 22, 1 as WnSafeFile */
     TermReport(const std::string& inPath, std::uint64_t inLimit, bool inIsDryRun);
-    ~TermReport() override;
+    ~TermReport();
 
-    void BeforeReplace(const char* inPath) override;
-    void ResultMade(const char* inResultPath) override;
-    void FileDone(const MizerFileResult& inResult) override;
+    /** See MizerListener. */
+    void BeforeReplace(const char* inPath);
+    void ResultMade(const char* inPath, const char* inResultPath);
+
+    /** @param inPath    as in the other two
+     *  @param inResult  with the names to show */
+    void FileDone(const std::string& inPath, const MizerFileResult& inResult);
 
     /** Completes the page. Called once, when all files are done.
      *  @throws NvErrorCode  22 and others when it could not be written; there is no new page then */
@@ -39,11 +44,14 @@ private:
         void operator()(std::FILE* inStream) const { std::fclose(inStream); }
     };
     using Bytes = std::vector<unsigned char>;
+    struct Pictures {
+        std::optional<Bytes> mBefore, mAfter;
+    };
 
     std::optional<Bytes> Read(const char* inPath) const;
     void Write(const std::string& inText);
     void WritePicture(const char* inClass, const Bytes& inBytes);
-    void WritePictures();
+    void WritePictures(const Pictures& inPictures);
 
     std::string mPath;
     std::uint64_t mLimit;
@@ -54,8 +62,7 @@ private:
     long mTotalsAt = 0;      // where in the page the totals go, in room kept for them
     std::uint64_t mHeld = 0; // bytes of pictures that are in the page
     std::uint64_t mLeftOut = 0;
-    std::optional<Bytes> mBefore; // the current file as it was, and smaller
-    std::optional<Bytes> mAfter;
+    std::map<std::string, Pictures> mPictures; // of the files in hand, by path
     TermCounts mCounts;
     int mWriteError = 0;
 };

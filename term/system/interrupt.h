@@ -6,6 +6,9 @@
  *  @param inEndsReads  whether it also ends a read that waits for standard input; not on Windows */
 void TermCatchInterrupts(bool inEndsReads = false);
 
+/** From now on they are left to the process that started this one. */
+void TermIgnoreInterrupts();
+
 /** Whether the user asked to stop. */
 bool TermIsInterrupted();
 

@@ -36,6 +36,11 @@ void TermCatchInterrupts(bool inEndsReads) {
     std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit fails instead, like one to a full disk
 }
 
+void TermIgnoreInterrupts() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_IGN);
+}
+
 bool TermIsInterrupted() {
     return gInterrupted != 0;
 }

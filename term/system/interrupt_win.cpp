@@ -32,6 +32,10 @@ void TermCatchInterrupts(bool /*inEndsReads*/) {
     SetConsoleCtrlHandler(&NoteInterrupt, TRUE);
 }
 
+void TermIgnoreInterrupts() {
+    SetConsoleCtrlHandler(nullptr, TRUE);
+}
+
 bool TermIsInterrupted() {
     return gInterrupted;
 }

@@ -45,7 +45,6 @@ TEST_F(Program, AWrongCommandLineIsOneLineAndStatus2) {
         {{"-qx", "a"}, "unknown option '-x'"},
         {{"--hepl", "a"}, "unknown option '--hepl': did you mean '--help'?"},
         {{"--re", "a"}, "option '--re' may be '--recursive', '--restore', '--report', '--report-limit'"},
-        {{"-j4", "a"}, "unknown option '-j': one run works on one file at a time: xargs -P runs several"},
         {{"-Mash.gif"}, "unknown option '-M': for a file, write ./-Mash.gif or put -- before the names"},
         {{"--no-log=1", "a"}, "option '--no-log' takes no value"},
         {{"a", "--max-memory"}, "option '--max-memory' needs a value: SIZE"},

@@ -45,7 +45,7 @@ class Terminal:
 
     SMALL, LARGE = make_gif(8, 2), make_gif(300, 300)
 
-    def __init__(self, program, columns=80, arguments=(), takes_long=True):
+    def __init__(self, program, columns=80, arguments=("-j1",), takes_long=True):
         self.temporary = tempfile.TemporaryDirectory(prefix="parvigif-terminal-")
         folder = pathlib.Path(self.temporary.name)
         self.pictures, self.own = folder / "in", folder
@@ -152,6 +152,16 @@ def test_a_pause_waits_for_a_key_and_can_be_cancelled(program):
     terminal.check_files()
 
 
+def test_a_pause_holds_workers_too(program):
+    terminal = Terminal(program, arguments=("-j2",))
+    terminal.wait_for("and 1 more")
+    terminal.type(b"p")
+    terminal.wait_for("OPERATION PAUSED")
+    terminal.type(b" ")
+    terminal.wait_for("10 files, 10 made smaller")
+    assert terminal.end() == 0
+
+
 def test_the_second_ctrl_c_leaves_every_file_whole(program):
     terminal = Terminal(program)
     terminal.wait_for_third()
@@ -166,7 +176,7 @@ def test_the_second_ctrl_c_leaves_every_file_whole(program):
 
 def test_ctrl_z_gives_the_terminal_back_and_goes_on(program):
     # Only a shell's job can be stopped.
-    script = 'set -m; "$0" .; stty -a; echo asleep; fg; echo "status $?"'
+    script = 'set -m; "$0" -j1 .; stty -a; echo asleep; fg; echo "status $?"'
     terminal = Terminal("/bin/bash", arguments=("-c", script, program))
     terminal.wait_for_third()
     terminal.type(b"\x1a")

@@ -92,7 +92,7 @@ void MizerFileJob::WorkInPlace() {
     if (IsSmaller() && mKept && mMade && !mIsHalfDone)
         mBackups.GetOrigins().Add(*mMade, mKept->mContent, MizerOrigins::Work::km_Done);
     if (IsSmaller())
-        mListener.ResultMade(GetPath());
+        mListener.ResultMade(GetPath(), GetPath());
     else
         LeaveIfChanged();
 }
@@ -123,7 +123,7 @@ void MizerFileJob::WorkOnCopy() {
     else if (IsSmaller())
         ReplaceBy(copy.c_str());
     if (IsSmaller())
-        mListener.ResultMade(copy.c_str());
+        mListener.ResultMade(GetPath(), copy.c_str());
 }
 
 void MizerFileJob::Optimize(const char* inPath) {

@@ -38,6 +38,7 @@ constexpr auto km_Reasons = std::to_array<Reason>({
     {MizerReason::km_Error, MizerStatus::km_Failed, "{}"},
     {MizerReason::km_NoBackup, MizerStatus::km_Failed, "no backup could be made: {}"},
     {MizerReason::km_NotDelivered, MizerStatus::km_Failed, "not written to the output folder: {}"},
+    {MizerReason::km_WorkerEnded, MizerStatus::km_Failed, "the process that worked on it ended unexpectedly"},
     {MizerReason::km_Cancelled, MizerStatus::km_Cancelled, ""},
 });
 

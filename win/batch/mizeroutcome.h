@@ -45,9 +45,11 @@ enum class MizerReason {
     km_Error,        ///< particulars: which, as for the next two
     km_NoBackup,     ///< the error is about the backup
     km_NotDelivered, ///< the error is about the place that the result should have gone to
+    km_WorkerEnded, ///< the process in whose hands it was
     km_Cancelled,
 };
 
+/** Worker processes send these: a new field is to be named in win/crew/crewrecord.cpp as well. */
 struct MizerFileResult {
     std::string mPath;
     MizerStatus mStatus = MizerStatus::km_Unchanged;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "win/batch/mizeroutcome.h"
@@ -34,8 +35,10 @@ public:
     virtual void BeforeReplace(const char* /*inPath*/) {}
 
     /** Called when a smaller file is complete, in its place or wherever else; it may be gone after the call.
+     *  When several files are worked on at once, this and BeforeReplace come for one between those for
+     * others.
      */
-    virtual void ResultMade(const char* /*inResultPath*/) {}
+    virtual void ResultMade(const char* /*inPath*/, const char* /*inResultPath*/) {}
 
     /** Called once for each file that was taken from the queue, also before its error leaves the batch. */
     virtual void FileDone(const MizerFileResult& inResult) = 0;
@@ -52,6 +55,10 @@ public:
     /** How far the file in hand is, from 0.0 to 1.0. A window may let messages through, as long as nothing
      *  re-enters the work on a file: what would start a batch adds to this one. @return whether to stop */
     virtual bool ShowProgress(double /*inFraction*/) { return false; }
+
+    /** What else is in hand while that file is: how many others, and how many bytes of files are done that
+     * are reported later, since that one comes before them. */
+    virtual void ShowOthersInHand(std::size_t /*inCount*/, std::uint64_t /*inBytesDone*/) {}
 
     /** A text of the progress panel; does nothing where there is none. */
     virtual void SetPanelText(MizerControl /*inControl*/, const char* /*inText*/) {}

@@ -1,0 +1,25 @@
+#include "term/batchoptions.h"
+
+#include "wnatom/wnpref.h"
+
+MizerOptions TermMakeBatchOptions(const TermSettings& inSettings) {
+    return {
+        .mLeastSaving = inSettings.mLeastSaving,
+        .mKeepsTimes = inSettings.mKeepsTimes,
+        .mSkipsDone = inSettings.mSkipsDone,
+        .mSharesFiles = !inSettings.IsFilter(),
+    };
+}
+
+MizerOutputFolder TermMakeOutputFolder(const TermSettings& inSettings) {
+    using Present = MizerOutputFolder::Present;
+    return MizerOutputFolder(inSettings.mOutputFolder, inSettings.mReplacesOutput  ? Present::km_Replaced
+                                                       : inSettings.mUpdatesOutput ? Present::km_Updated
+                                                                                   : Present::km_Stays);
+}
+
+void TermLeaveNoTrace(WnPref& ioPrefs) {
+    ioPrefs.KeepStoreAsItIs();
+    ioPrefs.Override("LOG", 0);
+    ioPrefs.Override("BACKUP", 0);
+}
