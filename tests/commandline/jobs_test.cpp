@@ -52,7 +52,7 @@ protected:
 };
 
 TEST_F(Jobs, OutputAndFilesAreThoseOfOneAfterTheOther) {
-    EXPECT_THAT(Compare({"-v"}), HasSubstr("12 made smaller; 1 failed"));
+    EXPECT_THAT(Compare({"-v"}), HasSubstr("12 made smaller, 1 failed"));
     Compare({"--json", "--no-backup", "--lossless"});
     Compare({"--report", "page.html", "--min-saving", "2%"});
     Compare({"-o", "out", "--keep-times"});
