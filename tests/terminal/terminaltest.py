@@ -158,7 +158,7 @@ def test_a_pause_holds_workers_too(program):
     terminal.type(b"p")
     terminal.wait_for("OPERATION PAUSED")
     terminal.type(b" ")
-    terminal.wait_for("10 files, 10 made smaller")
+    terminal.wait_for("10 files: 10 made smaller")
     assert terminal.end() == 0
 
 
