@@ -105,6 +105,12 @@ TEST_F(SafeFile, PermissionsAndTagsAreKept) {
     }
 }
 
+TEST_F(SafeFile, AnExistingTargetCanBeKept) {
+    WnSafeFile file(mTarget.c_str());
+    EXPECT_FALSE(file.CommitUnlessPresent());
+    EXPECT_EQ(ReadTestFile(mTarget), "old");
+}
+
 TEST_F(SafeFile, ReadOnlyCountsForTheSuperuserToo) {
     EXPECT_EQ(CodeOf([&] { WnCheckReplaceable(mTarget.c_str()); }), NvErrorCode::km_NoError);
     chmod(mTarget.c_str(), 0444);

@@ -96,15 +96,11 @@ void PvDifferencer::LayDown(const std::uint8_t* inPixels, std::uint32_t inCount,
             static_cast<std::uint8_t>(frame[i] > screen[i] ? frame[i] - screen[i] : screen[i] - frame[i]);
         differences[i] = difference > tolerance ? 1 : 0;
     }
-    std::uint32_t* areDrawn = mDifferences.data();
+    // What nothing covers yet differs in the fourth byte.
+    const std::uint32_t* areDrawn = mDifferences.data();
     const ScreenColour* colours = mFrameColours.data();
-    for (std::uint32_t i = 0; i < inCount; ++i) {
-        const ScreenColour colour = colours[i];
-        const ScreenColour shown = ioScreen[i];
-        const std::uint32_t isDrawn = areDrawn[i] | (shown == 0 ? 1U : 0U);
-        ioScreen[i] = isDrawn != 0 ? colour : shown;
-        areDrawn[i] = isDrawn;
-    }
+    for (std::uint32_t i = 0; i < inCount; ++i)
+        ioScreen[i] = areDrawn[i] != 0 ? colours[i] : ioScreen[i];
     for (std::uint32_t i = 0; i < inCount; ++i)
         outStates[i] = areDrawn[i] != 0 ? km_Drawn : km_MadeTransparent;
 }
