@@ -71,11 +71,10 @@ protected:
         MakeBrain();
     }
 
-    void MakeBrain() {
+    void MakeBrain(MizerOptions inOptions = {}) {
         mBrain.reset();
-        MizerOptions options;
-        options.mFindDataFolder = [this] { return mShell.mDataFolder; };
-        mBrain = std::make_unique<TestBrain>(mPrefs, mShell, PvOptSettings{}, options);
+        inOptions.mFindDataFolder = [this] { return mShell.mDataFolder; };
+        mBrain = std::make_unique<TestBrain>(mPrefs, mShell, PvOptSettings{}, inOptions);
     }
 
     /** A file of a size in bytes, queued. */

@@ -1,6 +1,7 @@
 // Running a batch: which files are worked on, errors, cancel, re-entry.
 
 #include "tests/batch/batchtest.h"
+#include "win/batch/mizerdelivery.h"
 
 namespace {
 
@@ -130,6 +131,20 @@ TEST_F(ProcessTest, TheSettingsOfAFileAreThoseOfItsBeginning) {
     EXPECT_THAT(ReadLog(), testing::HasSubstr("a.gif"));
     EXPECT_FALSE(std::filesystem::exists(mFolder / "b.gif.BAK"));
     EXPECT_THAT(ReadLog(), testing::Not(testing::HasSubstr("b.gif")));
+}
+
+TEST_F(ProcessTest, WhatIsDeliveredIsTheFileAsItIsWhenItHasChangedMeanwhile) {
+    MizerOutputFolder folder(mFolder / "out");
+    MizerOptions options;
+    options.mDelivery = &folder;
+    MakeBrain(options);
+    const std::string path = Queue("a.gif", 10);
+    folder.Plan(path, "a.gif");
+    mBrain->mNewSizes["COPY.GIF"] = 5;
+    mBrain->mActions["COPY.GIF"] = [&] { WriteTestFile(path, "saved anew"); };
+    mBrain->ProcessQueue();
+    EXPECT_EQ(mShell.mResults[0].mReason, MizerReason::km_ChangedMeanwhile);
+    EXPECT_EQ(ReadTestFile(mFolder / "out/a.gif"), "saved anew");
 }
 
 TEST_F(ProcessTest, ARequestToQuitTakesThePlaceOfTheBatch) {

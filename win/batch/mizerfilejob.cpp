@@ -97,7 +97,9 @@ void MizerFileJob::WorkInPlace() {
         LeaveIfChanged();
 }
 
-/** The file is left alone until both passes are through, so that nothing is replaced that is not worth it. */
+/** The file is left alone until both passes are through, so that nothing is replaced that is not worth it.
+ *  Writing the result beside its target at once would save a copy, but touch the folder of every file that
+ *  gains too little; and a rename from here might have to cross file systems. */
 void MizerFileJob::WorkOnCopy() {
     bool isWanted = true;
     if (mOptions.mDelivery)
