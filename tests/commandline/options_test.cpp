@@ -6,7 +6,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 TermSettings Parse(const std::vector<std::string>& inArguments) {
@@ -81,14 +80,9 @@ TEST_F(Program, TheWholeHelpShowsEveryOptionAndTheShortOneFitsAScreen) {
         EXPECT_EQ(help.mStatus, 0);
         EXPECT_EQ(help.mErr, "");
         EXPECT_THAT(help.mOut, testing::StartsWith("Usage: parvigif [OPTION]... NAME...\n"));
-        for (const TermOption& option : TermGetOptions()) {
-            if (option.mIsRare && !isFull)
-                continue;
-            if (option.mName) {
-                EXPECT_THAT(help.mOut, HasSubstr(std::string(" --") + option.mName + " "));
-            }
-            EXPECT_THAT(help.mOut, HasSubstr(std::string("  ") + option.mBrief + "\n"));
-        }
+        for (const TermOption& option : TermGetOptions())
+            EXPECT_EQ(help.mOut.find(std::string("  ") + option.mBrief + "\n") != std::string::npos,
+                      isFull || !option.mIsRare);
         std::istringstream lines(help.mOut);
         for (std::string line; std::getline(lines, line);)
             EXPECT_LE(line.size(), 80u) << line;

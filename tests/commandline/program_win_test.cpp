@@ -37,12 +37,6 @@ TEST_F(WindowsProgram, AFolderIsMadeSmallerWithBackupsLogAndTotals) {
     EXPECT_GT(OwnRegistry::GetPreference("BYTESSAVED"), 10000u);
 }
 
-TEST_F(WindowsProgram, AStoredPreferenceHolds) {
-    OwnRegistry::SetPreference("BACKUP", 0);
-    EXPECT_EQ(mRunner.Run({"icon.gif"}).mStatus, 0);
-    EXPECT_FALSE(Has("icon.gif.BAK"));
-}
-
 TEST_F(WindowsProgram, NamesOfAnyScriptAndLength) {
     const std::string name = "\xe6\x97\xa5 \xd0\xb6 \xf0\x9f\x90\xb1 '%.gif";
     Copy("icon.gif", name);

@@ -77,13 +77,6 @@ TEST(Thumbnail, ReducedPixelsCountAsMuchAsTheyCover) {
     EXPECT_THAT(Render("12 12", thumbnail), ElementsAre(NvColor{128, 128, 0}));
     EXPECT_THAT(Render("1. ..", thumbnail), ElementsAre(NvColor{255, 191, 191}));
     EXPECT_THAT(Render("1.", thumbnail), ElementsAre(NvColor{255, 127, 127}));
-    // however the parts are rounded, one colour on itself stays that colour
-    const NvColor color{0, 128, 128}; // entry 14
-    for (std::size_t undrawn = 0; undrawn <= 7; ++undrawn)
-        EXPECT_THAT(Render(std::string(undrawn, '.') + std::string(7 - undrawn, 'e'),
-                           NvThumbnail(1, 1, {color, color, 1})),
-                    ElementsAre(color))
-            << undrawn;
 }
 
 } // namespace

@@ -22,18 +22,6 @@ TEST(System, AFileHasOneIdentityInWhateverCaseItIsNamed) {
     EXPECT_NE(WnGetFileState(file.c_str()), state);
 }
 
-TEST(System, KindsOfFiles) {
-    const TestFolder folder;
-    WriteTestFile(folder / "file", "x");
-    EXPECT_EQ(WnGetFileKind((folder / "file").c_str()), WnFileKind::km_RegularFile);
-    EXPECT_EQ(WnGetFileKind(folder.GetPath().c_str()), WnFileKind::km_Folder);
-    EXPECT_EQ(WnGetFileKind("C:\\"), WnFileKind::km_Folder);
-    EXPECT_EQ(WnGetFileKind("NUL"), WnFileKind::km_Other);
-    for (const std::string name : {"none", "none/x", "file/x", "*.gif", "a?b"})
-        EXPECT_EQ(WnGetFileKind((folder / name).c_str()), WnFileKind::km_Missing) << name;
-    EXPECT_EQ(WnGetFileKind(""), WnFileKind::km_Missing);
-}
-
 TEST(System, TheScratchFileIsTheFixedOneUnlessThatIsTaken) {
     const TestFolder folder;
     const TestEnvironment environment(folder);
