@@ -3,6 +3,9 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#if defined(__SSE2__) && defined(__x86_64__)
+#include <emmintrin.h>
+#endif
 
 /** Eight bytes at any address as one number, spelled so that compilers make one load or store of it. */
 
@@ -48,7 +51,13 @@ constexpr std::uint64_t NvFindZeroBytes(std::uint64_t inBytes) {
 
 /** One bit for each of eight bytes, the first in the top bit: whether it equals inByte. */
 inline std::uint8_t NvBitsOfEight(const std::uint8_t* inBytes, std::uint8_t inByte) {
+#if defined(__SSE2__) && defined(__x86_64__)
+    const __m128i bytes = _mm_cvtsi64_si128(static_cast<long long>(NvLoadBigEndian(inBytes)));
+    const __m128i equal = _mm_cmpeq_epi8(bytes, _mm_set1_epi8(static_cast<char>(inByte)));
+    return static_cast<std::uint8_t>(_mm_movemask_epi8(equal));
+#else
     const std::uint64_t equal = NvFindZeroBytes(NvLoadBigEndian(inBytes) ^ NvEightOf(inByte));
     // Each bit of the factor moves one byte's flag to its place in the top byte; no two of them collide.
     return static_cast<std::uint8_t>((equal >> 7) * 0x0102040810204080U >> 56);
+#endif
 }

@@ -22,10 +22,3 @@ const NvPackedFrame& NvAnimation::GetPackedFrame(std::uint32_t inIndex) const {
 std::unique_ptr<NvGIFFrame> NvAnimation::GetFrame(std::uint32_t inIndex) const {
     return GetPackedFrame(inIndex).Unpack();
 }
-
-std::uint64_t NvAnimation::CountCodes() const {
-    std::uint64_t codes = 0;
-    for (const NvPackedFrame& frame : mFrames)
-        codes += frame.GetCodeCount();
-    return codes;
-}

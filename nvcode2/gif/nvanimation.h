@@ -25,9 +25,6 @@ public:
     /** A frame, unpacked to work on. */
     std::unique_ptr<NvGIFFrame> GetFrame(std::uint32_t inIndex) const;
 
-    /** LZW codes that the pixels of all frames take. */
-    std::uint64_t CountCodes() const;
-
     NvGIFGlobalInfo& GetGlobalInfo() { return *mGlobalInfo; }
     const NvGIFGlobalInfo& GetGlobalInfo() const { return *mGlobalInfo; }
     std::shared_ptr<NvGIFGlobalInfo> ShareGlobalInfo() const { return mGlobalInfo; }

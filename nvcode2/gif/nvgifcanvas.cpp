@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -23,6 +24,17 @@ bool DrawPixels(const std::uint8_t* inIndices, std::uint32_t inCount, const std:
     return difference != 0;
 }
 
+/** Draws eight pixels of one colour. @return whether any is different now */
+template <typename Number>
+bool DrawEightAlike(std::uint32_t inNumber, Number* ioPixels) {
+    std::array<Number, 8> eight;
+    eight.fill(static_cast<Number>(inNumber));
+    const bool isDifferent = std::memcmp(ioPixels, eight.data(), sizeof eight) != 0;
+    if (isDifferent)
+        std::memcpy(ioPixels, eight.data(), sizeof eight);
+    return isDifferent;
+}
+
 /** Draws a row, eight pixels at a time.
  *  @param inPassedOver  the index whose number is 0, or km_DrawsAll
  *  @return              the columns that are different now, or a few more */
@@ -33,10 +45,15 @@ NvGIFCanvas::Columns DrawRow(const std::uint8_t* inIndices, std::uint32_t inWidt
     const std::uint64_t eightPassedOver = NvEightOf(static_cast<std::uint8_t>(inPassedOver));
     NvGIFCanvas::Columns changed;
     std::uint32_t x = 0;
-    for (; x + 8 <= inWidth; x += 8)
-        if ((!passesOver || NvLoadLittleEndian(inIndices + x) != eightPassedOver) &&
-            DrawPixels(inIndices + x, 8, inNumbers, ioRow + x))
+    for (; x + 8 <= inWidth; x += 8) {
+        const std::uint64_t eight = NvLoadLittleEndian(inIndices + x);
+        if (passesOver && eight == eightPassedOver)
+            continue;
+        const bool areAlike = eight == NvEightOf(inIndices[x]);
+        if (areAlike ? DrawEightAlike(inNumbers[inIndices[x]], ioRow + x)
+                     : DrawPixels(inIndices + x, 8, inNumbers, ioRow + x))
             changed.Add({x, x + 8});
+    }
     if (DrawPixels(inIndices + x, inWidth - x, inNumbers, ioRow + x))
         changed.Add({x, inWidth});
     return changed;

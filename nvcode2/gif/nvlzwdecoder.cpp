@@ -25,9 +25,9 @@ void LZWDecoder::Begin() {
     mMinimumCodeSize = mReader.ReadByte();
     if (mMinimumCodeSize < 1 || mMinimumCodeSize >= km_MaxCodeSize)
         NvThrow(NvErrorCode::km_MalformedGIF);
+    std::fill_n(mStrings.begin(), std::max(mState.mNextCode, mEndCode) + 1, String()); // the last frame's
     mClearCode = 1U << mMinimumCodeSize;
     mEndCode = mClearCode + 1;
-    mStrings.fill(String());
     for (std::uint32_t root = 0; root < std::min(mClearCode, km_Roots); ++root)
         mStrings[root] = {InPlace(root, 0), String::RestOfRoot(root)};
     mState = State();
@@ -107,6 +107,7 @@ void LZWDecoder::FillWindow(std::uint32_t inWanted) {
     const std::uint8_t* const end = mHasEnded ? mWindow.data() : mWindow.data() + inWanted;
     BitBuffer bits = mBits;
     State state = mState;
+    mState.mNextCode = km_MaxCodes; // strings may be left behind as far as that if reading fails
     while (out < end) {
         if (bits.mCount < state.mCodeSize) {
             bits = Refill(bits, state.mCodeSize);

@@ -57,6 +57,10 @@ NvPackedFrame::NvPackedFrame(std::unique_ptr<NvGIFFrame> inFrame, NvLZWStringTab
     mCodes.shrink_to_fit();
 }
 
+bool NvPackedFrame::HasFewCodes() const {
+    return !mWhole && mCodeCount <= km_Capacity - 2 && mInfo->mInterlaced == 0; // clear and end code
+}
+
 std::unique_ptr<NvGIFFrame> NvPackedFrame::Unpack() const {
     NvIndexMap same;
     std::iota(same.begin(), same.end(), std::uint8_t{0});

@@ -41,6 +41,9 @@ public:
     bool IsFullyDrawn() const { return mIsFullyDrawn; }
     /** LZW codes that the pixels take. */
     std::uint64_t GetCodeCount() const { return mCodeCount; }
+    /** Whether those are the codes of its LZW data, as a file stores them row by row, in any colours that
+     * stay apart: they fit every string table. */
+    bool HasFewCodes() const;
 
 private:
     std::unique_ptr<NvGIFFrame> CopyWhole(const NvIndexMap& inMap, const NvColorTable& inTable,

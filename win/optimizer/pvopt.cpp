@@ -133,14 +133,17 @@ void PvOptimizer::SearchTolerance(const char* inPath, PvRebuilder& ioFile, std::
         if (!next)
             return;
         tolerance = *next;
-        double structure = 1.0;
+        PvPromise promise;
+        const auto judge = [&](const NvAnimation& inFrames, double inStructure) {
+            promise = PvJudgeRebuilt(inFrames, inStructure, *ioBest, inOriginalSize);
+            return promise.mIsWorthWriting;
+        };
         std::unique_ptr<NvAnimation> animation =
-            KeepLoadError([&] { return ioFile.Rebuild(tolerance, ioProgress, &structure); });
+            KeepLoadError([&] { return ioFile.Rebuild(tolerance, ioProgress, judge); });
         if (!animation) {
             ioBest.reset(); // another program changed the file since it was read before
             return;
         }
-        const PvPromise promise = PvJudgeRebuilt(animation->CountCodes(), structure, *ioBest, inOriginalSize);
         if (promise.mEndsSearch)
             return;
         if (!promise.mIsWorthWriting)
@@ -155,7 +158,7 @@ std::optional<PvCandidate> PvOptimizer::WriteRebuilt(const char* inPath, const P
                                                      std::uint32_t inTolerance,
                                                      std::unique_ptr<NvAnimation> inAnimation,
                                                      std::uint32_t inSizeToBeat, PvProgress& ioProgress) {
-    const std::uint64_t codes = inAnimation->CountCodes();
+    std::vector<std::uint64_t> codes = PvCountCodes(*inAnimation);
     const PvWritten written = PvWriteFirstPass(ScratchPath(), *inAnimation, inFile.PlanTables(*inAnimation),
                                                inFile.GetBackground(), mSettings, ioProgress);
     inAnimation.reset(); // leaves its room to the check
@@ -163,7 +166,7 @@ std::optional<PvCandidate> PvOptimizer::WriteRebuilt(const char* inPath, const P
     std::optional<PvCandidate> candidate =
         MakeCandidate(inPath, inSizeToBeat, written, inFile.GetAllowance(inTolerance), ioProgress);
     if (candidate)
-        candidate->mCodes = codes;
+        candidate->mCodes = std::move(codes);
     return candidate;
 }
 

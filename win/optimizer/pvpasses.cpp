@@ -68,7 +68,7 @@ PvWritten PvWriteFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTable
     const auto prepare = [&](std::uint32_t inIndex) {
         std::unique_ptr<NvGIFFrame> frame = inPlan.MakeFrame(ioAnimation, inIndex);
         if (filler)
-            filler->FillUndrawnPixels(*frame);
+            filler->FillUndrawnPixels(*frame, inPlan.GetKnownCodes(ioAnimation, inIndex));
         return frame;
     };
     return Write(inPath, ioAnimation, prepare, strings, inSettings, ioProgress);

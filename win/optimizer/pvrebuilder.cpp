@@ -22,6 +22,13 @@ namespace {
 constexpr PvPaletteMode km_Mode = PvPaletteMode::km_Normal;
 constexpr std::uint32_t km_MaxColours = 256;
 
+/** Whether so many frames show what the whole animation will be like. */
+bool IsTimeToJudge(std::uint32_t inFrames, std::uint32_t inFrameCount) {
+    constexpr std::uint32_t km_LeastFrames = 8;
+    const bool isPartDone = inFrames == inFrameCount / 4 || inFrames == inFrameCount / 2;
+    return inFrames == inFrameCount || (isPartDone && inFrames >= km_LeastFrames);
+}
+
 /** Measures how close rebuilt frames look to the original ones; does nothing unless that is asked for. */
 class FrameWatch {
 public:
@@ -118,7 +125,7 @@ PvColourAllowance PvRebuilder::GetAllowance(std::uint32_t inTolerance) const {
 }
 
 std::unique_ptr<NvAnimation> PvRebuilder::Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
-                                                  double* outStructure) {
+                                                  const Judge& inJudge) {
     if (!mSettings.mIsLossless && mMaps.empty())
         ChooseColours(ioProgress);
     ioProgress.BeginStep(PvProgress::km_Rebuilt);
@@ -126,7 +133,7 @@ std::unique_ptr<NvAnimation> PvRebuilder::Rebuild(std::uint32_t inTolerance, PvP
     PvFrameStream stream = OpenStream();
     std::optional<PvDifferencer> differencer = MakeDifferencer(inTolerance);
     PvCropper cropper(mReader.GetScreenWidth(), mReader.GetScreenHeight(), stream.MayClear());
-    FrameWatch watch(mReader, outStructure != nullptr);
+    FrameWatch watch(mReader, inJudge != nullptr);
     NvLZWStringTable strings;
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, GetFrameCount());
@@ -143,9 +150,10 @@ std::unique_ptr<NvAnimation> PvRebuilder::Rebuild(std::uint32_t inTolerance, PvP
                 frame = std::move(cropped);
         MapToSharedTable(*frame, i);
         animation->AddFrame(NvPackedFrame(std::move(frame), strings));
+        if (inJudge && IsTimeToJudge(i + 1, GetFrameCount()) &&
+            !inJudge(*animation, watch.GetMeanStructure()))
+            break;
     }
-    if (outStructure)
-        *outStructure = watch.GetMeanStructure();
     return animation;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -25,6 +26,10 @@ struct PvOptSettings;
  *  number of tolerances. */
 class PvRebuilder {
 public:
+    /** Takes the frames rebuilt so far, or all, and how close they look, as PvComparison::mMeanStructure has
+     *  it. @return whether to go on */
+    using Judge = std::function<bool(const NvAnimation& inFrames, double inStructure)>;
+
     /** Opens the file.
      *
      *  @param inSettings     borrowed for the rebuilder's life
@@ -43,11 +48,11 @@ public:
     /** Reads the file, the first time for its palette too, and makes its frames as small as they can be.
      *
      *  @param inTolerance   levels per channel, see PvDifferencer; 0 when nothing may be lost
-     *  @param outStructure  how close the frames look, as PvComparison::mMeanStructure has it; null saves the
-     *  time of measuring that
+     *  @param inJudge       asked on the way and at the end; null saves the time of measuring looks
+     *  @return              the animation; its first frames when they were judged enough
      *  @throws NvErrorCode  3 when the host asked to stop; otherwise those of NvGIFFrameReader */
     std::unique_ptr<NvAnimation> Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
-                                         double* outStructure = nullptr);
+                                         const Judge& inJudge = nullptr);
 
     /** The tables that its frames get. */
     PvTablePlan PlanTables(const NvAnimation& inAnimation) const;

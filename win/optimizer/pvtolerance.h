@@ -3,16 +3,19 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "win/optimizer/look/pvgate.h"
 #include "wnatom/wnsafefile.h"
+
+class NvAnimation;
 
 /** A result, written beside the file it may replace, with what the gate found. */
 struct PvCandidate {
     std::unique_ptr<WnSafeFile> mFile; ///< null when the gate refused it
     std::uint32_t mSize = 0;           ///< bytes
     bool mPromisesMore = false;        ///< to a second pass
-    std::uint64_t mCodes = 0;          ///< LZW codes of the frames it was made of
+    std::vector<std::uint64_t> mCodes; ///< LZW codes of the frames it was made of, up to each of them
     PvComparison mComparison;
 
     bool IsSound() const { return mComparison.mReason.empty(); }
@@ -38,11 +41,14 @@ struct PvPromise {
 /** Judges frames that were rebuilt with a smaller tolerance than the best result's.
  *
  *  How they look is known, and roughly how large they get: the steps that are left save much the same part of
- *  the size whatever the tolerance.
- *  @param inCodes      LZW codes of the frames
+ *  the size whatever the tolerance. Of a few first frames only what is out of the question is judged so.
+ *  @param inFrames     the first ones, or all
  *  @param inStructure  how they look, see PvComparison::mMeanStructure */
-PvPromise PvJudgeRebuilt(std::uint64_t inCodes, double inStructure, const PvCandidate& inBest,
+PvPromise PvJudgeRebuilt(const NvAnimation& inFrames, double inStructure, const PvCandidate& inBest,
                          std::uint32_t inOriginalSize);
+
+/** The LZW codes of an animation's frames up to each of them. */
+std::vector<std::uint64_t> PvCountCodes(const NvAnimation& inFrames);
 
 /** Puts the result of a smaller tolerance in the best one's place where it is better. One that the gate
  *  refused changes nothing, and a tie keeps the best.

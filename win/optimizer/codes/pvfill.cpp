@@ -62,11 +62,11 @@ void StorePixels(NvGIFFrame& ioFrame, const PvFillChooser::Pixels& inPixels) {
 
 } // namespace
 
-void PvUndrawnFiller::FillUndrawnPixels(NvGIFFrame& ioFrame) {
+void PvUndrawnFiller::FillUndrawnPixels(NvGIFFrame& ioFrame, std::uint64_t inKnownCodes) {
     mCanvas.Prepare(ioFrame);
     if (ioFrame.HasTransparency()) {
         CollectPresent(ioFrame, mChoices);
-        if (mChooser.Begin(mChoices.mPresent, mChoices.mPixelBits) &&
+        if (mChooser.Begin(mChoices.mPresent, mChoices.mPixelBits, inKnownCodes) &&
             CollectOthers(ioFrame, mCanvas, mChoices))
             if (const PvFillChooser::Pixels* better = mChooser.Choose(mChoices))
                 StorePixels(ioFrame, *better);

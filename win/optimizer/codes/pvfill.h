@@ -23,8 +23,8 @@ public:
 
     /** Takes the next frame. Its table must be final except for its length, since the code width follows from
      * it.
-     */
-    void FillUndrawnPixels(NvGIFFrame& ioFrame);
+     *  @param inKnownCodes  LZW codes that it takes; 0: unknown */
+    void FillUndrawnPixels(NvGIFFrame& ioFrame, std::uint64_t inKnownCodes = 0);
 
 private:
     PvFillCanvas mCanvas;

@@ -37,9 +37,9 @@ void TakeShortRuns(const PvPixelChoices& inChoices, PvFillChooser::Pixels& outPi
 
 } // namespace
 
-bool PvFillChooser::Begin(const Pixels& inPresent, std::uint32_t inPixelBits) {
+bool PvFillChooser::Begin(const Pixels& inPresent, std::uint32_t inPixelBits, std::uint64_t inKnownCodes) {
     mParser.Begin(inPixelBits);
-    mPresentCodes = CountCodes(inPresent, UINT64_MAX);
+    mPresentCodes = inKnownCodes > 0 ? inKnownCodes : CountCodes(inPresent, UINT64_MAX);
     bool anyToBeTried = false;
     for (Record& record : mRecords) {
         record.mIsToBeTried = IsToBeTried(record, inPresent.size(), mPresentCodes);

@@ -22,8 +22,9 @@ public:
     /** Begins with the next frame.
      *  @param inPresent    its pixels in the order of the file, at least one
      *  @param inPixelBits  of its codes
+     *  @param inKnownCodes LZW codes that it takes; 0: unknown
      *  @return             whether any way is worth trying on it */
-    bool Begin(const Pixels& inPresent, std::uint32_t inPixelBits);
+    bool Begin(const Pixels& inPresent, std::uint32_t inPixelBits, std::uint64_t inKnownCodes);
 
     /** @param inChoices  of the frame given to Begin, when that returned true
      *  @return           the pixels, valid until the choices change or the next call; null when nothing beats

@@ -100,6 +100,18 @@ std::unique_ptr<NvGIFFrame> PvTablePlan::MakeFrame(const NvAnimation& inAnimatio
     return frame;
 }
 
+// A frame that draws with every entry may have to give one up, and two colours may become one.
+std::uint64_t PvTablePlan::GetKnownCodes(const NvAnimation& inAnimation, std::uint32_t inIndex) const {
+    const NvPackedFrame& packed = inAnimation.GetPackedFrame(inIndex);
+    const Frame& plan = mFrames[inIndex];
+    const auto unused = std::count(plan.mUses.begin(), plan.mUses.end(), 0U);
+    const PvHistogram& before = packed.GetHistogram();
+    const bool staysApart = std::count(before.begin(), before.end(), 0U) == unused;
+    const std::uint32_t size = (plan.mOwn ? *plan.mOwn : mShared).GetSize();
+    const bool hasSpare = plan.mUses.size() - static_cast<std::size_t>(unused) < size;
+    return packed.HasFewCodes() && staysApart && hasSpare ? packed.GetCodeCount() : 0;
+}
+
 PvTablePlan PvPlanSharedTable(const NvAnimation& inAnimation, const NvColorTable& inTable,
                               std::uint32_t inLimit) {
     PvTablePlan plan;

@@ -40,6 +40,9 @@ struct PvTablePlan {
     /** A frame of the animation, unpacked, with its table whole and its transparency fields up to date. */
     std::unique_ptr<NvGIFFrame> MakeFrame(const NvAnimation& inAnimation, std::uint32_t inIndex);
 
+    /** LZW codes that such a frame takes; 0 when they would have to be counted. */
+    std::uint64_t GetKnownCodes(const NvAnimation& inAnimation, std::uint32_t inIndex) const;
+
     NvColorTable mShared;
     std::uint32_t mSharedLimit = 256; ///< entries it may have at most, 2 to 256
     std::vector<Frame> mFrames;       ///< in the animation's order

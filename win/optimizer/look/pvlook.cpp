@@ -224,6 +224,9 @@ double PvLookMeter::WindowSsim(const Window& inSums, bool& outHasContrast) {
     const double varianceSecond = inSums.mSecondSquares * km_Scale - meanSecond * meanSecond;
     const double covariance = inSums.mProducts * km_Scale - meanFirst * meanSecond;
     outHasContrast = std::max(varianceFirst, varianceSecond) >= km_ContrastVariance;
+    if (inSums.mFirst == inSums.mSecond && inSums.mFirstSquares == inSums.mProducts &&
+        inSums.mSecondSquares == inSums.mProducts)
+        return 1.0; // the same pixels, in nearly all windows of most animations
     return ((2 * meanFirst * meanSecond + km_C1) * (2 * covariance + km_C2)) /
            ((meanFirst * meanFirst + meanSecond * meanSecond + km_C1) *
             (varianceFirst + varianceSecond + km_C2));
