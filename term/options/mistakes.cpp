@@ -104,10 +104,12 @@ std::string BadPreference(const std::string& inValue) {
 
 std::vector<const TermOption*> TermFindOptions(std::string_view inName) {
     std::vector<const TermOption*> found;
+    if (inName.empty())
+        return found;
     for (const TermOption& option : TermGetOptions()) {
         if (NameOf(option) == inName)
             return {&option};
-        if (!inName.empty() && NameOf(option).starts_with(inName))
+        if (NameOf(option).starts_with(inName))
             found.push_back(&option);
     }
     return found;
