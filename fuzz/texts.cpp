@@ -25,9 +25,9 @@ void CheckLedger(const TestFolder& inFolder, const std::string& inText) {
     const MizerDataFolder folder{[&] { return inFolder / "data"; }, [](const std::string&, const char*) {}};
     WriteTestFile(inFolder / "data/PVGFDone.TXT", inText);
     const std::string picture = WriteTestFile(inFolder / "picture.gif", inText + "x");
-    MizerLedger(folder).Knows(picture.c_str(), false);
-    MizerLedger(folder).Add(picture.c_str(), false);
-    Require(MizerLedger(folder).Knows(picture.c_str(), false), "what was added is known");
+    MizerLedger(folder).Knows(picture.c_str(), MizerLedger::km_Lossy);
+    MizerLedger(folder).Add(picture.c_str(), MizerLedger::km_Lossy);
+    Require(MizerLedger(folder).Knows(picture.c_str(), MizerLedger::km_Lossy), "what was added is known");
 }
 
 void CheckArguments(const std::string& inText) {

@@ -7,6 +7,8 @@ MizerOptions TermMakeBatchOptions(const TermSettings& inSettings) {
         .mLeastSaving = inSettings.mLeastSaving,
         .mKeepsTimes = inSettings.mKeepsTimes,
         .mSkipsDone = inSettings.mSkipsDone,
+        .mLeavesDone = !inSettings.mTriesAgain && !inSettings.IsFilter(),
+        .mNotesDone = !inSettings.mIsDryRun && !inSettings.IsFilter(),
         .mSharesFiles = !inSettings.IsFilter(),
     };
 }

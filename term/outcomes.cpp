@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "term/system/interrupt.h"
+#include "term/text/numbers.h"
 #include "win/batch/mizeroutcome.h"
 
 bool TermOutcomes::Begin(TermMessages& ioMessages) {
@@ -59,6 +60,10 @@ void TermOutcomes::FinishReport(bool inIsCancelled, TermMessages& ioMessages) {
 void TermOutcomes::Finish(bool inIsCancelled, TermMessages& ioMessages) {
     FinishReport(inIsCancelled, ioMessages);
     mResults.PrintTotal(inIsCancelled);
+    if (const std::uint64_t count = mResults.CountDoneBefore(); count != 0)
+        ioMessages.Note(TermGrouped(count) + (count == 1 ? " file is" : " files are") +
+                        (count == 1 ? " as an earlier run left it" : " as an earlier run left them") +
+                        "; --again tries once more");
     if (mResults.IsPipeClosed())
         TermEndOfClosedPipe();
     if (mResults.GetWriteError() != 0)

@@ -77,6 +77,8 @@ void TermShell::Report(const MizerFileResult& inResult) {
         return;
     if (inResult.mStatus == MizerStatus::km_Failed)
         mMessages.FileError(shown.mPath, words);
+    else if (inResult.mReason == MizerReason::km_DoneBefore)
+        mPassedOver.ReportInDetail(shown.mPath, words);
     else if (inResult.mStatus == MizerStatus::km_Skipped && inResult.mReason != MizerReason::km_InUse)
         mPassedOver.Report(shown.mPath, inResult.mReason == MizerReason::km_NotNamedGIF
                                             ? words + "; 'parvigif - <NAME >NEW.gif' reads any file"

@@ -194,3 +194,8 @@ void TermPassedOver::Report(const std::string& inPath, const std::string& inWord
     if (mVerbose || mTypedNames.contains(inPath))
         mMessages.FileNote(inPath, inWords);
 }
+
+void TermPassedOver::ReportInDetail(const std::string& inPath, const std::string& inWords) {
+    if (mVerbose)
+        mMessages.FileNote(inPath, inWords);
+}

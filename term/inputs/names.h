@@ -43,6 +43,9 @@ public:
 
     void Report(const std::string& inPath, const std::string& inWords);
 
+    /** The same of what is worth a line in verbose runs only, whoever named the file. */
+    void ReportInDetail(const std::string& inPath, const std::string& inWords);
+
 private:
     TermMessages& mMessages;
     bool mVerbose;

@@ -141,6 +141,8 @@ std::string CheckModes(const TermSettings& inSettings) {
     add(!isBatch && !inSettings.mReport.empty(), "--report");
     add(!inSettings.mContactSheet.empty() && inSettings.mFormat == TermFormat::km_Json, "--json");
     add((restores || !inSettings.mContactSheet.empty()) && inSettings.mFormat == TermFormat::km_Csv, "--csv");
+    if (inSettings.mSkipsDone && inSettings.mTriesAgain)
+        modes = {"--skip-done", "--again"};
     add(restores && !inSettings.mNamesFile.empty(), "--files-from");
     if (inSettings.mIsQuiet && inSettings.mIsVerbose)
         modes = {"--quiet", "--verbose"};

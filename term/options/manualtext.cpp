@@ -28,7 +28,7 @@ constexpr auto km_Files = std::to_array<TermManualItem>({
      "Preferences and totals, in lines like BACKUP=0, below /etc/xdg and then ~/.config (or "
      "$XDG_CONFIG_DIRS, $XDG_CONFIG_HOME). --preferences lists them; options override them for one run."},
     {"Norvek/PVGFLog.TXT", "The results log, below ~/.local/state (or $XDG_STATE_HOME)."},
-    {"Norvek/PVGFDone.TXT", "What --skip-done remembers, in the same folder."},
+    {"Norvek/PVGFDone.TXT", "Which files are finished with, by their contents, in the same folder."},
 });
 
 constexpr auto km_Environment = std::to_array<TermManualItem>({

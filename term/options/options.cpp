@@ -121,9 +121,13 @@ constexpr auto km_Options = std::to_array<TermOption>({
      "byte "
      "as it is.",
      SetLeastSaving, false, "a number of bytes, as 500 or 2k, or a percentage, as 2%"},
+    {"again", 0, nullptr, "Files", "try files again that an earlier run has finished with",
+     "Files are known by their contents. Without this, one that is as an earlier run with the same options "
+     "left "
+     "it counts as unchanged at once, so that no picture loses a little more each time.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mTriesAgain = true; }, true},
     {"skip-done", 0, nullptr, "Files", "skip files an earlier run has finished with",
-     "Finished files are remembered by their contents, and later runs with this option skip them: a "
-     "library can be swept again and again, and no picture loses a little more each time.",
+     "Such a file gets no line in the table and the log, and does not count.",
      [](Settings& ioSettings, Argument) { return ioSettings.mSkipsDone = true; }},
     {"jobs", 'j', "N", "Files", "work on N files at once",
      "Each in a process of its own; the memory limit is shared. The default is one for each processor core "

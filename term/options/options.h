@@ -56,6 +56,7 @@ struct TermSettings {
     bool mIsDryRun = false;
     bool mKeepsTimes = false;
     bool mSkipsDone = false;
+    bool mTriesAgain = false;     ///< also files that an earlier run has finished with
     std::string mOutputFolder;    ///< where results go; empty: over their originals
     bool mUpdatesOutput = false;  ///< results there may be replaced when they are older than their originals
     bool mReplacesOutput = false; ///< whatever is there may be replaced

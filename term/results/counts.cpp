@@ -10,6 +10,7 @@ void TermCounts::Add(const MizerFileResult& inResult) {
         break;
     case MizerStatus::km_Unchanged:
         ++mUnchanged;
+        mDoneBefore += inResult.mReason == MizerReason::km_DoneBefore ? 1 : 0;
         break;
     case MizerStatus::km_Skipped:
         ++mSkipped;

@@ -11,6 +11,7 @@ struct TermCounts {
     std::uint64_t mUnchanged = 0;
     std::uint64_t mSkipped = 0;
     std::uint64_t mFailed = 0;
+    std::uint64_t mDoneBefore = 0; ///< of those that are unchanged
     std::uint64_t mOriginalBytes = 0;
     std::uint64_t mNewBytes = 0;
     bool mIsCancelled = false;

@@ -18,6 +18,9 @@ public:
 
     void PrintTotal(bool inIsCancelled);
 
+    /** How many files nothing was tried with. */
+    std::uint64_t CountDoneBefore() const { return mCounts.mDoneBefore; }
+
     /** Whether files were named, and there was nothing to do with any of them. */
     bool IsNothingDone() const {
         return mCounts.mIsPassedOver && mCounts.mSkipped != 0 &&

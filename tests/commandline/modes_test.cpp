@@ -24,7 +24,9 @@ protected:
     }
 
     bool HasTraces() const {
-        return fs::exists(mRunner.GetOwnFolder() / "state/Norvek") ||
+        std::error_code none;
+        return fs::directory_iterator(mRunner.GetOwnFolder() / "state/Norvek", none) !=
+                   fs::directory_iterator() ||
                fs::exists(mRunner.GetOwnFolder() / "user") || !fs::is_empty(mRunner.GetOwnFolder() / "tmp");
     }
 
@@ -187,6 +189,16 @@ TEST_F(Modes, WhatIsDoneIsPassedOverWhateverItsName) {
     WriteTestFile(ledger, lines);
     EXPECT_EQ(mRunner.Run({"--skip-done", "--lossless", "in/ball.gif"}).mOut, "");
     EXPECT_THAT(mRunner.Run({"--skip-done", "in/ball.gif"}).mOut, HasSubstr("1 file: 0 made smaller"));
+
+    // Without being asked: left alone, delivered, and tried again with other options.
+    const std::string ball = Read("in/ball.gif");
+    EXPECT_THAT(mRunner.Run({"-v", "in/ball.gif"}).mErr,
+                HasSubstr("in/ball.gif: left as it was: an earlier run has finished with it\n"));
+    EXPECT_EQ(mRunner.Run({"-o", "out", "in/ball.gif"}).mErr,
+              "parvigif: 1 file is as an earlier run left it; --again tries once more\n");
+    EXPECT_EQ(Read("out/ball.gif"), ball);
+    for (const char* option : {"--again", "--tolerance=8", "--allow-crop"})
+        EXPECT_EQ(mRunner.Run({option, "in/ball.gif"}).mErr, "") << option;
 }
 
 TEST_F(Modes, AFileThatAnotherProcessWorksOnIsLeftToIt) {

@@ -46,7 +46,7 @@ TEST_F(Results, AFolderIsTakenInNameOrderAndASecondRunTouchesNoBackup) {
     const std::string first = mRunner.Run({"."}).mOut;
     EXPECT_LT(first.find("./ball.gif"), first.find("./icon.gif"));
     EXPECT_LT(first.find("./icon.gif"), first.find("./tiles.gif"));
-    const ProgramResult again = mRunner.Run({"./", "--overwrite-backups"});
+    const ProgramResult again = mRunner.Run({"./", "--again", "--overwrite-backups"});
     EXPECT_EQ(again.mStatus, 0);
     EXPECT_EQ(again.mErr, "");
     EXPECT_THAT(again.mOut, HasSubstr(" 6 files: ")) << "backups and other files are no entries";
@@ -64,7 +64,7 @@ TEST_F(Results, TheLogGetsOneEntryPerFile) {
     mRunner.Run({"icon.gif", "--log-results-only"});
     mRunner.Run({"tiles.gif", "--no-log"});
     EXPECT_EQ(ReadTestFile(log), entry);
-    mRunner.Run({"icon.gif"});
+    mRunner.Run({"icon.gif", "--again"});
     EXPECT_THAT(ReadTestFile(log), testing::EndsWith("/icon.gif\" \n    File Unchanged.\n"));
 }
 

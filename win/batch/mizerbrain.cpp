@@ -135,7 +135,7 @@ void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
     const MizerSettings settings = MizerSettings::Read(mPrefs);
     MizerFileJob job(ioResult, settings, mOptions, mBackups, *this, mShell);
     const bool isMine = job.Claim();
-    if (isMine && mOptions.mSkipsDone && mLedger.Knows(path, settings.mIsLossless))
+    if (isMine && mOptions.mSkipsDone && mLedger.Knows(path, GetKindOfWork(settings)))
         ioResult.SetReason(MizerReason::km_Done);
     if (ioResult.mStatus == MizerStatus::km_Skipped) {
         PumpMessages();
@@ -149,7 +149,10 @@ void MizerBrain::ProcessNamedGIF(MizerFileResult& ioResult) {
     try {
         if (PumpMessages())
             ThrowCancelled(km_CancelledBeforeFile);
-        job.MakeSmaller();
+        if (mOptions.mLeavesDone && mLedger.Knows(path, GetKindOfWork(settings)))
+            job.LeaveAsDone();
+        else
+            job.MakeSmaller();
     } catch (const NvErrorCode& error) {
         job.Fail(error);
         throw;
@@ -170,8 +173,16 @@ void MizerBrain::RecordResult(const MizerFileResult& inResult, const MizerSettin
     else if (!isSmaller && inSettings.mLog && inSettings.mLogAll)
         mLog.WriteLogEntry(MizerUnchangedEntry(now, fullPath.c_str(), MizerOutcomeWords(inResult)));
     const bool isDone = isSmaller || inResult.mReason == MizerReason::km_NothingSmaller;
-    if (isDone && mOptions.mSkipsDone && !mOptions.mDelivery)
-        mLedger.Add(inResult.mPath.c_str(), inSettings.mIsLossless);
+    if (isDone && mOptions.mNotesDone && !inResult.mOutputPath.empty())
+        mLedger.Add(inResult.mOutputPath.c_str(), GetKindOfWork(inSettings), mOptions.mSkipsDone);
+}
+
+/** A word for what may be done to a picture: what another kind of work has left may be worth another try. */
+std::string MizerBrain::GetKindOfWork(const MizerSettings& inSettings) const {
+    std::string kind = inSettings.mIsLossless ? MizerLedger::km_Lossless : MizerLedger::km_Lossy;
+    if (!inSettings.mIsLossless && mSettings.mTolerance != km_DifferenceTolerance)
+        kind += "-t" + std::to_string(mSettings.mTolerance);
+    return kind + (inSettings.mAllowCrop ? "-crop" : "");
 }
 
 std::uint32_t MizerBrain::OptimizeGIFFile(const char* inPath, std::uint32_t inOriginalSize,

@@ -80,6 +80,7 @@ private:
 
     void ProcessHead();
     void ProcessNamedGIF(MizerFileResult& ioResult);
+    std::string GetKindOfWork(const MizerSettings& inSettings) const;
     void RecordResult(const MizerFileResult& inResult, const MizerSettings& inSettings);
 
     bool mCancelFlag = false;

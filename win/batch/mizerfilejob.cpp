@@ -81,6 +81,26 @@ void MizerFileJob::MakeSmaller() {
         time.GiveTo(mResult.mOutputPath);
 }
 
+void MizerFileJob::LeaveAsDone() {
+    KeptTime time(mResult.mPath);
+    mResult.mOutputPath = mOptions.mDelivery ? std::string() : mResult.mPath;
+    mResult.SetReason(MizerReason::km_DoneBefore);
+    if (!mOptions.mDelivery || !IsWanted())
+        return;
+    Deliver(nullptr);
+    if (mOptions.mKeepsTimes && !mResult.mOutputPath.empty())
+        time.GiveTo(mResult.mOutputPath);
+}
+
+/** Whether the place for the result still waits for one; marks the result when it does not. */
+bool MizerFileJob::IsWanted() {
+    bool isWanted = true;
+    InDelivery([&] { isWanted = mOptions.mDelivery->Prepare(GetPath()); });
+    if (!isWanted)
+        mResult.SetReason(MizerReason::km_UpToDate);
+    return isWanted;
+}
+
 void MizerFileJob::WorkInPlace() {
     try {
         Optimize(GetPath());
@@ -101,11 +121,8 @@ void MizerFileJob::WorkInPlace() {
  *  Writing the result beside its target at once would save a copy, but touch the folder of every file that
  *  gains too little; and a rename from here might have to cross file systems. */
 void MizerFileJob::WorkOnCopy() {
-    bool isWanted = true;
-    if (mOptions.mDelivery)
-        InDelivery([&] { isWanted = mOptions.mDelivery->Prepare(GetPath()); });
-    if (!isWanted)
-        return mResult.SetReason(MizerReason::km_UpToDate);
+    if (mOptions.mDelivery && !IsWanted())
+        return;
     const WnPrivateFolder folder;
     const std::string copy = folder.MakePath("COPY.GIF");
     MizerCopyFile(GetPath(), copy.c_str());

@@ -46,6 +46,10 @@ public:
      *  @throws NvErrorCode  3 cancelled, or why it failed; the file is as it was */
     void MakeSmaller();
 
+    /** The file is as an earlier run has left it, so nothing is tried; it is delivered all the same.
+     *  @throws NvErrorCode  why it could not be delivered */
+    void LeaveAsDone();
+
     /** Marks the result with an error that ended the work. */
     void Fail(const NvErrorCode& inError) { mResult.Fail(inError, mErrorIsAbout); }
 
@@ -64,6 +68,7 @@ private:
     void SetReason(const PvOutcome& inOutcome);
     bool IsSmaller() const { return mResult.mStatus == MizerStatus::km_Smaller; }
 
+    bool IsWanted();
     void WorkInPlace();
     void WorkOnCopy();
     void Optimize(const char* inPath);

@@ -1,5 +1,6 @@
 #include "win/batch/mizerledger.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cinttypes>
@@ -10,11 +11,12 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "wnatom/wholefile.h"
 #include "wnatom/wnhash.h"
+#include "wnatom/wnsafefile.h"
+#include "wnatom/wnsystem.h"
 
 namespace {
 
-constexpr const char* km_Lossy = "lossy";
-constexpr const char* km_Lossless = "lossless";
+constexpr std::uint64_t km_LargestFile = 4 << 20; // bytes; a line has about 40
 
 std::optional<std::pair<std::uint64_t, std::size_t>> ContentOf(const char* inPath) {
     try {
@@ -47,45 +49,66 @@ void MizerLedger::Load() {
         mEndsWithinALine = byte == EOF;
         std::uint64_t hash = 0;
         std::size_t size = 0;
-        std::array<char, 16> kind{};
+        std::array<char, 32> kind{};
         int end = 0;
         const bool reads =
-            std::sscanf(line.c_str(), "%16" SCNx64 " %zu %15s%n", &hash, &size, kind.data(), &end) == 3 &&
+            std::sscanf(line.c_str(), "%16" SCNx64 " %zu %31s%n", &hash, &size, kind.data(), &end) == 3 &&
             static_cast<std::size_t>(end) == line.size();
-        if (reads && kind.data() == std::string(km_Lossy))
-            mLossy.emplace(hash, size);
-        else if (reads && kind.data() == std::string(km_Lossless))
-            mLossless.emplace(hash, size);
+        if (reads)
+            mEntries.emplace(hash, size, kind.data());
     }
 }
 
-bool MizerLedger::IsKnown(const Content& inContent, bool inIsLossless) const {
-    return mLossy.contains(inContent) || (inIsLossless && mLossless.contains(inContent));
+bool MizerLedger::IsKnown(const Content& inContent, const std::string& inKind) const {
+    const auto has = [&](const std::string& inWord) {
+        return mEntries.contains({inContent.first, inContent.second, inWord});
+    };
+    return has(inKind) || (inKind == km_Lossless && has(km_Lossy));
 }
 
-bool MizerLedger::Knows(const char* inPath, bool inIsLossless) {
+bool MizerLedger::Knows(const char* inPath, const std::string& inKind) {
     Load();
-    if (mLossy.empty() && mLossless.empty())
+    if (mEntries.empty())
         return false;
     const auto content = ContentOf(inPath);
-    return content && IsKnown(*content, inIsLossless);
+    return content && IsKnown(*content, inKind);
 }
 
-void MizerLedger::Add(const char* inPath, bool inIsLossless) {
+/** Lines that other runs add meanwhile may be lost: their files are tried once more. */
+void MizerLedger::DropOldest() const {
+    try {
+        const std::string path = GetPath();
+        const auto state = WnGetFileState(path.c_str());
+        if (!state || state->mSize <= km_LargestFile || state->mSize > 2 * km_LargestFile)
+            return; // beyond that, it is no list of ours
+        const std::vector<unsigned char> bytes = MizerReadWholeFile(path.c_str());
+        const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2);
+        const auto line = std::find(middle, bytes.end(), '\n');
+        WnSafeFile file(path.c_str());
+        file.Write(&*middle + (line - middle), static_cast<std::size_t>(bytes.end() - line));
+        file.Commit();
+    } catch (const NvErrorCode&) {
+        return; // the next run tries again
+    }
+}
+
+void MizerLedger::Add(const char* inPath, const std::string& inKind, bool inComplains) {
     Load();
     const auto content = ContentOf(inPath);
-    if (!content || IsKnown(*content, inIsLossless) || mHasFailed)
+    if (!content || IsKnown(*content, inKind) || mHasFailed)
         return;
-    (inIsLossless ? mLossless : mLossy).insert(*content);
-    std::array<char, 80> line{};
+    mEntries.emplace(content->first, content->second, inKind);
+    std::array<char, 96> line{};
     std::snprintf(line.data(), line.size(), "%s%016" PRIx64 " %zu %s\n", mEndsWithinALine ? "\n" : "",
-                  content->first, content->second, inIsLossless ? km_Lossless : km_Lossy);
+                  content->first, content->second, inKind.c_str());
+    DropOldest();
     const std::string path = GetPath();
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(MizerDataFolder::Open(path, "ab"), &std::fclose);
     if (file && std::fputs(line.data(), file.get()) >= 0 && std::fflush(file.get()) == 0) {
         mEndsWithinALine = false;
         return;
     }
-    mFolder.ComplainOf(errno, "Unable to write the list of files done", path, "Log write error");
+    if (inComplains)
+        mFolder.ComplainOf(errno, "Unable to write the list of files done", path, "Log write error");
     mHasFailed = true;
 }

@@ -26,6 +26,8 @@ struct MizerOptions {
     MizerLeastSaving mLeastSaving;      ///< files that gain less stay as they are
     bool mKeepsTimes = false;           ///< new files have the modification times of their originals
     bool mSkipsDone = false;            ///< skip files that an earlier run has finished with
+    bool mLeavesDone = false;           ///< leave them as they are, but deliver and count them
+    bool mNotesDone = false;            ///< keep in mind which files this run has finished with
     bool mSharesFiles = true;           ///< other runs may know of the files, so each is claimed first
     std::function<std::string()> mFindDataFolder = &WnGetDataFolder; ///< see MizerDataFolder
 };

@@ -23,6 +23,8 @@ constexpr auto km_Reasons = std::to_array<Reason>({
      "left as it was: {}, and no backup would be kept"},
     {MizerReason::km_DamagedFrame, MizerStatus::km_Failed, "{} (code 28)"},
     {MizerReason::km_NothingSmaller, MizerStatus::km_Unchanged, ""},
+    {MizerReason::km_DoneBefore, MizerStatus::km_Unchanged,
+     "left as it was: an earlier run has finished with it"},
     {MizerReason::km_GainsTooLittle, MizerStatus::km_Unchanged, "left as it was: would save only {}"},
     {MizerReason::km_ChangedMeanwhile, MizerStatus::km_Unchanged,
      "left as it was: another program changed the file meanwhile"},

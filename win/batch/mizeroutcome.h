@@ -31,6 +31,7 @@ enum class MizerReason {
     km_DamagedNotKept,  ///< left alone, since no backup would be kept; particulars: the damage
     km_DamagedFrame,    ///< left alone, since players differ; particulars: the damage
     km_NothingSmaller,
+    km_DoneBefore,       ///< an earlier run has finished with it, so nothing was tried
     km_GainsTooLittle,   ///< particulars: how much
     km_ChangedMeanwhile, ///< by another program
     km_WouldDiffer,      ///< particulars: what a viewer would notice
