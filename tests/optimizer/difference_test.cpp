@@ -114,14 +114,16 @@ std::size_t CountDrawn(Picture inBefore, Picture inNow) {
 
 TEST(Difference, NothingOfWhatMovedStaysBehind) {
     // A dark square, its rim no further from the ground than the tolerance, uncovers the ground.
-    const auto square = [](std::uint32_t inDark, std::uint32_t inRim) {
-        return [=](std::uint32_t x, std::uint32_t y) {
-            const bool isInside = x >= 12 && x < 18 && y >= 12 && y < 18;
-            const bool isRim = !isInside && x >= 11 && x < 19 && y >= 11 && y < 19;
-            return isInside ? inDark : isRim ? inRim : 200u;
+    for (const std::uint32_t top : {0u, 11u}) {
+        const auto square = [top](std::uint32_t inDark, std::uint32_t inRim) {
+            return [=](std::uint32_t x, std::uint32_t y) {
+                const bool isInside = x >= 12 && x < 18 && y > top && y < top + 7;
+                const bool isRim = !isInside && x >= 11 && x < 19 && y >= top && y < top + 8;
+                return isInside ? inDark : isRim ? inRim : 200u;
+            };
         };
-    };
-    EXPECT_EQ(CountDrawn(square(20, 175), square(200, 200)), 8u * 8u);
+        EXPECT_EQ(CountDrawn(square(20, 175), square(200, 200)), 8u * 8u);
+    }
 }
 
 TEST(Difference, AnAreaThatIsMerelyLateStays) {

@@ -58,6 +58,7 @@ const Change km_Noticed[] = {
      "frame 3 would show other colours"},
     {"colours of the screen", [](TestGIF& io) { io.mTable[0] = io.mTable[1] = io.mTable[2] = 0x77FF77; },
      "frame 1 would show other colours"},
+    {"blue alone", [](TestGIF& io) { io.mTable[1] ^= 0xFF; }, "frame 1 would show other colours"},
     {"colours of a small frame", [](TestGIF& io) { io.mFrames[2].mLocalTable.assign(16, 0xFF0000); },
      "frame 3 would show other colours"},
 };
@@ -140,6 +141,9 @@ TEST_F(GateTest, ColoursMayBeOffByWhatTheRunExplainsAndNoMore) {
         EXPECT_EQ(compare(off(-tolerance - 1), {{}, allowed, {}}), refused);
         EXPECT_EQ(compare(off(-tolerance - 6), {palette, allowed, {}}), "");
         EXPECT_EQ(compare(off(tolerance + 7), {palette, allowed, {}}), refused);
+        PvColourErrors addedUp; // colours that changed twice
+        addedUp.AddAll(palette, 3);
+        EXPECT_EQ(compare(off(tolerance + 9), {addedUp, allowed, {}}), "");
     }
 }
 
@@ -161,6 +165,9 @@ TEST_F(GateTest, ExchangedPixelsAreExplainedByTheirFrame) {
     EXPECT_EQ(compare({2, 1, 0}), "");
     candidate.mFrames[2].mPixels[0] = 0;
     EXPECT_EQ(compare({2, 1, 0}), "frame 3 would show other colours");
+    TestGIF changed = original; // in two places that the candidate goes on showing as they were
+    changed.mFrames[1].mPixels[3] = changed.mFrames[1].mPixels[64] = 200;
+    EXPECT_EQ(Compare(changed, original, {{}, 28, {1, 0, 0}}), "frame 2 would show other colours");
 }
 
 /** Rewrites the file when the first pass is about to replace it, so that the result is not what it should be.
