@@ -217,17 +217,23 @@ bool LeadsTo(const std::string& inPath, int inDescriptor) {
 std::uint64_t HashContent(int inDescriptor) {
     std::array<char, 32768> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): read into
     std::uint64_t hash = WnHash({});
-    for (off_t at = 0;;) {
-        const ssize_t size = pread(inDescriptor, buffer.data(), buffer.size(), at);
-        if (size < 0 && errno == EINTR)
-            continue;
-        if (size < 0)
-            ThrowRuntimeError(errno);
-        if (size == 0)
-            return hash;
-        hash = WnHash({buffer.data(), static_cast<std::size_t>(size)}, hash);
-        at += size;
+    off_t at = 0;
+    for (std::size_t held = buffer.size(); held == buffer.size();) {
+        held = 0; // a full buffer each time, so that words are the same whatever a read returns
+        while (held < buffer.size()) {
+            const ssize_t size = pread(inDescriptor, buffer.data() + held, buffer.size() - held, at);
+            if (size < 0 && errno == EINTR)
+                continue;
+            if (size < 0)
+                ThrowRuntimeError(errno);
+            if (size == 0)
+                break;
+            held += static_cast<std::size_t>(size);
+            at += size;
+        }
+        hash = WnHashFast({buffer.data(), held}, hash);
     }
+    return hash;
 }
 
 /** A file as it was seen, and a hash of its bytes, which shows what the times cannot: exchanging names itself

@@ -5,10 +5,13 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "nvcode2/base/nvallocate.h"
+#include "nvcode2/base/nvbytes.h"
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/image/nvblit.h"
+#include "nvcode2/image/nvmaskrow.h"
 
 namespace {
 
@@ -114,18 +117,15 @@ void NvBitmapImage::ReadRGB(const NvRect& inSourceRect, std::uint8_t* outData, s
 bool NvBitmapImage::FindContentBounds(NvRect& outBounds) const {
     outBounds = {};
     const NvConstPixelLock pixels(*this);
+    const std::uint64_t nothing = mPolarity ? ~std::uint64_t{0} : 0; // of eight bytes
     for (std::uint32_t y = 0; y < mHeight; ++y) {
         const std::uint8_t* const row = pixels.Row(y);
-        std::size_t first = 0;
-        std::size_t stop = GetRowBytes();
-        while (first < stop && BitsSetIn(row, first) == 0)
-            ++first;
-        if (first == stop)
+        const auto left = static_cast<std::int32_t>(NvFindBit(row, mWidth, 0, mPolarity == 0));
+        if (std::cmp_equal(left, mWidth))
             continue;
+        std::size_t stop = GetRowBytes();
         while (BitsSetIn(row, stop - 1) == 0)
-            --stop;
-        const auto left =
-            static_cast<int>(first * 8) + std::countl_zero(static_cast<std::uint8_t>(BitsSetIn(row, first)));
+            stop -= stop > 9 && NvLoadLittleEndian(row + stop - 9) == nothing ? 9 : 1;
         const auto right = static_cast<int>(stop * 8) - std::countr_zero(BitsSetIn(row, stop - 1));
         GrowBounds(outBounds, left, right, static_cast<std::int32_t>(y));
     }

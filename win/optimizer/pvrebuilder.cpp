@@ -25,7 +25,8 @@ constexpr std::uint32_t km_MaxColours = 256;
 /** Whether so many frames show what the whole animation will be like. */
 bool IsTimeToJudge(std::uint32_t inFrames, std::uint32_t inFrameCount) {
     constexpr std::uint32_t km_LeastFrames = 8;
-    const bool isPartDone = inFrames == inFrameCount / 4 || inFrames == inFrameCount / 2;
+    const bool isPartDone =
+        inFrames == inFrameCount / 8 || inFrames == inFrameCount / 4 || inFrames == inFrameCount / 2;
     return inFrames == inFrameCount || (isPartDone && inFrames >= km_LeastFrames);
 }
 
