@@ -109,6 +109,10 @@ public:
      */
     void WriteFrame(const NvIndexedImage& inImage, const NvImgFmtFrameInfo& inFrameInfo) override;
 
+    /** Has the next frame written cut in a way of its own, see LZWEncoder::Begin.
+     *  @param inStrings  borrowed until then */
+    void CutNextFrame(const NvLZWStrings& inStrings) { mNextStrings = &inStrings; }
+
     void WriteTrailer() override;
 
     // ---- both
@@ -157,6 +161,7 @@ private:
     NvFileWriter mWriter;
     LZWDecoder mDecoder;
     LZWEncoder mEncoder;
+    const NvLZWStrings* mNextStrings = nullptr;
     std::shared_ptr<NvGIFGlobalInfo> mGlobalInfo;
     std::unique_ptr<NvGIFFrameInfo> mFrameInfoPtr; // of the frame read or written last
     std::vector<FrameLocation> mFrameLocations;    // in file order

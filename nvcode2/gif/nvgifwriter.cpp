@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <typeinfo>
+#include <utility>
 
 #include "nvcode2/base/nvassert.h"
 #include "nvcode2/base/nverrorcode.h"
@@ -105,7 +106,7 @@ void NvGIFFile::WriteFrame(const NvIndexedImage& inImage, const NvImgFmtFrameInf
     if (mFrameInfoPtr->mHasGraphicControl)
         WriteGraphicControl();
     WriteImageDescriptor();
-    mEncoder.Begin(mFrameInfoPtr->mMinimumCodeSize);
+    mEncoder.Begin(mFrameInfoPtr->mMinimumCodeSize, std::exchange(mNextStrings, nullptr));
     const std::uint32_t stride = inImage.GetRowBytes();
     if (mFrameInfoPtr->mInterlaced) {
         for (const NvInterlacePass& pass : km_InterlacePasses)

@@ -9,7 +9,7 @@
 
 LZWEncoder::LZWEncoder(NvFileWriter& inWriter) : mWriter(inWriter) {}
 
-void LZWEncoder::Begin(std::uint8_t inMinimumCodeSize) {
+void LZWEncoder::Begin(std::uint8_t inMinimumCodeSize, const NvLZWStrings* inStrings) {
     NvAssert(1 <= inMinimumCodeSize && inMinimumCodeSize <= 8);
     const std::uint32_t pixelBits = std::max<std::uint32_t>(inMinimumCodeSize, 2);
     mTable.Begin(pixelBits);
@@ -20,14 +20,22 @@ void LZWEncoder::Begin(std::uint8_t inMinimumCodeSize) {
     mInitialCodeSize = mCodeSize = pixelBits + 1;
     mAccumulator = mBitCount = mBlockLength = 0;
     mPrefix = km_NoPrefix;
+    mStrings = inStrings;
+    mString = 0;
+    mStringLeft = 0;
     ResetTable();
     WriteCode(mClearCode);
 }
 
 void LZWEncoder::EncodeRows(const std::uint8_t* inPixels, std::uint32_t inWidth, std::uint32_t inRows,
                             std::uint32_t inStride) {
-    for (std::uint32_t row = 0; row < inRows; ++row)
-        EncodeRow(inPixels + std::size_t{row} * inStride, inWidth);
+    for (std::uint32_t row = 0; row < inRows; ++row) {
+        const std::uint8_t* pixels = inPixels + std::size_t{row} * inStride;
+        if (mStrings)
+            EncodeGivenStrings(pixels, inWidth);
+        else
+            EncodeRow(pixels, inWidth);
+    }
 }
 
 void LZWEncoder::EncodeRow(const std::uint8_t* inPixels, std::uint32_t inCount) {
@@ -52,6 +60,39 @@ void LZWEncoder::EncodeRow(const std::uint8_t* inPixels, std::uint32_t inCount) 
         next += mTable.FindRun(inPixels + next, inCount - next, prefix);
     }
     mPrefix = prefix;
+}
+
+void LZWEncoder::EncodeGivenStrings(const std::uint8_t* inPixels, std::uint32_t inCount) {
+    for (std::uint32_t x = 0; x < inCount; ++x) {
+        if (mStringLeft == 0) {
+            EndGivenString(inPixels[x]);
+            continue;
+        }
+        mPrefix = mTable.Find(mPrefix, inPixels[x]);
+        NvAssert(mPrefix != 0);
+        --mStringLeft;
+    }
+}
+
+// A string that ended early may be in the table already with the pixel behind it. Decoders add it again, so a
+// code is spent on it all the same. A full table goes on being used.
+void LZWEncoder::EndGivenString(std::uint8_t inNextPixel) {
+    if (mPrefix != km_NoPrefix) {
+        WriteCode(mPrefix);
+        if (mNextCode < NvLZWStringTable::km_MaxCodes) {
+            if (mTable.Find(mPrefix, inNextPixel) == 0)
+                mTable.Add(mPrefix, inNextPixel, mNextCode);
+            if (++mNextCode == mLimit && mCodeSize < km_MaxCodeSize)
+                GrowOrReset();
+        }
+        if ((*mStrings)[mString++].mClears) {
+            ResetTable();
+            WriteCode(mClearCode);
+        }
+    }
+    NvAssert(mString < mStrings->size());
+    mPrefix = inNextPixel;
+    mStringLeft = (*mStrings)[mString].mLength - 1;
 }
 
 // A full table is emptied at once.

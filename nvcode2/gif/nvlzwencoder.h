@@ -1,8 +1,10 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
+#include "nvcode2/gif/nvlzwstrings.h"
 #include "nvcode2/gif/nvlzwstringtable.h"
 
 class NvFileWriter;
@@ -10,8 +12,9 @@ class NvFileWriter;
 /** GIF's variable-width LZW compression: rows of colour indices in, data sub-blocks out.
  *
  *  Order of calls for one frame: Begin, EncodeRows once or more (once per interlace pass), End. The encoder
- *  may be used again for the next frame. Codes are at most 12 bits; when code 4095 has been assigned the
- *  table is emptied at once and a clear code written, never later.
+ *  may be used again for the next frame. Codes are at most 12 bits. Each code stands for the longest string
+ * that the table holds, and when code 4095 has been assigned the table is emptied at once and a clear code
+ *  written, never later; unless the strings are given, which then decide both.
  *
  *  After T. A. Welch, "A Technique for High-Performance Data Compression", 1984, as the GIF format uses it.
  */
@@ -22,8 +25,9 @@ public:
 
     /** Writes the code size byte and the first clear code.
      *  @param inMinimumCodeSize  1 to 8, the bits that hold the highest index; 1 is raised to 2, the least
-     *  that GIF allows */
-    void Begin(std::uint8_t inMinimumCodeSize);
+     *  that GIF allows
+     *  @param inStrings          how the frame is cut, borrowed until End; null for the longest strings */
+    void Begin(std::uint8_t inMinimumCodeSize, const NvLZWStrings* inStrings = nullptr);
 
     /** Encodes a block of rows, continuing the stream of earlier calls.
      *  @param inPixels  first pixel of the first row, one byte each, every one below 2^(minimum code size)
@@ -38,6 +42,8 @@ public:
 
 private:
     void EncodeRow(const std::uint8_t* inPixels, std::uint32_t inCount);
+    void EncodeGivenStrings(const std::uint8_t* inPixels, std::uint32_t inCount);
+    void EndGivenString(std::uint8_t inNextPixel);
     void GrowOrReset();
     void ResetTable();
     void WriteCode(std::uint32_t inCode);
@@ -59,8 +65,11 @@ private:
     std::uint32_t mNextCode = 0;         // next code to assign
     std::uint32_t mLimit = 0;            // 2^mCodeSize
     std::uint32_t mPrefix = km_NoPrefix; // code of the string matched so far
-    std::uint64_t mAccumulator = 0;      // bits not yet in the block, the oldest lowest
-    std::uint32_t mBitCount = 0;         // bits in mAccumulator, below 8 * km_StoredBytes between codes
+    const NvLZWStrings* mStrings = nullptr;
+    std::size_t mString = 0;        // in hand, of the given ones
+    std::uint32_t mStringLeft = 0;  // pixels that it still lacks
+    std::uint64_t mAccumulator = 0; // bits not yet in the block, the oldest lowest
+    std::uint32_t mBitCount = 0;    // bits in mAccumulator, below 8 * km_StoredBytes between codes
     std::array<std::uint8_t, km_BlockSize + 8> mBlock{}; // data bytes of the next sub-block
     std::uint32_t mBlockLength = 0;
 };

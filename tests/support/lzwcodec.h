@@ -56,9 +56,10 @@ public:
         mFile.Open(NvFile::km_ReadPerm | NvFile::km_WritePerm);
     }
 
-    std::string Encode(std::uint8_t inMinimumCodeSize, const Indices& inPixels, const FrameShape& inShape) {
+    std::string Encode(std::uint8_t inMinimumCodeSize, const Indices& inPixels, const FrameShape& inShape,
+                       const NvLZWStrings* inStrings = nullptr) {
         Rewind();
-        mEncoder.Begin(inMinimumCodeSize);
+        mEncoder.Begin(inMinimumCodeSize, inStrings);
         ForEachPass(inShape, [&](std::uint32_t inStart, std::uint32_t inRows, std::uint32_t inStep) {
             mEncoder.EncodeRows(inPixels.data() + std::size_t{inStart} * inShape.mStride, inShape.mWidth,
                                 inRows, inShape.mStride * inStep);

@@ -8,6 +8,7 @@
 #include "win/optimizer/base/pvoptsettings.h"
 #include "win/optimizer/base/pvprogress.h"
 #include "win/optimizer/codes/pvfill.h"
+#include "win/optimizer/codes/pvframecutter.h"
 #include "win/optimizer/codes/pvswap.h"
 #include "win/optimizer/colours/pvpalette.h"
 #include "win/optimizer/colours/pvtableplan.h"
@@ -44,10 +45,11 @@ PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinis
     PvWritten written;
     written.mSize = WriteOptimizedGIF(inPath, ioAnimation, [&](std::uint32_t inIndex) {
         ioProgress.ReportFrame(inIndex, ioAnimation.GetFrameCount());
-        std::unique_ptr<NvGIFFrame> frame = inPrepare(inIndex);
-        NarrowTable(*frame);
-        written.mMovedPixels.push_back(inSettings.mIsLossless ? 0 : 2 * swapper.SwapIfWorthIt(*frame));
-        return frame;
+        PvFinishedFrame finished = inPrepare(inIndex);
+        NvGIFFrame& frame = *finished.mFrame;
+        NarrowTable(frame);
+        written.mMovedPixels.push_back(inSettings.mIsLossless ? 0 : 2 * swapper.SwapIfWorthIt(frame));
+        return finished;
     });
     written.mSavedByMoving = swapper.GetSavedBytes();
     return written;
@@ -63,13 +65,19 @@ PvWritten PvWriteFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTable
     RestoreBackgroundIndex(ioAnimation.GetGlobalInfo(), inBackground);
     NvLZWStringTable strings;              // shared by all that need one in turn
     std::optional<PvUndrawnFiller> filler; // below a still picture there is nothing
-    if (ioAnimation.GetFrameCount() > 1)
+    std::optional<PvFrameCutter> cutter;
+    if (inSettings.mIsLossless)
+        cutter.emplace(strings);
+    if (ioAnimation.GetFrameCount() > 1 || cutter)
         filler.emplace(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(), strings);
     const auto prepare = [&](std::uint32_t inIndex) {
-        std::unique_ptr<NvGIFFrame> frame = inPlan.MakeFrame(ioAnimation, inIndex);
-        if (filler)
-            filler->FillUndrawnPixels(*frame, inPlan.GetKnownCodes(ioAnimation, inIndex));
-        return frame;
+        PvFinishedFrame finished{inPlan.MakeFrame(ioAnimation, inIndex)};
+        const std::uint64_t codes = inPlan.GetKnownCodes(ioAnimation, inIndex);
+        if (cutter)
+            finished.mStrings = filler->Cut(*finished.mFrame, codes, *cutter);
+        else if (filler)
+            filler->FillUndrawnPixels(*finished.mFrame, codes);
+        return finished;
     };
     return Write(inPath, ioAnimation, prepare, strings, inSettings, ioProgress);
 }
@@ -84,17 +92,25 @@ PvWritten PvWriteSecondPass(const char* inPath, NvAnimation& ioAnimation, const 
     const bool crops = ioAnimation.GetFrameCount() > 1 || inSettings.mCropsSingleImages;
     PvCropper cropper(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(),
                       AnyFrameClears(ioAnimation));
-    const auto prepare = [&](std::uint32_t inIndex) {
-        std::unique_ptr<NvGIFFrame> frame = ioAnimation.GetFrame(inIndex);
-        std::unique_ptr<NvGIFFrame> cropped = crops ? cropper.Crop(*frame) : nullptr;
+    NvLZWStringTable strings;
+    std::optional<PvFrameCutter> cutter;
+    if (inSettings.mIsLossless)
+        cutter.emplace(strings);
+    const auto crop = [&](std::unique_ptr<NvGIFFrame> inFrame) {
+        std::unique_ptr<NvGIFFrame> cropped = crops ? cropper.Crop(*inFrame) : nullptr;
         if (!cropped)
-            return frame;
+            return inFrame;
         // The shared table is written by now, but cropping leaves every frame its transparent index.
         const std::uint32_t size = info.mColorTable.GetSize();
         cropped->UpdateTransparency(cropped->GetInfo().mHasLocalTable ? nullptr : &info.mColorTable, 256);
         NvAssert(info.mColorTable.GetSize() == size);
         return cropped;
     };
-    NvLZWStringTable strings;
+    const auto prepare = [&](std::uint32_t inIndex) {
+        PvFinishedFrame finished{crop(ioAnimation.GetFrame(inIndex))};
+        if (cutter)
+            finished.mStrings = cutter->Cut(*finished.mFrame, 0, nullptr);
+        return finished;
+    };
     return Write(inPath, ioAnimation, prepare, strings, inSettings, ioProgress);
 }

@@ -22,15 +22,18 @@ std::uint32_t WriteOptimizedGIF(const char* inPath, NvAnimation& ioAnimation,
     file.SetNumberOfFrames(ioAnimation.GetFrameCount());
     file.SetGlobalInfo(ioAnimation.ShareGlobalInfo());
     for (std::uint32_t i = 0; i < ioAnimation.GetFrameCount(); ++i) {
-        const std::unique_ptr<NvGIFFrame> frame = inFinish(i);
-        NvGIFFrameInfo& info = frame->GetInfo();
+        const PvFinishedFrame finished = inFinish(i);
+        const NvGIFFrame& frame = *finished.mFrame;
+        NvGIFFrameInfo& info = finished.mFrame->GetInfo();
         info.mHasGraphicControl = NeedsGraphicControl(info, isStill) ? 1 : 0;
         if (info.mHasLocalTable)
-            info.mColorTable = frame->GetImage().GetColorTable();
+            info.mColorTable = frame.GetImage().GetColorTable();
         // The header is written with the first frame; animations are always of the later version.
         if (info.mHasGraphicControl || !isStill || global.mHasLoop || global.mComments.GetFirst())
             global.mVersionFlag = 1;
-        file.WriteFrame(frame->GetImage(), info);
+        if (finished.mStrings)
+            file.CutNextFrame(*finished.mStrings);
+        file.WriteFrame(frame.GetImage(), info);
     }
     file.Close();
     return file.GetWrittenLength();

@@ -4,11 +4,19 @@
 #include <functional>
 #include <memory>
 
+#include "nvcode2/gif/nvlzwstrings.h"
+
 class NvAnimation;
 class NvGIFFrame;
 
-/** Makes a frame of an animation ready to be written, its tables final. */
-using PvFrameFinisher = std::function<std::unique_ptr<NvGIFFrame>(std::uint32_t inIndex)>;
+/** A frame ready to be written, its tables final. */
+struct PvFinishedFrame {
+    std::unique_ptr<NvGIFFrame> mFrame;
+    const NvLZWStrings* mStrings = nullptr; ///< how it is cut, valid up to the next frame; null: as usual
+};
+
+/** Makes a frame of an animation ready. */
+using PvFrameFinisher = std::function<PvFinishedFrame(std::uint32_t inIndex)>;
 
 /** Writes an animation as a GIF file.
  *

@@ -4,6 +4,8 @@
 
 #include "win/optimizer/codes/pvfillcanvas.h"
 #include "win/optimizer/codes/pvfillchooser.h"
+#include "win/optimizer/codes/pvframecutter.h"
+#include "win/optimizer/codes/pvpixelchoices.h"
 
 class NvGIFFrame;
 
@@ -25,6 +27,10 @@ public:
      * it.
      *  @param inKnownCodes  LZW codes that it takes; 0: unknown */
     void FillUndrawnPixels(NvGIFFrame& ioFrame, std::uint64_t inKnownCodes = 0);
+
+    /** Takes the next frame as FillUndrawnPixels does, but has a cutter settle its pixels.
+     *  @return  see PvFrameCutter::Cut */
+    const NvLZWStrings* Cut(NvGIFFrame& ioFrame, std::uint64_t inKnownCodes, PvFrameCutter& ioCutter);
 
 private:
     PvFillCanvas mCanvas;

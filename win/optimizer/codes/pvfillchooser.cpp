@@ -39,7 +39,7 @@ void TakeShortRuns(const PvPixelChoices& inChoices, PvFillChooser::Pixels& outPi
 
 bool PvFillChooser::Begin(const Pixels& inPresent, std::uint32_t inPixelBits, std::uint64_t inKnownCodes) {
     mParser.Begin(inPixelBits);
-    mPresentCodes = inKnownCodes > 0 ? inKnownCodes : CountCodes(inPresent, UINT64_MAX);
+    mPresentCodes = mFewest = inKnownCodes > 0 ? inKnownCodes : CountCodes(inPresent, UINT64_MAX);
     bool anyToBeTried = false;
     for (Record& record : mRecords) {
         record.mIsToBeTried = IsToBeTried(record, inPresent.size(), mPresentCodes);
@@ -58,7 +58,6 @@ bool PvFillChooser::IsToBeTried(Record& ioRecord, std::uint64_t inPixels, std::u
 }
 
 const PvFillChooser::Pixels* PvFillChooser::Choose(const PvPixelChoices& inChoices) {
-    mFewest = mPresentCodes;
     mBest = nullptr;
     if (mRecords[km_AllOthers].mIsToBeTried)
         Consider(km_AllOthers, CountCodes(inChoices.mOther, mFewest), inChoices.mOther);

@@ -31,6 +31,9 @@ public:
      *  the present ones */
     const Pixels* Choose(const PvPixelChoices& inChoices);
 
+    /** Codes of the frame as it is settled so far. */
+    std::uint64_t GetFewestCodes() const { return mFewest; }
+
 private:
     enum Way { km_AllOthers, km_ShortRuns, km_Greedy, km_Ways };
 
