@@ -117,6 +117,26 @@ TEST(Swap, ExchangedPixelsAreKeptOnlyWhenTheyMakeTheFrameShorterAndDoNotShow) {
     EXPECT_GT(putBack, 4);
 }
 
+TEST(Swap, FramesAreSearchedWhileThatPaysAndSomeOfThemAfterwards) {
+    PvSwapBudget budget;
+    const auto countTried = [&](double inSaved) {
+        int tried = 0;
+        for (int i = 0; i < 40; ++i) {
+            budget.AddFrame(1000);
+            if (!budget.IsToBeTried())
+                continue;
+            ++tried;
+            budget.Learn(1000, inSaved);
+        }
+        return tried;
+    };
+    EXPECT_EQ(countTried(1.0), 40);
+    EXPECT_EQ(countTried(0.0), 6) << "after 0, 1, 2, 4, 8 and 15 others";
+    budget.Learn(budget.GetStepsLeft(), 100.0);
+    EXPECT_FALSE(budget.IsToBeTried()) << "no pixels are left to be read";
+    EXPECT_EQ(countTried(1.0), 40);
+}
+
 std::uint64_t Estimate(PvLZWEstimator& ioEstimator, const SwapReference& inFrame) {
     return ioEstimator.EstimateLZWSize(inFrame.mPixels.data(), inFrame.mWidth, inFrame.mHeight,
                                        inFrame.mWidth, static_cast<std::uint32_t>(inFrame.mColors.size()),
