@@ -28,6 +28,9 @@ void TermListPreferences(const TermSettings& inSettings, TermMessages& ioMessage
 /** Prints what all runs to date have saved. */
 void TermPrintTotals(TermMessages& ioMessages);
 
+/** Sets them to zero. */
+void TermResetTotals(TermMessages& ioMessages);
+
 /** Prints the results log, with control characters in names made visible. */
 void TermShowLog(TermMessages& ioMessages);
 

@@ -37,6 +37,8 @@ void Run(const TermSettings& inSettings, TermMessages& ioMessages) {
         return TermListPreferences(inSettings, ioMessages);
     case TermTask::km_Totals:
         return TermPrintTotals(ioMessages);
+    case TermTask::km_ResetTotals:
+        return TermResetTotals(ioMessages);
     case TermTask::km_ShowLog:
         return TermShowLog(ioMessages);
     case TermTask::km_ClearLog:

@@ -85,6 +85,13 @@ void TermPrintTotals(TermMessages& ioMessages) {
               ioMessages);
 }
 
+void TermResetTotals(TermMessages& ioMessages) {
+    WnPref prefs = MizerOpenPreferences();
+    for (const char* name : {"FILESPROCESSED", "BYTESSAVED"})
+        if (!prefs.WriteDWord(name, 0))
+            ioMessages.Error(std::string(name) + ": the preferences cannot be written");
+}
+
 void TermShowLog(TermMessages& ioMessages) {
     const std::string path = MakeLog(ioMessages).GetPath();
     std::ifstream log(path, std::ios::binary);

@@ -10,6 +10,7 @@
 
 #include "term/results/counts.h"
 #include "term/system/interrupt.h"
+#include "win/batch/filepattern.h"
 #include "win/batch/mizeroutcome.h"
 #include "wnatom/wnsystem.h"
 
@@ -67,8 +68,8 @@ std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages&
 
 class InputList {
 public:
-    InputList(bool inIsRecursive, TermMessages& ioMessages, MizerListener* inListener)
-        : mIsRecursive(inIsRecursive), mMessages(ioMessages), mListener(inListener) {}
+    InputList(const TermSettings& inSettings, TermMessages& ioMessages, MizerListener* inListener)
+        : mSettings(inSettings), mMessages(ioMessages), mListener(inListener) {}
 
     void Add(const std::string& inName) {
         try {
@@ -76,7 +77,7 @@ public:
             mPlaceStart = isFolder ? WithSeparator(inName).size() : std::string::npos;
             if (isFolder)
                 mInputs.mFolders.push_back(inName);
-            if (isFolder && mIsRecursive)
+            if (isFolder && mSettings.mIsRecursive)
                 ReportIfNoGIFs(inName, AddTree(WithSeparator(inName)));
             else
                 AddOne(inName);
@@ -87,13 +88,34 @@ public:
 
     TermInputs Take() {
         mInputs.mQueue = std::make_unique<FileQueue>();
-        mInputs.mQueue->TakeOver(mQueue);
+        if (mSettings.mExcluded.empty()) {
+            mInputs.mQueue->TakeOver(mQueue);
+            return std::move(mInputs);
+        }
+        std::erase_if(mInputs.mFiles, [&](const TermInput& inInput) { return IsExcluded(inInput.mPlace); });
+        for (const TermInput& input : mInputs.mFiles)
+            mInputs.mQueue->AddFile(input.mPath.c_str());
         return std::move(mInputs);
     }
 
 private:
     static std::string WithSeparator(const std::string& inFolder) {
         return WnIsSeparator(inFolder.back()) ? inFolder : inFolder + WnGetSeparator();
+    }
+
+    /** Whether any part of a path is named as one of the patterns has it. */
+    bool IsExcluded(std::string_view inPlace) const {
+        const auto end = std::find_if(inPlace.begin(), inPlace.end(), WnIsSeparator);
+        const std::string_view part = inPlace.substr(0, static_cast<std::size_t>(end - inPlace.begin()));
+        const bool isExcluded =
+            std::any_of(mSettings.mExcluded.begin(), mSettings.mExcluded.end(),
+                        [&](const std::string& inPattern) { return MizerMatchesPattern(part, inPattern); });
+        return isExcluded || (end != inPlace.end() && IsExcluded(inPlace.substr(part.size() + 1)));
+    }
+
+    /** Whether a folder below a named one is entered. */
+    bool IsEntered(const std::string& inName) const {
+        return (mSettings.mEntersHidden || !inName.starts_with('.')) && !IsExcluded(inName);
     }
 
     void AddOne(const std::string& inName) {
@@ -110,6 +132,8 @@ private:
         for (const std::string& name : WnListFolders(inFolder.c_str())) {
             if (TermIsInterrupted())
                 break;
+            if (!IsEntered(name))
+                continue;
             const std::string folder = WithSeparator(inFolder + name);
             try {
                 hasGIFs = AddTree(folder) || hasGIFs;
@@ -147,7 +171,7 @@ private:
         mInputs.mFiles.push_back({inPath, inPath.substr(start)});
     }
 
-    bool mIsRecursive;
+    const TermSettings& mSettings;
     TermMessages& mMessages;
     MizerListener* mListener;
     FileQueue mQueue{[this](const std::string& path) { AddPlace(path); }};
@@ -175,7 +199,7 @@ std::string TermCheckNames(const TermSettings& inSettings) {
 
 TermInputs TermListInputs(const TermSettings& inSettings, TermMessages& ioMessages,
                           MizerListener* inListener) {
-    InputList list(inSettings.mIsRecursive, ioMessages, inListener);
+    InputList list(inSettings, ioMessages, inListener);
     for (const std::string& name : inSettings.mNames)
         list.Add(name);
     if (!inSettings.mNamesFile.empty()) {

@@ -95,7 +95,8 @@ constexpr auto km_Options = std::to_array<TermOption>({
     {"dry-run", 'n', nullptr, "Most used", "only report what would be saved",
      "All the work is done on private copies: no file is changed, backed up, logged or counted.",
      [](Settings& ioSettings, Argument) { return ioSettings.mIsDryRun = true; }},
-    {"recursive", 'r', nullptr, "Most used", "search subfolders too", "Links to folders are not followed.",
+    {"recursive", 'r', nullptr, "Most used", "search subfolders too",
+     "Links to folders are not followed; hidden folders are not entered.",
      [](Settings& ioSettings, Argument) { return ioSettings.mIsRecursive = true; }},
     {"output", 'o', "DIR", "Most used", "write results to DIR or FILE.gif, keep the originals",
      "DIR is created if missing. A folder's files go there under their own names, with -r into the same "
@@ -111,6 +112,18 @@ constexpr auto km_Options = std::to_array<TermOption>({
      "With a folder or a pattern: every picture that has one. A picture that may have been edited since it "
      "was made smaller is kept as a further backup. --dry-run shows what would happen.",
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Restore); }},
+    {"exclude", 0, "PATTERN", "Files", "leave out files and folders named so: 'thumb*'",
+     "May be repeated. The pattern, with * and ?, stands for a whole name, of a file or of a folder on the "
+     "way to "
+     "it below the one that is named.",
+     [](Settings& ioSettings, Argument inPattern) {
+         ioSettings.mExcluded.push_back(inPattern);
+         return !inPattern.empty();
+     },
+     true, "a pattern"},
+    {"hidden", 0, nullptr, "Files", "with -r: enter hidden folders, too",
+     "Those whose names begin with a dot, as .git.",
+     [](Settings& ioSettings, Argument) { return ioSettings.mEntersHidden = true; }, true},
     {"files-from", 0, "FILE", "Files", "read more names from FILE, one per line",
      "- is standard input: find pics -name '*.gif' | parvigif --files-from -",
      [](Settings& ioSettings, Argument inPath) { return SetText(ioSettings.mNamesFile, inPath); }},
@@ -179,6 +192,8 @@ constexpr auto km_Options = std::to_array<TermOption>({
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ClearLog); }, true},
     {"totals", 0, nullptr, "Log and preferences", "print what all runs have saved and stop", nullptr,
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_Totals); }, true},
+    {"reset-totals", 0, nullptr, "Log and preferences", "set the totals to zero and stop", nullptr,
+     [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ResetTotals); }, true},
     {"preferences", 0, nullptr, "Log and preferences", "print the preferences and stop",
      "Each with its value and where that comes from: machine-wide, this user, or built-in.",
      [](Settings& ioSettings, Argument) { return SetTask(ioSettings, TermTask::km_ListPreferences); }},

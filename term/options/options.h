@@ -15,6 +15,7 @@ enum class TermTask {
     km_Store, ///< only what --set asks for, which every task but help does first
     km_ListPreferences,
     km_Totals,
+    km_ResetTotals,
     km_ShowLog,
     km_ClearLog,
     km_BriefHelp,
@@ -53,6 +54,8 @@ struct TermSettings {
     std::string mNamesFile;          ///< holds more names, one per line; "-": standard input; empty: none
     bool mNamesEndInNul = false;     ///< in that file
     bool mIsRecursive = false;
+    bool mEntersHidden = false;         ///< also folders whose names begin with a dot
+    std::vector<std::string> mExcluded; ///< patterns of files and folders to leave out
     bool mIsDryRun = false;
     bool mKeepsTimes = false;
     bool mSkipsDone = false;

@@ -144,6 +144,18 @@ TEST_F(Modes, NamesMayComeFromAFile) {
                   "nuls: the names in it end in NULs, which takes '--null'", 2);
 }
 
+TEST_F(Modes, HiddenFoldersAndWhatIsExcludedAreLeftOut) {
+    fs::create_directories(mFolder / "in/.git");
+    DrawSample("tiles.gif", "in/.git/tiles.gif");
+    const auto list = [&](std::vector<std::string> inOptions) {
+        inOptions.insert(inOptions.end(), {"-nr", "--exclude=DEEP", "in"});
+        return mRunner.Run(inOptions).mOut;
+    };
+    EXPECT_THAT(list({}), HasSubstr("  2 files: 2 could"));
+    EXPECT_THAT(list({"--hidden"}), HasSubstr("in/.git/tiles.gif"));
+    EXPECT_THAT(list({"--exclude=b*.gif"}), HasSubstr("  1 file: 1 could"));
+}
+
 TEST_F(Modes, NamesFromAFileMayHoldLineBreaks) {
     using namespace std::string_literals;
     fs::rename(mFolder / "in/ball.gif", mFolder / "in/a\nb.gif");

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "nvcode2/base/nverrorcode.h"
+#include "win/batch/filepattern.h"
 
 namespace {
 
@@ -24,9 +25,10 @@ std::string FoldedEnd(std::string_view inPath) {
     return Folded(std::string(inPath.substr(inPath.size() - std::min<std::size_t>(inPath.size(), 3))));
 }
 
-/** `*` stands for any run of characters, `?` for one. Goes back only to the last star, which is enough: an
- *  earlier one could not reach any further. */
-bool MatchesPattern(std::string_view inName, std::string_view inPattern) {
+} // namespace
+
+/* Goes back only to the last star, which is enough: an earlier one could not reach any further. */
+bool MizerMatchesPattern(std::string_view inName, std::string_view inPattern) {
     std::size_t name = 0;
     std::size_t pattern = 0;
     std::size_t afterStar = std::string_view::npos;
@@ -48,8 +50,6 @@ bool MatchesPattern(std::string_view inName, std::string_view inPattern) {
     }
     return inPattern.find_first_not_of('*', pattern) == std::string_view::npos;
 }
-
-} // namespace
 
 FileQueue::~FileQueue() {
     Clear();
@@ -107,7 +107,7 @@ std::size_t FileQueue::AddFolder(const char* inPath) {
 
     std::size_t namedGIF = 0;
     for (const std::string& name : WnListFiles(folder.c_str())) {
-        if (!MatchesPattern(name, pattern))
+        if (!MizerMatchesPattern(name, pattern))
             continue;
         const std::string file = folder + name;
         AddFile(file.c_str());
