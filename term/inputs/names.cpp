@@ -55,7 +55,8 @@ std::vector<std::string> ReadNames(const TermSettings& inSettings, TermMessages&
         return {};
     add();
     if (!file || std::ferror(file))
-        ioMessages.FileError(path, std::strerror(errno));
+        ioMessages.Error("list of names " + TermPrintable(path) + ": " + std::strerror(errno),
+                         TermExit::km_Usage);
     const bool hasNul = std::any_of(names.begin(), names.end(), [](const std::string& inName) {
         return inName.find('\0') != std::string::npos;
     });
@@ -151,12 +152,21 @@ private:
                           MizerReason::km_NoGIFs);
     }
 
+    static bool HasPatternInFolder(const std::string& inName) {
+        const auto end = std::find_if(inName.rbegin(), inName.rend(), WnIsSeparator).base();
+        return std::any_of(inName.begin(), end,
+                           [](char inLetter) { return inLetter == '*' || inLetter == '?'; });
+    }
+
     void ReportFailure(const std::string& inName, const NvErrorCode& inError,
                        MizerReason inReason = MizerReason::km_Error) {
         MizerFileResult result;
         result.mPath = inName;
         result.Fail(inError, inReason);
-        mMessages.FileError(inName, TermOutcomeWords(result));
+        mMessages.FileError(inName, TermOutcomeWords(result) +
+                                        (HasPatternInFolder(inName)
+                                             ? "; patterns work on the names of files only, -r on whole trees"
+                                             : ""));
         if (mListener)
             mListener->FileDone(result);
     }

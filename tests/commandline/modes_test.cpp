@@ -136,7 +136,9 @@ TEST_F(Modes, NamesMayComeFromAFile) {
     const ProgramResult lines = mRunner.Run({"-n", "--files-from", "lines"});
     EXPECT_THAT(lines.mOut, HasSubstr("  3 files: 2 could"));
     EXPECT_EQ(lines.mErr, "parvigif: in/none.gif: no such file or folder (code 10)\n");
-    EXPECT_EQ(mRunner.Run({"--files-from=none"}).mErr, "parvigif: none: No such file or directory\n");
+    ExpectRefusal({"--files-from=none", "in"}, "list of names none: No such file or directory", 2);
+    EXPECT_THAT(mRunner.Run({"*/*.gif"}).mErr,
+                HasSubstr("; patterns work on the names of files only, -r on whole trees\n"));
     Write("lines", "\xef\xbb\xbfin/ball.gif\r\n\r\nin/sub/icon.gif\r\n");
     EXPECT_THAT(mRunner.Run({"-n", "--files-from", "lines"}).mOut, HasSubstr("  2 files: 2 could"));
     Write("nuls", std::string("in/ball.gif\0in/sub/icon.gif\0", 28));
