@@ -12,6 +12,7 @@
 #include "win/batch/filequeue.h"
 #include "win/batch/mizeroutcome.h"
 #include "win/sheet/pvcontactsheet.h"
+#include "win/texts/pvtexts.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
@@ -115,7 +116,7 @@ void TermDrawContactSheet(const TermSettings& inSettings, TermMessages& ioMessag
         Draw(inputs, inSettings, ioMessages);
     } catch (const NvErrorCode& error) {
         if (error.GetCode() == NvErrorCode::km_Cancelled)
-            ioMessages.Error("cancelled", TermExit::km_Cancelled);
+            ioMessages.Error(PvSay(PvText::km_CodeCancelled), TermExit::km_Cancelled);
         else
             ioMessages.FileError(inSettings.mContactSheet, MizerErrorWords(error));
     }

@@ -10,6 +10,7 @@
 #include "term/system/interrupt.h"
 #include "term/system/standardstreams.h"
 #include "win/batch/mizeroutcome.h"
+#include "win/texts/pvtexts.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
 
@@ -82,7 +83,7 @@ void TermRunFilter(const TermSettings& inSettings, TermMessages& ioMessages) {
         if (error == EPIPE)
             TermEndOfClosedPipe();
         else if (error == EINTR)
-            ioMessages.Error("cancelled", TermExit::km_Cancelled);
+            ioMessages.Error(PvSay(PvText::km_CodeCancelled), TermExit::km_Cancelled);
         else if (error != 0)
             ioMessages.Error(std::string("standard output: ") + std::strerror(error));
     } catch (const NvErrorCode& error) {

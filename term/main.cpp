@@ -13,6 +13,7 @@
 #include "term/text/messages.h"
 #include "term/workers.h"
 #include "win/batch/mizeroutcome.h"
+#include "win/texts/pvtexts.h"
 
 namespace {
 
@@ -70,7 +71,7 @@ int main(int inCount, char** inArguments) {
     } catch (const NvErrorCode& failure) {
         messages.Error(MizerErrorWords(failure));
     } catch (const std::bad_alloc&) {
-        messages.Error("Out of Availible Memory");
+        messages.Error(PvSay(PvText::km_OutOfMemory));
     } catch (const std::exception& exception) {
         messages.Error(TermPrintable(MizerErrorWords(exception)));
     }

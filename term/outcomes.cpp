@@ -5,6 +5,7 @@
 #include "term/system/interrupt.h"
 #include "term/text/numbers.h"
 #include "win/batch/mizeroutcome.h"
+#include "win/texts/pvtexts.h"
 
 bool TermOutcomes::Begin(TermMessages& ioMessages) {
     if (mSettings.mReport.empty())
@@ -69,7 +70,7 @@ void TermOutcomes::Finish(bool inIsCancelled, TermMessages& ioMessages) {
     if (mResults.GetWriteError() != 0)
         ioMessages.Error(std::string("standard output: ") + std::strerror(mResults.GetWriteError()));
     if (inIsCancelled)
-        ioMessages.Error("cancelled", TermExit::km_Cancelled);
+        ioMessages.Error(PvSay(PvText::km_CodeCancelled), TermExit::km_Cancelled);
     else if (mResults.IsNothingDone() && ioMessages.GetExit() == TermExit::km_Success)
         ioMessages.Error("nothing was done", TermExit::km_NothingDone);
 }

@@ -14,10 +14,15 @@
 #include "win/batch/mizeroutcome.h"
 #include "win/batch/mizerpreferences.h"
 #include "win/batch/mizerrestore.h"
+#include "win/texts/pvtexts.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
+
+std::string NotRestored(const std::string& inWhy) {
+    return "not restored: " + inWhy;
+}
 
 class Restorer {
 public:
@@ -104,7 +109,7 @@ private:
                                                  mSettings.mIsDryRun};
             Report(inPath, MizerRestore(inPath, options, mBackups));
         } catch (const NvErrorCode& error) {
-            Refuse(inPath, {}, "not restored: " + MizerErrorWords(error), error.GetCode());
+            Refuse(inPath, {}, NotRestored(MizerErrorWords(error)), error.GetCode());
         }
     }
 
@@ -115,12 +120,12 @@ private:
                           NvErrorCode::km_FileNotFound);
         case MizerRestored::km_OtherImage:
             return Refuse(inPath, inDone,
-                          "not restored: it is another picture than its backup, of another size or number of "
-                          "frames; move it away first");
+                          NotRestored("it is another picture than its backup, of another size or number of "
+                                      "frames; move it away first"));
         case MizerRestored::km_InUse:
-            return Refuse(inPath, inDone, "not restored: another run is working on it");
+            return Refuse(inPath, inDone, NotRestored(PvSay(PvText::km_IsInUse)));
         case MizerRestored::km_Changed:
-            return Refuse(inPath, inDone, "not restored: another program changed the file meanwhile");
+            return Refuse(inPath, inDone, NotRestored(PvSay(PvText::km_ChangedMeanwhile)));
         case MizerRestored::km_Restored:
             break;
         }
@@ -165,5 +170,5 @@ void TermRestore(const TermSettings& inSettings, TermMessages& ioMessages) {
     for (const std::string& name : inSettings.mNames)
         restorer.RestoreName(name);
     if (TermIsInterrupted())
-        ioMessages.Error("cancelled", TermExit::km_Cancelled);
+        ioMessages.Error(PvSay(PvText::km_CodeCancelled), TermExit::km_Cancelled);
 }

@@ -11,6 +11,7 @@
 #include "term/system/print.h"
 #include "win/batch/mizerlog.h"
 #include "win/batch/mizerpreferences.h"
+#include "win/texts/pvtexts.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsystem.h"
 
@@ -81,7 +82,8 @@ void TermPrintTotals(TermMessages& ioMessages) {
     const auto read = [&](const char* name) {
         return std::to_string(MizerFindPreference(name)->Read(prefs));
     };
-    TermPrint(read("FILESPROCESSED") + " Files processed to date.\n" + read("BYTESSAVED") + " bytes saved\n",
+    TermPrint(PvSay(PvText::km_FilesToDate, {read("FILESPROCESSED")}) + "\n" +
+                  PvSay(PvText::km_BytesSaved, {read("BYTESSAVED")}) + "\n",
               ioMessages);
 }
 

@@ -10,7 +10,7 @@
 /** Called with the source file and line before a failed assertion is reported. */
 using NvAssertHook = void (*)(const char* inFileName, std::uint32_t inLine);
 
-/** Installs the process-wide assertion hook; nullptr (the default) removes it. */
+/** Installs the process-wide assertion hook, for debugging and tools; nullptr (the default) removes it. */
 void NvSetAssertHook(NvAssertHook inHook);
 
 /** Forwards to the assertion hook when one is set. For contract checks that do not end the process. */

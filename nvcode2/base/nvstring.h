@@ -13,8 +13,8 @@ class NvStringResources;
  *  length allocates. Indices count characters from 0. Every constructor and every operation that makes or
  *  resizes a string raises 2 when memory is short; the string is then unchanged.
  *
- *  For programs that take their texts from resources and hand them to calls of either kind; the library's
- *  own routines have no use for it. */
+ *  The program's texts are loaded into it from its resources. What changes, searches and compares strings is
+ *  for callers who put texts together in it. */
 class NvString {
 public:
     NvString();

@@ -1,8 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <string>
+#include <span>
 
 /** Where a string resource was found. */
 struct NvStringBlock {
@@ -29,12 +28,20 @@ public:
 /** Texts in memory, for platforms whose programs carry no string resources. */
 class NvStringTable : public NvStringResources {
 public:
-    /** An empty table finds nothing. */
-    explicit NvStringTable(std::map<std::uint32_t, std::string> inTexts);
+    struct Entry {
+        std::uint32_t mStringID;
+        const char* mText;
+    };
 
+    /** @param inEntries  sorted by number; borrowed for the table's life */
+    explicit NvStringTable(std::span<const Entry> inEntries) : mEntries(inEntries) {}
+
+    /** Each text is a block of its own. */
     NvStringBlock FindBlock(std::uint32_t inStringID) const override;
     std::uint32_t LoadText(std::uint32_t inStringID, char* outText, std::uint32_t inSize) const override;
 
 private:
-    std::map<std::uint32_t, std::string> mTexts;
+    const char* Find(std::uint32_t inStringID) const;
+
+    std::span<const Entry> mEntries;
 };

@@ -54,10 +54,6 @@ public:
 
     bool IsOpen() const { return mIsOpen; }
 
-    /** The permission of the last successful Open, 0 before the first. For routines that are handed an open
-     *  file; the program's own all know what they opened. */
-    std::uint16_t GetPermission() const { return mFilePerm; }
-
     /** Reads up to inCount bytes from the position on. Reading 0 bytes does nothing.
      *
      *  @return              bytes read, from 1 to inCount; the caller checks for fewer than it needs

@@ -83,10 +83,11 @@ public:
     /** The same for a caller who clips frames to the screen. */
     void CheckUnclippedFrame(const NvGIFFrameInfo& inInfo) const;
 
-    /** The record of the frame read last; the caller owns it. It can be taken once per ReadFrame. */
+    /** The record of the frame read last, for callers who keep it; once per ReadFrame. */
     std::unique_ptr<NvGIFFrameInfo> DetachFrameInfo();
 
-    /** How many pixels of the frame read last arrived, counted in the order in which the file stores rows. */
+    /** How many pixels of the frame read last arrived, in the order of the file, for repair; see GetDamage.
+     */
     std::uint64_t GetDeliveredPixels() const { return mDeliveredPixels; }
 
     /** What was wrong with its data, for a caller to decide on: its pixels are what the format's rules make

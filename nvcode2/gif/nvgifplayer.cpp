@@ -64,9 +64,3 @@ void NvGIFPlayer::DisposeOfLastFrame() {
     else
         mCanvas.Restore(mLastRect);
 }
-
-std::vector<NvGIFPlayer::Pixel> NvGIFPlayer::ReadRow(std::uint32_t inY) const {
-    std::vector<Pixel> row(GetScreenWidth());
-    Read(inY, {0, GetScreenWidth()}, row.data());
-    return row;
-}

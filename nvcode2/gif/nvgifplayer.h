@@ -56,9 +56,6 @@ public:
         mCanvas.Read(inY, inColumns, mCanvas.GetColours(), std::identity(), outPixels);
     }
 
-    /** A whole row. */
-    std::vector<Pixel> ReadRow(std::uint32_t inY) const;
-
     std::uint32_t GetScreenWidth() const { return mCanvas.GetWidth(); }
     std::uint32_t GetScreenHeight() const { return mCanvas.GetHeight(); }
 

@@ -44,7 +44,7 @@ public:
     std::uint8_t GetPolarity() const { return mPolarity; }
     /** Changes what the stored bits mean, not the bits. Raises 21 for values other than 0 and 1. */
     void SetPolarity(std::uint8_t inPolarity);
-    /** 1 when Erase sets every pixel, 0 when it sets none. */
+    /** 1 when Erase sets every pixel, 0 when it sets none, as in the masks of this program. */
     std::uint32_t GetFill() const { return mFill; }
     void SetFill(std::uint32_t inFill) { mFill = inFill; }
 

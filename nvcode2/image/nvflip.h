@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/** Mirrors pixels in place, row by row. A width or height of zero does nothing; otherwise inRowBytes is the
- *  distance from row to row and ioPixelPtr non-null. */
+/** Mirrors pixels in place for the images' own mirrors. Without width or height nothing happens; otherwise
+ *  inRowBytes is the distance from row to row and ioPixelPtr non-null. */
 
 /** Reverses rows of single bytes. */
 void NvMirrorBytes(std::uint8_t* ioPixelPtr, std::uint32_t inRowBytes, std::uint32_t inWidth,

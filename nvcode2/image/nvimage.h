@@ -21,9 +21,9 @@ enum class NvMaskRule {
 /** An image: a size, a resolution and what its file format said of it. How pixels are kept is up to the
  *  classes derived from it; what a class cannot do raises 37.
  *
- *  The program needs only some of the operations. The others (handing format information over, mirroring,
- *  filling, inverting, combining and blending through masks and the like) are what programs that show or
- *  edit pictures ask of them.
+ *  The program needs only some of the operations. The others (handing format information over, mirroring
+ *  sideways, filling, inverting, combining and blending through masks, channels and the like) are what
+ *  programs that edit pictures ask of them.
  *
  *  Images are not copied by accident: Clone and CopyFrom copy pixels, moving hands them over. A moved-from
  *  image may only be destroyed or assigned to. */
@@ -89,9 +89,9 @@ public:
     /** Combines a mask, pixel by pixel, with another of the same size. */
     virtual void Combine(const NvBitmapImage& inMask, NvMaskRule inRule);
 
-    /** A new image with every row reversed. A step that viewers take, like the next. */
+    /** A new image with every row reversed, for editors of pictures. */
     virtual std::unique_ptr<NvImage> NewHorizontalMirror() const;
-    /** A new image with the order of the rows reversed. */
+    /** A new image with the order of the rows reversed: screens want the bottom row first. */
     virtual std::unique_ptr<NvImage> NewVerticalMirror() const;
 
     /** Exchanges the palette: every colour becomes the one the map gives for it.
@@ -99,8 +99,8 @@ public:
      *  @param inInvMap    its map, see MakeInverseColorMap */
     virtual void MapToTable(const NvColorTable* inTablePtr, const std::uint8_t* inInvMap);
 
-    /** Writes a rectangle's colours at a point of the caller's pixels, as viewers do; this and the four
-     *  operations below have no part in making files smaller. Precondition, as one assertion: the rectangle
+    /** Writes a rectangle's colours at a point of the caller's pixels, for a screen; nothing calls the four
+     *  operations below, which are for editors of pictures. Precondition, as one assertion: the rectangle
      *  is not empty and inside the image, the layout's positions are distinct and below its pixel size, and
      *  the target's row holds the pixels from the point on. */
     virtual void ReadColors(const NvRect& inSourceRect, const NvPixelTarget& inTarget) const;

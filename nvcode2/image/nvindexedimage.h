@@ -32,7 +32,7 @@ public:
 
     NvColorTable& GetColorTable() { return mColorTable; }
     const NvColorTable& GetColorTable() const { return mColorTable; }
-    /** The index that Erase writes; 0 unless set. */
+    /** The index that Erase writes; 0 unless set, which nothing here does. */
     std::uint8_t GetFillIndex() const { return static_cast<std::uint8_t>(mFillIndex); }
     void SetFillIndex(std::uint8_t inFillIndex) { mFillIndex = inFillIndex; }
 

@@ -7,8 +7,8 @@
 
 class NvProgressIndicator;
 
-/** Resamples pixels to another size, smaller or larger. For thumbnails and the images' own NewResizedImage;
- *  the optimizer never changes a picture's size.
+/** Resamples pixels to another size, smaller or larger. For thumbnails and what the window shows of a file,
+ *  which NewResizedImage enlarges; the optimizer never changes a picture's size.
  *
  *  An output pixel is the average of the area of the input it covers, each input pixel counting by the
  *  part of it that is covered, divided by the covered area and rounded to nearest, halves up. The weights

@@ -3,6 +3,7 @@
 
 #include "tests/batch/batchtest.h"
 #include "win/session/gifmovie.h"
+#include "win/session/gifpicture.h"
 #include "win/session/sessionlist.h"
 #include "win/session/sessionoriginals.h"
 
@@ -89,14 +90,41 @@ TEST(Session, AMoviePlaysOnAndOnFromAnEmptyCanvas) {
     const std::uint32_t count = movie.GetFrameCount();
     EXPECT_EQ(count, 12u);
     EXPECT_GE(movie.GetDelay(), 20u);
-    const std::vector<NvGIFPlayer::Pixel> row = movie.GetCanvas().ReadRow(0);
+    GIFPicture first, again;
+    first.Render(movie.GetCanvas(), 9, 9, 1);
     for (std::uint32_t i = 1; i <= count; ++i) {
         movie.Advance();
         EXPECT_EQ(movie.GetFrameIndex(), i % count);
     }
-    EXPECT_EQ(movie.GetCanvas().ReadRow(0), row);
+    again.Render(movie.GetCanvas(), 9, 9, 1);
+    EXPECT_TRUE(std::equal(first.GetPixels(), first.GetPixels() + 9 * 28, again.GetPixels()));
     EXPECT_EQ(CodeOf([] { GIFMovie(std::string(SAMPLES_FOLDER) + "/spinner.gif", 1000); }),
               NvErrorCode::km_OutOfMemory);
+}
+
+TEST(Session, APictureIsBottomUpBlueFirstAndPadded) {
+    NvGIFPlayer player(3, 2);
+    NvColorTable table(2);
+    table.SetColor(0, {10, 20, 30});
+    table.SetColor(1, {40, 50, 60});
+    NvGIFFrameInfo info;
+    info.mWidth = info.mHeight = 2;
+    player.BeginFrame(info, table);
+    const std::array<std::uint8_t, 3> indices = {0, 1, 1};
+    player.DrawRow(0, indices.data(), 2);
+    player.DrawRow(1, indices.data() + 1, 2);
+    GIFPicture picture;
+    const auto bytes = [&](std::size_t inCount) {
+        return std::vector<int>(picture.GetPixels(), picture.GetPixels() + inCount);
+    };
+    picture.Render(player, 100, 100, 1);
+    EXPECT_THAT(bytes(24), ElementsAre(60, 50, 40, 60, 50, 40, 255, 255, 255, 0, 0, 0, //
+                                       30, 20, 10, 60, 50, 40, 255, 255, 255, 0, 0, 0));
+    picture.Render(player, 100, 7, 4);
+    EXPECT_EQ(std::pair(picture.GetWidth(), picture.GetHeight()), std::pair(11u, 7u)) << "3.5 times";
+    EXPECT_THAT(bytes(3), ElementsAre(60, 50, 40));
+    picture.Render(player, 1, 1, 4);
+    EXPECT_THAT(bytes(3), ElementsAre(120, 113, 107)) << "(30 + 3 * 60 + 2 * 255) / 6 and so on";
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 // Every text of the panel and the log, and the totals, to the byte.
 
+#include "nvcode2/base/nvstring.h"
 #include "tests/batch/batchtest.h"
 #include "win/batch/mizerlog.h"
 #include "win/batch/mizertotals.h"
+#include "win/texts/pvtexts.h"
 
 namespace {
 
@@ -32,6 +34,31 @@ TEST(Texts, LogEntries) {
               "3/7/2009  14:5:0 File: \"/p/a b.gif\" \n     375 bytes saved (1000 - 625) 37.5%\n");
     EXPECT_EQ(MizerUnchangedEntry(km_Time, std::string(400, 'x').c_str(), ""),
               "3/7/2009  14:5:0 File: \"" + std::string(400, 'x') + "\" \n    File Unchanged.\n");
+}
+
+TEST(Texts, EveryNumberStandsForItsTextWhereverThatIsKept) {
+    std::ifstream list(TEXTS_FILE);
+    std::set<std::string> texts;
+    std::set<std::uint32_t> numbers;
+    for (std::string line; std::getline(list, line);) {
+        if (line.empty() || line.front() == '#')
+            continue;
+        const std::uint32_t number = *numbers.insert(static_cast<std::uint32_t>(std::stoul(line))).first;
+        const std::size_t begin = line.find('"') + 1;
+        std::string text = line.substr(begin, line.rfind('"') - begin);
+        for (const auto& [escape, character] : {std::pair("\\n", "\n"), {"\\t", "\t"}})
+            for (std::size_t at = 0; (at = text.find(escape)) != std::string::npos;)
+                text.replace(at, 2, character);
+        EXPECT_EQ(PvSay(static_cast<PvText>(number)), text);
+        EXPECT_TRUE(texts.insert(text).second) << text;
+    }
+    EXPECT_GT(texts.size(), 120u);
+    for (std::uint32_t number = 0; number < 1000; ++number)
+        EXPECT_EQ(CodeOf([&] { PvSay(static_cast<PvText>(number)); }), numbers.contains(number) ? 0u : 35u);
+    EXPECT_EQ(CodeOf([] { NvString(static_cast<const NvStringResources*>(nullptr), 101u); }), 1u)
+        << "a program that is not to be found";
+    EXPECT_EQ(PvSay(PvText::km_LogHead, {"1", "2", "3", "4", "5", "6", "{}.gif"}),
+              "1/2/3  4:5:6 File: \"{}.gif\" \n");
 }
 
 using PanelTest = BatchTest;

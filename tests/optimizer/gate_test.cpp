@@ -1,5 +1,7 @@
 // The gate: a result that a viewer could distinguish from the original never takes its place.
 
+#include <cmath>
+
 #include "tests/optimizer/optimizertest.h"
 #include "tests/support/randomgif.h"
 #include "win/optimizer/look/pvgate.h"
@@ -209,6 +211,44 @@ TEST_F(GateTest, AFileThatWouldLookDifferentStaysByteForByte) {
         EXPECT_THAT(Names("pictures"), testing::ElementsAre("test.gif"));
         EXPECT_THAT(Names("scratch"), testing::IsEmpty());
     }
+}
+
+/** Cuts every result but the first short as soon as it is there. */
+class CuttingHost : public TestHost {
+public:
+    explicit CuttingHost(std::string inFolder) : mFolder(std::move(inFolder)) {}
+
+    bool ReportProgress(double inFraction) override {
+        for (const auto& entry : std::filesystem::directory_iterator(mFolder)) {
+            const std::string name = entry.path().filename().string();
+            if (name != "test.gif" && mSeen.insert(name).second && mSeen.size() > 1)
+                std::filesystem::resize_file(entry.path(), 30);
+        }
+        return TestHost::ReportProgress(inFraction);
+    }
+    std::string mFolder;
+    std::set<std::string> mSeen;
+};
+
+TEST_F(GateTest, AResultThatIsRefusedForASmallerToleranceLeavesTheSoundOne) {
+    TestGIF gif;
+    gif.mWidth = gif.mHeight = 300; // more than is read ahead
+    gif.mTable = Greys(256);
+    gif.mFrames.assign(6, Textured(TestTexture::km_Noise, 300, 255, 1));
+    for (std::size_t i = 0; i < gif.mFrames.size(); ++i) // grain, and soft stripes slowly on the move
+        for (std::size_t at = 0; at < 300 * 300; ++at) {
+            const double angle = static_cast<double>(at % 300 + at / 300 + i) / 5;
+            gif.mFrames[i].mPixels[at] =
+                static_cast<std::uint8_t>(gif.mFrames[i].mPixels[at] / 64 + 128 + 13 * std::sin(angle));
+        }
+    const std::string path = Write(gif);
+    const auto size = static_cast<std::uint32_t>(std::filesystem::file_size(path));
+    CuttingHost host(mFolder / "pictures");
+    PvOptimizer optimizer(host);
+    EXPECT_LT(optimizer.OptimizeGIFFile(path.c_str(), size), size);
+    EXPECT_GT(host.mSeen.size(), 1u);
+    EXPECT_EQ(optimizer.GetOutcome().mGateReason, "");
+    EXPECT_EQ(CompareGIFs(gif, ReadGIF(path)).mDifference, "");
 }
 
 // The picture is the same, so only the state of the file can show it.

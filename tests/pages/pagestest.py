@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Checks what the pages name: links, paths, classes and options must exist, limits be those of the code. Paths and
-options are looked for in `code`, classes in docs/architecture.md only."""
+options are looked for in `code`, classes in docs/architecture.md only. And that sources say nothing to people that
+belongs into the list of texts, or stands there already."""
 import os
 import re
 import sys
@@ -47,6 +48,29 @@ def check(page, options, classes, colours):
             yield f'names the class {code}'
 
 
+def find_literals(tops):
+    for top in tops:
+        for folder, _, names in os.walk(os.path.join(ROOT, top)):
+            for name in sorted(names):
+                if name.endswith(('.h', '.cpp', '.rc')):
+                    path = os.path.relpath(os.path.join(folder, name), ROOT)
+                    code = re.sub(r'(?s:/\*.*?\*/)|//.*|#include.*', '', read(path))
+                    for literal in re.findall(r'(?<!\')"((?:[^"\\\n]|\\.)*)"', code):
+                        yield path, literal
+
+
+def check_texts():
+    listed = re.findall(r'^\d+ \w+ "(.*)"$', read('win/texts/texts.txt'), re.M)
+    pieces = {piece.strip(' .:;,') for text in listed for piece in text.split('{}')}
+    for path, literal in find_literals(TOPS[:4]):
+        if literal in listed and ' ' in literal or literal.strip().count(' ') > 1 and literal.strip(' .:;,') in pieces - {''}:
+            yield f'{path}: "{literal}": said in win/texts/texts.txt'
+    own = ('win/batch/mizerpreferences.cpp',)  # the words of the terminal's pages
+    for path, literal in find_literals(['win/batch', 'win/optimizer', 'win/session', 'win/desktop']):
+        if re.search(r'[a-z] [a-z]{2}', literal) and '%' not in literal and path not in own:
+            yield f'{path}: "{literal}": belongs into win/texts/texts.txt'
+
+
 def main():
     options = set(re.findall(r'`(--[\w-]+)', read('docs/options.md')))
     classes = find_classes()
@@ -55,6 +79,7 @@ def main():
               for fault in check(page, options, classes, colours)]
     faults += [f'{page} says no limit of colours' for page in ('README.md', 'docs/guide.md')
                if not COLOURS.search(read(page))]
+    faults += check_texts()
     sys.exit('\n'.join(faults) or 0)
 
 

@@ -155,11 +155,14 @@ TestGIF Describe(const TestAnimation& inAnimation) {
 
 TestCanvas CanvasOf(const NvGIFPlayer& inPlayer) {
     TestCanvas canvas;
-    for (std::uint32_t y = 0; y < inPlayer.GetScreenHeight(); ++y)
-        for (const NvGIFPlayer::Pixel pixel : inPlayer.ReadRow(y))
+    std::vector<NvGIFPlayer::Pixel> row(inPlayer.GetScreenWidth());
+    for (std::uint32_t y = 0; y < inPlayer.GetScreenHeight(); ++y) {
+        inPlayer.Read(y, {0, inPlayer.GetScreenWidth()}, row.data());
+        for (const NvGIFPlayer::Pixel pixel : row)
             canvas.push_back(pixel == 0 ? km_Uncovered
                                         : static_cast<std::int32_t>((pixel & 0xFF) << 16 | (pixel & 0xFF00) |
                                                                     (pixel >> 16 & 0xFF)));
+    }
     return canvas;
 }
 

@@ -84,7 +84,7 @@ bool MizerBrain::ProcessWholeQueue() {
             if (error.GetCode() == NvErrorCode::km_Cancelled)
                 return false;
         } catch (const std::bad_alloc&) {
-            mShell.ShowMessage("Out of Availible Memory", "Parvigif", MizerShell::Icon::km_Stop);
+            mShell.ShowMessage(mOutOfMemory.c_str(), mTitle.c_str(), MizerShell::Icon::km_Stop);
         }
     }
 }
@@ -217,5 +217,6 @@ bool MizerBrain::ReportProgress(double inFraction) {
 }
 
 void MizerBrain::Pause() {
-    mShell.ShowMessage("Click 'OK' to continue...", "OPERATION PAUSED", MizerShell::Icon::km_None);
+    mShell.ShowMessage(PvSay(PvText::km_ClickToContinue).c_str(), PvSay(PvText::km_Paused).c_str(),
+                       MizerShell::Icon::km_None);
 }

@@ -14,6 +14,7 @@
 #include "win/optimizer/base/pvopthost.h"
 #include "win/optimizer/base/pvoptsettings.h"
 #include "win/optimizer/base/pvoutcome.h"
+#include "win/texts/pvtexts.h"
 
 class WnPref;
 
@@ -96,4 +97,6 @@ private:
     MizerTotals mTotals;
     MizerLog mLog;
     MizerLedger mLedger;
+    const std::string mTitle = PvSay(PvText::km_Parvigif);
+    const std::string mOutOfMemory = PvSay(PvText::km_OutOfMemory); // while there is some
 };

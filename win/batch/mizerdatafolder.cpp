@@ -21,7 +21,7 @@ std::FILE* MizerDataFolder::Open(const std::string& inPath, const char* inMode) 
     return std::fopen(inPath.c_str(), inMode);
 }
 
-void MizerDataFolder::ComplainOf(int inError, const char* inWhat, const std::string& inPath,
-                                 const char* inCaption) const {
-    mComplain(std::string(inWhat) + ": " + inPath + ", error " + std::strerror(inError), inCaption);
+void MizerDataFolder::ComplainOf(int inError, PvText inWhat, const std::string& inPath,
+                                 PvText inCaption) const {
+    mComplain(PvSay(inWhat, {inPath, std::strerror(inError)}), PvSay(inCaption).c_str());
 }

@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include "win/texts/pvtexts.h"
+
 /** The folder of the program's own files, and who shows the person that one of them cannot be written. */
 struct MizerDataFolder {
     /** Its path, without a closing separator. Called each time one is needed, since the folder may come and
@@ -19,6 +21,8 @@ struct MizerDataFolder {
      *  refused with EINVAL. */
     static std::FILE* Open(const std::string& inPath, const char* inMode);
 
-    /** Complains: "<inWhat>: <inPath>, error <words for inError>". @param inError  a value of errno */
-    void ComplainOf(int inError, const char* inWhat, const std::string& inPath, const char* inCaption) const;
+    /** Complains that a file cannot be used.
+     *  @param inError  a value of errno
+     *  @param inWhat   takes the path and the words for the error */
+    void ComplainOf(int inError, PvText inWhat, const std::string& inPath, PvText inCaption) const;
 };

@@ -8,6 +8,7 @@
 #include "win/batch/mizerdelivery.h"
 #include "win/batch/mizertotals.h"
 #include "win/optimizer/base/pvoutcome.h"
+#include "win/texts/pvtexts.h"
 #include "wnatom/wholefile.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnscratch.h"
@@ -192,7 +193,8 @@ void MizerFileJob::MarkReplaced() {
     mResult.mBackupPath = mKept ? mKept->mPath : std::string();
     if (!mResult.mDamage.empty())
         mResult.SetReason(MizerReason::km_ReplacedDamaged,
-                          mResult.mDamage + "; the original is kept" + (mKept ? " as " + mKept->mPath : ""));
+                          mKept ? PvSay(PvText::km_DamagedAndKeptAs, {mResult.mDamage, mKept->mPath})
+                                : PvSay(PvText::km_DamagedAndKept, {mResult.mDamage}));
     else if (mKept && mKept->mIsAside)
         mResult.SetReason(MizerReason::km_KeptAside, mKept->mPath);
     else
@@ -205,8 +207,8 @@ void MizerFileJob::LeaveIfNotWorthIt() {
     const std::uint32_t saved = mResult.GetSaved();
     mResult.mNewSize = mResult.mOriginalSize;
     mResult.SetReason(MizerReason::km_GainsTooLittle,
-                      std::to_string(saved) + (saved == 1 ? " byte (" : " bytes (") +
-                          MizerPercentage(saved, mResult.mOriginalSize) + ")");
+                      PvSay(saved == 1 ? PvText::km_SavesOneByte : PvText::km_SavesBytes,
+                            {std::to_string(saved), MizerPercentage(saved, mResult.mOriginalSize)}));
 }
 
 /** @param inSmallerPath  null when it could not be made smaller */

@@ -109,6 +109,6 @@ void MizerLedger::Add(const char* inPath, const std::string& inKind, bool inComp
         return;
     }
     if (inComplains)
-        mFolder.ComplainOf(errno, "Unable to write the list of files done", path, "Log write error");
+        mFolder.ComplainOf(errno, PvText::km_LedgerNotWritten, path, PvText::km_LogWriteError);
     mHasFailed = true;
 }

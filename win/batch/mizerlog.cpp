@@ -20,7 +20,7 @@ void MizerLog::WriteLogEntry(const std::string& inText) {
     std::fwrite(inText.data(), 1, inText.size(), mStream.get());
     if (std::fflush(mStream.get()) != 0) {
         const int error = errno;
-        mFolder.ComplainOf(error, "Unable to write log file at", GetPath(), "Log write error");
+        mFolder.ComplainOf(error, PvText::km_LogNotWritten, GetPath(), PvText::km_LogWriteError);
         CloseLog();
     }
 }
@@ -46,7 +46,7 @@ MizerLog::Stream MizerLog::OpenOrComplain(const char* inMode) const {
     const std::string path = GetPath();
     Stream stream(MizerDataFolder::Open(path, inMode));
     if (!stream)
-        mFolder.ComplainOf(errno, "Unable to open log file at", path, "Log open error");
+        mFolder.ComplainOf(errno, PvText::km_LogNotOpened, path, PvText::km_LogOpenError);
     return stream;
 }
 
@@ -54,27 +54,28 @@ std::string MizerEntryHead(std::chrono::sys_seconds inTime, const char* inPath) 
     const auto day = std::chrono::floor<std::chrono::days>(inTime);
     const std::chrono::year_month_day date(day);
     const std::chrono::hh_mm_ss time(inTime - day);
-    return std::to_string(static_cast<unsigned>(date.month())) + "/" +
-           std::to_string(static_cast<unsigned>(date.day())) + "/" +
-           std::to_string(static_cast<int>(date.year())) + "  " + std::to_string(time.hours().count()) + ":" +
-           std::to_string(time.minutes().count()) + ":" + std::to_string(time.seconds().count()) +
-           " File: \"" + inPath + "\" \n";
+    const auto number = [](auto inNumber) { return std::to_string(inNumber); };
+    return PvSay(PvText::km_LogHead,
+                 {number(static_cast<unsigned>(date.month())), number(static_cast<unsigned>(date.day())),
+                  number(static_cast<int>(date.year())), number(time.hours().count()),
+                  number(time.minutes().count()), number(time.seconds().count()), inPath});
 }
 
 std::string MizerSmallerEntry(std::chrono::sys_seconds inTime, const char* inPath,
                               std::uint32_t inOriginalSize, std::uint32_t inNewSize) {
     const std::uint32_t saved = inOriginalSize - inNewSize;
-    return MizerEntryHead(inTime, inPath) + "     " + std::to_string(saved) + " bytes saved (" +
-           std::to_string(inOriginalSize) + " - " + std::to_string(inNewSize) + ") " +
-           MizerPercentage(saved, inOriginalSize) + "\n";
+    return MizerEntryHead(inTime, inPath) +
+           PvSay(PvText::km_LogSmaller,
+                 {PvSay(PvText::km_BytesSaved, {std::to_string(saved)}), std::to_string(inOriginalSize),
+                  std::to_string(inNewSize), MizerPercentage(saved, inOriginalSize)});
 }
 
 std::string MizerUnchangedEntry(std::chrono::sys_seconds inTime, const char* inPath,
                                 const std::string& inReason) {
-    return MizerEntryHead(inTime, inPath) + "    File Unchanged.\n" +
-           (inReason.empty() ? "" : "     " + inReason + "\n");
+    return MizerEntryHead(inTime, inPath) + PvSay(PvText::km_LogUnchanged) +
+           (inReason.empty() ? "" : PvSay(PvText::km_LogReason, {inReason}));
 }
 
 std::string MizerRestoredEntry(std::chrono::sys_seconds inTime, const char* inPath) {
-    return MizerEntryHead(inTime, inPath) + "    Restored from its backup.\n";
+    return MizerEntryHead(inTime, inPath) + PvSay(PvText::km_LogRestored);
 }

@@ -80,7 +80,10 @@ struct MizerFileResult {
  * it; empty when the status says it all. May hold any character that the particulars hold. */
 std::string MizerOutcomeWords(const MizerFileResult& inResult);
 
-/** The same of a reason without particulars. */
+/** The same without what the status says already. */
+std::string MizerWhyWords(const MizerFileResult& inResult);
+
+/** The outcome of a reason without particulars. */
 std::string MizerReasonWords(MizerReason inReason);
 
 /** An error in words for the person at the screen, lower case and without a closing stop, with the number

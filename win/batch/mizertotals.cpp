@@ -8,6 +8,7 @@
 
 #include "win/batch/mizerpreferences.h"
 #include "win/batch/mizershell.h"
+#include "win/texts/pvtexts.h"
 #include "wnatom/wnpref.h"
 
 namespace {
@@ -16,7 +17,7 @@ constexpr const char* km_BytesSaved = "BYTESSAVED";
 constexpr const char* km_FilesProcessed = "FILESPROCESSED";
 
 std::string SavedText(std::uint32_t inSaved) {
-    return std::to_string(inSaved) + " bytes saved";
+    return PvSay(PvText::km_BytesSaved, {std::to_string(inSaved)});
 }
 
 void Show(MizerShell& inShell, MizerControl inControl, const std::string& inText) {
@@ -73,7 +74,7 @@ void MizerTotals::StartFile(const char* inPath) {
 
 void MizerTotals::SetOriginalSize(std::uint32_t inSize) {
     mOriginalSize = inSize;
-    Show(mShell, MizerControl::km_FileSize, std::to_string(inSize) + " bytes unoptimized");
+    Show(mShell, MizerControl::km_FileSize, PvSay(PvText::km_BytesUnoptimized, {std::to_string(inSize)}));
 }
 
 void MizerTotals::AddSaving(std::uint32_t inNewSize) {
@@ -89,7 +90,7 @@ void MizerTotals::AddSaving(std::uint32_t inNewSize) {
 void MizerTotals::ShowThisFile(std::uint32_t inNewSize) {
     mThisFileSaved = inNewSize == 0 ? 0 : mOriginalSize - std::min(inNewSize, mOriginalSize);
     Show(mShell, MizerControl::km_ThisFile,
-         mThisFileSaved == 0 ? "Processing File" : SavedText(mThisFileSaved));
+         mThisFileSaved == 0 ? PvSay(PvText::km_ProcessingFile) : SavedText(mThisFileSaved));
     Show(mShell, MizerControl::km_ThisFilePercent, MizerPercentage(mThisFileSaved, mOriginalSize));
 }
 
@@ -103,7 +104,8 @@ void MizerTotals::ShowToDate() const {
 }
 
 void MizerTotals::ShowFilesProcessed() const {
-    Show(mShell, MizerControl::km_FilesToDate, std::to_string(mFilesProcessed) + " Files processed to date.");
+    Show(mShell, MizerControl::km_FilesToDate,
+         PvSay(PvText::km_FilesToDate, {std::to_string(mFilesProcessed)}));
 }
 
 std::string MizerPercentage(std::uint32_t inSaved, std::uint32_t inOriginal) {

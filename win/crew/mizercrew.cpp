@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "win/texts/pvtexts.h"
 #include "wnatom/wnchild.h"
 #include "wnatom/wnpref.h"
 #include "wnatom/wnsystem.h"
@@ -260,6 +261,7 @@ bool MizerCrew::IsAnyoneBusy() const {
 
 void MizerCrew::Pause() {
     SendAll(Kind::km_Pause);
-    mShell.ShowMessage("Click 'OK' to continue...", "OPERATION PAUSED", MizerShell::Icon::km_None);
+    mShell.ShowMessage(PvSay(PvText::km_ClickToContinue).c_str(), PvSay(PvText::km_Paused).c_str(),
+                       MizerShell::Icon::km_None);
     SendAll(Kind::km_Resume);
 }

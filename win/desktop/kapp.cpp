@@ -19,14 +19,14 @@ namespace {
 void StartUp(std::optional<KAppWindow>& outWindow) {
     try {
         if (FAILED(OleInitialize(nullptr))) // the folder dialog needs it
-            KillerFatalError("Unable To Initialize Parvigif");
+            KillerFatalError(PvText::km_CannotInitialize);
         INITCOMMONCONTROLSEX classes{sizeof(classes), ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
         InitCommonControlsEx(&classes);
         outWindow.emplace();
     } catch (const NvErrorCode&) {
-        KillerFatalError("Unable To Initialize Parvigif");
+        KillerFatalError(PvText::km_CannotInitialize);
     } catch (const std::bad_alloc&) {
-        KillerFatalError("Unable To Initialize Parvigif");
+        KillerFatalError(PvText::km_CannotInitialize);
     }
 }
 
@@ -44,7 +44,7 @@ int WINAPI WinMain(HINSTANCE /*inInstance*/, HINSTANCE /*inPrevious*/, char* /*i
             status = window->Run();
         } catch (const std::bad_alloc&) {
             KillerShowOutOfMemory(nullptr);
-            KillerFatalError(nullptr);
+            KillerFatalError(PvText::km_None);
         }
     }
     OleUninitialize();

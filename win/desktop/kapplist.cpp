@@ -5,6 +5,7 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/base/nvwindows_win.h"
 #include "win/desktop/resource.h"
+#include "win/texts/pvtexts.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ int GetWidth(int inColumn, UINT inDPI) {
 } // namespace
 
 KAppList::KAppList(HWND inParent, const SessionList& inRows)
-    : mWindow(CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"Files of this session",
+    : mWindow(CreateWindowExW(WS_EX_CLIENTEDGE, WC_LISTVIEWW, NvWiden(PvSay(PvText::km_SessionFiles)).c_str(),
                               WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA |
                                   LVS_SINGLESEL | LVS_SHOWSELALWAYS,
                               0, 0, 0, 0, inParent, reinterpret_cast<HMENU>(std::intptr_t{IDC_SESSION_LIST}),
@@ -32,7 +33,7 @@ KAppList::KAppList(HWND inParent, const SessionList& inRows)
     ListView_SetExtendedListViewStyle(mWindow, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP);
     WPARAM index = 0;
     for (const SessionList::Definition& definition : SessionList::GetColumns()) {
-        std::wstring heading = NvWiden(definition.mHeading);
+        std::wstring heading = NvWiden(PvSay(definition.mHeading));
         LVCOLUMNW column{};
         column.mask = LVCF_TEXT | LVCF_FMT;
         column.fmt = definition.mIsNumber ? LVCFMT_RIGHT : LVCFMT_LEFT;

@@ -8,6 +8,7 @@
 #include <shlobj.h>
 
 #include "nvcode2/base/nvwindows_win.h"
+#include "win/texts/pvtexts.h"
 
 namespace {
 
@@ -27,14 +28,17 @@ std::vector<std::string> SplitSelection(const wchar_t* inSelection) {
 } // namespace
 
 std::vector<std::string> KAppChooseFiles(HWND inOwner) {
+    using namespace std::string_literals;
     std::vector<wchar_t> selection(km_SelectionSize);
+    const std::wstring filter = NvWiden(PvSay(PvText::km_GIFFiles)) + L"\0*.GIF\0"s;
+    const std::wstring title = NvWiden(PvSay(PvText::km_ChooseFiles));
     OPENFILENAMEW dialog{};
     dialog.lStructSize = sizeof(dialog);
     dialog.hwndOwner = inOwner;
-    dialog.lpstrFilter = L"GIF files\0*.GIF\0";
+    dialog.lpstrFilter = filter.c_str();
     dialog.lpstrFile = selection.data();
     dialog.nMaxFile = static_cast<DWORD>(selection.size());
-    dialog.lpstrTitle = L"Open File(s)";
+    dialog.lpstrTitle = title.c_str();
     dialog.Flags =
         OFN_ALLOWMULTISELECT | OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
     if (GetOpenFileNameW(&dialog))
@@ -45,9 +49,10 @@ std::vector<std::string> KAppChooseFiles(HWND inOwner) {
 }
 
 std::string KAppChooseFolder(HWND inOwner) {
+    const std::wstring title = NvWiden(PvSay(PvText::km_ChooseFolder));
     BROWSEINFOW browse{};
     browse.hwndOwner = inOwner;
-    browse.lpszTitle = L"Choose a Folder To Optimize";
+    browse.lpszTitle = title.c_str();
     browse.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
     const std::unique_ptr<ITEMIDLIST, decltype(&CoTaskMemFree)> chosen(SHBrowseForFolderW(&browse),
                                                                        &CoTaskMemFree);

@@ -1,7 +1,6 @@
 #include "win/desktop/kapppreview.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include <windowsx.h>
 
@@ -9,6 +8,8 @@
 #include "nvcode2/base/nvwindows_win.h"
 #include "win/batch/mizeroutcome.h"
 #include "win/desktop/resource.h"
+#include "win/texts/pvtexts.h"
+#include "wnatom/controlbitmap.h"
 #include "wnatom/wnsbrbatom.h"
 #include "wnatom/wnsystem.h"
 
@@ -18,48 +19,22 @@ constexpr const wchar_t* km_PreviewClass = L"ParvigifPreview";
 constexpr UINT_PTR km_Timer = 1;
 constexpr int km_Margin = 8; // pixels at 96 per inch, like all lengths here
 constexpr int km_CaptionHeight = 20;
-constexpr int km_Square = 8;
-
-std::uint32_t BitmapColour(NvGIFPlayer::Pixel inPixel) {
-    return (inPixel & 0xFF) << 16 | (inPixel & 0xFF00) | (inPixel >> 16 & 0xFF);
-}
 
 std::string SizeOf(const std::string& inPath) {
     const auto state = WnGetFileState(inPath.c_str());
-    return state ? SessionNumber(state->mSize) + " bytes" : "";
-}
-
-/** The largest rectangle of the picture's shape in the middle of another, no larger than inScale times the
- *  picture. */
-RECT FitInto(const RECT& inRect, int inWidth, int inHeight, double inScale) {
-    const double scale = std::min({inScale, (inRect.right - inRect.left) / static_cast<double>(inWidth),
-                                   (inRect.bottom - inRect.top) / static_cast<double>(inHeight)});
-    const int width = std::max(1, static_cast<int>(std::lround(inWidth * scale)));
-    const int height = std::max(1, static_cast<int>(std::lround(inHeight * scale)));
-    const int left = (inRect.left + inRect.right - width) / 2;
-    const int top = (inRect.top + inRect.bottom - height) / 2;
-    return {left, top, left + width, top + height};
+    return state ? PvSay(PvText::km_Bytes, {SessionNumber(state->mSize)}) : "";
 }
 
 } // namespace
 
-/** Composes what is displayed now with the checkerboard behind it. */
-void KAppPreview::Side::Paint() {
-    const NvGIFPlayer& canvas = mMovie->GetCanvas();
-    const auto width = static_cast<std::int32_t>(canvas.GetScreenWidth());
-    const auto height = static_cast<std::int32_t>(canvas.GetScreenHeight());
-    if (!mBitmap.SetSize(width, height))
-        NvThrow(NvErrorCode::km_OutOfMemory);
-    GdiFlush();
-    for (std::int32_t y = 0; y < height; ++y) {
-        const std::vector<NvGIFPlayer::Pixel> displayed = canvas.ReadRow(static_cast<std::uint32_t>(y));
-        const auto row = mBitmap.Row(y);
-        for (std::int32_t x = 0; x < width; ++x) {
-            const NvGIFPlayer::Pixel pixel = displayed[static_cast<std::size_t>(x)];
-            row[static_cast<std::size_t>(x)] =
-                pixel != 0 ? BitmapColour(pixel) : WnCheckerboard(x, y, km_Square);
-        }
-    }
+/** Brings the picture up to date, for a box that it may fill at most. */
+void KAppPreview::Side::Render(const SIZE& inBox, double inScale) {
+    if (!mIsStale && inBox.cx == mBox.cx && inBox.cy == mBox.cy)
+        return;
+    mPicture.Render(mMovie->GetCanvas(), static_cast<std::uint32_t>(inBox.cx),
+                    static_cast<std::uint32_t>(inBox.cy), inScale);
+    mBox = inBox;
+    mIsStale = false;
 }
 
 KAppPreview::KAppPreview(HWND inParent) {
@@ -88,13 +63,14 @@ void KAppPreview::Show(const SessionList::Row& inRow) {
     mPath = inRow.mPath;
     try {
         if (isSmaller && !inRow.mOriginalPath.empty())
-            Open(mBefore, inRow.mOriginalPath, "Before: " + SizeOf(inRow.mOriginalPath));
+            Open(mBefore, inRow.mOriginalPath, PvSay(PvText::km_Before, {SizeOf(inRow.mOriginalPath)}));
         if (inRow.mStatus != MizerStatus::km_Failed)
-            Open(mAfter, inRow.mPath, (isSmaller ? "After: " : "Unchanged: ") + SizeOf(inRow.mPath));
+            Open(mAfter, inRow.mPath,
+                 PvSay(isSmaller ? PvText::km_After : PvText::km_NotChanged, {SizeOf(inRow.mPath)}));
         else
             ShowText(inRow.mOutcome);
     } catch (const NvErrorCode& error) {
-        ShowText("Cannot be shown: " + MizerErrorWords(error));
+        ShowText(PvSay(PvText::km_CannotBeShown, {MizerErrorWords(error)}));
     }
     SetWindowTextW(mWindow,
                    mPath.empty() ? mText.c_str() : (mBefore.mCaption + L" " + mAfter.mCaption).c_str());
@@ -104,7 +80,7 @@ void KAppPreview::Show(const SessionList::Row& inRow) {
 void KAppPreview::Open(Side& outSide, const std::string& inPath, const std::string& inCaption) {
     outSide.mMovie = std::make_unique<GIFMovie>(inPath, WnGetUsualMemoryLimit());
     outSide.mCaption = NvWiden(inCaption);
-    outSide.Paint();
+    outSide.mIsStale = true;
 }
 
 void KAppPreview::ShowText(const std::string& inText) {
@@ -140,11 +116,11 @@ void KAppPreview::OnTimer() {
             if (!side->mMovie)
                 continue;
             side->mMovie->Advance();
-            side->Paint();
+            side->mIsStale = true;
         }
         Play();
     } catch (const NvErrorCode& error) {
-        ShowText("Cannot be shown: " + MizerErrorWords(error));
+        ShowText(PvSay(PvText::km_CannotBeShown, {MizerErrorWords(error)}));
     }
     InvalidateRect(mWindow, nullptr, FALSE);
 }
@@ -157,6 +133,7 @@ void KAppPreview::TogglePause() {
 
 void KAppPreview::SetScale(UINT inDPI, HFONT inFont) {
     mDPI = inDPI;
+    mBefore.mIsStale = mAfter.mIsStale = true;
     mFont = inFont;
     InvalidateRect(mWindow, nullptr, FALSE);
 }
@@ -168,12 +145,16 @@ void KAppPreview::OnPaint() {
     GetClientRect(mWindow, &rect);
     {
         const WnSBRBAtom bits(context, rect);
-        Draw(bits.GetContext(), rect);
+        try {
+            Draw(bits.GetContext(), rect);
+        } catch (const NvErrorCode& error) {
+            ShowText(PvSay(PvText::km_CannotBeShown, {MizerErrorWords(error)}));
+        }
     }
     EndPaint(mWindow, &paint);
 }
 
-void KAppPreview::Draw(HDC inContext, const RECT& inRect) const {
+void KAppPreview::Draw(HDC inContext, const RECT& inRect) {
     FillRect(inContext, &inRect, GetSysColorBrush(COLOR_WINDOW));
     FrameRect(inContext, &inRect, GetSysColorBrush(COLOR_3DSHADOW));
     SelectObject(inContext, mFont ? mFont : GetStockObject(DEFAULT_GUI_FONT));
@@ -200,17 +181,22 @@ void KAppPreview::Draw(HDC inContext, const RECT& inRect) const {
     }
 }
 
-void KAppPreview::DrawSide(HDC inContext, const Side& inSide, RECT inRect) const {
+void KAppPreview::DrawSide(HDC inContext, Side& ioSide, RECT inRect) const {
     InflateRect(&inRect, -Scaled(km_Margin), -Scaled(km_Margin));
     RECT caption = inRect;
     caption.bottom = caption.top + Scaled(km_CaptionHeight);
-    DrawTextW(inContext, inSide.mCaption.c_str(), -1, &caption,
+    DrawTextW(inContext, ioSide.mCaption.c_str(), -1, &caption,
               DT_CENTER | DT_TOP | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
     inRect.top = caption.bottom;
     if (inRect.right <= inRect.left || inRect.bottom <= inRect.top)
         return;
-    inSide.mBitmap.Draw(inContext,
-                        FitInto(inRect, inSide.mBitmap.GetWidth(), inSide.mBitmap.GetHeight(), mDPI / 96.0));
+    const SIZE box{inRect.right - inRect.left, inRect.bottom - inRect.top};
+    ioSide.Render(box, mDPI / 96.0);
+    const auto width = static_cast<LONG>(ioSide.mPicture.GetWidth());
+    const auto height = static_cast<LONG>(ioSide.mPicture.GetHeight());
+    const POINT place{(inRect.left + inRect.right - width) / 2, (inRect.top + inRect.bottom - height) / 2};
+    WnDrawBitmap(inContext, place, ioSide.mPicture.GetPixels(), ioSide.mPicture.GetWidth(),
+                 ioSide.mPicture.GetHeight());
 }
 
 /** Text of any number of lines in the middle of a rectangle. */

@@ -6,8 +6,8 @@
 #include <windows.h>
 
 #include "win/session/gifmovie.h"
+#include "win/session/gifpicture.h"
 #include "win/session/sessionlist.h"
-#include "wnatom/controlbitmap.h"
 
 /** Plays a file as it was and as it is, side by side and in step, over a checkerboard. Space or a click stops
  *  and starts it. */
@@ -36,10 +36,12 @@ private:
     /** A file that plays, and how it looks now. */
     struct Side {
         std::unique_ptr<GIFMovie> mMovie;
-        WnControlBitmap mBitmap;
+        GIFPicture mPicture;
+        SIZE mBox{}; // that the picture was made for
+        bool mIsStale = true;
         std::wstring mCaption;
 
-        void Paint();
+        void Render(const SIZE& inBox, double inScale);
     };
 
     static LRESULT CALLBACK Procedure(HWND inWindow, UINT inMessage, WPARAM inWParam, LPARAM inLParam);
@@ -51,8 +53,8 @@ private:
     void Play();
     void TogglePause();
     void OnPaint();
-    void Draw(HDC inContext, const RECT& inRect) const;
-    void DrawSide(HDC inContext, const Side& inSide, RECT inRect) const;
+    void Draw(HDC inContext, const RECT& inRect);
+    void DrawSide(HDC inContext, Side& ioSide, RECT inRect) const;
     void DrawMiddle(HDC inContext, const std::wstring& inText, RECT inRect) const;
     int Scaled(int inPixels) const { return MulDiv(inPixels, static_cast<int>(mDPI), 96); }
 

@@ -11,13 +11,12 @@
 #include "win/desktop/kapppreferences.h"
 #include "win/desktop/killer.h"
 #include "win/desktop/resource.h"
+#include "win/texts/pvtexts.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
 
 constexpr const wchar_t* km_Class = L"Parvigif";
-constexpr const char* km_Hint = "Drop GIF files or folders here, or choose File > Open File(s)...";
-constexpr const char* km_SelectHint = "Select a file to compare it with what it was.";
 constexpr ULONGLONG km_PumpPause = 30; // milliseconds between looks at the messages inside a file
 
 HINSTANCE Instance() {
@@ -40,9 +39,10 @@ KAppWindow::KAppWindow() {
     windowClass.lpszMenuName = MAKEINTRESOURCEW(IDR_MENU);
     windowClass.lpszClassName = km_Class;
     RegisterClassExW(&windowClass);
-    if (!CreateWindowExW(WS_EX_ACCEPTFILES | WS_EX_CONTROLPARENT, km_Class, L"Parvigif",
-                         WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
-                         CW_USEDEFAULT, nullptr, nullptr, Instance(), this))
+    if (!CreateWindowExW(WS_EX_ACCEPTFILES | WS_EX_CONTROLPARENT, km_Class,
+                         NvWiden(PvSay(PvText::km_Parvigif)).c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+                         CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, nullptr, nullptr,
+                         Instance(), this))
         ThrowRuntimeError(NvLastErrno());
     mAccelerators = LoadAcceleratorsW(Instance(), MAKEINTRESOURCEW(IDR_ACCELERATORS));
     MakeChildren();
@@ -65,11 +65,11 @@ void KAppWindow::MakeChildren() {
     mList->mOnSort = [this](SessionList::Column column) { SortList(column); };
     mList->mOnSelect = [this] { ShowSelected(); };
     mPreview = std::make_unique<KAppPreview>(mWindow);
-    mPreview->ShowText(km_Hint);
+    mPreview->ShowText(PvSay(PvText::km_DropHint));
     mStatus = std::make_unique<KAppStatus>(mWindow);
     ShowWindow(mPanel.GetWindow(), SW_SHOW);
     SetScale(GetDpiForWindow(mWindow));
-    mStatus->SetText("Ready");
+    mStatus->SetText(PvSay(PvText::km_Ready));
 }
 
 int KAppWindow::Run() {
@@ -110,7 +110,7 @@ void KAppWindow::ProcessNames(const std::vector<std::string>& inNames) {
     for (const std::string& name : inNames) {
         try {
             if (mBrain->AddNameToQueue(name.c_str()) == MizerBrain::Named::km_NoGIFs)
-                mRows.AddFailure(name, "no GIF file there");
+                mRows.AddFailure(name, MizerReasonWords(MizerReason::km_NoGIFs));
             mNamed.insert(name);
         } catch (const NvErrorCode& error) {
             mRows.AddFailure(name, MizerErrorWords(error));
@@ -126,14 +126,16 @@ void KAppWindow::ProcessNames(const std::vector<std::string>& inNames) {
 void KAppWindow::RunBatch() {
     if (mBrain->IsBusy())
         return; // what was added is part of the batch that runs
-    mStatus->SetText("Optimizing...");
+    mStatus->SetText(PvSay(PvText::km_AtWork));
     mStatus->ShowProgress(true);
     const bool isCancelled = !mBrain->ProcessWholeQueue();
     mNamed.clear();
     mReplaced.clear();
     mStatus->ShowProgress(false);
     const std::string summary = mRows.GetSummary();
-    mStatus->SetText(isCancelled ? "Cancelled. " + summary : summary.empty() ? "Ready" : summary);
+    mStatus->SetText(isCancelled       ? PvSay(PvText::km_CancelledAfter, {summary})
+                     : summary.empty() ? PvSay(PvText::km_Ready)
+                                       : summary);
     if (!mList->GetSelected() && mRows.GetCount() != 0)
         mList->Select(0);
     if (mQuitSeen)
@@ -154,7 +156,7 @@ void KAppWindow::FileDone(const MizerFileResult& inResult) {
         mList->Reveal(row);
     if (!selected || mRows.GetRow(*selected).mPath == inResult.mPath)
         ShowSelected();
-    mStatus->SetText("Optimizing... " + mRows.GetSummary());
+    mStatus->SetText(PvSay(PvText::km_AtWorkOn, {mRows.GetSummary()}));
 }
 
 void KAppWindow::BeforeReplace(const char* inPath) {
@@ -166,7 +168,7 @@ void KAppWindow::BeforeReplace(const char* inPath) {
 void KAppWindow::ShowSelected() {
     const auto selected = mList->GetSelected();
     if (!selected)
-        mPreview->ShowText(mRows.GetCount() == 0 ? km_Hint : km_SelectHint);
+        mPreview->ShowText(PvSay(mRows.GetCount() == 0 ? PvText::km_DropHint : PvText::km_SelectHint));
     else if (mRows.GetRow(*selected).mPath == mReplaced)
         mPreview->ShowText("");
     else
@@ -196,6 +198,10 @@ void KAppWindow::ShowMessage(const char* inText, const char* inCaption, Icon inI
                 inIcon == Icon::km_Stop ? MB_ICONHAND : MB_OK);
 }
 
+void KAppWindow::ShowMessage(const std::string& inText, Icon inIcon) {
+    ShowMessage(inText.c_str(), PvSay(PvText::km_Parvigif).c_str(), inIcon);
+}
+
 void KAppWindow::PostQuit() {
     DestroyWindow(mWindow);
 }
@@ -208,12 +214,11 @@ void KAppWindow::Cancel() {
 void KAppWindow::OpenLog() {
     const std::string path = mBrain->GetLogPath();
     if (WnGetFileKind(path.c_str()) == WnFileKind::km_Missing)
-        return ShowMessage("There is no results log yet.", "Parvigif", Icon::km_None);
+        return ShowMessage(PvSay(PvText::km_NoLogYet), Icon::km_None);
     const auto result = reinterpret_cast<std::intptr_t>(
         ShellExecuteW(mWindow, L"open", NvWiden(path).c_str(), nullptr, nullptr, SW_SHOWNORMAL));
     if (result <= 32) // an error code
-        ShowMessage(("No program is set up to show text files. The log is at " + path).c_str(), "Parvigif",
-                    Icon::km_Stop);
+        ShowMessage(PvSay(PvText::km_NoTextProgram, {path}), Icon::km_Stop);
 }
 
 void KAppWindow::EditPreferences() {
@@ -282,9 +287,9 @@ LRESULT CALLBACK KAppWindow::Procedure(HWND inWindow, UINT inMessage, WPARAM inW
     } catch (const std::bad_alloc&) { // nothing may be thrown through Windows
         KillerShowOutOfMemory(inWindow);
     } catch (const NvErrorCode& error) {
-        window->ShowMessage(MizerErrorWords(error).c_str(), "Parvigif", Icon::km_Stop);
+        window->ShowMessage(MizerErrorWords(error), Icon::km_Stop);
     } catch (const std::exception& exception) {
-        window->ShowMessage(MizerErrorWords(exception).c_str(), "Parvigif", Icon::km_Stop);
+        window->ShowMessage(MizerErrorWords(exception), Icon::km_Stop);
     }
     return 0;
 }

@@ -69,6 +69,7 @@ private:
     }
     void EnableCommands(bool inEnable) override;
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override;
+    void ShowMessage(const std::string& inText, Icon inIcon);
     void BeforeReplace(const char* inPath) override;
     void FileDone(const MizerFileResult& inResult) override;
     void PostQuit() override;

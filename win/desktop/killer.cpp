@@ -2,14 +2,24 @@
 
 #include <windows.h>
 
-#include "nvcode2/base/nvwindows_win.h"
+namespace {
 
-void KillerFatalError(const char* inText) {
-    if (inText)
-        MessageBoxW(nullptr, NvWiden(inText).c_str(), L"Fatal Error", MB_ICONHAND | MB_TASKMODAL);
+void Show(HWND inOwner, PvText inText, PvText inCaption, UINT inFlags) {
+    wchar_t text[100] = L"";
+    wchar_t caption[100] = L"";
+    LoadStringW(GetModuleHandleW(nullptr), static_cast<UINT>(inText), text, 100);
+    LoadStringW(GetModuleHandleW(nullptr), static_cast<UINT>(inCaption), caption, 100);
+    MessageBoxW(inOwner, text, caption, inFlags);
+}
+
+} // namespace
+
+void KillerFatalError(PvText inText) {
+    if (inText != PvText::km_None)
+        Show(nullptr, inText, PvText::km_FatalError, MB_ICONHAND | MB_TASKMODAL);
     ExitProcess(1);
 }
 
 void KillerShowOutOfMemory(void* inOwner) {
-    MessageBoxW(static_cast<HWND>(inOwner), L"Out of Availible Memory", L"Parvigif", MB_ICONHAND);
+    Show(static_cast<HWND>(inOwner), PvText::km_OutOfMemory, PvText::km_Parvigif, MB_ICONHAND);
 }

@@ -1,9 +1,11 @@
 #pragma once
 
-/** What the program does when it cannot continue. */
+#include "win/texts/pvtexts.h"
 
-/** Shows the text under the title "Fatal Error", unless it is null, and ends the process with status 1. */
-[[noreturn]] void KillerFatalError(const char* inText);
+/** What the program does when it cannot continue. Neither asks for memory. */
+
+/** Shows the text, unless it is none, under the title "Fatal Error", and ends the process with status 1. */
+[[noreturn]] void KillerFatalError(PvText inText);
 
 /** Says that memory ran out; the program continues.
  *  @param inOwner  the window (HWND) that the message belongs to, or null */

@@ -10,28 +10,24 @@
 namespace {
 
 std::string OutcomeOf(const MizerFileResult& inResult) {
-    std::string words = MizerOutcomeWords(inResult);
+    const std::string words = MizerOutcomeWords(inResult);
     switch (inResult.mStatus) {
     case MizerStatus::km_Smaller:
-        return words.empty() ? "Made smaller" : "Made smaller, " + words;
+        return words.empty() ? PvSay(PvText::km_MadeSmaller) : PvSay(PvText::km_MadeSmallerBut, {words});
     case MizerStatus::km_Unchanged:
-        return words.empty() ? "Unchanged" : "Unchanged, " + words;
+        return words.empty() ? PvSay(PvText::km_Unchanged) : PvSay(PvText::km_UnchangedSince, {words});
     case MizerStatus::km_Failed:
-        return "Failed: " + words;
+        return PvSay(PvText::km_FailedSince, {words});
     case MizerStatus::km_Cancelled:
-        return "Cancelled";
+        return PvSay(PvText::km_Cancelled);
     case MizerStatus::km_Skipped:
-        return 'S' + words.substr(1); // "skipped: ..."
+        return PvSay(PvText::km_SkippedSince, {MizerWhyWords(inResult)});
     }
     return words;
 }
 
 std::string NameOf(const std::string& inPath) {
     return inPath.substr(inPath.find_last_of("\\/") + 1);
-}
-
-std::string Plural(std::size_t inCount, const char* inNoun) {
-    return SessionNumber(inCount) + " " + inNoun + (inCount == 1 ? "" : "s");
 }
 
 using Row = SessionList::Row;
@@ -49,20 +45,21 @@ bool HasSmallerShare(const Row& inFirst, const Row& inSecond) {
 }
 
 constexpr auto km_Columns = std::to_array<SessionList::Definition>({
-    {"Name", false, 132, [](const Row& row) { return NameOf(row.mPath); },
+    {PvText::km_ColumnName, false, 132, [](const Row& row) { return NameOf(row.mPath); },
      [](const Row& first, const Row& second) { return NameOf(first.mPath) < NameOf(second.mPath); }},
-    {"Original", true, 68, [](const Row& row) { return NumberIfMeasured(row, row.mOriginalSize); },
+    {PvText::km_ColumnOriginal, true, 68,
+     [](const Row& row) { return NumberIfMeasured(row, row.mOriginalSize); },
      [](const Row& first, const Row& second) { return first.mOriginalSize < second.mOriginalSize; }},
-    {"New", true, 68, [](const Row& row) { return NumberIfMeasured(row, row.mNewSize); },
+    {PvText::km_ColumnNew, true, 68, [](const Row& row) { return NumberIfMeasured(row, row.mNewSize); },
      [](const Row& first, const Row& second) { return first.mNewSize < second.mNewSize; }},
-    {"Saved", true, 68, [](const Row& row) { return NumberIfMeasured(row, row.GetSaved()); },
+    {PvText::km_ColumnSaved, true, 68, [](const Row& row) { return NumberIfMeasured(row, row.GetSaved()); },
      [](const Row& first, const Row& second) { return first.GetSaved() < second.GetSaved(); }},
-    {"%", true, 52,
+    {PvText::km_ColumnPercentage, true, 52,
      [](const Row& row) {
          return row.mOriginalSize != 0 ? MizerPercentage(row.GetSaved(), row.mOriginalSize) : "";
      },
      HasSmallerShare},
-    {"Outcome", false, 130, [](const Row& row) { return row.mOutcome; },
+    {PvText::km_ColumnOutcome, false, 130, [](const Row& row) { return row.mOutcome; },
      [](const Row& first, const Row& second) { return first.mOutcome < second.mOutcome; }},
 });
 static_assert(km_Columns.size() == static_cast<std::size_t>(SessionList::Column::km_Outcome) + 1);
@@ -90,7 +87,7 @@ std::size_t SessionList::Add(const MizerFileResult& inResult, const std::string&
 
 std::size_t SessionList::AddFailure(const std::string& inName, const std::string& inReason) {
     std::erase_if(mRows, [&](const Row& row) { return row.mPath == inName; });
-    return Insert({inName, MizerStatus::km_Failed, 0, 0, "Failed: " + inReason, ""});
+    return Insert({inName, MizerStatus::km_Failed, 0, 0, PvSay(PvText::km_FailedSince, {inReason}), ""});
 }
 
 std::size_t SessionList::Insert(Row inRow) {
@@ -136,14 +133,18 @@ std::string SessionList::GetSummary() const {
         smaller += row.GetSaved() != 0 ? 1 : 0;
         failed += row.mStatus == MizerStatus::km_Failed ? 1 : 0;
     }
-    return Plural(mRows.size(), "file") + ", " + SessionNumber(smaller) + " made smaller" +
-           (failed != 0 ? ", " + SessionNumber(failed) + " failed" : "") + ": " + SessionNumber(saved) +
-           " bytes saved";
+    const std::string files =
+        PvSay(mRows.size() == 1 ? PvText::km_OneFile : PvText::km_Files, {SessionNumber(mRows.size())});
+    const std::string bytes = PvSay(PvText::km_BytesSaved, {SessionNumber(saved)});
+    if (failed == 0)
+        return PvSay(PvText::km_Summary, {files, SessionNumber(smaller), bytes});
+    return PvSay(PvText::km_SummaryWithFailures,
+                 {files, SessionNumber(smaller), SessionNumber(failed), bytes});
 }
 
 std::string SessionNumber(std::uint64_t inNumber) {
     std::string digits = std::to_string(inNumber);
     for (std::size_t at = digits.size(); at > 3;)
-        digits.insert(at -= 3, ",");
+        digits.insert(at -= 3, 1, ',');
     return digits;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "win/batch/mizeroutcome.h"
+#include "win/texts/pvtexts.h"
 
 /** The files of this session as a table that can be sorted; a window only shows it. Texts are UTF-8. */
 class SessionList {
@@ -27,7 +28,7 @@ public:
 
     /** The heading of a column and how it is shown. */
     struct Definition {
-        const char* mHeading;
+        PvText mHeading;
         bool mIsNumber; ///< aligned right, and sorted with the largest first
         int mWidth;     ///< pixels at 96 per inch, at least
         std::string (*mGetText)(const Row& inRow);

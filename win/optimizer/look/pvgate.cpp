@@ -11,6 +11,7 @@
 #include "nvcode2/gif/nvgifplayer.h"
 #include "win/optimizer/base/pvprogress.h"
 #include "win/optimizer/look/pvlookseries.h"
+#include "win/texts/pvtexts.h"
 #include "wnatom/wnsystem.h"
 
 namespace {
@@ -28,15 +29,15 @@ std::string CompareFiles(const NvGIFFrameReader& inOriginal, const NvGIFFrameRea
     const NvGIFGlobalInfo& candidate = *inCandidate.ShareGlobalInfo();
     if (inOriginal.GetScreenWidth() != inCandidate.GetScreenWidth() ||
         inOriginal.GetScreenHeight() != inCandidate.GetScreenHeight())
-        return "the screen size would change";
+        return PvSay(PvText::km_OtherScreen);
     if (inOriginal.GetFrameCount() != inCandidate.GetFrameCount())
-        return "the number of frames would change";
+        return PvSay(PvText::km_OtherFrameCount);
     if (original.mHasLoop != candidate.mHasLoop || original.mLoopCount != candidate.mLoopCount)
-        return "the looping would change";
+        return PvSay(PvText::km_OtherLooping);
     if (original.mAspect != candidate.mAspect)
-        return "the pixel aspect ratio would change";
+        return PvSay(PvText::km_OtherAspect);
     if (CommentsOf(original) != CommentsOf(candidate))
-        return "the comments would change";
+        return PvSay(PvText::km_OtherComments);
     return {};
 }
 
@@ -47,8 +48,8 @@ constexpr double km_LeastStructure = 0.80;
 // hundred bytes in all.
 constexpr double km_GoodStructure = 0.97;
 
-std::string InFrame(std::uint32_t inIndex, const char* inWhat) {
-    return "frame " + std::to_string(inIndex + 1) + " " + inWhat;
+std::string InFrame(std::uint32_t inIndex, PvText inWhat) {
+    return PvSay(inWhat, {std::to_string(inIndex + 1)});
 }
 
 /** Plays both files up to the first difference that must not be, and measures looks on the way.
@@ -69,9 +70,9 @@ std::string PlayBoth(NvGIFFrameReader& ioOriginal, NvGIFFrameReader& ioCandidate
         const NvGIFFrameInfo& original = ioOriginal.PlayFrame(i, originalPlayer);
         const NvGIFFrameInfo& candidate = ioCandidate.PlayFrame(i, candidatePlayer);
         if (original.mDelay != candidate.mDelay)
-            return InFrame(i, "would be shown for another time");
+            return InFrame(i, PvText::km_OtherDelay);
         if (original.mUserInput != candidate.mUserInput)
-            return InFrame(i, "would wait differently for the user");
+            return InFrame(i, PvText::km_OtherUserInput);
         comparison.BeginFrame(i, std::exchange(restores, candidate.RestoresPrevious()) || restores);
         const auto compare = [&](std::uint32_t inY, const NvGIFPlayer::Columns& inColumns) {
             comparison.Update(originalPlayer, candidatePlayer, inY, inColumns);
@@ -83,9 +84,9 @@ std::string PlayBoth(NvGIFFrameReader& ioOriginal, NvGIFFrameReader& ioCandidate
             for (std::uint32_t y = 0; y < height; ++y)
                 compare(y, {0, width});
         if (!comparison.SamePixelsCovered())
-            return InFrame(i, "would cover other pixels");
+            return InFrame(i, PvText::km_OtherPixels);
         if (!comparison.ColoursAreExplained())
-            return InFrame(i, "would show other colours");
+            return InFrame(i, PvText::km_OtherColours);
         if (looks.ShowFrame(originalPlayer, candidatePlayer)) {
             ioComparison.mWorstLook = looks.GetWorst();
             comparison.MeasureErrors(ioComparison.mWorstLook);
@@ -121,7 +122,7 @@ PvComparison PvCompareGIFs(const char* inOriginalPath, const char* inCandidatePa
     } catch (const NvErrorCode& error) {
         if (error.GetCode() == NvErrorCode::km_OutOfMemory || error.GetCode() == NvErrorCode::km_Cancelled)
             throw;
-        comparison.mReason = "the result could not be read back";
+        comparison.mReason = PvSay(PvText::km_NotReadable);
     }
     return comparison;
 }
