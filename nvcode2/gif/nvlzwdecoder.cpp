@@ -25,9 +25,11 @@ void LZWDecoder::Begin() {
     mMinimumCodeSize = mReader.ReadByte();
     if (mMinimumCodeSize < 1 || mMinimumCodeSize >= km_MaxCodeSize)
         NvThrow(NvErrorCode::km_MalformedGIF);
-    std::fill_n(mStrings.begin(), std::max(mState.mNextCode, mEndCode) + 1, String()); // the last frame's
+    std::fill_n(mStrings.begin(), std::max(mState.mNextCode, mEndCode) + 1,
+                String::Undefined()); // the last frame's
     mClearCode = 1U << mMinimumCodeSize;
     mEndCode = mClearCode + 1;
+    MakeStringsReady(mMinimumCodeSize + 1);
     for (std::uint32_t root = 0; root < std::min(mClearCode, km_Roots); ++root)
         mStrings[root] = {InPlace(root, 0), String::RestOfRoot(root)};
     mState = State();
@@ -163,9 +165,17 @@ inline bool LZWDecoder::DecodeString(State& ioState, std::uint32_t inCode, std::
     return true;
 }
 
+// With a minimum code size of 1 a string is added before codes are wide enough to name it, hence twice as
+// many.
+void LZWDecoder::MakeStringsReady(std::uint32_t inCodeSize) {
+    const std::uint32_t wanted = std::min(2U << inCodeSize, km_MaxCodes);
+    while (mReadyStrings < wanted)
+        mStrings[mReadyStrings++] = String::Undefined();
+}
+
 inline void LZWDecoder::Grow(State& ioState) {
     if (ioState.mCodeSize < km_MaxCodeSize) {
-        ++ioState.mCodeSize;
+        MakeStringsReady(++ioState.mCodeSize);
         ioState.mLimit = ioState.mCodeSize < km_MaxCodeSize ? 1U << ioState.mCodeSize : km_MaxCodes + 1;
     } else {
         ioState.mNextCode = km_MaxCodes;
@@ -184,7 +194,7 @@ std::uint8_t* LZWDecoder::DecodeNoString(std::uint32_t inCode, std::uint8_t* out
     if (inCode <= mState.mNextCode || !DecodeString(mState, mState.mNextCode, outPixels))
         NvThrow(NvErrorCode::km_MalformedGIF);
     mMetUndefinedCode = true;
-    mState.mPrevious = String();
+    mState.mPrevious = String::Undefined();
     return outPixels;
 }
 
@@ -192,7 +202,7 @@ std::uint8_t* LZWDecoder::DecodeNoString(std::uint32_t inCode, std::uint8_t* out
 std::uint8_t* LZWDecoder::DecodeFirst(std::uint8_t* outPixels) {
     const std::uint32_t firstFreeCode = mEndCode + 1;
     for (std::uint32_t code = firstFreeCode; code <= mState.mNextCode; ++code)
-        mStrings[code] = String();
+        mStrings[code] = String::Undefined();
     const std::uint32_t codeSize = mMinimumCodeSize + 1;
     std::uint32_t code = mClearCode;
     while (code == mClearCode)

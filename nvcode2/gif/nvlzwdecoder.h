@@ -58,15 +58,17 @@ private:
      *  of 8 on. Strings are so expanded in steps of eight pixels, and a string that is one pixel longer than
      *  another takes over either its tail or its code. */
     struct String {
-        std::uint64_t mTail = 0; // the first pixel first in memory, zeros behind the last
+        std::uint64_t mTail; // the first pixel first in memory, zeros behind the last
 
         // Loaded and stored at once, from the lowest bits on: eight times the length in pixels, 16 bits; the
         // code of what stands before the tail, 16 bits; the first pixel in the highest 8.
-        std::uint64_t mRest = 8 * km_Undefined;
+        std::uint64_t mRest;
 
         /** The length of what is none: clear and end code, codes not defined yet, and strings whose prefix
          *  was not defined when they were added. No string is that long. */
         static constexpr std::uint32_t km_Undefined = km_MaxCodes + 1;
+
+        static constexpr String Undefined() { return {0, 8 * km_Undefined}; }
 
         static constexpr std::uint32_t km_OneLonger = 8;
         static constexpr std::uint32_t km_FirstShift = 56;
@@ -87,7 +89,7 @@ private:
         std::uint32_t mLimit = 0;        // of mNextCode, where codes grow or the table is full
         std::uint32_t mNextCode = 0;     // to be defined; stays at km_MaxCodes; 0 before the first string
         std::uint32_t mPreviousCode = 0; // decoded last: the next new string begins with it
-        String mPrevious;                // its string
+        String mPrevious = String::Undefined(); // its string
     };
 
     /** Bits read from sub-blocks and not taken yet, the next code's lowest. */
@@ -99,7 +101,8 @@ private:
     std::uint64_t DecodeRow(std::uint8_t* outRow, std::uint64_t inLength, std::uint64_t inWanted);
     void FillWindow(std::uint32_t inWanted);
     bool DecodeString(State& ioState, std::uint32_t inCode, std::uint8_t*& ioOut);
-    static void Grow(State& ioState);
+    void Grow(State& ioState);
+    [[gnu::noinline]] void MakeStringsReady(std::uint32_t inCodeSize);
     std::uint8_t* DecodeNoString(std::uint32_t inCode, std::uint8_t* outPixels);
     std::uint8_t* DecodeFirst(std::uint8_t* outPixels);
     void Expand(String inString, std::uint8_t* outPixels) const;
@@ -118,7 +121,9 @@ private:
     bool mHasEnded = false;
     bool mMetUndefinedCode = false;
     State mState;
-    std::array<String, km_MaxCodes + 1> mStrings;
+    // Only as many are set as codes can name, and as many again: small pictures use few.
+    std::array<String, km_MaxCodes + 1> mStrings; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::uint32_t mReadyStrings = 0;
 
     BitBuffer mBits;
     std::array<std::uint8_t, 255> mBlock{};
@@ -127,7 +132,8 @@ private:
 
     // Pixels decoded and not yet delivered lie from mWindowNext to mWindowEnd. Behind the window there is
     // room for a longest string that begins in its last place, and for what expanding writes beyond it.
-    std::array<std::uint8_t, km_WindowSize + km_MaxCodes + km_TailSize> mWindow{};
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): what is read has been decoded
+    std::array<std::uint8_t, km_WindowSize + km_MaxCodes + km_TailSize> mWindow;
     std::uint32_t mWindowNext = 0;
     std::uint32_t mWindowEnd = 0;
 };

@@ -6,14 +6,15 @@
 #include "nvcode2/base/nvassert.h"
 #include "nvcode2/base/nvbytes.h"
 #include "nvcode2/file/nvfilewriter.h"
+#include "nvcode2/gif/nvlzwstringtable.h"
 
 LZWEncoder::LZWEncoder(NvFileWriter& inWriter) : mWriter(inWriter) {}
 
 void LZWEncoder::Begin(std::uint8_t inMinimumCodeSize, const NvLZWStrings* inStrings) {
     NvAssert(1 <= inMinimumCodeSize && inMinimumCodeSize <= 8);
     const std::uint32_t pixelBits = std::max<std::uint32_t>(inMinimumCodeSize, 2);
-    mTable.Begin(pixelBits);
     mWriter.WriteByte(static_cast<std::uint8_t>(pixelBits));
+    mTable.emplace();
 
     mClearCode = 1U << pixelBits;
     mEndCode = mClearCode + 1;
@@ -41,34 +42,36 @@ void LZWEncoder::EncodeRows(const std::uint8_t* inPixels, std::uint32_t inWidth,
 void LZWEncoder::EncodeRow(const std::uint8_t* inPixels, std::uint32_t inCount) {
     if (inCount == 0)
         return;
+    NvLZWStringTable& table = *mTable;
     std::uint32_t prefix = mPrefix;
     std::uint32_t next = 0;
     if (prefix == km_NoPrefix)
-        next = mTable.FindRun(inPixels, inCount, prefix);
+        next = table.FindRun(inPixels, inCount, prefix);
     while (next < inCount) {
         const std::uint32_t pixel = inPixels[next];
-        mTable.Prefetch(pixel, inPixels[std::min(next + 1, inCount - 1)]);
-        if (const std::uint32_t code = mTable.Find(prefix, pixel)) {
+        table.Prefetch(pixel, inPixels[std::min(next + 1, inCount - 1)]);
+        if (const std::uint32_t code = table.Find(prefix, pixel)) {
             prefix = code;
             ++next;
             continue;
         }
-        mTable.Add(prefix, pixel, mNextCode++);
+        table.Add(prefix, pixel, mNextCode++);
         WriteCode(prefix);
         if (mNextCode == mLimit)
             GrowOrReset();
-        next += mTable.FindRun(inPixels + next, inCount - next, prefix);
+        next += table.FindRun(inPixels + next, inCount - next, prefix);
     }
     mPrefix = prefix;
 }
 
 void LZWEncoder::EncodeGivenStrings(const std::uint8_t* inPixels, std::uint32_t inCount) {
+    const NvLZWStringTable& table = *mTable;
     for (std::uint32_t x = 0; x < inCount; ++x) {
         if (mStringLeft == 0) {
             EndGivenString(inPixels[x]);
             continue;
         }
-        mPrefix = mTable.Find(mPrefix, inPixels[x]);
+        mPrefix = table.Find(mPrefix, inPixels[x]);
         NvAssert(mPrefix != 0);
         --mStringLeft;
     }
@@ -78,10 +81,11 @@ void LZWEncoder::EncodeGivenStrings(const std::uint8_t* inPixels, std::uint32_t 
 // code is spent on it all the same. A full table goes on being used.
 void LZWEncoder::EndGivenString(std::uint8_t inNextPixel) {
     if (mPrefix != km_NoPrefix) {
+        NvLZWStringTable& table = *mTable;
         WriteCode(mPrefix);
         if (mNextCode < NvLZWStringTable::km_MaxCodes) {
-            if (mTable.Find(mPrefix, inNextPixel) == 0)
-                mTable.Add(mPrefix, inNextPixel, mNextCode);
+            if (table.Find(mPrefix, inNextPixel) == 0)
+                table.Add(mPrefix, inNextPixel, mNextCode);
             if (++mNextCode == mLimit && mCodeSize < km_MaxCodeSize)
                 GrowOrReset();
         }
@@ -115,12 +119,14 @@ void LZWEncoder::End() {
         WriteBlock(mBlockLength);
     mWriter.WriteByte(0);
     mPrefix = km_NoPrefix;
+    mTable.reset();
 }
 
 // The clear code that follows a full table still takes the full table's width: decoders switch back after it.
 void LZWEncoder::ResetTable() {
     mWriteSize = mCodeSize;
-    mTable.Clear();
+    NvLZWStringTable& table = *mTable;
+    table.Clear();
     mNextCode = mEndCode + 1;
     mCodeSize = mInitialCodeSize;
     mLimit = 1U << mCodeSize;

@@ -3,9 +3,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
+#include "nvcode2/gif/nvlentstringtable.h"
 #include "nvcode2/gif/nvlzwstrings.h"
-#include "nvcode2/gif/nvlzwstringtable.h"
 
 class NvFileWriter;
 
@@ -56,10 +57,10 @@ private:
     static constexpr std::uint32_t km_StoredBytes = 6;  // that leave the accumulator together
 
     NvFileWriter& mWriter;
-    NvLZWStringTable mTable;
-    std::uint32_t mInitialCodeSize = 0; // bits
-    std::uint32_t mCodeSize = 0;        // bits, as decided by the number of codes assigned
-    std::uint32_t mWriteSize = 0;       // bits of the next code written; follows mCodeSize one code later
+    std::optional<NvLentStringTable> mTable; // from Begin to End
+    std::uint32_t mInitialCodeSize = 0;      // bits
+    std::uint32_t mCodeSize = 0;             // bits, as decided by the number of codes assigned
+    std::uint32_t mWriteSize = 0; // bits of the next code written; follows mCodeSize one code later
     std::uint32_t mClearCode = 0;
     std::uint32_t mEndCode = 0;
     std::uint32_t mNextCode = 0;         // next code to assign

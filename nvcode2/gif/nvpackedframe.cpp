@@ -97,7 +97,7 @@ std::unique_ptr<NvGIFFrame> NvPackedFrame::CopyWhole(const NvIndexMap& inMap, co
 /** Counts the codes of pixels, and keeps the first ones. */
 void NvPackedFrame::Pack(const std::uint8_t* inPixels, std::size_t inCount, std::size_t inMostKept,
                          NvLZWStringTable& ioStrings) {
-    ioStrings.Begin(km_PixelBits);
+    ioStrings.Clear();
     std::uint32_t prefix = inPixels[0];
     std::uint64_t codes = 0;
     for (std::size_t next = 1; next < inCount;) {

@@ -5,6 +5,7 @@
 
 #include "nvcode2/base/nvassert.h"
 #include "nvcode2/gif/nvanimation.h"
+#include "nvcode2/gif/nvlentstringtable.h"
 #include "win/optimizer/base/pvoptsettings.h"
 #include "win/optimizer/base/pvprogress.h"
 #include "win/optimizer/codes/pvfill.h"
@@ -63,7 +64,7 @@ PvWritten PvWriteFirstPass(const char* inPath, NvAnimation& ioAnimation, PvTable
     ioProgress.BeginStep(PvProgress::km_FirstPassWritten);
     ShareTable(ioAnimation.GetGlobalInfo(), inPlan.mShared);
     RestoreBackgroundIndex(ioAnimation.GetGlobalInfo(), inBackground);
-    NvLZWStringTable strings;              // shared by all that need one in turn
+    NvLentStringTable strings;             // shared by all that need one in turn
     std::optional<PvUndrawnFiller> filler; // below a still picture there is nothing
     std::optional<PvFrameCutter> cutter;
     if (inSettings.mIsLossless)
@@ -92,7 +93,7 @@ PvWritten PvWriteSecondPass(const char* inPath, NvAnimation& ioAnimation, const 
     const bool crops = ioAnimation.GetFrameCount() > 1 || inSettings.mCropsSingleImages;
     PvCropper cropper(ioAnimation.GetScreenWidth(), ioAnimation.GetScreenHeight(),
                       AnyFrameClears(ioAnimation));
-    NvLZWStringTable strings;
+    NvLentStringTable strings;
     std::optional<PvFrameCutter> cutter;
     if (inSettings.mIsLossless)
         cutter.emplace(strings);

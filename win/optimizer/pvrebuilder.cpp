@@ -5,7 +5,7 @@
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvanimation.h"
 #include "nvcode2/gif/nvgifplayer.h"
-#include "nvcode2/gif/nvlzwstringtable.h"
+#include "nvcode2/gif/nvlentstringtable.h"
 #include "win/optimizer/base/pvmemory.h"
 #include "win/optimizer/base/pvoptsettings.h"
 #include "win/optimizer/base/pvprogress.h"
@@ -135,7 +135,7 @@ std::unique_ptr<NvAnimation> PvRebuilder::Rebuild(std::uint32_t inTolerance, PvP
     std::optional<PvDifferencer> differencer = MakeDifferencer(inTolerance);
     PvCropper cropper(mReader.GetScreenWidth(), mReader.GetScreenHeight(), stream.MayClear());
     FrameWatch watch(mReader, inJudge != nullptr);
-    NvLZWStringTable strings;
+    NvLentStringTable strings;
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, GetFrameCount());
         std::unique_ptr<NvGIFFrame> frame = stream.Next();

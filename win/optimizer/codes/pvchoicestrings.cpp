@@ -7,7 +7,6 @@ void PvChoiceStrings::Begin(const PvPixelChoices& inChoices) {
     mOther = inChoices.mOther.data();
     mCount = static_cast<std::uint32_t>(inChoices.mPresent.size());
     mFirstFreeCode = (1U << inChoices.mPixelBits) + 2;
-    mTable.Begin(inChoices.mPixelBits);
     Clear();
 }
 

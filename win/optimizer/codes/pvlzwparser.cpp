@@ -27,7 +27,7 @@ std::uint64_t SumWidths(std::uint32_t inPixelBits, std::uint64_t inCodes) {
 } // namespace
 
 void PvLZWParser::Begin(std::uint32_t inPixelBits) {
-    mTable.Begin(inPixelBits);
+    mTable.Clear();
     mFirstFreeCode = FirstFreeCode(inPixelBits);
     mCapacity = NvLZWStringTable::km_MaxCodes - mFirstFreeCode;
 }

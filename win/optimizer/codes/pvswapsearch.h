@@ -4,6 +4,7 @@
 #include <map>
 #include <vector>
 
+#include "nvcode2/gif/nvlentstringtable.h"
 #include "win/optimizer/codes/pvlzwparser.h"
 
 /** What follows a reset position, or the beginning of a stream, up to the next reset (see PvLZWParser). */
@@ -89,7 +90,7 @@ private:
     PvLZWParser mParser;
     std::uint32_t mNext = km_Nowhere; // the pixel of the segment that the parser reads next
 
-    NvLZWStringTable mStringsAhead;
+    NvLentStringTable mStringsAhead;
     PvLZWParser mAhead;                           // parses the segments
     std::map<std::uint32_t, PvSegment> mSegments; // by where they begin
     std::uint64_t mPixelSteps = 0;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "nvcode2/gif/nvgifframe.h"
+#include "nvcode2/gif/nvlentstringtable.h"
 #include "nvcode2/quant/nvquantremap.h"
 #include "win/optimizer/codes/pvlzwestimate.h"
 #include "win/optimizer/colours/pvframecolours.h"
@@ -136,7 +137,7 @@ private:
 
     /** What the whole animation would cost if its other frames were like these. */
     Cost CostOf(std::uint32_t inReach) const {
-        NvLZWStringTable strings;
+        NvLentStringTable strings;
         PvLZWEstimator estimator(strings);
         double bits = 0.0;
         double similarity = 0.0;

@@ -2,7 +2,7 @@
 
 #include "nvcode2/base/nverrorcode.h"
 #include "nvcode2/gif/nvgifframereader.h"
-#include "nvcode2/gif/nvlzwstringtable.h"
+#include "nvcode2/gif/nvlentstringtable.h"
 #include "win/optimizer/base/pvmemory.h"
 #include "win/optimizer/base/pvprogress.h"
 
@@ -13,7 +13,7 @@ std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inM
         NvThrow(NvErrorCode::km_OutOfMemory);
     const std::shared_ptr<NvGIFGlobalInfo> info = reader.ShareGlobalInfo();
     auto animation = std::make_unique<NvAnimation>(info, reader.GetScreenWidth(), reader.GetScreenHeight());
-    NvLZWStringTable strings;
+    NvLentStringTable strings;
     for (std::uint32_t i = 0; i < reader.GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, reader.GetFrameCount());
         animation->AddFrame(NvPackedFrame(reader.ReadFrame(i), strings));
