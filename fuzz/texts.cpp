@@ -15,7 +15,8 @@ void CheckPreferences(const TestFolder& inFolder, const std::string& inText) {
     WriteTestFile(inFolder / "user/Norvek/Parvigif/1.x.ini", inText);
     WnPref prefs("Parvigif", "1.x");
     const MizerSettings settings = MizerSettings::Read(prefs);
-    Require(prefs.WriteDWord("FUZZ", 4711) && prefs.AddToDWord("FUZZ", 1), "any store takes a value");
+    const WnPrefNumber one[] = {{"FUZZ", 1}};
+    Require(prefs.WriteDWord("FUZZ", 4711) && prefs.AddToDWords(one), "any store takes a value");
     std::uint32_t value = 0;
     Require(prefs.ReadDWord("FUZZ", value) && value == 4712, "and gives it back");
     Require(MizerSettings::Read(prefs).mBackup == settings.mBackup, "and keeps the others");

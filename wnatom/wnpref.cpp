@@ -101,8 +101,7 @@ bool WnPref::WriteString(const char* inName, const char* inData, std::size_t inS
     return WriteToRoots(GetKeyPath(), [&](WnPrefKey& key) { return key.WriteString(inName, text); });
 }
 
-bool WnPref::AddToDWord(const char* inName, std::uint32_t inDelta) {
-    NvAssert(inName);
+bool WnPref::AddToDWords(std::span<const WnPrefNumber> inDeltas) {
     if (mKeepsStore)
         return true;
     // No other run comes between the two roots, which are always opened in this order.
@@ -112,12 +111,19 @@ bool WnPref::AddToDWord(const char* inName, std::uint32_t inDelta) {
     const bool hasUser = user.OpenKey(WnPrefKey::km_User, WnPrefKey::km_ReadWrite);
     // A root that has no such value yet continues what a reader saw so far, not 0: otherwise the first write
     // to the machine-wide root would hide a user's total.
-    std::uint32_t seen = 0;
-    ReadFromRoots(GetKeyPath(), [&](const WnPrefKey& key) { return key.ReadDWord(inName, seen); });
+    std::vector<WnPrefNumber> seen(inDeltas.begin(), inDeltas.end());
+    for (WnPrefNumber& number : seen) {
+        number.mValue = 0;
+        ReadFromRoots(GetKeyPath(),
+                      [&](const WnPrefKey& key) { return key.ReadDWord(number.mName, number.mValue); });
+    }
     const auto add = [&](WnPrefKey& key) {
-        std::uint32_t value = seen;
-        key.ReadDWord(inName, value);
-        return key.WriteDWord(inName, value + inDelta);
+        std::vector<WnPrefNumber> sums = seen;
+        for (std::size_t i = 0; i < sums.size(); ++i) {
+            key.ReadDWord(sums[i].mName, sums[i].mValue);
+            sums[i].mValue += inDeltas[i].mValue;
+        }
+        return key.WriteDWords(sums);
     };
     const bool isWritten = hasMachine && add(machine);
     return (hasUser && add(user)) || isWritten;

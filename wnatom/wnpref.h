@@ -3,8 +3,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
+
+/** A number and its name. */
+struct WnPrefNumber {
+    const char* mName;
+    std::uint32_t mValue;
+};
 
 /** Settings and totals of one product and version, kept between runs.
  *
@@ -46,9 +53,9 @@ public:
     /** Files that are ignored although they stand where preferences are read: too large to be any. */
     std::vector<std::string> FindOversized() const;
 
-    /** Adds to the stored number (missing: 0, wrapping at 32 bits) in one step that no other process can
-     *  interrupt, so that runs side by side lose nothing. */
-    bool AddToDWord(const char* inName, std::uint32_t inDelta);
+    /** Adds to stored numbers (missing: 0, wrapping at 32 bits) in one step that no other process can
+     *  interrupt, so that runs side by side lose nothing. Each root is written once. */
+    bool AddToDWords(std::span<const WnPrefNumber> inDeltas);
 
     /** A value for this object's lifetime that overrides the stored one and is never stored. */
     void Override(const char* inName, std::uint32_t inValue);

@@ -3,7 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
+
+struct WnPrefNumber;
 
 /** A preferences key under one root, open for a single read or write.
  *
@@ -35,6 +38,7 @@ public:
 
     /** The key is open for writing. The stored state changes in one step or not at all. */
     bool WriteDWord(const char* inName, std::uint32_t inValue);
+    bool WriteDWords(std::span<const WnPrefNumber> inNumbers);
     bool WriteString(const char* inName, const std::string& inText);
 
 private:

@@ -18,6 +18,7 @@
 
 #include "nvcode2/base/nverrorcode.h"
 #include "wnatom/wnfolders_posix.h"
+#include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 
@@ -100,6 +101,11 @@ bool ReadLines(const std::string& inPath, std::vector<std::string>& outLines) {
         start = end + 1;
     }
     return whole;
+}
+
+void SetLine(std::vector<std::string>& ioLines, const char* inName, const std::string& inText) {
+    std::erase_if(ioLines, [&](const std::string& line) { return GetValue(line, inName).has_value(); });
+    ioLines.push_back(std::string(inName) + "=" + inText);
 }
 
 bool ReplaceFile(const std::string& inPath, const std::vector<std::string>& inLines) {
@@ -216,9 +222,13 @@ bool WnPrefKey::WriteDWord(const char* inName, std::uint32_t inValue) {
     return WriteString(inName, std::to_string(inValue));
 }
 
+bool WnPrefKey::WriteDWords(std::span<const WnPrefNumber> inNumbers) {
+    for (const WnPrefNumber& number : inNumbers)
+        SetLine(mHandle->mLines, number.mName, std::to_string(number.mValue));
+    return ReplaceFile(mHandle->mPath, mHandle->mLines);
+}
+
 bool WnPrefKey::WriteString(const char* inName, const std::string& inText) {
-    auto& lines = mHandle->mLines;
-    std::erase_if(lines, [&](const std::string& line) { return GetValue(line, inName).has_value(); });
-    lines.push_back(std::string(inName) + "=" + inText);
-    return ReplaceFile(mHandle->mPath, lines);
+    SetLine(mHandle->mLines, inName, inText);
+    return ReplaceFile(mHandle->mPath, mHandle->mLines);
 }

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "nvcode2/base/nvwindows_win.h"
+#include "wnatom/wnpref.h"
 
 // A key of the registry. Names and numbers pass through its narrow functions, which the manifest's code page
 // makes UTF-8; texts may hold a path, so they take the wide ones.
@@ -113,6 +114,13 @@ bool WnPrefKey::WriteDWord(const char* inName, std::uint32_t inValue) {
     const DWORD value = inValue;
     return RegSetValueExA(mHandle->mKey, inName, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value),
                           sizeof(value)) == ERROR_SUCCESS;
+}
+
+bool WnPrefKey::WriteDWords(std::span<const WnPrefNumber> inNumbers) {
+    bool areWritten = true;
+    for (const WnPrefNumber& number : inNumbers)
+        areWritten = WriteDWord(number.mName, number.mValue) && areWritten;
+    return areWritten;
 }
 
 bool WnPrefKey::WriteString(const char* inName, const std::string& inText) {

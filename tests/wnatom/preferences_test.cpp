@@ -65,20 +65,21 @@ TEST_F(Preferences, AdditionsOfManyProcessesAllCount) {
     for (int i = 0; i < 4; ++i) {
         if (fork() == 0) {
             for (int j = 0; j < 25; ++j)
-                mPrefs.AddToDWord("BYTESSAVED", 3);
+                mPrefs.AddToDWords(std::array{WnPrefNumber{"BYTESSAVED", 3}, WnPrefNumber{"FILES", 1}});
             _exit(0);
         }
     }
     while (wait(nullptr) > 0) {
     }
     EXPECT_EQ(Read("BYTESSAVED", 0), 3u * 4 * 25 - 6);
+    EXPECT_EQ(Read("FILES", 0), 4u * 25);
     EXPECT_EQ(ReadTestFile(GetUserFile()), ReadTestFile(GetMachineFile()));
 }
 
 TEST_F(Preferences, RootsInOneFolderCountOnce) {
     const TestVariable user("XDG_CONFIG_HOME", mFolder / "machine/./");
     for (int i = 0; i < 2; ++i)
-        EXPECT_TRUE(mPrefs.AddToDWord("BYTESSAVED", 5));
+        EXPECT_TRUE(mPrefs.AddToDWords(std::array{WnPrefNumber{"BYTESSAVED", 5}}));
     EXPECT_EQ(Read("BYTESSAVED", 0), 10u);
 }
 

@@ -42,7 +42,7 @@ TEST_F(Preferences, WritesAndAdditionsGoToBothRoots) {
     EXPECT_EQ(Get(HKEY_CURRENT_USER, "OBACK"), 4294967295u);
 
     Set(HKEY_CURRENT_USER, "BYTESSAVED", 4294967290u);
-    EXPECT_TRUE(mPrefs.AddToDWord("BYTESSAVED", 10));
+    EXPECT_TRUE(mPrefs.AddToDWords(std::array{WnPrefNumber{"BYTESSAVED", 10}}));
     EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, "BYTESSAVED"), 4u) << "goes on from the user's total";
     EXPECT_EQ(Get(HKEY_CURRENT_USER, "BYTESSAVED"), 4u);
 }
@@ -55,7 +55,7 @@ TEST_F(Preferences, WithoutRightsToTheMachineWideKeyTheUsersServes) {
               ERROR_SUCCESS);
     RegOverridePredefKey(HKEY_LOCAL_MACHINE, refusing);
     EXPECT_TRUE(mPrefs.WriteDWord("OBACK", 3));
-    EXPECT_TRUE(mPrefs.AddToDWord("OBACK", 2));
+    EXPECT_TRUE(mPrefs.AddToDWords(std::array{WnPrefNumber{"OBACK", 2}}));
     EXPECT_EQ(Read("OBACK"), 5u);
     EXPECT_EQ(Get(HKEY_CURRENT_USER, "OBACK"), 5u);
     EXPECT_EQ(Get(HKEY_LOCAL_MACHINE, "OBACK"), 99u);

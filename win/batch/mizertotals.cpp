@@ -44,8 +44,9 @@ void MizerTotals::Store() {
     if (mFilesToStore == 0)
         return;
     try {
-        mPrefs.AddToDWord(km_BytesSaved, std::exchange(mSavedToStore, 0));
-        mPrefs.AddToDWord(km_FilesProcessed, std::exchange(mFilesToStore, 0));
+        const WnPrefNumber deltas[] = {{km_BytesSaved, std::exchange(mSavedToStore, 0)},
+                                       {km_FilesProcessed, std::exchange(mFilesToStore, 0)}};
+        mPrefs.AddToDWords(deltas);
     } catch (const std::bad_alloc&) {
         return; // the pictures are done; only the counts are lost
     }
