@@ -6,20 +6,21 @@
 
 namespace {
 
+struct Neighbour {
+    std::uint32_t mIndex;
+    std::uint32_t mDistance = UINT32_MAX;
+};
+
 /** The flagged entry nearest to an entry, itself excepted; the lowest of equally near ones. */
-std::uint32_t NearestOther(const NvColorTable& inShared, const NvColorFlags& inFlags, std::uint32_t inIndex,
-                           std::uint32_t& outDistance) {
-    std::uint32_t nearest = inIndex;
-    outDistance = UINT32_MAX;
+Neighbour NearestOther(const NvColorTable& inShared, const NvColorFlags& inFlags, std::uint32_t inIndex) {
+    Neighbour nearest{inIndex};
     for (std::uint32_t i = 0; i < inShared.GetSize(); ++i) {
         if (i == inIndex || !inFlags[i])
             continue;
         const std::uint32_t distance =
             NvColorTable::ColorDistance(&inShared.GetColor(inIndex), &inShared.GetColor(i));
-        if (distance < outDistance) {
-            outDistance = distance;
-            nearest = i;
-        }
+        if (distance < nearest.mDistance)
+            nearest = {i, distance};
     }
     return nearest;
 }
@@ -43,24 +44,27 @@ NvColorFlags NvQuantSelector(const NvColorTable& inTable, const std::uint32_t* i
     if (picked == 0)
         flags[0] = true;
 
+    std::array<Neighbour, 256> heirs{};
+    for (std::uint32_t i = 0; picked > inMaxColors && i < inShared.GetSize(); ++i)
+        if (flags[i])
+            heirs[i] = NearestOther(inShared, flags, i);
     for (; picked > inMaxColors; --picked) {
         std::uint32_t cheapest = 0;
-        std::uint32_t heir = 0;
         double leastError = -1.0;
         for (std::uint32_t i = 0; i < inShared.GetSize(); ++i) {
             if (!flags[i])
                 continue;
-            std::uint32_t distance = 0;
-            const std::uint32_t nearest = NearestOther(inShared, flags, i, distance);
-            const double error = static_cast<double>(pixels[i]) * distance;
+            const double error = static_cast<double>(pixels[i]) * heirs[i].mDistance;
             if (leastError < 0 || error < leastError) {
                 leastError = error;
                 cheapest = i;
-                heir = nearest;
             }
         }
         flags[cheapest] = false;
-        pixels[heir] += pixels[cheapest];
+        pixels[heirs[cheapest].mIndex] += pixels[cheapest];
+        for (std::uint32_t i = 0; i < inShared.GetSize(); ++i)
+            if (flags[i] && heirs[i].mIndex == cheapest)
+                heirs[i] = NearestOther(inShared, flags, i);
     }
     return flags;
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <numeric>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "nvcode2/gif/nvgifframe.h"
@@ -64,6 +65,8 @@ std::vector<std::uint32_t> UsedEntries(const PvHistogram& inHistogram) {
 
 /** @return  nothing when no two colours are that near to each other */
 std::optional<Merge> MergeColours(const PvFrameColours& inColours, std::uint32_t inReach) {
+    if (inReach == 0)
+        return std::nullopt;
     const std::vector<std::uint32_t> used = UsedEntries(inColours.mHistogram);
     std::vector<Group> groups;
     Merge merge;
@@ -72,6 +75,9 @@ std::optional<Merge> MergeColours(const PvFrameColours& inColours, std::uint32_t
         std::size_t nearest = groups.size();
         std::uint32_t nearestDistance = inReach * inReach;
         for (std::size_t i = 0; i < groups.size(); ++i) {
+            const int red = groups[i].mLeader.red - color.red; // few others are near in red alone
+            if (static_cast<std::uint32_t>(red * red) >= nearestDistance)
+                continue;
             const std::uint32_t distance = NvColorTable::ColorDistance(&groups[i].mLeader, &color);
             if (distance < nearestDistance) {
                 nearest = i;
@@ -102,9 +108,11 @@ public:
 
     std::uint32_t ChooseReach() const {
         std::uint32_t best = km_Reaches.front();
+        std::size_t bestCount = CountColours(best);
         std::optional<Cost> bestCost;
-        for (const std::uint32_t reach : km_Reaches) {
-            if (CountColours(reach) == CountColours(best))
+        for (const std::uint32_t reach : std::span(km_Reaches).subspan(1)) {
+            const std::size_t count = CountColours(reach);
+            if (count == bestCount)
                 continue; // they merge the same
             if (!bestCost)
                 bestCost = CostOf(best);
@@ -113,6 +121,7 @@ public:
             const Cost cost = CostOf(reach);
             if (cost.mPrice < bestCost->mPrice) {
                 best = reach;
+                bestCount = count;
                 bestCost = cost;
             }
         }
