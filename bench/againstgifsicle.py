@@ -1,90 +1,118 @@
 #!/usr/bin/env python3
-"""Times parvigif beside "gifsicle -O3 --colors 128" over a folder of GIFs, one process a file for both.
+"""Times parvigif beside "gifsicle -O3 --colors 128" over folders of GIFs, one process a file for both.
 
-    bench/againstgifsicle.py PARVIGIF FOLDER [ROUNDS]
+    bench/againstgifsicle.py [-n ROUNDS] PARVIGIF FOLDER...
 
 Every file is processed by one, then at once by the other, so that a change in the machine's speed hits both; of ROUNDS
-(3) such pairs the least time of each counts. Prints a line with each file's processor seconds and peak memory, totals
-with wall seconds, and the files that are furthest off. Figures are those of the whole process; both work on copies,
-on a RAM disk if there is one, with backups and log. Needs gifsicle and GNU time.
+(2) such pairs the least time of each counts. Time is that of the processor, user and system, of the whole process.
+Both work on copies, on a RAM disk if there is one; parvigif keeps no backups and no log. Prints a line for each file
+and, for each folder, the worst ten, the peak memory of the ten largest and the ten smallest, the ratio of the totals
+and that of the median file. Needs gifsicle and GNU time.
 """
 
+import argparse
 import os
 import shutil
-import sys
+import statistics
+import subprocess
 import tempfile
-import time
 from pathlib import Path
+from typing import NamedTuple
 
 
-def measure(command, environment):
-    """Runs a command; wall seconds, processor seconds and peak KiB of its process.
+class Sides:
+    """The two programs at work on a copy of a file."""
 
-    GNU time starts it: the peak of a process begins with that of the one that started it, and this one's is
-    larger than that of many a run."""
-    peak = os.path.join(environment["TMPDIR"], "peak")
-    start = time.perf_counter()
-    pid = os.fork()
-    if pid == 0:
+    def __init__(self, program, work):
+        self.work = Path(work)
+        self.source, self.ours, self.theirs = (self.work / name for name in ("source.gif", "ours.gif", "theirs.gif"))
+        self.environment = dict(
+            os.environ, XDG_CONFIG_DIRS=work, XDG_CONFIG_HOME=work, XDG_STATE_HOME=work, TMPDIR=work
+        )
+        self.commands = (
+            [program, "-q", "--no-backup", "--no-log", str(self.ours)],
+            [shutil.which("gifsicle"), "-O3", "--colors", "128", str(self.source), "-o", str(self.theirs)],
+        )
+
+    def take(self, original):
+        shutil.copyfile(original, self.source)
+        self.theirs.unlink(missing_ok=True)
+
+    def seconds(self, command):
+        shutil.copyfile(self.source, self.ours)
         null = os.open(os.devnull, os.O_RDWR)
-        for stream in (0, 1, 2):
-            os.dup2(null, stream)
-        os.execvpe("time", ["time", "-q", "-f", "%M", "-o", peak, *command], environment)
-    _, _, usage = os.wait4(pid, 0)
-    return time.perf_counter() - start, usage.ru_utime + usage.ru_stime, int(Path(peak).read_text())
+        streams = [(os.POSIX_SPAWN_DUP2, null, stream) for stream in (0, 1, 2)]
+        process = os.posix_spawn(command[0], command, self.environment, file_actions=streams)
+        os.close(null)
+        _, _, usage = os.wait4(process, 0)
+        return usage.ru_utime + usage.ru_stime
+
+    def peak(self, command):
+        """KiB. A process's peak begins with that of its parent, which is larger here than that of many a run."""
+        shutil.copyfile(self.source, self.ours)
+        timed = ["time", "-q", "-f", "%M", "-o", str(self.work / "peak"), *command]
+        subprocess.run(timed, env=self.environment, check=False, capture_output=True)
+        return int((self.work / "peak").read_text())
+
+    def sizes(self):
+        return [path.stat().st_size if path.exists() else 0 for path in (self.ours, self.theirs)]
 
 
-def least(results):
-    return tuple(min(column) for column in zip(*results))
+class File(NamedTuple):
+    path: Path
+    size: int
+    seconds: list  # ours and theirs
+    sizes: list
+
+    @property
+    def ratio(self):
+        return self.seconds[0] / self.seconds[1]
 
 
-def compare(program, original, work, rounds):
-    environment = dict(os.environ, XDG_CONFIG_DIRS=work, XDG_CONFIG_HOME=work, XDG_STATE_HOME=work, TMPDIR=work)
-    ours_path = os.path.join(work, "ours.gif")
-    theirs_path = os.path.join(work, "theirs.gif")
-    ours, theirs = [], []
-    for _ in range(rounds):
-        shutil.copyfile(original, ours_path)
-        Path(ours_path + ".BAK").unlink(missing_ok=True)
-        ours.append(measure([program, "-q", ours_path], environment))
-        gifsicle = ["gifsicle", "-O3", "--colors", "128", str(original), "-o", theirs_path]
-        theirs.append(measure(gifsicle, environment))
-    sizes = [os.path.getsize(path) if os.path.exists(path) else 0 for path in (ours_path, theirs_path)]
-    return least(ours), least(theirs), sizes
+def measure(sides, path, rounds):
+    sides.take(path)
+    runs = [[sides.seconds(command) for command in sides.commands] for _ in range(rounds)]
+    return File(path, path.stat().st_size, [min(column) for column in zip(*runs)], sides.sizes())
+
+
+def print_times(files):
+    for file in files:
+        ours, theirs = file.seconds
+        print(f"{file.path.name[:50]:50} {file.size:9} {ours:9.4f} {theirs:9.4f} {file.ratio:6.2f}")
+
+
+def print_peaks(sides, files):
+    for file in files:
+        sides.take(file.path)
+        ours, theirs = (sides.peak(command) / 1024 for command in sides.commands)
+        print(f"{file.path.name[:50]:50} {file.size:9} {ours:9.1f} {theirs:9.1f} {ours / theirs:6.2f}")
+
+
+def print_folder(sides, folder, rounds):
+    files = [measure(sides, path, rounds) for path in sorted(folder.glob("*.gif"))]
+    print(f"{folder.name:50} {'bytes':>9} {'seconds':>9} {'gifsicle':>9} {'ratio':>6}")
+    print_times(files)
+    print("\nworst ten")
+    print_times(sorted(files, key=lambda file: -file.ratio)[:10])
+    print("\npeak memory in MiB, ten largest and ten smallest")
+    by_size = sorted(files, key=lambda file: -file.size)
+    print_peaks(sides, by_size[:10] + by_size[10:][-10:])
+    seconds, size = ([sum(side) for side in zip(*column)] for column in zip(*((f.seconds, f.sizes) for f in files)))
+    print(f"\n{folder.name}: {len(files)} files, least of {rounds}, {seconds[0]:.2f} s beside {seconds[1]:.2f}")
+    print(f"ratio {seconds[0] / seconds[1]:.2f}, median file {statistics.median(f.ratio for f in files):.2f}")
+    print(f"{size[0]} bytes beside {size[1]}, {size[0] / size[1]:.3f}\n", flush=True)
 
 
 def main():
-    program, folder = os.path.realpath(sys.argv[1]), Path(sys.argv[2])
-    rounds = int(sys.argv[3]) if len(sys.argv) > 3 else 3
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("-n", dest="rounds", type=int, default=2)
+    parser.add_argument("program", type=os.path.realpath)
+    parser.add_argument("folders", metavar="folder", type=Path, nargs="+")
+    options = parser.parse_args()
     memory_disk = "/dev/shm" if os.path.isdir("/dev/shm") else None
-    rows = []
     with tempfile.TemporaryDirectory(dir=memory_disk) as work:
-        for path in sorted(folder.glob("*.gif")):
-            copy = Path(work) / "original.gif"
-            shutil.copyfile(path, copy)
-            rows.append((path.name, path.stat().st_size, *compare(program, copy, work, rounds)))
-
-    print(f"{'file':40} {'seconds':>8} {'gifsicle':>8} {'ratio':>6} {'MiB':>7} {'gifsicle':>8} {'ratio':>6}")
-    for name, _, ours, theirs, _ in rows:
-        print(
-            f"{name[:40]:40} {ours[1]:8.3f} {theirs[1]:8.3f} {ours[1] / max(theirs[1], 1e-3):6.2f} "
-            f"{ours[2] / 1024:7.1f} {theirs[2] / 1024:8.1f} {ours[2] / theirs[2]:6.2f}"
-        )
-    print()
-
-    def total(side, field):
-        return sum(row[side][field] for row in rows)
-
-    print(f"{len(rows)} files, least of {rounds} runs each    parvigif  gifsicle  ratio")
-    for name, field in (("wall s", 0), ("processor s", 1)):
-        print(f"{name:34} {total(2, field):9.2f} {total(3, field):9.2f} {total(2, field) / total(3, field):6.2f}")
-    print(f"{'bytes':34} {total(4, 0):9} {total(4, 1):9} {total(4, 0) / total(4, 1):6.2f}")
-    print("\nmost processor seconds beyond gifsicle's")
-    for row in sorted(rows, key=lambda row: row[3][1] - row[2][1])[:10]:
-        print(f"{row[0][:34]:34} {row[2][1]:9.3f} {row[3][1]:9.3f} {row[2][1] / max(row[3][1], 1e-3):6.2f}")
-    print("\npeak memory in MiB, the ten largest files")
-    for row in sorted(rows, key=lambda row: -row[1])[:10]:
-        print(f"{row[0][:34]:34} {row[2][2] / 1024:9.1f} {row[3][2] / 1024:9.1f} {row[2][2] / row[3][2]:6.2f}")
+        for folder in options.folders:
+            print_folder(Sides(options.program, work), folder, options.rounds)
 
 
 if __name__ == "__main__":
