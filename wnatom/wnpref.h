@@ -7,11 +7,7 @@
 #include <string>
 #include <vector>
 
-/** A number and its name. */
-struct WnPrefNumber {
-    const char* mName;
-    std::uint32_t mValue;
-};
+#include "wnatom/wnprefnumber.h"
 
 /** Settings and totals of one product and version, kept between runs.
  *

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-struct WnPrefNumber;
+#include "wnatom/wnprefnumber.h"
 
 /** A preferences key under one root, open for a single read or write.
  *

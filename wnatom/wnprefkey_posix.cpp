@@ -18,7 +18,6 @@
 
 #include "nvcode2/base/nverrorcode.h"
 #include "wnatom/wnfolders_posix.h"
-#include "wnatom/wnpref.h"
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnsystem.h"
 

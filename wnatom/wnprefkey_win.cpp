@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include "nvcode2/base/nvwindows_win.h"
-#include "wnatom/wnpref.h"
 
 // A key of the registry. Names and numbers pass through its narrow functions, which the manifest's code page
 // makes UTF-8; texts may hold a path, so they take the wide ones.

@@ -25,8 +25,8 @@ void LZWDecoder::Begin() {
     mMinimumCodeSize = mReader.ReadByte();
     if (mMinimumCodeSize < 1 || mMinimumCodeSize >= km_MaxCodeSize)
         NvThrow(NvErrorCode::km_MalformedGIF);
-    std::fill_n(mStrings.begin(), std::max(mState.mNextCode, mEndCode) + 1,
-                String::Undefined()); // the last frame's
+    const std::uint32_t ofLastFrame = std::max(mState.mNextCode, mEndCode) + 1;
+    std::fill_n(mStrings.begin(), ofLastFrame, String::Undefined());
     mClearCode = 1U << mMinimumCodeSize;
     mEndCode = mClearCode + 1;
     MakeStringsReady(mMinimumCodeSize + 1);
