@@ -68,21 +68,28 @@ class SessionFiles : public BatchTest {};
 TEST_F(SessionFiles, OriginalsAreTheBackupsOrCopiesThatGoWithTheSession) {
     const std::string plain = WriteTestFile(mFolder / "plain.gif", "plain");
     const std::string backed = WriteTestFile(mFolder / "backed.gif", "new");
-    WriteTestFile(mFolder / "backed.gif.BAK", "old");
+    WriteTestFile(mFolder / "backed.gif.BAK", "of another picture");
+    WriteTestFile(mFolder / "backed.gif.2.BAK", "old");
+    const TestFolder data;
+    const auto findData = [&] { return data.GetPath(); };
+    MizerOrigins({findData, nullptr})
+        .Add(MizerReadContent(backed.c_str()), MizerReadContent((mFolder / "backed.gif.2.BAK").c_str()),
+             MizerOrigins::Work::km_Done);
     std::string copy;
     {
-        SessionOriginals originals;
+        SessionOriginals originals({findData, nullptr});
         EXPECT_EQ(originals.Find(plain), "");
         originals.Keep(plain);
         originals.Keep(backed);
+        WriteTestFile(mFolder / "plain.gif.BAK", "of another picture");
         WriteTestFile(plain, "replaced");
         originals.Keep(plain);
         copy = originals.Find(plain);
         EXPECT_EQ(ReadTestFile(copy), "plain");
-        EXPECT_EQ(ReadTestFile(originals.Find(backed)), "old");
+        EXPECT_EQ(originals.Find(backed), mFolder / "backed.gif.2.BAK");
     }
     EXPECT_FALSE(fs::exists(copy));
-    EXPECT_TRUE(fs::exists(mFolder / "backed.gif.BAK"));
+    EXPECT_TRUE(fs::exists(mFolder / "backed.gif.2.BAK"));
 }
 
 TEST(Session, AMoviePlaysOnAndOnFromAnEmptyCanvas) {

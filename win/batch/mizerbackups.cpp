@@ -41,6 +41,34 @@ std::string MizerPictureOfBackup(const std::string& inName) {
     return MizerIsNamedGIF(numbered.c_str()) && MizerBackupName(numbered, number) == inName ? numbered : "";
 }
 
+std::vector<std::string> MizerFindBackups(const std::string& inPath) {
+    constexpr unsigned gap = 8; // some may have been removed
+    std::vector<std::string> found;
+    unsigned missing = 0;
+    for (unsigned number = 1; missing <= gap; ++number) {
+        const std::string backup = MizerBackupName(inPath, number);
+        if (WnGetFileKind(backup.c_str()) == WnFileKind::km_Missing) {
+            ++missing;
+            continue;
+        }
+        missing = 0;
+        found.push_back(backup);
+    }
+    return found;
+}
+
+std::string MizerBackups::FindOwn(const std::vector<std::string>& inBackups,
+                                  const MizerContent& inPicture) const {
+    for (auto backup = inBackups.rbegin(); backup != inBackups.rend(); ++backup) {
+        if (WnGetFileKind(backup->c_str()) != WnFileKind::km_RegularFile)
+            continue;
+        const MizerContent content = MizerReadContent(backup->c_str());
+        if (content == inPicture || mOrigins.FindWork(inPicture, content) != MizerOrigins::Work::km_Unknown)
+            return *backup;
+    }
+    return {};
+}
+
 /** @param outHeld  what it holds, when it is the picture's own */
 MizerBackups::Place MizerBackups::Judge(const std::string& inBackup, unsigned inNumber,
                                         const WnFileState& inState, const MizerContent& inContent,

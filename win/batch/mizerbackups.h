@@ -3,6 +3,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "win/batch/mizerorigins.h"
 #include "wnatom/wnsystem.h"
@@ -12,6 +13,9 @@ struct MizerSettings;
 /** The name of a picture's backup: its whole name with ".BAK" appended; further ones, of other pictures that
  *  had the same name, are numbered from 2: "cat.gif.2.BAK". */
 std::string MizerBackupName(const std::string& inPath, unsigned inNumber = 1);
+
+/** A picture's backups that are there, by number. Those that cannot be read as files count, too. */
+std::vector<std::string> MizerFindBackups(const std::string& inPath);
 
 /** The path of the picture that a file of this name is a backup of; empty when it is none. */
 std::string MizerPictureOfBackup(const std::string& inName);
@@ -42,6 +46,11 @@ public:
      *                       no right to add a file to the folder; 22 */
     std::optional<Kept> BackupFile(const char* inPath, const WnFileState& inState,
                                    bool inOverwrites = false) const;
+
+    /** The last of a picture's backups that holds the same or is known to hold what the picture was made
+     * from; empty when none does.
+     *  @throws NvErrorCode  1 when one cannot be read; 2 */
+    std::string FindOwn(const std::vector<std::string>& inBackups, const MizerContent& inPicture) const;
 
     const MizerOrigins& GetOrigins() const { return mOrigins; }
 

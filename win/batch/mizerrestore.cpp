@@ -50,39 +50,17 @@ bool IsOtherImage(const char* inPath, const Shape& inShape) {
     }
 }
 
-/** A picture's backups that are there, by number. Those that cannot be read as files count, too. */
-std::vector<std::string> FindBackups(const std::string& inPath) {
-    constexpr unsigned gap = 8; // some may have been removed
-    std::vector<std::string> found;
-    unsigned missing = 0;
-    for (unsigned number = 1; missing <= gap; ++number) {
-        const std::string backup = MizerBackupName(inPath, number);
-        if (WnGetFileKind(backup.c_str()) == WnFileKind::km_Missing) {
-            ++missing;
-            continue;
-        }
-        missing = 0;
-        found.push_back(backup);
-    }
-    return found;
-}
-
-/** Of several backups, the last that holds the picture or what it was made from; else the last of which
- *  anything is known to have been made; else the first, which is the oldest. */
+/** Of several backups, the picture's own; else the last of which anything is known to have been made; else
+ * the first, which is the oldest. */
 std::string ChooseBackup(const std::vector<std::string>& inBackups, const std::optional<MizerContent>& inHeld,
-                         const MizerOrigins& inOrigins) {
-    std::string original;
-    for (auto backup = inBackups.rbegin(); backup != inBackups.rend(); ++backup) {
-        if (WnGetFileKind(backup->c_str()) != WnFileKind::km_RegularFile)
-            continue;
-        const MizerContent content = MizerReadContent(backup->c_str());
-        if (inHeld &&
-            (content == *inHeld || inOrigins.FindWork(*inHeld, content) != MizerOrigins::Work::km_Unknown))
+                         const MizerBackups& inKeeper) {
+    if (std::string own = inHeld ? inKeeper.FindOwn(inBackups, *inHeld) : ""; !own.empty())
+        return own;
+    for (auto backup = inBackups.rbegin(); backup != inBackups.rend(); ++backup)
+        if (WnGetFileKind(backup->c_str()) == WnFileKind::km_RegularFile &&
+            inKeeper.GetOrigins().IsOriginal(MizerReadContent(backup->c_str())))
             return *backup;
-        if (original.empty() && inOrigins.IsOriginal(content))
-            original = *backup;
-    }
-    return original.empty() ? inBackups.front() : original;
+    return inBackups.front();
 }
 
 /** The picture that is to be replaced. */
@@ -132,7 +110,7 @@ MizerRestoration MizerRestore(const std::string& inPath, const MizerRestoreOptio
         return {MizerRestored::km_InUse, {}, {}};
     if (!inOptions.mIsDryRun)
         ioBackups.RemoveLeftoversBeside(inPath.c_str());
-    const std::vector<std::string> backups = FindBackups(inPath);
+    const std::vector<std::string> backups = MizerFindBackups(inPath);
     if (backups.empty())
         return {MizerRestored::km_NoBackup, {}, {}};
     const std::optional<Present> present = LookAtPicture(inPath);
@@ -140,8 +118,7 @@ MizerRestoration MizerRestore(const std::string& inPath, const MizerRestoreOptio
     std::string& backup = restoration.mBackup;
     backup = inOptions.mBackup;
     if (backup.empty())
-        backup = ChooseBackup(backups, present ? std::optional(present->mContent) : std::nullopt,
-                              ioBackups.GetOrigins());
+        backup = ChooseBackup(backups, present ? std::optional(present->mContent) : std::nullopt, ioBackups);
     if (WnGetFileKind(backup.c_str()) != WnFileKind::km_RegularFile)
         NvThrow(NvErrorCode::km_WrongPermission);
     const MizerContent content = MizerReadContent(backup.c_str());

@@ -1,20 +1,21 @@
 #include "win/session/sessionoriginals.h"
 
+#include <utility>
+
 #include "nvcode2/base/nverrorcode.h"
-#include "win/batch/mizerbackups.h"
 #include "wnatom/wholefile.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
 
-SessionOriginals::SessionOriginals() = default;
+SessionOriginals::SessionOriginals(MizerDataFolder inFolder) : mBackups(std::move(inFolder)) {}
 SessionOriginals::~SessionOriginals() = default;
 
 void SessionOriginals::Keep(const std::string& inPath) {
     if (mPlaces.contains(inPath))
         return;
     try {
-        std::string place = MizerBackupName(inPath);
-        if (WnGetFileKind(place.c_str()) != WnFileKind::km_RegularFile) {
+        std::string place = mBackups.FindOwn(MizerFindBackups(inPath), MizerReadContent(inPath.c_str()));
+        if (place.empty()) {
             if (!mFolder)
                 mFolder = std::make_unique<WnPrivateFolder>();
             place = mFolder->MakePath(std::to_string(mPlaces.size()) + ".gif");

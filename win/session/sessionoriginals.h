@@ -4,13 +4,18 @@
 #include <memory>
 #include <string>
 
+#include "win/batch/mizerbackups.h"
+#include "wnatom/wnsystem.h"
+
 class WnPrivateFolder;
 
-/** Keeps what files were before this session made them smaller, so that both can be compared: their backups,
- *  or copies of its own where there is none. The copies go at the end of the session. */
+/** Keeps what files were before this session made them smaller, so that both can be compared: their own
+ *  backups, or copies where there is none: what another picture of the same name has left is not shown. The
+ * copies go at the end of the session. */
 class SessionOriginals {
 public:
-    SessionOriginals();
+    /** @param inFolder  where is noted which backup belongs to what */
+    explicit SessionOriginals(MizerDataFolder inFolder = {&WnGetDataFolder, nullptr});
     ~SessionOriginals();
 
     /** The file still holds its original bytes and is about to be replaced. Best effort: where it cannot be
@@ -21,6 +26,7 @@ public:
     std::string Find(const std::string& inPath) const;
 
 private:
+    MizerBackups mBackups;
     std::unique_ptr<WnPrivateFolder> mFolder; // made for the first copy
     std::map<std::string, std::string> mPlaces;
 };
