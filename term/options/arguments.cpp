@@ -137,8 +137,9 @@ std::string CheckModes(const TermSettings& inSettings) {
     add(!inSettings.mOutputFolder.empty(), "--output");
     add(inSettings.mSkipsDone && !inSettings.mIsDryRun, "--skip-done");
     add(!inSettings.mContactSheet.empty(), "--contact-sheet");
-    const bool isBatch = !restores && inSettings.mContactSheet.empty();
-    add(!isBatch && !inSettings.mReport.empty(), "--report");
+    if (restores && !inSettings.mReport.empty())
+        return "'--report' shows what was made smaller; leave it out, or list what is restored with '--json'";
+    add(!inSettings.mContactSheet.empty() && !inSettings.mReport.empty(), "--report");
     add(!inSettings.mContactSheet.empty() && inSettings.mFormat == TermFormat::km_Json, "--json");
     add((restores || !inSettings.mContactSheet.empty()) && inSettings.mFormat == TermFormat::km_Csv, "--csv");
     if (inSettings.mSkipsDone && inSettings.mTriesAgain)
