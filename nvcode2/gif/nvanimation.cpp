@@ -11,6 +11,7 @@ NvAnimation::NvAnimation(std::shared_ptr<NvGIFGlobalInfo> inInfo, std::uint32_t 
 }
 
 void NvAnimation::AddFrame(NvPackedFrame inFrame) {
+    mMemory += inFrame.GetMemory();
     mFrames.push_back(std::move(inFrame));
 }
 

@@ -25,6 +25,9 @@ public:
     /** A frame, unpacked to work on. */
     std::unique_ptr<NvGIFFrame> GetFrame(std::uint32_t inIndex) const;
 
+    /** Bytes that the frames take. */
+    std::uint64_t GetMemory() const { return mMemory; }
+
     NvGIFGlobalInfo& GetGlobalInfo() { return *mGlobalInfo; }
     const NvGIFGlobalInfo& GetGlobalInfo() const { return *mGlobalInfo; }
     std::shared_ptr<NvGIFGlobalInfo> ShareGlobalInfo() const { return mGlobalInfo; }
@@ -37,4 +40,5 @@ private:
     std::uint32_t mScreenWidth;
     std::uint32_t mScreenHeight;
     std::vector<NvPackedFrame> mFrames;
+    std::uint64_t mMemory = 0;
 };

@@ -109,14 +109,20 @@ void NvGIFFrameReader::CheckFrames() {
         if (i == 0)
             mFile.CheckFrame(info);
         mFile.CheckUnclippedFrame(info);
-        const std::uint64_t decoded = std::uint64_t{info.mWidth} * info.mHeight;
-        const std::uint64_t pixels = ClipToScreen(info) ? decoded : 1;
+        const std::uint64_t declared = std::uint64_t{info.mWidth} * info.mHeight;
+        mDeclaredPixels += ClipToScreen(info) ? declared : 0;
+        const std::uint64_t pixels = std::uint64_t{info.mWidth} * info.mHeight;
         mPixelsOfAllFrames += pixels;
         mPixelsOfLargestFrame = std::max(mPixelsOfLargestFrame, pixels);
         mColorsOfAllFrames += std::min<std::uint64_t>(pixels, info.mColorTable.GetSize());
         mAnyFrameRestores = mAnyFrameRestores || (info.RestoresPrevious() && i + 1 < GetFrameCount());
         mAnyFrameClears = mAnyFrameClears || info.mDisposal == NvGIFFrameInfo::km_DisposeClear;
     }
+}
+
+std::uint64_t NvGIFFrameReader::GetPixelsToDecode() const {
+    constexpr std::uint64_t km_MostPerByte = 2730; // a string of 4094 pixels in 12 bits
+    return std::min(mDeclaredPixels, GetLength() * km_MostPerByte);
 }
 
 std::uint64_t NvGIFFrameReader::EstimatePlayMemory() const {

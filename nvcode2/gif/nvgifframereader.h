@@ -36,10 +36,15 @@ public:
     /** Whether a frame is cleared when its time is over. */
     bool AnyFrameClears() const { return mAnyFrameClears; }
 
-    /** Pixels of all frames together, and of the largest one, with those beyond the screen, which cost time.
-     */
+    /** Pixels of all frames together, and of the largest one, as far as they lie on the screen. */
     std::uint64_t GetPixelsOfAllFrames() const { return mPixelsOfAllFrames; }
     std::uint64_t GetPixelsOfLargestFrame() const { return mPixelsOfLargestFrame; }
+
+    /** Pixels that reading all frames decodes at most, with those beyond the screen. */
+    std::uint64_t GetPixelsToDecode() const;
+
+    /** Bytes of the file. */
+    std::uint32_t GetLength() const { return mFile.GetLength(); }
 
     /** As many colours as all frames together can show, each counted for each frame. */
     std::uint64_t GetColorsOfAllFrames() const { return mColorsOfAllFrames; }
@@ -72,6 +77,7 @@ private:
     NvGIFFile mFile;
     NvGIFFrameInfo mClipped; // the part on the screen of the frame read last
     NvGIFDamage mDamage;
+    std::uint64_t mDeclaredPixels = 0; // of all frames shown
     std::uint64_t mPixelsOfAllFrames = 0;
     std::uint64_t mPixelsOfLargestFrame = 0;
     std::uint64_t mColorsOfAllFrames = 0; // as many as can differ

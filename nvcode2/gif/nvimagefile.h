@@ -72,6 +72,9 @@ public:
 
     bool IsOpen() const { return mFile.IsOpen(); }
 
+    /** Bytes of the open file. @throws NvErrorCode of NvFile::GetLength */
+    std::uint32_t GetLength() const { return mFile.GetLength(); }
+
     /** Bytes of the file that was written last, known once it is closed; in counting mode too. */
     std::uint32_t GetWrittenLength() const { return mWrittenLength; }
 

@@ -61,6 +61,11 @@ bool NvPackedFrame::HasFewCodes() const {
     return !mWhole && mCodeCount <= km_Capacity - 2 && mInfo->mInterlaced == 0; // clear and end code
 }
 
+std::uint64_t NvPackedFrame::GetMemory() const {
+    const std::uint64_t pixels = mWhole ? std::uint64_t{mWhole->GetWidth()} * mWhole->GetHeight() : 0;
+    return sizeof(*this) + sizeof(*mInfo) + mCodes.capacity() * sizeof(mCodes[0]) + pixels + pixels / 8;
+}
+
 std::unique_ptr<NvGIFFrame> NvPackedFrame::Unpack() const {
     NvIndexMap same;
     std::iota(same.begin(), same.end(), std::uint8_t{0});

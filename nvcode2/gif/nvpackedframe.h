@@ -44,6 +44,8 @@ public:
     /** Whether those are the codes of its LZW data, as a file stores them row by row, in any colours that
      * stay apart: they fit every string table. */
     bool HasFewCodes() const;
+    /** Bytes that the frame takes. */
+    std::uint64_t GetMemory() const;
 
 private:
     std::unique_ptr<NvGIFFrame> CopyWhole(const NvIndexMap& inMap, const NvColorTable& inTable,

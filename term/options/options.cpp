@@ -42,6 +42,10 @@ bool SetMemoryLimit(Settings& ioSettings, Argument inText) {
     return limit != 0;
 }
 
+bool SetMaxTime(Settings& ioSettings, Argument inSeconds) {
+    return TermReadNumber(inSeconds, 0, UINT32_MAX, ioSettings.mOptimizer.mSecondsOfWork);
+}
+
 bool SetTolerance(Settings& ioSettings, Argument inLevels) {
     return TermReadNumber(inLevels, 0, km_DifferenceTolerance, ioSettings.mOptimizer.mTolerance);
 }
@@ -178,6 +182,12 @@ constexpr auto km_Options = std::to_array<TermOption>({
     {"max-memory", 0, "SIZE", "Picture", "leave files that need more memory: 512M, 2G, 25%",
      "Per file; a number alone is in MiB. The default is half of the machine's memory, but at least 1 GiB.",
      SetMemoryLimit, true, "a size above 0, as 512M or 2G, or a part of the memory, as 25%"},
+    {"max-time", 0, "SECONDS", "Picture", "leave files that need more work",
+     "Per file; 0: as much as it takes. The default is 600, enough for well over 100 MB of most pictures. "
+     "The "
+     "work is counted, not timed, so that the same files are left on every machine; an older one may take "
+     "longer.",
+     SetMaxTime, true, "a number of seconds, or 0"},
     {"no-log", 0, nullptr, "Log and preferences", "do not write to the results log", nullptr,
      [](Settings& ioSettings, Argument) { return SetPreference(ioSettings, "LOG", 0); }, true},
     {"log", 0, nullptr, "Log and preferences", "write the results log, whatever the preferences say", nullptr,

@@ -77,6 +77,11 @@ TEST_F(Failures, FilesThatAreNoSoundGIFs) {
     Write("large.gif", MakeHugeGIF(0x07)); // 2047 x 2047
     EXPECT_THAT(mRunner.Run({"--max-memory=1", "large.gif"}).mErr,
                 HasSubstr("needs more memory than allowed"));
+    const std::string larger = MakeHugeGIF(0x1f); // 8191 x 8191
+    Write("large.gif", larger);
+    EXPECT_EQ(mRunner.Run({"--max-time=1", "large.gif"}).mErr,
+              "parvigif: large.gif: needs more work than allowed\n");
+    EXPECT_EQ(Read("large.gif"), larger);
 }
 
 TEST_F(Failures, MissingRights) {

@@ -91,6 +91,16 @@ TEST(Flatten, DisposalsBecomeSimplerAndTheSameIsShown) {
     }
 }
 
+TEST(Flatten, FramesThatWouldSprawlOverTheScreenAreLeftToTheSecondPass) {
+    TestGIF gif = Movie({Paint(1000, 1000, [](auto, auto) { return 0; })});
+    TestFrame dot = WithDisposal(Picture("1"), 3);
+    for (std::uint32_t i = 0; i < 120; ++i) {
+        dot.mLeft = dot.mTop = i % 2 * 999;
+        gif.mFrames.push_back(dot);
+    }
+    EXPECT_THROW(Stream(gif), PvSprawlingFrames);
+}
+
 TEST(Flatten, AFrameOfTooManyColoursIsQuantizedAndTheErrorReported) {
     TestGIF gif;
     gif.mWidth = 20;

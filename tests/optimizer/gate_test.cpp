@@ -61,6 +61,15 @@ const Change km_Noticed[] = {
     {"colours of the screen", [](TestGIF& io) { io.mTable[0] = io.mTable[1] = io.mTable[2] = 0x77FF77; },
      "frame 1 would show other colours"},
     {"blue alone", [](TestGIF& io) { io.mTable[1] ^= 0xFF; }, "frame 1 would show other colours"},
+    {"a frame moved by a pixel", [](TestGIF& io) { ++io.mFrames[1].mLeft; },
+     "frame 2 would show other colours"},
+    {"a row cropped away",
+     [](TestGIF& io) {
+         io.mFrames[0].mHeight = 2;
+         io.mFrames[0].mPixels.resize(8);
+     },
+     "frame 1 would cover other pixels"},
+    {"one colour", [](TestGIF& io) { io.mTable[6] ^= 0x40; }, "frame 3 would show other colours"},
     {"colours of a small frame", [](TestGIF& io) { io.mFrames[2].mLocalTable.assign(16, 0xFF0000); },
      "frame 3 would show other colours"},
 };

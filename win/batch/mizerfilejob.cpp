@@ -165,6 +165,8 @@ void MizerFileJob::SetReason(const PvOutcome& inOutcome) {
             mResult.SetReason(MizerReason::km_DamagedFrame, mResult.mDamage);
     } else if (inOutcome.mIsChangedMeanwhile) {
         mResult.SetReason(MizerReason::km_ChangedMeanwhile);
+    } else if (inOutcome.mIsTooMuchWork) {
+        mResult.SetReason(MizerReason::km_TooMuchWork);
     } else if (!mResult.mDamage.empty() && !KeepsOriginal()) {
         mResult.SetReason(MizerReason::km_DamagedNotKept, mResult.mDamage);
     } else if (!inOutcome.mGateReason.empty()) {

@@ -25,6 +25,7 @@ constexpr auto km_Reasons = std::to_array<Reason>({
      PvText::km_LeftAsItWas},
     {MizerReason::km_DamagedFrame, MizerStatus::km_Failed, PvText::km_None, PvText::km_None,
      NvErrorCode::km_MalformedGIF},
+    {MizerReason::km_TooMuchWork, MizerStatus::km_Failed, PvText::km_TooMuchWork},
     {MizerReason::km_NothingSmaller, MizerStatus::km_Unchanged, PvText::km_None},
     {MizerReason::km_DoneBefore, MizerStatus::km_Unchanged, PvText::km_WasFinishedBefore,
      PvText::km_LeftAsItWas},

@@ -30,6 +30,7 @@ enum class MizerReason {
     km_ReplacedDamaged, ///< particulars: the damage, and where the original is
     km_DamagedNotKept,  ///< left alone, since no backup would be kept; particulars: the damage
     km_DamagedFrame,    ///< left alone, since players differ; particulars: the damage
+    km_TooMuchWork,     ///< left alone, since it would take too long
     km_NothingSmaller,
     km_DoneBefore,       ///< an earlier run has finished with it, so nothing was tried
     km_GainsTooLittle,   ///< particulars: how much

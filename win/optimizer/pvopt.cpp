@@ -6,6 +6,7 @@
 
 #include "nvcode2/gif/nvanimation.h"
 #include "win/optimizer/base/pvprogress.h"
+#include "win/optimizer/frames/pvframestream.h"
 #include "win/optimizer/frames/pvload.h"
 #include "win/optimizer/pvpasses.h"
 #include "win/optimizer/pvrebuilder.h"
@@ -33,6 +34,9 @@ std::uint32_t PvOptimizer::OptimizeGIFFile(const char* inPath, std::uint32_t inO
     mOutcome = PvOutcome();
     try {
         return RunBothPasses(inPath, inOriginalSize);
+    } catch (const PvTooMuchWork&) {
+        mOutcome.mIsTooMuchWork = true;
+        return inOriginalSize;
     } catch (const std::bad_alloc&) {
         NvThrow(NvErrorCode::km_OutOfMemory);
     }
@@ -61,7 +65,8 @@ std::uint32_t PvOptimizer::OptimizeGIFFile(const char* inPath, std::uint32_t inO
  * to 12: pixels that were exchanged make room for further exchanges. It takes place where those saved much,
  * and where the first pass was of no use. */
 std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOriginalSize) {
-    PvProgress progress(mHost);
+    const std::uint64_t seconds = mSettings.mSecondsOfWork;
+    PvProgress progress(mHost, seconds == 0 ? UINT64_MAX : seconds * km_WorkPerSecond);
     mState = WnGetFileState(inPath);
     std::optional<PvCandidate> result = MakeFirstResult(inPath, inOriginalSize, progress);
     if (mOutcome.mLoadError || IsTooDamaged())
@@ -84,6 +89,8 @@ std::uint32_t PvOptimizer::RunBothPasses(const char* inPath, std::uint32_t inOri
         return smallest;
     } catch (const NvErrorCode&) {
         return size; // the first pass's result is in place and whole
+    } catch (const PvTooMuchWork&) {
+        return size;
     } catch (const std::bad_alloc&) {
         return size;
     }
@@ -112,8 +119,13 @@ std::optional<PvCandidate> PvOptimizer::MakeFirstResult(const char* inPath, std:
     if (!file)
         return std::nullopt;
     mOutcome.mFrameCount = file->GetFrameCount();
-    std::unique_ptr<NvAnimation> animation =
-        KeepLoadError([&] { return file->Rebuild(mSettings.mTolerance, ioProgress); });
+    ioProgress.DemandWork(file->GetLeastWork());
+    std::unique_ptr<NvAnimation> animation;
+    try {
+        animation = KeepLoadError([&] { return file->Rebuild(mSettings.mTolerance, ioProgress); });
+    } catch (const PvSprawlingFrames&) {
+        return std::nullopt; // the second pass takes frames as they are
+    }
     mOutcome.mDamage = file->GetDamage();
     if (!animation || IsTooDamaged())
         return std::nullopt;

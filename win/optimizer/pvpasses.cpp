@@ -49,7 +49,9 @@ PvWritten Write(const char* inPath, NvAnimation& ioAnimation, const PvFrameFinis
         PvFinishedFrame finished = inPrepare(inIndex);
         NvGIFFrame& frame = *finished.mFrame;
         NarrowTable(frame);
+        const std::uint64_t steps = swapper.GetPixelSteps();
         written.mMovedPixels.push_back(inSettings.mIsLossless ? 0 : 2 * swapper.SwapIfWorthIt(frame));
+        ioProgress.SpendWork(PvWorkOnFrame(frame) + (swapper.GetPixelSteps() - steps) * km_WorkPerSwapStep);
         return finished;
     });
     written.mSavedByMoving = swapper.GetSavedBytes();

@@ -70,9 +70,14 @@ private:
 
 PvRebuilder::PvRebuilder(const char* inPath, const PvOptSettings& inSettings)
     : mReader(inPath, inSettings.mMemoryLimit), mSettings(inSettings) {
-    if (PvEstimateMemory(mReader) > mSettings.mMemoryLimit)
-        NvThrow(NvErrorCode::km_OutOfMemory);
+    CheckMemory(0);
     mBackground = mReader.ShareGlobalInfo()->GetBackgroundColor();
+}
+
+/** @param inFrames  bytes that frames take already */
+void PvRebuilder::CheckMemory(std::uint64_t inFrames) const {
+    if (PvEstimateMemory(mReader) + inFrames > mSettings.mMemoryLimit)
+        NvThrow(NvErrorCode::km_OutOfMemory);
 }
 
 // Nobody sees an animation being cropped. A still picture changes its place on the screen, so that is for the
@@ -81,8 +86,15 @@ PvFrameStream PvRebuilder::OpenStream() {
     return PvFrameStream(mReader, GetFrameCount() > 1 || mSettings.mCropsSingleImages);
 }
 
+// Each frame is read for its colours, for its pixels, and by the gate, which reads the result, too; looking
+// at the latter costs about as much again.
+std::uint64_t PvRebuilder::GetLeastWork() const {
+    return 5 * PvWorkOfReading(mReader);
+}
+
 void PvRebuilder::ChooseColours(PvProgress& ioProgress) {
     ioProgress.BeginStep(PvProgress::km_ColoursCounted);
+    ioProgress.SpendWork(PvWorkOfReading(mReader));
     const std::vector<std::uint32_t> toTry = PvFramesToTry(GetFrameCount());
     std::vector<PvFrameColours> frames;
     std::vector<std::unique_ptr<NvGIFFrame>> tried;
@@ -90,6 +102,7 @@ void PvRebuilder::ChooseColours(PvProgress& ioProgress) {
     while (std::unique_ptr<NvGIFFrame> frame = stream.Next()) {
         const auto index = static_cast<std::uint32_t>(frames.size());
         ioProgress.ReportFrame(index, GetFrameCount());
+        ioProgress.SpendWork(PvWorkOnFrame(*frame));
         frames.emplace_back(*frame);
         if (tried.size() < toTry.size() && toTry[tried.size()] == index)
             tried.push_back(std::move(frame));
@@ -130,6 +143,7 @@ std::unique_ptr<NvAnimation> PvRebuilder::Rebuild(std::uint32_t inTolerance, PvP
     if (!mSettings.mIsLossless && mMaps.empty())
         ChooseColours(ioProgress);
     ioProgress.BeginStep(PvProgress::km_Rebuilt);
+    ioProgress.SpendWork(PvWorkOfReading(mReader));
     std::unique_ptr<NvAnimation> animation = MakeEmptyAnimation();
     PvFrameStream stream = OpenStream();
     std::optional<PvDifferencer> differencer = MakeDifferencer(inTolerance);
@@ -139,6 +153,7 @@ std::unique_ptr<NvAnimation> PvRebuilder::Rebuild(std::uint32_t inTolerance, PvP
     for (std::uint32_t i = 0; i < GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, GetFrameCount());
         std::unique_ptr<NvGIFFrame> frame = stream.Next();
+        ioProgress.SpendWork(PvWorkOnFrame(*frame));
         watch.ShowOriginal(*frame);
         ShowSharedColours(*frame, i);
         if (differencer)
@@ -151,6 +166,7 @@ std::unique_ptr<NvAnimation> PvRebuilder::Rebuild(std::uint32_t inTolerance, PvP
                 frame = std::move(cropped);
         MapToSharedTable(*frame, i);
         animation->AddFrame(NvPackedFrame(std::move(frame), strings));
+        CheckMemory(animation->GetMemory());
         if (inJudge && IsTimeToJudge(i + 1, GetFrameCount()) &&
             !inJudge(*animation, watch.GetMeanStructure()))
             break;

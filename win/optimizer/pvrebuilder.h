@@ -42,6 +42,9 @@ public:
     /** The colour that the file's background index named. */
     const NvColor& GetBackground() const { return mBackground; }
 
+    /** What the first pass costs at least, see PvTooMuchWork. */
+    std::uint64_t GetLeastWork() const;
+
     /** Of the frames read so far, see NvGIFFrameReader. */
     const NvGIFDamage& GetDamage() const { return mReader.GetDamage(); }
 
@@ -50,7 +53,8 @@ public:
      *  @param inTolerance   levels per channel, see PvDifferencer; 0 when nothing may be lost
      *  @param inJudge       asked on the way and at the end; null saves the time of measuring looks
      *  @return              the animation; its first frames when they were judged enough
-     *  @throws NvErrorCode  3 when the host asked to stop; otherwise those of NvGIFFrameReader */
+     *  @throws NvErrorCode  3 when the host asked to stop; otherwise those of NvGIFFrameReader
+     *  @throws PvSprawlingFrames  as PvFrameStream */
     std::unique_ptr<NvAnimation> Rebuild(std::uint32_t inTolerance, PvProgress& ioProgress,
                                          const Judge& inJudge = nullptr);
 
@@ -61,6 +65,7 @@ public:
     PvColourAllowance GetAllowance(std::uint32_t inTolerance) const;
 
 private:
+    void CheckMemory(std::uint64_t inFrames) const;
     PvFrameStream OpenStream();
     void ChooseColours(PvProgress& ioProgress);
     std::unique_ptr<NvAnimation> MakeEmptyAnimation() const;

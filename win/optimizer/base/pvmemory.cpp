@@ -5,21 +5,71 @@
 #include "nvcode2/gif/nvgifframereader.h"
 #include "nvcode2/quant/nvquantoctree.h"
 
+namespace {
+
+/** What a file has, in numbers of pixels and bytes. */
+struct Shape {
+    std::uint64_t mScreen = 0;
+    std::uint64_t mLargest = 0; // of the frames that the steps have in hand
+    std::uint64_t mCanvas = 0;  // bytes of one, see NvGIFCanvas
+    bool mRestores = false;
+    bool mClears = false;
+    bool mIsStill = false;
+};
+
+Shape ShapeOf(const NvGIFFrameReader& inFile) {
+    const std::uint64_t colours = inFile.GetColorsOfAllFrames();
+    Shape shape;
+    shape.mScreen = std::uint64_t{inFile.GetScreenWidth()} * inFile.GetScreenHeight();
+    shape.mRestores = inFile.AnyFrameRestores();
+    shape.mClears = inFile.AnyFrameClears();
+    shape.mLargest = shape.mRestores ? shape.mScreen : inFile.GetPixelsOfLargestFrame();
+    shape.mCanvas = shape.mScreen * (colours < 256 ? 1 : colours < 65536 ? 2 : 4);
+    shape.mIsStill = inFile.GetFrameCount() == 1;
+    return shape;
+}
+
+/** Of pixels with a mask. */
+std::uint64_t FrameMemory(std::uint64_t inPixels) {
+    return inPixels + inPixels / 8;
+}
+
+/** Frames flattened and cropped, what they add to the screen found. */
+std::uint64_t MemoryToRebuild(const Shape& inShape, std::uint64_t inLargestRead) {
+    const std::uint64_t inHand = FrameMemory(inLargestRead) + FrameMemory(inShape.mLargest);
+    if (inShape.mIsStill)
+        return inHand;
+    const std::uint64_t differences = 4 * inShape.mScreen + inShape.mLargest;
+    const std::uint64_t flattening =
+        inShape.mRestores ? 2 * inShape.mCanvas + 4 * inShape.mScreen + 3 * inShape.mLargest : 0;
+    const std::uint64_t coverage = inShape.mRestores ? 2 : inShape.mClears ? 3 : 0;
+    return inHand + differences + flattening + coverage * inShape.mScreen;
+}
+
+/** Undrawn pixels settled, pixels exchanged. */
+std::uint64_t MemoryToWrite(const Shape& inShape) {
+    const std::uint64_t filling = inShape.mIsStill ? 0 : 2 * inShape.mScreen + 3 * inShape.mLargest;
+    return FrameMemory(inShape.mLargest) + inShape.mLargest + filling;
+}
+
+/** Both files played, and what each pixel showed before where pixels changed places. */
+std::uint64_t MemoryToCompare(const Shape& inShape) {
+    return (inShape.mRestores ? 3 : 2) * inShape.mCanvas + 4 * inShape.mScreen + inShape.mScreen / 4;
+}
+
+} // namespace
+
 std::uint64_t PvEstimateMemory(const NvGIFFrameReader& inFile) {
-    constexpr std::uint64_t km_PerFrame = 8192; // tables, records and bookkeeping
-    constexpr std::uint64_t km_PerScreenPixel =
-        20; // two canvases with what they restore, differencing, coverage
-    constexpr std::uint64_t km_PerCanvasColor = 128; // counting and looking up what a restored canvas shows
-    constexpr std::uint64_t km_CommentCopies =
-        6; // loaded, to be written, and twice each in the two files that the gate plays
-    const bool restores = inFile.AnyFrameRestores();
-    const std::uint64_t screen = std::uint64_t{inFile.GetScreenWidth()} * inFile.GetScreenHeight();
-    const std::uint64_t frames = restores ? screen * inFile.GetFrameCount() : inFile.GetPixelsOfAllFrames();
-    const std::uint64_t largest = restores ? screen : inFile.GetPixelsOfLargestFrame();
-    const std::uint64_t canvasColors = restores ? std::min(screen, inFile.GetColorsOfAllFrames()) : 0;
-    const std::uint64_t colors =
-        restores ? 256 * std::uint64_t{inFile.GetFrameCount()} : inFile.GetColorsOfAllFrames();
-    return frames + frames / 8 + inFile.GetFrameCount() * km_PerFrame + 4 * largest +
-           screen * km_PerScreenPixel + km_CommentCopies * inFile.GetCommentMemory() +
-           canvasColors * km_PerCanvasColor + NvQuantOctree::EstimateMemory(colors);
+    constexpr std::uint64_t km_Least = 14 << 20;     // the program itself
+    constexpr std::uint64_t km_PerFrame = 4096;      // records, tables and counts of its colours
+    constexpr std::uint64_t km_PerCanvasColour = 64; // with its number and its error
+    constexpr std::uint64_t km_MostNumbered = 1 << 16;
+    constexpr std::uint64_t km_CommentCopies = 6; // loaded, to be written, and twice each when compared
+    const Shape shape = ShapeOf(inFile);
+    const std::uint64_t colours = inFile.GetColorsOfAllFrames();
+    const std::uint64_t steps = std::max({MemoryToRebuild(shape, inFile.GetPixelsOfLargestFrame()),
+                                          MemoryToWrite(shape), MemoryToCompare(shape)});
+    return km_Least + steps + inFile.GetFrameCount() * km_PerFrame +
+           km_CommentCopies * inFile.GetCommentMemory() +
+           std::min(colours, km_MostNumbered) * km_PerCanvasColour + NvQuantOctree::EstimateMemory(colours);
 }

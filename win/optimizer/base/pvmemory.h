@@ -4,6 +4,6 @@
 
 class NvGIFFrameReader;
 
-/** Peak memory, in bytes, of optimizing a file: every frame, its working copies, the colours to choose the
- *  palette from and the canvases that the result is checked on. */
+/** Peak memory, in bytes, of optimizing a file, but for its frames once they are packed: what these take
+ * shows when they are there, see NvAnimation::GetMemory. */
 std::uint64_t PvEstimateMemory(const NvGIFFrameReader& inFile);

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "win/optimizer/base/pvwork.h"
+
 /** Largest difference per channel at which a pixel counts as the one already on the screen. */
 inline constexpr std::uint32_t km_DifferenceTolerance = 28;
 
@@ -21,4 +23,6 @@ struct PvOptSettings {
      * since a repair of the original may show more than is drawn today. */
     bool mKeepsOriginal = false;
     std::uint64_t mMemoryLimit = 0; ///< bytes one file may need; 0: half the physical memory, at least 1 GiB
+    std::uint32_t mSecondsOfWork =
+        km_UsualSecondsOfWork; ///< that one file may cost, see PvTooMuchWork; 0: any
 };

@@ -14,6 +14,7 @@ struct PvOutcome {
     std::string mGateReason; ///< what a viewer would have noticed about a smaller result that was not kept
                              ///< for it; empty: nothing was rejected
     bool mIsChangedMeanwhile = false; ///< another program changed the file, so it was left alone
+    bool mIsTooMuchWork = false;      ///< it would cost more work than it may, so it was left alone
     bool mIsHalfDone = false;         ///< it was made smaller, but the second pass failed
     NvGIFDamage mDamage;              ///< as far as the file was read
     std::uint32_t mFrameCount = 0;

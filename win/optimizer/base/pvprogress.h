@@ -5,8 +5,10 @@
 
 #include "nvcode2/base/nverrorcode.h"
 #include "win/optimizer/base/pvopthost.h"
+#include "win/optimizer/base/pvwork.h"
 
-/** Reports to the host how far the file in hand is, and raises code 3 when the host asks to stop.
+/** Reports to the host how far the file in hand is, raises code 3 when the host asks to stop, and keeps count
+ *  of the work.
  *
  *  Each step has a share of the whole and reports its frames within that share. */
 class PvProgress {
@@ -22,8 +24,10 @@ public:
     static constexpr double km_SecondPassWritten = 0.96;
     static constexpr double km_SecondPassChecked = 0.99;
 
-    /** @param inHost  borrowed */
-    explicit PvProgress(PvOptHost& inHost) : mHost(inHost) {}
+    /** @param inHost  borrowed
+     *  @param inWork  that the file may cost, see PvTooMuchWork */
+    explicit PvProgress(PvOptHost& inHost, std::uint64_t inWork = UINT64_MAX)
+        : mHost(inHost), mWorkLeft(inWork) {}
 
     /** The next step takes the file to inEnd from where the last one left it. */
     void BeginStep(double inEnd) {
@@ -38,8 +42,21 @@ public:
             NvThrow(NvErrorCode::km_Cancelled);
     }
 
+    /** @throws PvTooMuchWork when that much is not left */
+    void DemandWork(std::uint64_t inWork) const {
+        if (inWork > mWorkLeft)
+            throw PvTooMuchWork();
+    }
+
+    /** @throws PvTooMuchWork when that much was not left */
+    void SpendWork(std::uint64_t inWork) {
+        DemandWork(inWork);
+        mWorkLeft -= inWork;
+    }
+
 private:
     PvOptHost& mHost;
+    std::uint64_t mWorkLeft;
     double mBegin = 0.0;
     double mEnd = 0.0;
     double mReported = 0.0; // never goes back, even when a step is repeated with another tolerance

@@ -18,6 +18,9 @@ public:
     /** @param ioStrings  scratch space while a frame is in hand; borrowed for the swapper's life */
     explicit PvPixelSwapper(NvLZWStringTable& ioStrings) : mSearch(ioStrings), mEstimator(ioStrings) {}
 
+    /** Pixels read for trials so far. */
+    std::uint64_t GetPixelSteps() const { return mSearch.GetPixelSteps(); }
+
     /** What happened to a frame. */
     struct Result {
         std::uint32_t mExchanged = 0; ///< pairs that changed places

@@ -5,6 +5,15 @@
 #include "nvcode2/gif/nvgifframe.h"
 #include "nvcode2/gif/nvgifframereader.h"
 
+namespace {
+
+// What flattening may make of frames: in real files they grow two to five times, and more where they are
+// small.
+constexpr std::uint64_t km_MostSprawl = 16;
+constexpr std::uint64_t km_FewPixels = 100000000;
+
+} // namespace
+
 PvFrameStream::PvFrameStream(NvGIFFrameReader& inReader, bool inCrops) : mReader(inReader) {
     const std::uint32_t width = inReader.GetScreenWidth();
     const std::uint32_t height = inReader.GetScreenHeight();
@@ -39,8 +48,12 @@ std::unique_ptr<NvGIFFrame> PvFrameStream::Read() {
 
 std::unique_ptr<NvGIFFrame> PvFrameStream::NextFlattened() {
     while (const std::unique_ptr<NvGIFFrame> read = Read())
-        if (std::unique_ptr<NvGIFFrame> flattened = mFlattener->Flatten(*read))
+        if (std::unique_ptr<NvGIFFrame> flattened = mFlattener->Flatten(*read)) {
+            mFlattened += std::uint64_t{flattened->GetWidth()} * flattened->GetHeight();
+            if (mFlattened > km_FewPixels + km_MostSprawl * mReader.GetPixelsOfAllFrames())
+                throw PvSprawlingFrames();
             return flattened;
+        }
     return std::exchange(mIsFinished, true) ? nullptr : mFlattener->Finish();
 }
 

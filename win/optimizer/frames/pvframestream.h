@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "win/optimizer/base/pvwork.h"
 #include "win/optimizer/frames/pvcoverage.h"
 #include "win/optimizer/frames/pvcrop.h"
 #include "win/optimizer/frames/pvflatten.h"
@@ -11,6 +12,10 @@
 class NvColorTable;
 class NvGIFFrame;
 class NvGIFFrameReader;
+
+/** Raised when frames that restore nothing would be out of all proportion to those in the file: where small
+ *  frames far from each other lie over a large background, each must reach from one to the other. */
+struct PvSprawlingFrames : PvTooMuchWork {};
 
 /** Reads a file's frames one after the other and prepares them for the first pass: none restores what it
  *  covered, none clears what the next one draws over anyway, none has transparent borders. At most two frames
@@ -22,7 +27,8 @@ public:
     PvFrameStream(NvGIFFrameReader& inReader, bool inCrops);
 
     /** @return             the next frame; null after the last one
-     *  @throws NvErrorCode  28 and 18 for corrupt image data, 2 */
+     *  @throws NvErrorCode  28 and 18 for corrupt image data, 2
+     *  @throws PvSprawlingFrames */
     std::unique_ptr<NvGIFFrame> Next();
 
     /** Whether any frame may be cleared before the next. */
@@ -46,5 +52,6 @@ private:
     std::optional<PvCropper> mCropper;
     std::uint32_t mRead = 0;            // frames
     bool mIsFinished = false;           // flattening
+    std::uint64_t mFlattened = 0;       // pixels
     std::unique_ptr<NvGIFFrame> mAhead; // the frame to return next, where disposals depend on it
 };

@@ -9,14 +9,20 @@
 std::unique_ptr<NvAnimation> LoadAnimation(const char* inPath, std::uint64_t inMemoryLimit,
                                            PvProgress& ioProgress) {
     NvGIFFrameReader reader(inPath, inMemoryLimit);
-    if (PvEstimateMemory(reader) > inMemoryLimit)
-        NvThrow(NvErrorCode::km_OutOfMemory);
+    const std::uint64_t memory = PvEstimateMemory(reader);
+    const auto checkMemory = [&](std::uint64_t inFrames) {
+        if (memory + inFrames > inMemoryLimit)
+            NvThrow(NvErrorCode::km_OutOfMemory);
+    };
+    checkMemory(0);
+    ioProgress.SpendWork(PvWorkOfReading(reader));
     const std::shared_ptr<NvGIFGlobalInfo> info = reader.ShareGlobalInfo();
     auto animation = std::make_unique<NvAnimation>(info, reader.GetScreenWidth(), reader.GetScreenHeight());
     NvLentStringTable strings;
     for (std::uint32_t i = 0; i < reader.GetFrameCount(); ++i) {
         ioProgress.ReportFrame(i, reader.GetFrameCount());
         animation->AddFrame(NvPackedFrame(reader.ReadFrame(i), strings));
+        checkMemory(animation->GetMemory());
     }
     return animation;
 }

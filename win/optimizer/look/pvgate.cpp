@@ -116,6 +116,7 @@ PvComparison PvCompareGIFs(const char* inOriginalPath, const char* inCandidatePa
     NvGIFFrameReader original(inOriginalPath, WnGetUsualMemoryLimit());
     try {
         NvGIFFrameReader candidate(inCandidatePath, WnGetUsualMemoryLimit());
+        ioProgress.SpendWork(2 * (PvWorkOfReading(original) + PvWorkOfReading(candidate))); // and comparing
         comparison.mReason = CompareFiles(original, candidate);
         if (comparison.mReason.empty())
             comparison.mReason = PlayBoth(original, candidate, inAllowance, comparison, ioProgress);
