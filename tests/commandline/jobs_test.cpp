@@ -36,7 +36,8 @@ protected:
         for (const std::string jobs : {"-j1", "-j3"}) {
             MakeLibrary();
             std::filesystem::remove_all(mFolder / "out");
-            std::vector<std::string> arguments = {jobs, "pics"};
+            std::vector<std::string> arguments = {jobs, "--again",
+                                                  "pics"}; // the second is to have as much to do
             arguments.insert(arguments.end(), inArguments.begin(), inArguments.end());
             const ProgramResult result = mRunner.Run(arguments);
             const std::string output = result.mOut + result.mErr + std::to_string(result.mStatus);

@@ -43,7 +43,7 @@ class Round:
 
     def share(self):
         """@return how often a file was left to another process"""
-        runs = [subprocess.Popen([self.program, "-v", *self.originals], cwd=self.folder / "in",
+        runs = [subprocess.Popen([self.program, "-v", "--again", *self.originals], cwd=self.folder / "in",
                                  env=self.environment, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
                 for _ in range(self.processes)]
         left = 0
