@@ -22,11 +22,14 @@ struct EntryUse {
 /** The entries in use, most used first. */
 std::vector<std::uint32_t> MostUsedFirst(const std::vector<PvTablePlan::Frame>& inPlans) {
     std::array<EntryUse, 256> uses{};
-    for (const PvTablePlan::Frame& frame : inPlans)
+    for (const PvTablePlan::Frame& frame : inPlans) {
+        if (frame.mOwn)
+            continue;
         for (std::uint32_t entry = 0; entry < uses.size(); ++entry) {
             uses[entry].mFrames += frame.mUses[entry] != 0 ? 1 : 0;
             uses[entry].mPixels += frame.mUses[entry];
         }
+    }
     std::vector<std::uint32_t> order(uses.size());
     std::iota(order.begin(), order.end(), 0U);
     std::erase_if(order, [&](std::uint32_t inEntry) { return uses[inEntry].mFrames == 0; });
@@ -59,7 +62,8 @@ void PvTablePlan::OrderSharedTable() {
     }
     mShared = ordered;
     for (Frame& frame : mFrames) {
-        NvAssert(!frame.mOwn);
+        if (frame.mOwn)
+            continue;
         for (std::uint8_t& entry : frame.mMap)
             entry = newIndices[entry];
         frame.mUses = PvMapHistogram(frame.mUses, newIndices);

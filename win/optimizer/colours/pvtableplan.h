@@ -30,7 +30,7 @@ struct PvTablePlan {
      *  uses.
      *
      *  A frame's code width follows from its highest index, so small frames that draw with the common colours
-     *  get narrow codes. Precondition: no frame has a table of its own. */
+     *  get narrow codes. Frames with tables of their own do not count. */
     void OrderSharedTable();
 
     /** Gives the shared table one more entry where a frame has none to spare for its undrawn pixels and the
