@@ -15,9 +15,10 @@ MizerOptions TermMakeBatchOptions(const TermSettings& inSettings) {
 
 MizerOutputFolder TermMakeOutputFolder(const TermSettings& inSettings) {
     using Present = MizerOutputFolder::Present;
-    return MizerOutputFolder(inSettings.mOutputFolder, inSettings.mReplacesOutput  ? Present::km_Replaced
-                                                       : inSettings.mUpdatesOutput ? Present::km_Updated
-                                                                                   : Present::km_Stays);
+    const Present present = inSettings.mReplacesOutput  ? Present::km_Replaced
+                            : inSettings.mUpdatesOutput ? Present::km_Updated
+                                                        : Present::km_Stays;
+    return MizerOutputFolder(inSettings.mOutputFolder, present, inSettings.mKeepsTimes);
 }
 
 void TermLeaveNoTrace(WnPref& ioPrefs) {

@@ -12,8 +12,8 @@ std::string MizerDryRun::Deliver(const char* inPath, const char* inSmallerPath) 
     return {};
 }
 
-MizerOutputFolder::MizerOutputFolder(const std::string& inFolder, Present inPresent)
-    : mFolder(inFolder), mPresent(inPresent) {
+MizerOutputFolder::MizerOutputFolder(const std::string& inFolder, Present inPresent, bool inKeepsTimes)
+    : mFolder(inFolder), mPresent(inPresent), mKeepsTimes(inKeepsTimes) {
     if (mFolder.empty() || !WnIsSeparator(mFolder.back()))
         mFolder += WnGetSeparator();
 }
@@ -51,6 +51,8 @@ std::string MizerOutputFolder::Deliver(const char* inPath, const char* inSmaller
         NvThrowWithSystemError(NvErrorCode::km_Failure, error.default_error_condition().value());
     WnSafeFile file(target.c_str(), inPath);
     file.CopyFrom(inSmallerPath ? inSmallerPath : inPath);
+    if (mKeepsTimes)
+        file.KeepTimesOf(inPath);
     const bool isThere = mFound ? file.CommitOver(*mFound).has_value() : file.CommitUnlessPresent();
     if (!isThere)
         NvThrow(NvErrorCode::km_FileExists);

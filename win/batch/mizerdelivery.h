@@ -46,8 +46,10 @@ public:
         km_Replaced, ///< whatever it is
     };
 
-    /** Made when the first file goes there. */
-    explicit MizerOutputFolder(const std::string& inFolder, Present inPresent = Present::km_Stays);
+    /** Made when the first file goes there.
+     *  @param inKeepsTimes  whether results have the modification times of their originals */
+    explicit MizerOutputFolder(const std::string& inFolder, Present inPresent = Present::km_Stays,
+                               bool inKeepsTimes = false);
 
     /** Every file is planned before the batch begins.
      *  @param inPlace  its path below the folder
@@ -69,6 +71,7 @@ public:
 private:
     std::string mFolder; // ends in a separator
     Present mPresent;
+    bool mKeepsTimes;
     std::map<std::string, std::string> mPathsByPlace;
     std::map<std::string, std::string> mTargets; // by path
     std::set<std::string> mCleanedFolders;       // of what killed runs left

@@ -1,8 +1,6 @@
 #include "win/batch/mizerfilejob.h"
 
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
 
 #include "nvcode2/file/nvfile.h"
 #include "win/batch/mizerdelivery.h"
@@ -13,27 +11,6 @@
 #include "wnatom/wnsafefile.h"
 #include "wnatom/wnscratch.h"
 #include "wnatom/wnsystem.h"
-
-namespace {
-
-/** The modification time of one file, for another that takes its place. */
-class KeptTime {
-public:
-    explicit KeptTime(const std::string& inPath)
-        : mTime(std::filesystem::last_write_time(WnMakePath(inPath), mError)) {}
-
-    /** A file without a time has none to keep. */
-    void GiveTo(const std::string& inPath) {
-        if (!mError)
-            std::filesystem::last_write_time(WnMakePath(inPath), mTime, mError);
-    }
-
-private:
-    std::error_code mError;
-    std::filesystem::file_time_type mTime;
-};
-
-} // namespace
 
 MizerFileJob::MizerFileJob(MizerFileResult& ioResult, const MizerSettings& inSettings,
                            const MizerOptions& inOptions, MizerBackups& ioBackups, MizerJobHost& ioHost,
@@ -69,7 +46,6 @@ bool MizerFileJob::Measure() {
 }
 
 void MizerFileJob::MakeSmaller() {
-    KeptTime time(mResult.mPath);
     if (!mOptions.mDelivery) {
         mResult.mOutputPath = mResult.mPath;
         mBackups.RemoveLeftoversBeside(GetPath());
@@ -78,19 +54,13 @@ void MizerFileJob::MakeSmaller() {
         WorkOnCopy();
     else
         WorkInPlace();
-    if (mOptions.mKeepsTimes && mOptions.mDelivery && !mResult.mOutputPath.empty())
-        time.GiveTo(mResult.mOutputPath);
 }
 
 void MizerFileJob::LeaveAsDone() {
-    KeptTime time(mResult.mPath);
     mResult.mOutputPath = mOptions.mDelivery ? std::string() : mResult.mPath;
     mResult.SetReason(MizerReason::km_DoneBefore);
-    if (!mOptions.mDelivery || !IsWanted())
-        return;
-    Deliver(nullptr);
-    if (mOptions.mKeepsTimes && !mResult.mOutputPath.empty())
-        time.GiveTo(mResult.mOutputPath);
+    if (mOptions.mDelivery && IsWanted())
+        Deliver(nullptr);
 }
 
 /** Whether the place for the result still waits for one; marks the result when it does not. */
