@@ -20,6 +20,24 @@ from pathlib import Path
 from typing import NamedTuple
 
 
+def measure_seconds(command, environment):
+    """Of user and system time."""
+    null = os.open(os.devnull, os.O_RDWR)
+    streams = [(os.POSIX_SPAWN_DUP2, null, stream) for stream in (0, 1, 2)]
+    process = os.posix_spawn(command[0], command, environment, file_actions=streams)
+    os.close(null)
+    _, _, usage = os.wait4(process, 0)
+    return usage.ru_utime + usage.ru_stime
+
+
+def measure_peak(command, environment, work):
+    """KiB. A process's peak begins with that of its parent, which is larger here than that of many a run."""
+    peak = Path(work) / "peak"
+    timed = ["time", "-q", "-f", "%M", "-o", str(peak), *command]
+    subprocess.run(timed, env=environment, check=False, capture_output=True)
+    return int(peak.read_text())
+
+
 class Sides:
     """The two programs at work on a copy of a file."""
 
@@ -30,7 +48,7 @@ class Sides:
             os.environ, XDG_CONFIG_DIRS=work, XDG_CONFIG_HOME=work, XDG_STATE_HOME=work, TMPDIR=work
         )
         self.commands = (
-            [program, "-q", "--no-backup", "--no-log", str(self.ours)],
+            [program, "-q", "--again", "--no-backup", "--no-log", str(self.ours)],
             [shutil.which("gifsicle"), "-O3", "--colors", "128", str(self.source), "-o", str(self.theirs)],
         )
 
@@ -39,20 +57,13 @@ class Sides:
         self.theirs.unlink(missing_ok=True)
 
     def seconds(self, command):
-        shutil.copyfile(self.source, self.ours)
-        null = os.open(os.devnull, os.O_RDWR)
-        streams = [(os.POSIX_SPAWN_DUP2, null, stream) for stream in (0, 1, 2)]
-        process = os.posix_spawn(command[0], command, self.environment, file_actions=streams)
-        os.close(null)
-        _, _, usage = os.wait4(process, 0)
-        return usage.ru_utime + usage.ru_stime
+        if str(self.ours) in command:  # which it replaces
+            shutil.copyfile(self.source, self.ours)
+        return measure_seconds(command, self.environment)
 
     def peak(self, command):
-        """KiB. A process's peak begins with that of its parent, which is larger here than that of many a run."""
         shutil.copyfile(self.source, self.ours)
-        timed = ["time", "-q", "-f", "%M", "-o", str(self.work / "peak"), *command]
-        subprocess.run(timed, env=self.environment, check=False, capture_output=True)
-        return int((self.work / "peak").read_text())
+        return measure_peak(command, self.environment, self.work)
 
     def sizes(self):
         return [path.stat().st_size if path.exists() else 0 for path in (self.ours, self.theirs)]

@@ -15,7 +15,7 @@ import sys
 import tempfile
 from pathlib import Path
 
-from againstgifsicle import measure
+from againstgifsicle import measure_peak, measure_seconds
 
 COLOURS = 128
 PIECE = 126  # codes of one byte each: a clear code before the table grows beyond them
@@ -59,12 +59,13 @@ def run(program, work, width, height, frames, scroll, rounds):
     """Least processor seconds, and peak bytes."""
     path = os.path.join(work, "growing.gif")
     environment = dict(os.environ, XDG_CONFIG_DIRS=work, XDG_CONFIG_HOME=work, XDG_STATE_HOME=work, TMPDIR=work)
-    results = []
+    command = [program, "-q", "--again", "--no-backup", path]
+    seconds = []
     for _ in range(rounds):
         write_animation(path, width, height, frames, scroll)
-        Path(path + ".BAK").unlink(missing_ok=True)
-        results.append(measure([program, "-q", path], environment))
-    return min(result[1] for result in results), results[-1][2] * 1024
+        seconds.append(measure_seconds(command, environment))
+    write_animation(path, width, height, frames, scroll)
+    return min(seconds), measure_peak(command, environment, work) * 1024
 
 
 def series(title, program, work, sizes, scroll, rounds):
