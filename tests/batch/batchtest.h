@@ -20,13 +20,17 @@ public:
     void ShowMessage(const char* inText, const char* inCaption, Icon inIcon) override {
         mMessages.push_back(std::string(inCaption) + (inIcon == Icon::km_Stop ? "! " : ": ") + inText);
     }
+    void BeforeReplace(const char* /*inPath*/) override {
+        if (mOnReplace)
+            mOnReplace();
+    }
     void FileDone(const MizerFileResult& inResult) override { mResults.push_back(inResult); }
     void PostQuit() override { mCommands += "q"; }
 
     /** The panel texts since the last call. */
     std::vector<std::string> TakePanel() { return std::exchange(mPanel, {}); }
 
-    std::function<void()> mOnPump;
+    std::function<void()> mOnPump, mOnReplace;
     int mCancelAtPump = 0; // 1: at the next one
     bool mCancelInFile = false;
     std::string mDataFolder;

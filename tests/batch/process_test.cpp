@@ -147,6 +147,18 @@ TEST_F(ProcessTest, WhatIsDeliveredIsTheFileAsItIsWhenItHasChangedMeanwhile) {
     EXPECT_EQ(ReadTestFile(mFolder / "out/a.gif"), "saved anew");
 }
 
+TEST_F(ProcessTest, WhatIsSavedAtTheLastMomentStays) {
+    MizerOptions options;
+    options.mLeastSaving.mBytes = 1;
+    MakeBrain(options);
+    const std::string path = Queue("a.gif", 10);
+    mBrain->mNewSizes["COPY.GIF"] = 5;
+    mShell.mOnReplace = [&] { WriteTestFile(path, "saved anew"); };
+    mBrain->ProcessQueue();
+    EXPECT_EQ(mShell.mResults[0].mReason, MizerReason::km_ChangedMeanwhile);
+    EXPECT_EQ(ReadTestFile(path), "saved anew");
+}
+
 TEST_F(ProcessTest, ARequestToQuitTakesThePlaceOfTheBatch) {
     Queue("a.gif", 1);
     mBrain->RequestQuit();
