@@ -47,7 +47,7 @@ enum class MizerReason {
     km_Error,        ///< particulars: which, as for the next two
     km_NoBackup,     ///< the error is about the backup
     km_NotDelivered, ///< the error is about the place that the result should have gone to
-    km_WorkerEnded, ///< the process in whose hands it was
+    km_WorkerEnded,  ///< the process in whose hands it was
     km_Cancelled,
 };
 
