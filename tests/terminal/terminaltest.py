@@ -154,7 +154,7 @@ def test_a_pause_waits_for_a_key_and_can_be_cancelled(program):
 
 def test_a_pause_holds_workers_too(program):
     terminal = Terminal(program, arguments=("-j2",))
-    terminal.wait_for("and 1 more")
+    terminal.wait_for_third()
     terminal.type(b"p")
     terminal.wait_for("OPERATION PAUSED")
     terminal.type(b" ")

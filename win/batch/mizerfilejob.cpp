@@ -46,18 +46,23 @@ bool MizerFileJob::Measure() {
 }
 
 void MizerFileJob::MakeSmaller() {
-    if (!mOptions.mDelivery) {
-        mResult.mOutputPath = mResult.mPath;
-        mBackups.RemoveLeftoversBeside(GetPath());
-    }
+    Begin();
     if (mOptions.mDelivery || mOptions.mLeastSaving.IsSet())
         WorkOnCopy();
     else
         WorkInPlace();
 }
 
+/** Also where nothing will be done to the file: what a killed run has left beside it goes. */
+void MizerFileJob::Begin() {
+    if (mOptions.mDelivery)
+        return;
+    mResult.mOutputPath = mResult.mPath;
+    mBackups.RemoveLeftoversBeside(GetPath());
+}
+
 void MizerFileJob::LeaveAsDone() {
-    mResult.mOutputPath = mOptions.mDelivery ? std::string() : mResult.mPath;
+    Begin();
     mResult.SetReason(MizerReason::km_DoneBefore);
     if (mOptions.mDelivery && IsWanted())
         Deliver(nullptr);

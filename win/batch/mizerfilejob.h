@@ -69,6 +69,7 @@ private:
     bool IsSmaller() const { return mResult.mStatus == MizerStatus::km_Smaller; }
 
     bool IsWanted();
+    void Begin();
     void WorkInPlace();
     void WorkOnCopy();
     void Optimize(const char* inPath);
