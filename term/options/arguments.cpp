@@ -32,7 +32,7 @@ public:
     const std::string& GetError() const { return mError; }
 
 private:
-    /** --name, --name=value or --name value; of the name, as much as tells it from all others. */
+    /** --name, --name=value or --name value; a name may be cut short as long as only one option begins so. */
     void ParseLong(const std::string& inArgument) {
         const std::size_t equals = inArgument.find('=');
         const std::string typed = inArgument.substr(0, equals);
